@@ -1,0 +1,61 @@
+# What every target of this project shares: the language level, the warnings, the linker, and two functions that
+# make a target of a folder. A box is all sources of its folder, so adding a file needs no edit here.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+option(TORVIK_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+
+find_program(TORVIK_CCACHE ccache)
+if(TORVIK_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${TORVIK_CCACHE})
+endif()
+find_program(TORVIK_MOLD mold)
+if(TORVIK_MOLD)
+    add_link_options(-fuse-ld=mold)
+endif()
+
+add_library(torvik_warnings INTERFACE)
+target_compile_options(torvik_warnings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2 -Werror)
+
+if(TORVIK_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+# torvik_box(NAME [QT] LINK target...): a static library of all sources of this folder.
+function(torvik_box name)
+    cmake_parse_arguments(BOX "QT" "" "LINK" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    list(FILTER sources EXCLUDE REGEX "main\\.cpp$")
+    if(NOT sources MATCHES "\\.cpp")
+        add_library(${name} INTERFACE)
+        target_link_libraries(${name} INTERFACE ${BOX_LINK})
+        target_include_directories(${name} INTERFACE ${CMAKE_SOURCE_DIR})
+        return()
+    endif()
+    add_library(${name} STATIC ${sources})
+    target_include_directories(${name} PUBLIC ${CMAKE_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC ${BOX_LINK} PRIVATE torvik_warnings)
+    if(BOX_QT)
+        set_target_properties(${name} PROPERTIES AUTOMOC ON)
+        target_compile_definitions(${name} PUBLIC QT_NO_KEYWORDS QT_NO_CAST_FROM_BYTEARRAY)
+    endif()
+endfunction()
+
+# torvik_tests(NAME LINK target...): one test program of all *_test.cpp of this folder; each test is a ctest test.
+function(torvik_tests name)
+    cmake_parse_arguments(T "" "" "LINK" ${ARGN})
+    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    if(NOT sources)
+        return()
+    endif()
+    add_executable(${name} ${sources})
+    target_link_libraries(${name} PRIVATE ${T_LINK} GTest::gmock GTest::gtest torvik_warnings)
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
+endfunction()

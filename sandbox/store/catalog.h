@@ -1,0 +1,93 @@
+// What a database holds, as the binder and the interpreter look at it: tables with their columns, indexes and
+// constraints; views and procedures with their texts.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sandbox/store/type.h"
+
+namespace sandbox {
+
+struct ColumnDef {
+    std::string name;
+    Type type;
+    bool nullable = true;
+    bool identity = false;
+    std::int64_t identitySeed = 1;
+    std::int64_t identityIncrement = 1;
+    std::string collation;       // character columns; empty: the database's
+    std::string defaultText;     // T-SQL expression, empty: none
+    std::string defaultName;     // its constraint's name
+    std::string computedText;    // T-SQL expression of a computed column, empty: stored
+    int columnId = 0;            // 1-based, never used again in its table
+};
+
+struct IndexDef {
+    std::string name;
+    bool unique = false;
+    bool primaryKey = false;
+    bool uniqueConstraint = false;
+    bool clustered = false;
+    struct Key {
+        std::string column;
+        bool descending = false;
+    };
+    std::vector<Key> keys;
+    int indexId = 0;
+};
+
+struct ForeignKeyDef {
+    std::string name;
+    std::vector<std::string> columns;
+    std::string parentTable;
+    std::vector<std::string> parentColumns;
+    bool cascadeDelete = false;
+    bool cascadeUpdate = false;
+};
+
+struct CheckDef {
+    std::string name;
+    std::string text;  // T-SQL condition
+};
+
+enum class ObjectKind { Table, View, Procedure, Function };
+
+struct ObjectDef {
+    std::int32_t id = 0;  // object_id
+    std::string name;     // as created; names are compared without case
+    std::string schema = "dbo";
+    ObjectKind kind = ObjectKind::Table;
+    std::string text;  // views, procedures, functions: the whole CREATE statement
+    std::int64_t created = 0;  // datetime ticks
+
+    // Tables only.
+    std::vector<ColumnDef> columns;
+    std::vector<IndexDef> indexes;
+    std::vector<ForeignKeyDef> foreignKeys;
+    std::vector<CheckDef> checks;
+    std::string storageName;  // its table in SQLite, unquoted
+
+    [[nodiscard]] const ColumnDef* findColumn(std::string_view columnName) const;  // nullptr when none
+};
+
+// One version of one database's catalogue. Immutable once published: a change makes a new one.
+class Catalog {
+public:
+    [[nodiscard]] std::shared_ptr<const ObjectDef> find(std::string_view schema, std::string_view name) const;
+    void put(std::shared_ptr<const ObjectDef> object);  // adds or replaces by schema and name
+    void erase(std::string_view schema, std::string_view name);
+    [[nodiscard]] std::vector<std::shared_ptr<const ObjectDef>> all() const;
+
+    std::uint64_t version = 0;
+
+private:
+    std::map<std::string, std::shared_ptr<const ObjectDef>, std::less<>> objects_;  // by folded "schema.name"
+};
+
+}  // namespace sandbox

@@ -1,0 +1,40 @@
+// An error or message as SQL Server tells it, and the exception that carries one through the sandbox.
+#pragma once
+
+#include <exception>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace sandbox {
+
+// [MS-TDS] 2.2.7.10 (ERROR) and 2.2.7.13 (INFO). Severity 10 and below is information.
+struct Message {
+    int number = 0;
+    int severity = 16;
+    int state = 1;
+    std::string text;
+    std::string procedure;  // empty outside a procedure
+    int line = 0;           // 1-based line of the batch or procedure; 0: filled in by the statement that fails
+};
+
+// What an error does beyond ending its statement. The interpreter decides on it; the thrower knows it.
+enum class Effect {
+    Statement,      // the batch goes on with the next statement (constraint errors, overflow, missing procedure)
+    Scope,          // ends the batch or procedure it stands in; the caller of a procedure goes on (208, 207 at run time)
+    Batch,          // ends the whole batch and rolls the transaction back (conversion errors such as 245)
+    Connection,     // severity 20 and above
+};
+
+// Several messages where one statement reports several (207 for each missing column).
+class SqlError : public std::exception {
+public:
+    explicit SqlError(Message message, Effect effect = Effect::Statement) : messages{std::move(message)}, effect(effect) {}
+    explicit SqlError(std::vector<Message> all, Effect effect) : messages(std::move(all)), effect(effect) {}
+    [[nodiscard]] const char* what() const noexcept override { return messages.front().text.c_str(); }
+
+    std::vector<Message> messages;  // never empty
+    Effect effect;
+};
+
+}  // namespace sandbox

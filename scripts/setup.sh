@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs everything that building, testing and trying needs on a bare Debian 12. Safe to run again: it asks apt only
+# when a package is missing.
+set -euo pipefail
+
+packages=(
+    g++ cmake ninja-build ccache mold git python3 clang-format clang-tidy
+    qt6-base-dev libgl1-mesa-dev
+    unixodbc-dev tdsodbc freetds-dev freetds-bin
+    libsqlite3-dev libicu-dev libssl-dev nlohmann-json3-dev
+    libgtest-dev libgmock-dev
+    python3-pyodbc
+    xvfb xauth xdotool imagemagick fonts-dejavu-core
+)
+
+missing=()
+for package in "${packages[@]}"; do
+    [ "$(dpkg-query -W -f '${Status}' "$package" 2>/dev/null)" = "install ok installed" ] || missing+=("$package")
+done
+if [ ${#missing[@]} -eq 0 ]; then
+    exit 0
+fi
+
+sudo=()
+[ "$(id -u)" -eq 0 ] || sudo=(sudo)
+export DEBIAN_FRONTEND=noninteractive
+echo "installing: ${missing[*]}"
+"${sudo[@]}" apt-get update -qq
+"${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
