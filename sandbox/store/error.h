@@ -20,17 +20,18 @@ struct Message {
 
 // What an error does beyond ending its statement. The interpreter decides on it; the thrower knows it.
 enum class Effect {
-    Statement,      // the batch goes on with the next statement (constraint errors, overflow, missing procedure)
-    Scope,          // ends the batch or procedure it stands in; the caller of a procedure goes on (208, 207 at run time)
-    Batch,          // ends the whole batch and rolls the transaction back (conversion errors such as 245)
-    Connection,     // severity 20 and above
+    Statement,   // the batch goes on with the next statement (constraint errors, overflow, missing procedure)
+    Scope,       // ends the batch or procedure it stands in; the caller of a procedure goes on (208, 207 at run time)
+    Batch,       // ends the whole batch and rolls the transaction back (conversion errors such as 245)
+    Connection,  // severity 20 and above
 };
 
 // Several messages where one statement reports several (207 for each missing column).
 class SqlError : public std::exception {
 public:
-    explicit SqlError(Message message, Effect effect = Effect::Statement) : messages{std::move(message)}, effect(effect) {}
-    explicit SqlError(std::vector<Message> all, Effect effect) : messages(std::move(all)), effect(effect) {}
+    explicit SqlError(Message message, Effect after = Effect::Statement)
+        : messages{std::move(message)}, effect(after) {}
+    SqlError(std::vector<Message> all, Effect after) : messages(std::move(all)), effect(after) {}
     [[nodiscard]] const char* what() const noexcept override { return messages.front().text.c_str(); }
 
     std::vector<Message> messages;  // never empty
