@@ -13,8 +13,8 @@ struct Message {
     int number = 0;
     int severity = 16;
     int state = 1;
-    std::string text;
-    std::string procedure;  // empty outside a procedure
+    std::string text{};
+    std::string procedure{};  // empty outside a procedure
     int line = 0;           // 1-based line of the batch or procedure; 0: filled in by the statement that fails
 };
 
