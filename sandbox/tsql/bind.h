@@ -6,8 +6,8 @@
 // is a MissingObject: the caller defers it to the moment when the statement runs. Where a table is missing nothing else
 // of the statement is reported.
 //
-// Generated SQL calls functions named t_...: those of the function table (sandbox/store), those of bind_functions.h, and
-// two that the session registers:
+// Generated SQL calls functions named t_...: those of the function table (sandbox/store), those of bind_functions.h,
+// and two that the session registers:
 //   t_var(slot)             the variable's value now, in its storage form
 //   t_set_var(slot, value)  stores a value of the variable's type, in storage form, and gives it back
 #pragma once
@@ -30,7 +30,7 @@
 
 namespace sandbox {
 
-// Error 208 (or 1087 never: that one is final): the statement may still succeed once the object is there.
+// Error 208: the statement may still succeed once the object is there.
 class MissingObject : public SqlError {
 public:
     using SqlError::SqlError;
@@ -65,9 +65,10 @@ struct BindContext {
     std::function<std::optional<VariableRef>(std::string_view name)> variable;  // name with its "@"
     // Whether SET IDENTITY_INSERT is ON for this table; none: never.
     std::function<bool(const ResolvedObject&)> identityInsert;
-    std::string database;                                   // current
-    std::string collation = "Danish_Norwegian_CI_AS";       // of the current database
+    std::string database;                              // current
+    std::string collation = "Danish_Norwegian_CI_AS";  // of the current database
     BindOptions options;
+    int line = 0;  // of the statement that is bound: where a missing object is reported
 };
 
 // What the caller binds to ?1, ?2 ... before the first step: the value in storage form for its type.
@@ -90,7 +91,7 @@ struct Parameter {
 struct IntoTarget {
     std::string database, schema, name;  // empty where not named
     int line = 0;
-    std::vector<ColumnDef> columns;      // types, nullability, identity as SQL Server would make them
+    std::vector<ColumnDef> columns;  // types, nullability, identity as SQL Server would make them
 };
 
 struct BoundQuery {
@@ -135,17 +136,17 @@ struct BoundDelete {
     BoundQuery source;
 };
 
-[[nodiscard]] BoundQuery bindSelect(const BindContext& context, const ast::Select& statement);
+[[nodiscard]] BoundQuery bindSelect(const BindContext& context, const ast::Query& query);
 [[nodiscard]] BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement);
 [[nodiscard]] BoundUpdate bindUpdate(const BindContext& context, const ast::Update& statement);
 [[nodiscard]] BoundDelete bindDelete(const BindContext& context, const ast::Delete& statement);
 
 // One row with one column. wanted: the type to convert to as an assignment does (SET, arguments, RETURN); none: the
 // expression's own type.
-[[nodiscard]] BoundQuery bindScalar(const BindContext& context, const ast::Expression& expression,
+[[nodiscard]] BoundQuery bindScalar(const BindContext& context, const ast::Expr& expression,
                                     std::optional<Type> wanted = std::nullopt);
 // One row with one int: 1 where the condition is true, else 0 (IF, WHILE).
-[[nodiscard]] BoundQuery bindCondition(const BindContext& context, const ast::Expression& condition);
+[[nodiscard]] BoundQuery bindCondition(const BindContext& context, const ast::Expr& condition);
 
 // A source that turns rows of the given types (parameters of kind Input) into rows of the table: one row a run. For
 // INSERT ... EXEC and INSERT BULK. columns: the names to fill in order; empty: all that an INSERT without a list fills.
