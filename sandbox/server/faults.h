@@ -1,0 +1,142 @@
+// The faults that a server can be told to show, and the counters and observers by which a test aims them. They are
+// switches of this library: nothing in T-SQL reaches them. All members may be called from any thread at any time.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sandbox/store/error.h"
+
+namespace sandbox {
+
+enum class RequestKind { Batch, Call, Bulk, Transaction };
+
+// One request as observers and rules see it.
+struct RequestInfo {
+    std::uint64_t connection = 0;  // 1-based, in the order of acceptance
+    std::string user, host, program, database;
+    RequestKind kind = RequestKind::Batch;
+    std::string text;          // the batch; a call's procedure, with the text that it prepares or executes; else empty
+    std::uint64_t number = 0;  // 1-based, on its connection
+    std::uint64_t serverNumber = 0;  // 1-based, on the server since its start
+};
+
+// Which requests a rule means. An empty or zero member matches all.
+struct RequestMatch {
+    std::string user, program, database;  // compared without case
+    std::string textContains;             // compared without case
+    std::uint64_t number = 0;             // the N-th request of its connection
+    std::optional<RequestKind> kind;
+};
+
+// What happens to a request that a rule meets.
+enum class FaultAction {
+    DropBefore,  // the connection is cut and the request is not executed
+    DropAfter,   // the request is executed to its end, then the connection is cut without a reply
+    Fail,        // the request is not executed; the message is its answer
+    Delay,       // the request waits before it is executed
+    Hang,        // the request is neither executed nor answered; the connection stays open until somebody closes it
+};
+
+struct FaultRule {
+    RequestMatch match;
+    FaultAction action = FaultAction::DropBefore;
+    std::uint64_t skip = 0;              // so many matching requests pass first
+    std::uint64_t times = 1;             // then so many are met; 0: all
+    Message message;                     // Fail. Severity 20 and above also closes the connection
+    bool rollBack = false;               // Fail: an open transaction is rolled back, as a deadlock's victim is
+    std::chrono::milliseconds delay{0};  // Delay
+};
+
+class Faults {
+public:
+    // The next `count` logins are answered with the error and closed; 18456 follows it where it is another one.
+    void refuseLogins(int count, Message error);
+    // Each login of the user is refused with 18456 until allowUser.
+    void refuseUser(const std::string& user);
+    void allowUser(const std::string& user);
+    // The next `count` connections are accepted and never answered.
+    void hangLogins(int count);
+
+    // A rule counts from now on. Several rules may meet one request: all delays are waited for, then the first other
+    // action is taken. Gives the number by which remove() knows the rule.
+    int add(FaultRule rule);
+    void remove(int rule);
+
+    // The connection that reaches the number of bytes sent since this call is cut at exactly that byte, once.
+    void dropAfterBytes(std::uint64_t bytes, const std::string& program = {});
+    // The connection is cut when so many more statements have ended on the server, before the next one begins. With a
+    // message, the batch ends with that error instead.
+    void dropAfterStatements(std::uint64_t statements, std::optional<Message> message = {});
+    // Every request waits so long before it is executed.
+    void delayRequests(std::chrono::milliseconds delay);
+
+    // Takes all faults back; counters and observers stay.
+    void clear();
+
+    // Called for each request before it is executed, on its connection's thread. Gives a number for forget(). An
+    // observer must not call observe or forget.
+    int observe(std::function<void(const RequestInfo&)> observer);
+    void forget(int observer);
+
+    [[nodiscard]] std::uint64_t requests() const;    // of all connections since the server's start
+    [[nodiscard]] std::uint64_t statements() const;  // statement ends told to clients, likewise
+    [[nodiscard]] std::uint64_t logins() const;      // successful ones
+
+    // What the connections ask.
+    struct Verdict {
+        std::chrono::milliseconds delay{0};
+        std::optional<FaultAction> action;
+        Message message;
+        bool rollBack = false;
+    };
+    struct StatementVerdict {
+        bool drop = false;
+        std::optional<Message> message;
+    };
+    [[nodiscard]] bool takeHang();
+    [[nodiscard]] std::optional<Message> takeLoginRefusal(const std::string& user);
+    void loggedIn();
+    [[nodiscard]] Verdict meet(RequestInfo& request);  // counts and numbers it, tells the observers
+    [[nodiscard]] StatementVerdict statementEnded();
+    // How many of `bytes` may be sent before the connection is to be cut; none: all of them.
+    [[nodiscard]] std::optional<std::uint64_t> sending(std::uint64_t bytes, const std::string& program);
+
+private:
+    struct Active {
+        int id;
+        FaultRule rule;
+        std::uint64_t met = 0;
+    };
+    struct Observer {
+        int id;
+        std::function<void(const RequestInfo&)> call;
+    };
+
+    mutable std::mutex mutex_;
+    std::mutex observerMutex_;
+    int nextId_ = 1;
+    int loginsToRefuse_ = 0;
+    Message loginError_;
+    int loginsToHang_ = 0;
+    std::set<std::string> refusedUsers_;  // in lower case
+    std::vector<Active> rules_;
+    std::vector<Observer> observers_;
+    std::optional<std::uint64_t> bytesLeft_;
+    std::string bytesProgram_;
+    std::optional<std::uint64_t> statementsLeft_;
+    std::optional<Message> statementMessage_;
+    std::chrono::milliseconds delay_{0};
+    std::uint64_t requests_ = 0;
+    std::uint64_t statements_ = 0;
+    std::uint64_t logins_ = 0;
+};
+
+}  // namespace sandbox
