@@ -24,6 +24,7 @@ struct ColumnDef {
     std::string collation;       // character columns; empty: the database's
     std::string defaultText;     // T-SQL expression, empty: none
     std::string defaultName;     // its constraint's name
+    std::int32_t defaultId = 0;  // its constraint's object_id
     std::string computedText;    // T-SQL expression of a computed column, empty: stored
     int columnId = 0;            // 1-based, never used again in its table
 };
@@ -39,7 +40,9 @@ struct IndexDef {
         bool descending = false;
     };
     std::vector<Key> keys;
-    int indexId = 0;
+    std::vector<std::string> included;
+    int indexId = 0;                // 1 where clustered, else 2 and up
+    std::int32_t constraintId = 0;  // object_id of a primary key or unique constraint
 };
 
 struct ForeignKeyDef {
@@ -49,29 +52,39 @@ struct ForeignKeyDef {
     std::vector<std::string> parentColumns;
     bool cascadeDelete = false;
     bool cascadeUpdate = false;
+    std::int32_t id = 0;    // its object_id
+    bool disabled = false;  // NOCHECK CONSTRAINT: not checked
 };
 
 struct CheckDef {
     std::string name;
-    std::string text;  // T-SQL condition
+    std::string text;       // T-SQL condition
+    std::int32_t id = 0;    // its object_id
+    bool disabled = false;  // NOCHECK CONSTRAINT: not checked
 };
 
 enum class ObjectKind { Table, View, Procedure, Function };
+
+[[nodiscard]] std::string foldName(std::string_view name);  // names are equal when these are
+[[nodiscard]] bool sameName(std::string_view a, std::string_view b);
 
 struct ObjectDef {
     std::int32_t id = 0;  // object_id
     std::string name;     // as created; names are compared without case
     std::string schema = "dbo";
     ObjectKind kind = ObjectKind::Table;
-    std::string text;  // views, procedures, functions: the whole CREATE statement
-    std::int64_t created = 0;  // datetime ticks
+    std::string text;           // views, procedures, functions: the whole CREATE statement
+    std::int64_t created = 0;   // datetime ticks
+    std::int64_t modified = 0;  // datetime ticks
 
     // Tables only.
     std::vector<ColumnDef> columns;
     std::vector<IndexDef> indexes;
     std::vector<ForeignKeyDef> foreignKeys;
     std::vector<CheckDef> checks;
-    std::string storageName;  // its table in SQLite, unquoted
+    std::string storageName;  // its table in SQLite, unquoted; its columns have their own names there, rows a _rowid_
+    int lastColumnId = 0;     // of the columns that ever were
+    bool system = false;      // a catalogue view: read only
 
     [[nodiscard]] const ColumnDef* findColumn(std::string_view columnName) const;  // nullptr when none
 };
@@ -83,6 +96,11 @@ public:
     void put(std::shared_ptr<const ObjectDef> object);  // adds or replaces by schema and name
     void erase(std::string_view schema, std::string_view name);
     [[nodiscard]] std::vector<std::shared_ptr<const ObjectDef>> all() const;
+    [[nodiscard]] std::shared_ptr<const ObjectDef> findById(std::int32_t id) const;
+    // Whether an object or a constraint of a table has the name already.
+    [[nodiscard]] bool nameTaken(std::string_view schema, std::string_view name) const;
+    // The tables whose foreign keys name this one, itself among them where it does.
+    [[nodiscard]] std::vector<std::shared_ptr<const ObjectDef>> childrenOf(const ObjectDef& parent) const;
 
     std::uint64_t version = 0;
 
