@@ -1,0 +1,73 @@
+// A statement bound to a session: its text, parameters, time-out, and, when opened, its rows, read to the end and held
+// on the client, so that any number of queries can be open on one session.
+#pragma once
+
+#include <QStringList>
+
+#include "engine/db/data_set.h"
+#include "engine/db/parameters.h"
+
+namespace torvik::db {
+
+class Session;
+
+// How a query reads: KeySet and BaseTable rows can be edited.
+enum class ReadMode { Static, KeySet, BaseTable };
+
+class Query : public DataSet {
+public:
+    explicit Query(Session* session = nullptr, QObject* parent = nullptr);
+    ~Query() override;
+
+    // The text's lines, free to change; sent joined, as one batch.
+    QStringList SQL;
+    // Seconds; 0 waits for ever. The statement is cancelled on the server and TimeoutError raised.
+    int CommandTimeout = 30;
+    // KeySet and BaseTable rows of one table can be edited (Edit, Append, Delete); Static ones raise UsageError.
+    ReadMode CursorType = ReadMode::Static;
+    // Off: the text goes as it stands and has no parameters.
+    bool ParamCheck = true;
+    // On: Open reads only as the rows are walked (First once, Next, Eof); RecordCount counts the rows read so far. Any
+    // other use of the session reads the rest to the client first. An error behind the rows is raised where met.
+    bool UniDirectional = false;
+
+    // May be changed only while closed, else UsageError.
+    void SetConnection(Session* session);
+    [[nodiscard]] Session* Connection() const { return session_; }
+
+    // The parameter of the present text; raises UsageError "Parameter 'X' not found". Values stay while the text keeps
+    // the name.
+    [[nodiscard]] Parameter& ParamByName(const QString& name);
+    [[nodiscard]] const Parameters& Params();
+
+    // Runs the batch and holds the rows of its first row set. An error before, in or after it is raised, as is a batch
+    // without a row set. Opening an open query does nothing.
+    void Open();
+    void Close() override;
+    // Runs the batch to its end; rows are read past. The first error is raised though earlier statements succeeded.
+    void ExecSQL();
+    // Rows that the last ExecSQL changed, all statements added up; -1 when none counted.
+    [[nodiscard]] qint64 RowsAffected() const { return rowsAffected_; }
+
+    void Edit() override;
+    void Append() override;
+    void Delete() override;
+
+protected:
+    void store(Mode mode, EditBuffer& buffer) override;
+
+private:
+    struct Target;  // the one table that the rows come from, and its key
+    [[nodiscard]] const Target& target();
+    [[nodiscard]] Session& session() const;
+    void scan();
+
+    Session* session_ = nullptr;
+    Parameters params_;
+    QString scanned_;  // the text that params_ and text_ are of
+    ScannedText text_;
+    qint64 rowsAffected_ = -1;
+    std::unique_ptr<Target> target_;
+};
+
+}  // namespace torvik::db

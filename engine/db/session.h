@@ -1,0 +1,83 @@
+// A connection to one database of one SQL Server: where it is, how to log in, its one transaction. Queries, table
+// objects and the rest are bound to a session and never outlive its use. One thread; see docs/sessions.md.
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <memory>
+
+#include "engine/db/connect_string.h"
+
+namespace torvik::db {
+
+class Connection;
+class Table;
+
+class Session : public QObject {
+public:
+    explicit Session(QObject* parent = nullptr);
+    ~Session() override;  // closes; an open transaction is rolled back
+
+    // Each setter raises UsageError while the session is open.
+    [[nodiscard]] const QString& Server() const { return settings_.Server; }
+    void SetServer(const QString& server);
+    [[nodiscard]] const QString& Database() const { return settings_.Database; }
+    void SetDatabase(const QString& database);
+    [[nodiscard]] const QString& Username() const { return settings_.Username; }
+    void SetUsername(const QString& username);
+    [[nodiscard]] const QString& Password() const { return settings_.Password; }
+    void SetPassword(const QString& password);
+    [[nodiscard]] Auth Authentication() const { return settings_.Authentication; }
+    void SetAuthentication(Auth authentication);
+    [[nodiscard]] ProviderKind Provider() const { return settings_.Provider; }
+    void SetProvider(ProviderKind provider);
+    [[nodiscard]] bool LoginPrompt() const { return false; }
+    void SetLoginPrompt(bool on);  // raises UsageError for true: this system never asks for a login
+    [[nodiscard]] bool MultipleActiveResultSets() const { return mars_; }
+    void SetMultipleActiveResultSets(bool on);  // open queries hold their rows here, so any number works either way
+    [[nodiscard]] bool TrustServerCertificate() const { return settings_.TrustServerCertificate; }
+    void SetTrustServerCertificate(bool trust);
+    [[nodiscard]] int ConnectionTimeout() const { return settings_.ConnectionTimeout; }
+    void SetConnectionTimeout(int seconds);  // for the whole of Open; 15 unless set
+    [[nodiscard]] const QString& ApplicationName() const { return settings_.ApplicationName; }
+    void SetApplicationName(const QString& name);
+
+    // OLE DB text. Assigning sets all of the values above; reading gives the assigned text back, or, when a value was
+    // set since, a text made of the values.
+    [[nodiscard]] QString ConnectString() const;
+    void SetConnectString(const QString& text);
+
+    // Raises ConnectionError, with the server's text where it gave one. Opening an open session does nothing.
+    void Open();
+    // Rows posted and not yet sent are sent first; an open transaction is rolled back. Closing a closed one does
+    // nothing.
+    void Close();
+    // False before Open, after Close, and once the connection is known to be lost.
+    [[nodiscard]] bool Connected() const;
+
+    // One transaction per session: StartTransaction within one raises UsageError.
+    void StartTransaction();
+    // Raises CommitInDoubt when no answer came; StatementError when the server had already rolled back.
+    void Commit();
+    // Afterwards nothing of the transaction stands. Without one, or with a lost connection, does nothing.
+    void Rollback();
+    // What the server says: true also when a statement began one, false when an error rolled it back.
+    [[nodiscard]] bool InTransaction();
+
+    // For the classes of engine/db: the open connection (raises UsageError when closed), with posted rows sent first.
+    [[nodiscard]] Connection& use(const Table* by = nullptr);
+    void addPending(Table* table);
+    void removePending(Table* table);
+
+private:
+    void requireClosed(const char* setting) const;
+    void changed();
+
+    ConnectSettings settings_;
+    QString connectString_;  // as assigned; empty once a value was set
+    bool mars_ = true;
+    std::unique_ptr<Connection> connection_;
+    QList<Table*> pending_;
+};
+
+}  // namespace torvik::db
