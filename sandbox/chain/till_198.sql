@@ -1,0 +1,9 @@
+-- Schema version 198: payments by telephone.
+CREATE TABLE VippsBetaling (
+  VIB_BT_ID int NOT NULL CONSTRAINT PK_VippsBetaling PRIMARY KEY
+    CONSTRAINT FK_VippsBetaling_BETALING REFERENCES BETALING (BT_ID),
+  VIB_REFERANSE varchar(50) NULL,
+  VIB_ORDRENUMMER varchar(50) NULL
+)
+UPDATE INNSTILLINGER SET IN_DBVERSION = '198'
+go
