@@ -16,6 +16,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -63,10 +64,8 @@ struct BindContext {
                                                 std::string_view name)>
         find;
     std::function<std::optional<VariableRef>(std::string_view name)> variable;  // name with its "@"
-    // Whether SET IDENTITY_INSERT is ON for this table; none: never.
-    std::function<bool(const ResolvedObject&)> identityInsert;
-    std::string database;                              // current
-    std::string collation = "Danish_Norwegian_CI_AS";  // of the current database
+    std::string database;                                                       // current
+    std::string collation = "Danish_Norwegian_CI_AS";                           // of the current database
     BindOptions options;
     int line = 0;  // of the statement that is bound: where a missing object is reported
 };
@@ -74,9 +73,8 @@ struct BindContext {
 // What the caller binds to ?1, ?2 ... before the first step: the value in storage form for its type.
 struct Parameter {
     enum class Kind {
-        Variable,  // slot
-        Global,    // name: "@@ROWCOUNT", "GETDATE", "SCOPE_IDENTITY": functions without arguments whose value the
-                   // session knows; one value for the whole statement
+        Variable,  // slot: the variable's value when the statement starts
+        Global,    // name: a row of globalVariables(), upper case: "@@ROWCOUNT"
         Literal,   // literal
         Input,     // slot: place in the row that the caller feeds in (bindInsertRows), or 0: the row id (bindCheck)
     };
@@ -106,7 +104,7 @@ struct BoundQuery {
 };
 
 // INSERT: source gives one row per row to insert, with values already converted to the columns' types, defaults
-// included.
+// included. source may read the target: its rows are to be held before the first one is written.
 struct BoundInsert {
     ResolvedObject target;
     struct Column {
@@ -114,6 +112,8 @@ struct BoundInsert {
         int source = -1;                    // SQLite column of source; -1: the next identity value
     };
     std::vector<Column> columns;  // every stored column of the table, in table order
+    // A value is given for the identity column: the caller raises 544 where IDENTITY_INSERT is OFF, and 545 where it is
+    // ON and this is false.
     bool explicitIdentity = false;
     // INSERT ... EXEC: no source query; the caller runs the procedure, and feeds each row through bindInsertRows.
     bool fromExecute = false;
@@ -135,6 +135,13 @@ struct BoundDelete {
     bool mayRepeat = false;
     BoundQuery source;
 };
+
+// The @@ variables and their types; the session knows their values.
+struct GlobalVariable {
+    std::string_view name;
+    Type type;
+};
+[[nodiscard]] std::span<const GlobalVariable> globalVariables();
 
 [[nodiscard]] BoundQuery bindSelect(const BindContext& context, const ast::Query& query);
 [[nodiscard]] BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement);

@@ -1,0 +1,104 @@
+// What an expression may name: the tables of a FROM clause with their columns, within those of the queries around it.
+// Also the typed SQL fragment (Bound) that every expression becomes. Used by the binder's own files only.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sandbox/store/catalog.h"
+#include "sandbox/store/type.h"
+#include "sandbox/store/value.h"
+#include "sandbox/tsql/ast_expression.h"
+#include "sandbox/tsql/bind.h"
+
+namespace sandbox::binder {
+
+// Where a text's collation comes from; of two operands the higher one decides (documented collation precedence).
+enum class Coercibility { None, Default, Implicit, Conflict, Explicit };
+
+struct SourceColumn;
+
+// A SQLite expression over typed storage. SQL of a value is safe as an operand: a name, a call, or in parentheses.
+struct Bound {
+    std::string sql = "NULL";
+    Type type;
+    bool nullable = true;
+    Coercibility coercibility = Coercibility::None;
+    std::string collation;
+    const SourceColumn* column = nullptr;  // set for a column and nothing else
+    std::optional<Value> literal;          // set for a literal and nothing else
+    bool isVariable = false;               // set for a variable and nothing else
+    bool constant = false;                 // the same for all rows
+    bool failed = false;                   // an error was reported: report none that follows from it
+};
+
+struct SourceColumn {
+    std::string name;
+    std::string sql;  // "a1"."c2"
+    Type type;
+    bool nullable = true;
+    bool identity = false;
+    std::string collation;
+    Coercibility coercibility = Coercibility::None;
+    bool failed = false;
+};
+
+// One table of a FROM clause.
+struct Source {
+    std::string exposed;  // alias, or the table's name
+    bool hasAlias = false;
+    ast::ObjectName name;                  // of a table or view as written
+    std::string alias;                     // in SQLite, unquoted: "a1"
+    std::optional<ResolvedObject> object;  // tables only
+    std::vector<SourceColumn> columns;
+    bool missing = false;  // a table that is not there, or one in error: columns cannot be told
+    bool nullableSide = false;
+
+    [[nodiscard]] const SourceColumn* find(std::string_view columnName) const;
+    // "t.b", as error 8120 and its like name a column: by the table's name, not by its alias.
+    [[nodiscard]] std::string display(std::string_view columnName) const;
+};
+
+// The part of a query that is being bound: some errors name it.
+enum class Clause { None, Select, From, Where, GroupBy, Having, OrderBy, Values, Set };
+
+struct ColumnCollector {
+    std::string alias;
+    std::vector<std::string> columns;  // SQL of the columns, in the order of their numbers
+};
+
+struct Scope {
+    Scope* Scope* parent = nullptr;
+    std::vector<Source*> sources;
+    Clause clause = Clause::None;
+
+    // Grouped queries: what stands outside of aggregates must be made of these.
+    bool grouped = false;
+    std::vector<std::string> groupKeys;  // SQL texts
+    bool matchingKey = false;            // comparing with a key: columns pass
+    int insideAggregate = 0;
+
+    // Set where the columns of this scope are read through a subquery of their own (ordered assignments): each column
+    // asked for is collected, and stands as column "cN" of that subquery.
+    ColumnCollector* collector = nullptr;
+};
+
+struct Lookup {
+    enum class Result { Found, Missing, Ambiguous, Unbound, Uncertain } result = Result::Missing;
+    const SourceColumn* column = nullptr;
+    const Source* source = nullptr;
+    Scope* scope = nullptr;
+};
+
+// The nearest scope that knows the name wins. Uncertain: a table of the statement is missing and might have had it.
+[[nodiscard]] Lookup findColumn(Scope& scope, const ast::ColumnRef& reference, std::string_view currentDatabase);
+// The source that "x.*" or a target's name means; nullptr when none.
+[[nodiscard]] Source* findSource(Scope& scope, const ast::ObjectName& name, std::string_view currentDatabase);
+
+[[nodiscard]] std::string quoted(std::string_view name);  // "name" for SQLite
+
+}  // namespace sandbox::binder
