@@ -72,7 +72,7 @@ struct ColumnCollector {
 };
 
 struct Scope {
-    Scope* Scope* parent = nullptr;
+    Scope* parent = nullptr;
     std::vector<Source*> sources;
     Clause clause = Clause::None;
 
