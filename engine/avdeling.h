@@ -63,8 +63,10 @@ public:
     [[nodiscard]] QString GetSourceConnectionString() const;
 
 private:
-    class Reopening;
-    void setLine(int number, const QString& text);
+    template <typename Change>
+    void editQuery(Change change);
+    void bindSession();
+    [[nodiscard]] QString currentText(const QString& column) const;
 
     TTorvikPos& _torvikPos;
     std::unique_ptr<db::Query> FAvdQry;

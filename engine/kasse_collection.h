@@ -62,8 +62,9 @@ struct TKasseItem {
 
 class TKasseCollection {
 public:
-    // `now` stamps the log items.
-    explicit TKasseCollection(std::function<QDateTime()> now = QDateTime::currentDateTime);
+    TKasseCollection();
+    // `now` stamps the log items in place of the local time.
+    explicit TKasseCollection(std::function<QDateTime()> now);
 
     // Appends an item with the initial values; the reference stays good until Clear.
     TKasseItem& Add();

@@ -36,7 +36,8 @@ public:
     void Clear();
 
     // Makes or changes the till's row. OK goes to the column that OppgjorStatusType names; AppendMsg is put behind the
-    // messages so far; a negative NumDaysSinceLastBackup leaves that column as it is. Raises EngineError when AvdNr is
+    // messages so far; an invalid TidBrukt is null; a
+    // negative NumDaysSinceLastBackup leaves that column as it is. Raises EngineError when AvdNr is
     // not a number.
     void SetStatus(int Ik_Ku_Id, const QString& AvdNr, const QString& AvdNavn, const QString& KasseNr,
                    TOppgjorStatusType OppgjorStatusType, TOKStatus OK, const QString& AppendMsg, QTime TidBrukt,
@@ -68,8 +69,10 @@ Q_SIGNALS:
     void RefreshWanted();
 
 private:
+    // Writes the row back, or appends it when found is negative, and makes it the current one.
+    int post(int found, OppgjorStatusRow row);
     template <typename Change>
-    void change(const QString& AvdNr, const QString& KasseNr, Change change);
+    void change(const QString& AvdNr, const QString& KasseNr, Change set);
 
     int _currentRow = -1;
 };

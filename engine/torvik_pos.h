@@ -29,7 +29,6 @@ namespace db {
 class MemTable;
 class Session;
 }  // namespace db
-class ItemNumberIndex;
 class TThreadCollection;
 class TfraOppgjorStatus;
 
@@ -104,6 +103,8 @@ public:
     // Lets AddLog call OnAddLog and keeps operations from asking the user.
     [[nodiscard]] bool RunAsService() const { return FRunAsService; }
     void SetRunAsService(bool value);
+    // What was last set on any engine of the process.
+    [[nodiscard]] static bool LastRunAsService();
 
     TAuthMethod SourceAuthMethod = amSQL;  // how the current till session logs in
     bool OverrideSourceUserNameAndPassword = false;
@@ -141,7 +142,7 @@ public:
     TEngineOperation OnExecuteDTSToPos;                        // the sending run
     TEngineOperation OnExecuteVaretelling;                     // fetch the stock counts
     std::function<void(bool)> OnCancelRequestChanged;          // so that a transfer under way hears of a cancel
-    std::function<void(std::exception_ptr)> OnTimerException;  // what leaves DoOnTimer when the timer called it
+    std::function<void(std::exception_ptr)> OnTimerException;  // what left DoOnTimer; unset, it is logged
 
     // --- Log ----------------------------------------------------------------------------------------------------
 
@@ -209,31 +210,37 @@ public:
 
 private:
     void waitMs(qint64 milliseconds);
-    [[nodiscard]] bool rosterStandsOnTill() const;
-    void addLogEvent(const QString& Msg, TKasseLogSeverity given, TKasseLogSeverity effective);
+    [[nodiscard]] bool rosterHasRow() const;
+    void callOnAddLog(const QString& Msg, TKasseLogSeverity severity);
+    void addTillLogItem(const QString& Msg, TKasseLogSeverity severity);
     void addLogLine(const QString& line, bool IsError);
+
+    [[nodiscard]] db::Session& source() const;
+    [[nodiscard]] db::Session& target() const;
+    // The general query, closed, with this text.
+    [[nodiscard]] db::Query& generalQuery(const QStringList& sql);
+    void loadReferenceTable(db::MemTable& table, const QString& sql);
     [[nodiscard]] bool sourceCountIsPositive(const QString& sql);
 
-    void loadReferenceTables();
-    int listTills();
+    void prepareSettlementRun();
+    void fetchAllTills();
     void fetchTill();
-    void reportTillFailure(const std::exception& error);
-    void fetchAllTills(int tillCount);
-    void reconnectTarget(int Ik_Ku_Id, const QString& Kassenr, bool& located);
+    void reportTillFailure(const QString& message);
+    void relocateTill(int Ik_Ku_Id, const QString& Kassenr, bool& located);
 
+    void timerFailed(const std::exception_ptr& failure);
     void listAllTills();
     void runNight();
     void fetchWithRetries();
     void sendAfterBackOffice();
     void waitForSendingTime();
+    void endNight();
 
     db::Session* FTargeTMSConnection = nullptr;
     std::unique_ptr<db::Query> FqryGeneralTarget;
     std::unique_ptr<db::Query> FqryIdTarget;
     std::unique_ptr<db::MemTable> Vare;
     std::unique_ptr<db::MemTable> VareAlias;
-    std::unique_ptr<ItemNumberIndex> _vareIndex;
-    std::unique_ptr<ItemNumberIndex> _vareAliasIndex;
     std::unique_ptr<ILogPane> _ownPane;
     QTimer FTimer;
     bool FAutoCommunicate = false;

@@ -1,0 +1,66 @@
+// From the work list's logs to the status frame: new lines into the detail table, and each till's icon.
+#include "engine/oppgjor_status.h"
+#include "engine/torvik_pos.h"
+
+namespace torvik {
+
+namespace {
+
+int statusIcon(const OppgjorStatusRow& row, const LogEntryTable& entries, const TTasks& tasks) {
+    if (row.Ik_Ku_Id && entries.HasError(*row.Ik_Ku_Id, row.Kassenr.trimmed())) return kls_Error;
+    const bool fetching = tasks.contains(taHent);
+    const bool sending = tasks.contains(taSend);
+    if (row.Hentet == false && fetching) return kls_Error;
+    if (row.Sendt == false && sending) return kls_Error;
+    if ((!row.Hentet && fetching) || (!row.Sendt && sending)) return klsNone;
+    return kls_OK;
+}
+
+template <typename Each>
+void forEachShown(TKasseCollection& tills, bool onlyNew, Each each) {
+    for (int i = 0; i < tills.Count(); ++i) {
+        for (TKasseLogItem& item : tills[i].LogItems) {
+            if (onlyNew && !item.New) continue;
+            each(tills[i], item);
+            item.New = false;
+        }
+    }
+}
+
+}  // namespace
+
+void TTorvikPos::ShowKasseLogs(bool ClearFirst, TKasseCollection& KasseCollection, bool OnlyNew,
+                               TfraOppgjorStatus* Frame) {
+    if (!Frame) {
+        // The line is built and nothing keeps it: the walk only marks the items as shown.
+        forEachShown(KasseCollection, OnlyNew, [](const TKasseItem& till, const TKasseLogItem& item) {
+            [[maybe_unused]] const QString line =
+                QStringLiteral("%1, Kassenr %2, severity=%3, MsgNo=%4: %5")
+                    .arg(QString::number(till.Ik_Ku_ID), till.Kassenr, QString::number(item.Severity),
+                         QString::number(item.MsgNo), item.Msg);
+        });
+        return;
+    }
+
+    if (ClearFirst) Frame->memLogEntries.Close();
+    Frame->memLogEntries.Open();
+    // Rows and icons go in as one change each, so that the grids are redrawn once.
+    std::vector<LogEntryRow> entries;
+    forEachShown(KasseCollection, OnlyNew, [&](const TKasseItem& till, const TKasseLogItem& item) {
+        entries.push_back({.Ik_Ku_Id = till.Ik_Ku_ID,
+                           .Kassenr = till.Kassenr.trimmed(),
+                           .Severity = item.Severity,
+                           .MsgNo = item.MsgNo,
+                           .DateAndTime = item.TimeStamp,
+                           .Msg = item.Msg});
+    });
+    Frame->memLogEntries.Append(std::move(entries));
+
+    std::vector<int> icons;
+    for (int row = 0; row < Frame->memOppgjorStatus.RecordCount(); ++row)
+        icons.push_back(statusIcon(Frame->memOppgjorStatus.Row(row), Frame->memLogEntries, Tasks));
+    Frame->memOppgjorStatus.PostIcons(icons);
+    Frame->ExpandAll();
+}
+
+}  // namespace torvik
