@@ -92,6 +92,10 @@ protected:
     virtual void store(Mode mode, EditBuffer& buffer) = 0;
     // Whether Post of an appended row keeps it among the rows (a table object keeps none).
     [[nodiscard]] virtual bool keepsRows() const { return true; }
+    // Called when a move needs rows behind the last one held; gives whether there are more. Those held may be dropped
+    // (dropRows) first.
+    virtual bool readOn() { return false; }
+    void dropRows();
 
     [[nodiscard]] RowStore& rows() { return *rows_; }
     [[nodiscard]] const RowStore& rows() const { return *rows_; }
@@ -107,6 +111,7 @@ private:
     std::unique_ptr<RowStore> rows_;
     std::unique_ptr<LocateIndex> index_;
     int row_ = -1;
+    int dropped_ = 0;  // rows read and no longer held
     bool active_ = false;
     bool eof_ = true;
     bool bof_ = true;
