@@ -1,0 +1,140 @@
+// Starting the servers and filling their databases, through sessions of their own engines.
+#include "sandbox/chain/demo_chain.h"
+
+#include <algorithm>
+#include <set>
+#include <stdexcept>
+
+#include "sandbox/chain/install.h"
+#include "sandbox/tsql/session.h"
+
+namespace sandbox::chain {
+
+namespace {
+
+// Keeps the first error of a batch; rows go nowhere.
+class FirstError final : public Reply {
+public:
+    void columns(std::span<const ResultColumn>) override {}
+    void row(std::span<const Value>) override {}
+    void statementDone(std::optional<std::int64_t>, bool) override {}
+    void error(const Message& message) override {
+        if (text_.empty())
+            text_ = message.text + " (error " + std::to_string(message.number) + ", line " +
+                    std::to_string(message.line) + ")";
+    }
+    void info(const Message&) override {}
+    void databaseChanged(const std::string&, const std::string&) override {}
+    void transactionBegan(std::uint64_t) override {}
+    void transactionCommitted(std::uint64_t) override {}
+    void transactionRolledBack(std::uint64_t) override {}
+    void returnStatus(std::int32_t) override {}
+    void outputParameter(int, const std::string&, const Typed&) override {}
+    void procedureDone() override {}
+
+    [[nodiscard]] const std::string& text() const { return text_; }
+
+private:
+    std::string text_;
+};
+
+void runIn(Session& session, std::string_view batch) {
+    FirstError reply;
+    session.batch(batch, reply);
+    if (!reply.text().empty()) throw std::runtime_error(reply.text() + " in: " + std::string(batch.substr(0, 200)));
+}
+
+// Makes the database unless it is there; true when it is new.
+bool makeDatabase(Server& server, const std::string& name) {
+    const auto databases = server.engine().databases();
+    if (std::find(databases.begin(), databases.end(), name) != databases.end()) return false;
+    Session session(server.engine(), LoginInfo{.user = "sa", .program = "torvik-sandbox"});
+    runIn(session, "CREATE DATABASE " + name);
+    return true;
+}
+
+LoginInfo loginTo(const std::string& database) {
+    return {.user = "sa", .database = database, .program = "torvik-sandbox"};
+}
+
+template <typename Install>
+void fill(Server& server, const std::string& database, Install install) {
+    if (!makeDatabase(server, database)) return;
+    Session session(server.engine(), loginTo(database));
+    install([&session](std::string_view batch) { runIn(session, batch); });
+}
+
+// The rows of a table whose key, within its first two columns, was not there before.
+TableData newRows(TableData table, const std::vector<TableData>& before) {
+    const auto key = [](const std::vector<Cell>& row) { return cellText(row.at(0)) + "|" + cellText(row.at(1)); };
+    std::set<std::string> known;
+    for (const TableData& old : before)
+        if (old.table == table.table)
+            for (const auto& row : old.rows) known.insert(key(row));
+    std::erase_if(table.rows, [&](const std::vector<Cell>& row) { return known.contains(key(row)); });
+    return table;
+}
+
+}  // namespace
+
+DemoChain::DemoChain(DemoChainOptions options) : options_(std::move(options)), chain_(makeChain(options_.chain)) {
+    for (const Till& till : chain_.tills) {
+        tills_.push_back(start(till.database, 0));
+        fill(*tills_.back(), till.database, [&](const RunBatch& run) { installTill(chain_, till, run); });
+    }
+    backOffice_ = start(kBackOfficeDatabase, options_.port);
+    const auto address = [this](const Till& till) {
+        return addressOf(static_cast<std::size_t>(&till - chain_.tills.data()));
+    };
+    fill(*backOffice_, kBackOfficeDatabase, [&](const RunBatch& run) { installBackOffice(chain_, address, run); });
+    // A chain found on disk has been moved to new ports.
+    for (const Till& till : chain_.tills)
+        runInBackOffice("UPDATE Internkundekasse SET Ikk_Server = '" + address(till).server +
+                        "' WHERE Ikk_Database = '" + till.database + "'");
+}
+
+std::unique_ptr<Server> DemoChain::start(const std::string& name, std::uint16_t port) {
+    ServerOptions options;
+    options.host = options_.host;
+    options.port = port;
+    options.saPassword = options_.saPassword;
+    options.logins = {{kTillUser, kTillPassword}};
+    options.engine.serverName = name;
+    if (options_.dataDir) options.engine.dataDir = *options_.dataDir / name;
+    return std::make_unique<Server>(std::move(options));
+}
+
+TillAddress DemoChain::addressOf(std::size_t index) const {
+    return {options_.host + "," + std::to_string(tills_.at(index)->port()), chain_.tills.at(index).database, kTillUser,
+            kTillPassword};
+}
+
+std::string DemoChain::dataLink() const {
+    return "Provider=SQLOLEDB.1;Password=" + options_.saPassword +
+           ";Persist Security Info=True;User ID=sa;Initial Catalog=" + kBackOfficeDatabase +
+           ";Data Source=" + options_.host + "," + std::to_string(backOffice_->port());
+}
+
+void DemoChain::runInBackOffice(std::string_view batch) {
+    Session session(backOffice_->engine(), loginTo(kBackOfficeDatabase));
+    runIn(session, batch);
+}
+
+void DemoChain::runInTill(std::size_t index, std::string_view batch) {
+    Session session(tills_.at(index)->engine(), loginTo(chain_.tills.at(index).database));
+    runIn(session, batch);
+}
+
+void DemoChain::sellAnotherDay(std::size_t index) {
+    Till& till = chain_.tills.at(index);
+    const std::vector<TableData> before = tillSales(till);
+    addDay(chain_, till);
+    for (const TableData& table : tillSales(till))
+        for (const std::string& batch : insertBatches(newRows(table, before))) runInTill(index, batch);
+    for (const Voucher& voucher : till.vouchers)
+        runInTill(index, "UPDATE KUPONG SET KUP_BRUKT_ANTALL = " + std::to_string(voucher.used) +
+                             ", KUP_MERKET_BRUKT = " + (voucher.used >= voucher.issued ? "1" : "0") +
+                             " WHERE KUP_ID = " + std::to_string(voucher.id));
+}
+
+}  // namespace sandbox::chain

@@ -1,0 +1,36 @@
+// Scripts first, then rows, parents before children.
+#include "sandbox/chain/install.h"
+
+#include "sandbox/chain/scripts.h"
+
+namespace sandbox::chain {
+
+namespace {
+
+void runScript(std::string_view name, const RunBatch& run) {
+    for (const std::string_view batch : batchesOf(name)) run(batch);
+}
+
+void insertAll(const std::vector<TableData>& tables, const RunBatch& run) {
+    for (const TableData& table : tables)
+        for (const std::string& batch : insertBatches(table)) run("SET NOCOUNT ON\n" + batch);
+}
+
+}  // namespace
+
+void installBackOffice(const Chain& chain, const std::function<TillAddress(const Till&)>& addressOf,
+                       const RunBatch& run) {
+    runScript("back_office", run);
+    runScript("back_office_procedures", run);
+    insertAll(backOfficeTables(chain, addressOf), run);
+}
+
+void installTill(const Chain& chain, const Till& till, const RunBatch& run) {
+    for (const std::string_view script : tillScripts(till.version)) runScript(script, run);
+    run("UPDATE INNSTILLINGER SET IN_AVDNR = '" + chain.departmentOf(till).number + "', IN_KASSENR = '" + till.number +
+        "', IN_NAVN = '" + chain.departmentOf(till).name + "'");
+    insertAll(tillRegisters(chain, till), run);
+    insertAll(tillSales(till), run);
+}
+
+}  // namespace sandbox::chain

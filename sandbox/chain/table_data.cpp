@@ -1,0 +1,99 @@
+// Cells as T-SQL literals and as text, and rows as INSERT statements.
+#include "sandbox/chain/table_data.h"
+
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+
+namespace sandbox::chain {
+
+namespace {
+
+template <typename... F>
+struct Overloaded : F... {
+    using F::operator()...;
+};
+template <typename... F>
+Overloaded(F...) -> Overloaded<F...>;
+
+constexpr std::size_t kRowsABatch = 500;
+
+std::string momentText(const Moment& moment, const char* format) {
+    using namespace std::chrono;
+    const sys_time<milliseconds> time{milliseconds(moment.milliseconds)};
+    const auto day = floor<days>(time);
+    const year_month_day date{day};
+    const hh_mm_ss clock{time - day};
+    char text[40];
+    std::snprintf(text, sizeof text, format, static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                  static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                  static_cast<int>(clock.minutes().count()), static_cast<int>(clock.seconds().count()),
+                  static_cast<int>(clock.subseconds().count()));
+    return text;
+}
+
+std::string shortest(double value) {
+    char text[40];
+    const auto end = std::to_chars(text, text + sizeof text, value);
+    return {text, end.ptr};
+}
+
+std::string hex(const std::string& bytes) {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string text = "0x";
+    for (const char c : bytes) {
+        const auto b = static_cast<unsigned char>(c);
+        text += kDigits[b >> 4];
+        text += kDigits[b & 15];
+    }
+    return text;
+}
+
+std::string quoted(const std::string& value) {
+    std::string text = "'";
+    for (const char c : value) text += c == '\'' ? std::string("''") : std::string(1, c);
+    return text + "'";
+}
+
+}  // namespace
+
+std::string sqlLiteral(const Cell& cell) {
+    return std::visit(
+        Overloaded{[](std::monostate) { return std::string("NULL"); }, [](std::int64_t v) { return std::to_string(v); },
+                   [](double v) {
+                       std::string text = shortest(v);
+                       if (text.find('e') == std::string::npos) text += "E0";
+                       return text;
+                   },
+                   [](const std::string& v) { return quoted(v); },
+                   [](const Moment& v) { return quoted(momentText(v, "%04d%02u%02u %02d:%02d:%02d.%03d")); },
+                   [](const Blob& v) { return hex(v.bytes); }},
+        cell);
+}
+
+std::string cellText(const Cell& cell) {
+    return std::visit(
+        Overloaded{[](std::monostate) { return std::string("NULL"); }, [](std::int64_t v) { return std::to_string(v); },
+                   [](double v) { return shortest(v); }, [](const std::string& v) { return v; },
+                   [](const Moment& v) { return momentText(v, "%04d-%02u-%02u %02d:%02d:%02d.%03d"); },
+                   [](const Blob& v) { return hex(v.bytes); }},
+        cell);
+}
+
+std::vector<std::string> insertBatches(const TableData& data) {
+    std::string head = "INSERT INTO " + data.table + " (";
+    for (std::size_t i = 0; i < data.columns.size(); ++i) head += (i ? ", " : "") + data.columns[i];
+    head += ") VALUES";
+
+    std::vector<std::string> batches;
+    for (std::size_t r = 0; r < data.rows.size(); ++r) {
+        if (r % kRowsABatch == 0) batches.push_back(head);
+        std::string& batch = batches.back();
+        batch += r % kRowsABatch == 0 ? "\n(" : ",\n(";
+        for (std::size_t i = 0; i < data.rows[r].size(); ++i) batch += (i ? ", " : "") + sqlLiteral(data.rows[r][i]);
+        batch += ")";
+    }
+    return batches;
+}
+
+}  // namespace sandbox::chain
