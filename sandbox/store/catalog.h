@@ -48,6 +48,8 @@ struct IndexDef {
 struct ForeignKeyDef {
     std::string name;
     std::vector<std::string> columns;
+    std::int32_t parentId = 0;  // object_id of the table it refers to
+    std::string parentSchema = "dbo";
     std::string parentTable;
     std::vector<std::string> parentColumns;
     bool cascadeDelete = false;
@@ -63,10 +65,14 @@ struct CheckDef {
     bool disabled = false;  // NOCHECK CONSTRAINT: not checked
 };
 
-enum class ObjectKind { Table, View, Procedure, Function };
+struct ParameterDef {
+    std::string name;  // with its "@"
+    Type type;
+    bool output = false;
+    bool hasDefault = false;
+};
 
-[[nodiscard]] std::string foldName(std::string_view name);  // names are equal when these are
-[[nodiscard]] bool sameName(std::string_view a, std::string_view b);
+enum class ObjectKind { Table, View, Procedure, Function };
 
 struct ObjectDef {
     std::int32_t id = 0;  // object_id
@@ -77,8 +83,10 @@ struct ObjectDef {
     std::int64_t created = 0;   // datetime ticks
     std::int64_t modified = 0;  // datetime ticks
 
+    std::vector<ParameterDef> parameters;  // procedures
+    std::vector<ColumnDef> columns;        // tables; views: names and types of their result
+
     // Tables only.
-    std::vector<ColumnDef> columns;
     std::vector<IndexDef> indexes;
     std::vector<ForeignKeyDef> foreignKeys;
     std::vector<CheckDef> checks;

@@ -12,6 +12,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -19,6 +20,7 @@
 
 #include "sandbox/store/catalog.h"
 #include "sandbox/store/database.h"
+#include "sandbox/store/sql_functions.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -80,18 +82,23 @@ public:
     void run(const std::string& sql);  // no rows, no parameters
 
     // ---- names
-    // The database of that name, attached; nullptr when there is none.
+    void use(std::shared_ptr<Database> database);  // the current database; master at first
+    [[nodiscard]] const std::shared_ptr<Database>& current() const { return current_; }
+    // The database of that name, attached; empty: the current one; nullptr when there is none.
     [[nodiscard]] std::shared_ptr<Database> attach(std::string_view database);
     // schema empty: dbo, then sys. "#x" and "@x" are this session's temporary tables whatever the database. Catalogue
     // views are found like tables. Empty when there is none.
     [[nodiscard]] std::optional<FoundObject> find(std::string_view database, std::string_view schema,
                                                   std::string_view name);
+    // The same from one text: "db..t", "[odd name]".
+    [[nodiscard]] std::optional<FoundObject> findByText(std::string_view text);
     // The catalogue as this session sees it: with its own uncommitted changes.
-    [[nodiscard]] std::shared_ptr<const Catalog> catalog(const Database& database) const;
+    [[nodiscard]] std::shared_ptr<const Catalog> catalog(Database& database) const;
 
     // ---- temporary tables: each scope's end drops what was made in it (a procedure, a batch for table variables)
     void beginTemporaryScope();
     void endTemporaryScope();
+    void dropTableVariables();  // of the innermost scope
     void dropAllTemporaryTables();
     [[nodiscard]] const std::shared_ptr<Database>& temporary() const { return temporaryScopes_.back(); }
 
@@ -118,47 +125,60 @@ public:
     void interrupt();       // from any thread: the running SQLite statement or lock wait raises StatementCancelled
     void clearInterrupt();  // before a batch
     [[nodiscard]] bool interrupted() const { return cancelled_; }
+    // Raises what the last SQLite call's failure means: a function's own error, StatementCancelled, 1205 where another
+    // session has changed what this transaction has read, SqliteError.
+    [[noreturn]] void raiseFailure();
 
-    // Where a function called by SQLite leaves its exception; Statement::step throws it on.
-    void setPendingError(std::exception_ptr error) { pendingError_ = std::move(error); }
-    [[nodiscard]] std::exception_ptr takePendingError();
+    // What the T-SQL functions see of the session: the session fills it in. The catalogue's hooks are set already.
+    [[nodiscard]] FunctionContext& functions() { return functions_; }
 
 private:
     friend class Statement;
     friend class Write;
 
-    using Catalogs = std::map<const Database*, std::shared_ptr<const Catalog>>;
+    using Catalogs = std::map<Database*, std::shared_ptr<const Catalog>>;
     struct SavePoint {
         std::string name;    // in SQLite
         std::size_t number;  // the user's, or kStatement
         Catalogs catalogs;   // as they were
     };
 
-    void startSqliteTransaction();
-    void finishSqliteTransaction();
+    void exec(const std::string& sql);  // past the cache, and whether or not there was an attention
+    void attachDatabase(const std::shared_ptr<Database>& database);
+    void detachIdle(std::size_t keep);
+    void dropTemporary(Database& scope, bool variablesOnly);
+    void setCatalogHooks();
+    void makeReusable(std::string sql, sqlite3_stmt* statement);
+
+    void startWriting(Database& database);
     void pushSavePoint(std::size_t number);
-    void storeIdentities();
-    void detachIdle();
-    void registerSystemView(Database& database, const std::string& view);
+    void finishWrite(bool keep);
+    void resetBusyStatements();
+    void commitSqlite();
+    void rollbackSqlite();
+    void forgetTransaction();
 
     Databases& databases_;
     int spid_;
     sqlite3* sqlite_ = nullptr;
-    std::map<int, std::shared_ptr<Database>> attached_;  // by id
-    std::list<int> attachedOrder_;                       // least recently used first
+    std::list<std::shared_ptr<Database>> attached_;  // least recently used first
     std::vector<std::shared_ptr<Database>> temporaryScopes_;
-    std::unordered_map<std::string, std::vector<sqlite3_stmt*>> cache_;
-    std::list<std::string> cacheOrder_;
+    std::shared_ptr<Database> current_;
+    std::unordered_map<std::string, std::shared_ptr<const ObjectDef>> systemViews_;  // by "db5.sys.objects"
+    std::list<std::pair<std::string, sqlite3_stmt*>> idle_;  // prepared statements, most recently used first
+    std::unordered_multimap<std::string_view, std::list<std::pair<std::string, sqlite3_stmt*>>::iterator> idleByText_;
 
     bool inTransaction_ = false;      // the user's
     bool sqliteTransaction_ = false;  // SQLite's: from the first write on
+    int writeDepth_ = 0;              // Writes in hand
     std::vector<SavePoint> savePoints_;
-    std::size_t pendingSavePoints_ = 0;  // of savePoints_, those that SQLite does not have yet
+    std::size_t lastSavePoint_ = 0;
     Catalogs changed_;
-    std::map<std::pair<Database*, std::int32_t>, bool> usedIdentities_;
+    std::set<std::pair<Database*, std::int32_t>> usedIdentities_;
+    std::vector<std::shared_ptr<Database>> retiredScopes_;  // their tables may come back by a roll-back
     std::optional<std::chrono::milliseconds> lockTimeout_;
     std::atomic<bool> cancelled_{false};
-    std::exception_ptr pendingError_;
+    FunctionContext functions_;
 };
 
 // One writing statement: locks the database, opens the SQLite transaction when none is open, and sets a save point. The
@@ -175,7 +195,6 @@ public:
 private:
     Connection& connection_;
     bool finished_ = false;
-    std::size_t depth_ = 0;
 };
 
 }  // namespace sandbox

@@ -51,19 +51,23 @@ public:
     void setLastIdentity(std::int32_t objectId, std::optional<std::int64_t> value);
 
     [[nodiscard]] std::int32_t newObjectId();  // never given out before in this database
+    [[nodiscard]] std::int32_t lastObjectId() const;
 
     // Set by DROP DATABASE: connections let go of it when they are idle.
     std::atomic<bool> dropped{false};
 
 private:
     friend class Databases;
+    friend class Connection;
 
     Facts facts_;
     mutable std::mutex mutex_;
     std::shared_ptr<const Catalog> catalog_;
     std::map<std::int32_t, std::int64_t> identities_;
-    std::atomic<std::int32_t> nextObjectId_;
+    std::int32_t lastObjectId_ = 0;
 };
+
+[[nodiscard]] std::int64_t currentTicks();  // local time as a datetime
 
 class Databases {
 public:
@@ -79,8 +83,8 @@ public:
 
     // Raises 1801 when the name is taken. collation empty: the server's.
     std::shared_ptr<Database> create(const std::string& name, const std::string& collation = {});
-    // Raises 3701 when there is none, 3708 for a system database, 3702 while another session is in it.
-    void drop(std::string_view name, int spid);
+    // Raises 3701 when there is none, 3708 for a system database, 3702 while a session is in it.
+    void drop(std::string_view name);
 
     [[nodiscard]] const std::string& collation() const { return collation_; }
     [[nodiscard]] bool keepsData() const { return keepsData_; }
@@ -96,8 +100,10 @@ private:
     std::string collation_;
     bool keepsData_ = false;
     int lastSerial_ = 0;
+    std::mutex creating_;  // one CREATE or DROP at a time
     mutable std::mutex mutex_;
     std::map<int, std::shared_ptr<Database>> databases_;  // by id
+    sqlite3* registry_ = nullptr;                         // the list of databases, where data is kept
     // One open handle a database, so that SQLite never takes a session for the last one that leaves a file.
     std::map<int, sqlite3*> keepers_;
     LockManager locks_;

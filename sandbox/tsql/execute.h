@@ -66,13 +66,6 @@ private:
 // DBCC CHECKIDENT: tells the current value (7998), and with reseed changes it. `to` empty with reseed: corrects the
 // value to the column's highest.
 void checkIdentity(const ExecuteContext& context, std::string_view table, bool reseed, std::optional<std::int64_t> to);
-// IDENT_CURRENT, IDENT_SEED and IDENT_INCR; none where the table does not exist or has no identity column.
-struct IdentityFacts {
-    std::int64_t current = 0;
-    std::int64_t seed = 1;
-    std::int64_t increment = 1;
-};
-[[nodiscard]] std::optional<IdentityFacts> identityFacts(const ExecuteContext& context, std::string_view table);
 
 // ---- definitions
 
