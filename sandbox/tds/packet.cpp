@@ -43,6 +43,13 @@ std::optional<Packet> PacketReader::next() {
     return packet;
 }
 
+std::size_t PacketReader::missing() const {
+    const std::size_t have = buffer_.size() - start_;
+    if (have < kHeaderSize) return kHeaderSize - have;
+    const auto length = static_cast<std::size_t>(buffer_[start_ + 2] << 8 | buffer_[start_ + 3]);
+    return length > have ? length - have : 1;
+}
+
 std::vector<std::uint8_t> PacketWriter::packFull(std::vector<std::uint8_t>& message) {
     const std::size_t room = size_ - kHeaderSize;
     std::vector<std::uint8_t> out;

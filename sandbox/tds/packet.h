@@ -28,6 +28,8 @@ public:
     // The next whole packet; none until more bytes are fed. Raises StreamError for a length below the header's or
     // above the largest, and for a type that no client sends.
     [[nodiscard]] std::optional<Packet> next();
+    // How many bytes the next packet's header, or then its body, still lacks.
+    [[nodiscard]] std::size_t missing() const;
 
 private:
     std::vector<std::uint8_t> buffer_;

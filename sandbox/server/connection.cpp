@@ -1,0 +1,325 @@
+// A connection's life: login, requests one by one, end.
+#include "sandbox/server/connection.h"
+
+#include <array>
+#include <thread>
+
+#include "sandbox/server/login_handler.h"
+
+namespace sandbox {
+namespace {
+
+constexpr std::chrono::seconds kLoginTime{30};
+constexpr std::chrono::milliseconds kCancelInterval{20};
+constexpr std::size_t kReceiveSize = 65536;
+
+RequestKind kindOf(tds::PacketType type) {
+    switch (type) {
+        case tds::PacketType::Rpc: return RequestKind::Call;
+        case tds::PacketType::BulkLoad: return RequestKind::Bulk;
+        case tds::PacketType::TransactionManager: return RequestKind::Transaction;
+        default: return RequestKind::Batch;
+    }
+}
+
+}  // namespace
+
+Connection::Connection(const ServerContext& server, Socket socket, std::uint64_t id)
+    : server_(server),
+      id_(id),
+      channel_(std::move(socket), server.faults),
+      reply_(channel_, server.engine.serverName()) {
+    reply_.onStatement = [this] { return statementEnded(); };
+    reply_.interrupted = [this] { return inbox_ && inbox_->interrupted(); };
+}
+
+void Connection::run() {
+    try {
+        channel_.socket().setReceiveTimeout(kLoginTime);
+        if (server_.faults.takeHang()) {
+            channel_.socket().setReceiveTimeout(std::chrono::milliseconds(0));
+            while (!channel_.receive(kReceiveSize).empty()) continue;
+        } else {
+            LoginHandler login(channel_, reply_, server_.engine, server_.faults, server_.logins, server_.tls,
+                               server_.options.tls);
+            session_ = login.run();
+            if (session_) {
+                const tds::Login& who = login.login();
+                largestPacket_ = std::max(tds::kDefaultPacket, reply_.packets().size());
+                channel_.setProgram(who.program);
+                channel_.socket().setReceiveTimeout(std::chrono::milliseconds(0));
+                const std::lock_guard lock(infoMutex_);
+                info_ = {id_, session_->spid(), who.user, who.host, who.program, session_->database(), 0, 0};
+            }
+        }
+        if (session_) {
+            server_.faults.loggedIn();
+            serve();
+        }
+    } catch (const std::exception&) {
+        // A client that sends nonsense, or fails its TLS handshake, loses its connection and nothing else.
+    }
+    channel_.cut();
+    calls_.reset();
+    bulk_.reset();
+    session_.reset();
+}
+
+std::optional<ConnectionInfo> Connection::info() const {
+    const std::lock_guard lock(infoMutex_);
+    return info_;
+}
+
+void Connection::serve() {
+    inbox_ = std::make_unique<Inbox>([this] { session_->cancel(); });
+    calls_ = std::make_unique<CallHandler>(*session_);
+    bulk_ = std::make_unique<BulkLoad>(*session_, *inbox_, server_.options.maxMessageBytes);
+    std::thread reader([this] { read(); });
+    try {
+        while (std::optional<tds::Packet> packet = inbox_->take()) {
+            if (!handle(std::move(*packet))) break;
+        }
+    } catch (const tds::StreamError&) {
+        // As above; the reader still has to be waited for.
+    } catch (const std::exception& e) {
+        failInside(e);
+    }
+    (void)inbox_->endRequest();
+    channel_.cut();
+    reader.join();
+}
+
+void Connection::read() {
+    tds::PacketReader packets;
+    packets.setLargest(largestPacket_);
+    try {
+        while (true) {
+            if (inbox_->wantsCancel() && !channel_.socket().readable(kCancelInterval)) {
+                inbox_->cancelAgain();
+                continue;
+            }
+            const std::vector<std::uint8_t> bytes = channel_.receive(kReceiveSize);
+            if (bytes.empty()) break;
+            packets.feed(bytes);
+            while (auto packet = packets.next()) inbox_->put(std::move(*packet));
+        }
+    } catch (const std::exception&) {
+        channel_.cut();
+    }
+    inbox_->close();
+    inbox_->awaitIdle();
+}
+
+// False: the connection ends.
+bool Connection::handle(tds::Packet packet) {
+    const tds::PacketType type = packet.type;
+    if (type == tds::PacketType::Attention) {
+        reply_.finish(true);  // what it was to cancel has already been answered
+        return true;
+    }
+    reset(packet.status);
+    if (type == tds::PacketType::BulkLoad) {
+        return answer(request(RequestKind::Bulk, {}), [&] {
+            if (bulk_->receive(std::move(packet), reply_) == BulkLoad::End::Attention) attentionTaken_ = true;
+        });
+    }
+    bulk_->forget();
+    const auto message = collect(std::move(packet));
+    if (!message) return true;
+    switch (type) {
+        case tds::PacketType::SqlBatch: {
+            const std::string text = tds::readBatch(*message, reply_.version());
+            return answer(request(kindOf(type), text), [&] { batch(text); });
+        }
+        case tds::PacketType::Rpc: {
+            std::vector<tds::Call> list;
+            try {
+                list = tds::readCalls(*message, reply_.version());
+            } catch (const tds::RefusedParameter& e) {
+                return answer(request(kindOf(type), {}), [&] {
+                    reply_.error(e.message);
+                    reply_.procedureDone();
+                });
+            }
+            std::string text;
+            for (const tds::Call& call : list) text += (text.empty() ? "" : "\n") + CallHandler::describe(call);
+            return answer(request(kindOf(type), text), [&] { calls(list); });
+        }
+        case tds::PacketType::TransactionManager: {
+            const tds::TransactionRequest step = tds::readTransaction(*message);
+            return answer(request(kindOf(type), {}), [&] { transaction(step); });
+        }
+        default: throw tds::StreamError("a message that has no place after the login");
+    }
+}
+
+// The whole of a message; none where the client took it back before its end, which is then answered.
+std::optional<std::vector<std::uint8_t>> Connection::collect(tds::Packet packet) {
+    const tds::PacketType type = packet.type;
+    std::vector<std::uint8_t> message = std::move(packet.body);
+    while (!packet.last()) {
+        std::optional<tds::Packet> next = inbox_->take();
+        if (!next) return std::nullopt;
+        packet = std::move(*next);
+        if (packet.type == tds::PacketType::Attention) {
+            reply_.finish(true);
+            return std::nullopt;
+        }
+        if (packet.type != type) throw tds::StreamError("a message within another");
+        message.insert(message.end(), packet.body.begin(), packet.body.end());
+        if (message.size() > server_.options.maxMessageBytes) throw tds::StreamError("a message that is too long");
+    }
+    if ((packet.status & tds::kIgnoreMessage) != 0) {
+        reply_.finish(false);
+        return std::nullopt;
+    }
+    return message;
+}
+
+bool Connection::answer(RequestInfo request, const std::function<void()>& execute) {
+    attentionTaken_ = false;
+    const Faults::Verdict verdict = server_.faults.meet(request);
+    inbox_->beginRequest();
+    if (verdict.delay.count() > 0) inbox_->pause(verdict.delay, false);
+    bool goesOn = true;
+    if (verdict.action) {
+        goesOn = showFault(verdict, execute);
+    } else if (!inbox_->interrupted() || request.kind == RequestKind::Bulk) {
+        try {
+            execute();
+        } catch (const SqlError&) {
+            goesOn = false;  // of a severity that ends the connection; the reply has it already
+        }
+    }
+    const bool attention = inbox_->endRequest() || attentionTaken_;
+    if (channel_.isCut() || inbox_->closed()) return false;
+    reply_.finish(attention);
+    if (!goesOn) channel_.closeGently();
+    const std::lock_guard lock(infoMutex_);
+    info_->database = session_->database();
+    return goesOn;
+}
+
+// False: the connection ends.
+bool Connection::showFault(const Faults::Verdict& verdict, const std::function<void()>& execute) {
+    constexpr int kEndsConnection = 20;
+    switch (*verdict.action) {
+        case FaultAction::Fail: {
+            if (verdict.rollBack) session_->batch("IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION", reply_);
+            Message message = verdict.message;
+            if (message.line == 0) message.line = 1;
+            reply_.error(message);
+            return message.severity < kEndsConnection;
+        }
+        case FaultAction::DropAfter:
+            reply_.discardRest();
+            execute();
+            channel_.cut();
+            return false;
+        case FaultAction::Hang:
+            (void)inbox_->endRequest();
+            inbox_->pause(std::nullopt, true);
+            return false;
+        case FaultAction::DropBefore:
+        case FaultAction::Delay: break;
+    }
+    channel_.cut();
+    return false;
+}
+
+void Connection::batch(const std::string& text) {
+    if (BulkLoad::announces(text)) {
+        bulk_->begin(text, reply_);
+    } else {
+        session_->batch(text, reply_);
+    }
+}
+
+void Connection::calls(const std::vector<tds::Call>& calls) {
+    for (const tds::Call& call : calls) {
+        if (inbox_->interrupted()) return;
+        calls_->run(call, reply_);
+    }
+}
+
+void Connection::transaction(const tds::TransactionRequest& request) {
+    static constexpr std::array<const char*, 6> kLevels = {
+        "", "READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"};
+    if (request.isolation != 0) {
+        session_->batch(std::string("SET TRANSACTION ISOLATION LEVEL ") + kLevels[request.isolation], reply_);
+    }
+    switch (request.step) {
+        case tds::TransactionStep::Begin: return session_->beginTransaction(request.name, reply_);
+        case tds::TransactionStep::Commit: return session_->commitTransaction(request.beginAnother, reply_);
+        case tds::TransactionStep::Rollback:
+            return session_->rollbackTransaction(request.name, request.beginAnother, reply_);
+        case tds::TransactionStep::Save: return session_->saveTransaction(request.name, reply_);
+        case tds::TransactionStep::GetDtcAddress:
+        case tds::TransactionStep::Propagate:
+        case tds::TransactionStep::Promote: break;
+    }
+    Message m;
+    m.number = 8501;
+    m.state = 3;
+    m.text = "MSDTC on server '" + server_.engine.serverName() + "' is unavailable.";
+    m.line = 1;
+    reply_.error(m);
+}
+
+void Connection::reset(std::uint8_t status) {
+    if ((status & (tds::kResetConnection | tds::kResetKeepingTransaction)) == 0) return;
+    const std::string before = session_->database();
+    bulk_->forget();
+    calls_->reset();
+    session_->reset((status & tds::kResetKeepingTransaction) != 0);
+    if (session_->database() != before) reply_.databaseChanged(before, session_->database());
+    reply_.tokens().connectionReset();
+}
+
+// False: the client is to hear no more of this request.
+bool Connection::statementEnded() {
+    {
+        const std::lock_guard lock(infoMutex_);
+        if (info_) ++info_->statements;
+    }
+    const Faults::StatementVerdict verdict = server_.faults.statementEnded();
+    if (!verdict.drop) return true;
+    if (verdict.message) {
+        Message message = *verdict.message;
+        if (message.line == 0) message.line = 1;
+        reply_.error(message);
+    } else {
+        channel_.cut();
+    }
+    session_->cancel();
+    return false;
+}
+
+// A fault of this program and not of the client: told like a server's own fatal error, and the connection ends.
+void Connection::failInside(const std::exception& e) {
+    Message m;
+    m.number = 596;
+    m.severity = 21;
+    m.text = std::string("Cannot continue the execution because the session is in the kill state. ") + e.what();
+    m.line = 1;
+    reply_.error(m);
+    (void)inbox_->endRequest();
+    reply_.finish(false);
+    channel_.closeGently();
+}
+
+RequestInfo Connection::request(RequestKind kind, std::string text) {
+    const std::lock_guard lock(infoMutex_);
+    RequestInfo r;
+    r.connection = id_;
+    r.user = info_->user;
+    r.host = info_->host;
+    r.program = info_->program;
+    r.database = info_->database;
+    r.kind = kind;
+    r.text = std::move(text);
+    r.number = ++info_->requests;
+    return r;
+}
+
+}  // namespace sandbox

@@ -1,0 +1,71 @@
+// One client from its acceptance to its end. Its own thread logs it in and answers its requests; a second one reads the
+// socket meanwhile.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "sandbox/server/bulk_load.h"
+#include "sandbox/server/channel.h"
+#include "sandbox/server/inbox.h"
+#include "sandbox/server/logins.h"
+#include "sandbox/server/reply_writer.h"
+#include "sandbox/server/rpc.h"
+#include "sandbox/server/server.h"
+
+namespace sandbox {
+
+// What the connections of one server share.
+struct ServerContext {
+    const ServerOptions& options;
+    Engine& engine;
+    Faults& faults;
+    const Logins& logins;
+    const TlsContext* tls;  // none where TLS is not supported
+};
+
+class Connection {
+public:
+    Connection(const ServerContext& server, Socket socket, std::uint64_t id);
+
+    // The connection's thread. Returns when it is closed and its session has ended; raises nothing.
+    void run();
+    void cut() { channel_.cut(); }  // from any thread
+
+    [[nodiscard]] std::optional<ConnectionInfo> info() const;  // none before the login
+    [[nodiscard]] std::uint64_t id() const { return id_; }
+
+private:
+    void serve();
+    void read();
+    bool handle(tds::Packet packet);
+    [[nodiscard]] std::optional<std::vector<std::uint8_t>> collect(tds::Packet first);
+    bool answer(RequestInfo request, const std::function<void()>& execute);
+    bool showFault(const Faults::Verdict& verdict, const std::function<void()>& execute);
+    void batch(const std::string& text);
+    void calls(const std::vector<tds::Call>& calls);
+    void transaction(const tds::TransactionRequest& request);
+    void reset(std::uint8_t status);
+    bool statementEnded();
+    void failInside(const std::exception& e);
+    [[nodiscard]] RequestInfo request(RequestKind kind, std::string text);
+
+    ServerContext server_;
+    const std::uint64_t id_;
+    Channel channel_;
+    ReplyWriter reply_;
+    std::unique_ptr<Session> session_;
+    std::unique_ptr<Inbox> inbox_;
+    std::unique_ptr<CallHandler> calls_;
+    std::unique_ptr<BulkLoad> bulk_;
+    bool attentionTaken_ = false;  // the running request has read its attention itself
+    std::size_t largestPacket_ = tds::kDefaultPacket;
+
+    mutable std::mutex infoMutex_;
+    std::optional<ConnectionInfo> info_;
+};
+
+}  // namespace sandbox

@@ -1,0 +1,176 @@
+// Counting requests and deciding which of them a fault meets.
+#include "sandbox/server/faults.h"
+
+#include <algorithm>
+
+#include "sandbox/server/logins.h"
+#include "sandbox/server/names.h"
+
+namespace sandbox {
+namespace {
+
+bool matches(const RequestMatch& m, const RequestInfo& r) {
+    const auto same = [](const std::string& wanted, const std::string& have) {
+        return wanted.empty() || sameName(wanted, have);
+    };
+    return same(m.user, r.user) && same(m.program, r.program) && same(m.database, r.database) &&
+           (m.number == 0 || m.number == r.number) && (!m.kind || *m.kind == r.kind) &&
+           (m.textContains.empty() || lowerName(r.text).find(lowerName(m.textContains)) != std::string::npos);
+}
+
+}  // namespace
+
+void Faults::refuseLogins(int count, Message error) {
+    const std::lock_guard lock(mutex_);
+    loginsToRefuse_ = count;
+    loginError_ = std::move(error);
+}
+
+void Faults::refuseUser(const std::string& user) {
+    const std::lock_guard lock(mutex_);
+    refusedUsers_.insert(lowerName(user));
+}
+
+void Faults::allowUser(const std::string& user) {
+    const std::lock_guard lock(mutex_);
+    refusedUsers_.erase(lowerName(user));
+}
+
+void Faults::hangLogins(int count) {
+    const std::lock_guard lock(mutex_);
+    loginsToHang_ = count;
+}
+
+int Faults::add(FaultRule rule) {
+    const std::lock_guard lock(mutex_);
+    rules_.push_back({nextId_, std::move(rule)});
+    return nextId_++;
+}
+
+void Faults::remove(int rule) {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(rules_, [&](const Active& a) { return a.id == rule; });
+}
+
+void Faults::dropAfterBytes(std::uint64_t bytes, const std::string& program) {
+    const std::lock_guard lock(mutex_);
+    bytesLeft_ = bytes;
+    bytesProgram_ = program;
+}
+
+void Faults::dropAfterStatements(std::uint64_t statements, std::optional<Message> message) {
+    const std::lock_guard lock(mutex_);
+    statementsLeft_ = std::max<std::uint64_t>(statements, 1);
+    statementMessage_ = std::move(message);
+}
+
+void Faults::delayRequests(std::chrono::milliseconds delay) {
+    const std::lock_guard lock(mutex_);
+    delay_ = delay;
+}
+
+void Faults::clear() {
+    const std::lock_guard lock(mutex_);
+    loginsToRefuse_ = loginsToHang_ = 0;
+    refusedUsers_.clear();
+    rules_.clear();
+    bytesLeft_.reset();
+    statementsLeft_.reset();
+    statementMessage_.reset();
+    delay_ = {};
+}
+
+int Faults::observe(std::function<void(const RequestInfo&)> observer) {
+    const std::scoped_lock lock(observerMutex_, mutex_);
+    observers_.push_back({nextId_, std::move(observer)});
+    return nextId_++;
+}
+
+void Faults::forget(int observer) {
+    const std::lock_guard lock(observerMutex_);
+    std::erase_if(observers_, [&](const Observer& o) { return o.id == observer; });
+}
+
+std::uint64_t Faults::requests() const {
+    const std::lock_guard lock(mutex_);
+    return requests_;
+}
+
+std::uint64_t Faults::statements() const {
+    const std::lock_guard lock(mutex_);
+    return statements_;
+}
+
+std::uint64_t Faults::logins() const {
+    const std::lock_guard lock(mutex_);
+    return logins_;
+}
+
+bool Faults::takeHang() {
+    const std::lock_guard lock(mutex_);
+    if (loginsToHang_ == 0) return false;
+    --loginsToHang_;
+    return true;
+}
+
+std::optional<Message> Faults::takeLoginRefusal(const std::string& user) {
+    const std::lock_guard lock(mutex_);
+    if (loginsToRefuse_ > 0) {
+        --loginsToRefuse_;
+        return loginError_;
+    }
+    if (refusedUsers_.contains(lowerName(user))) return loginFailed(user);
+    return std::nullopt;
+}
+
+void Faults::loggedIn() {
+    const std::lock_guard lock(mutex_);
+    ++logins_;
+}
+
+Faults::Verdict Faults::meet(RequestInfo& request) {
+    Verdict verdict;
+    {
+        const std::lock_guard lock(mutex_);
+        request.serverNumber = ++requests_;
+        verdict.delay = delay_;
+        for (Active& a : rules_) {
+            if (!matches(a.rule.match, request)) continue;
+            const std::uint64_t place = a.met++;
+            if (place < a.rule.skip || (a.rule.times != 0 && place - a.rule.skip >= a.rule.times)) continue;
+            if (a.rule.action == FaultAction::Delay) {
+                verdict.delay += a.rule.delay;
+            } else if (!verdict.action) {
+                verdict.action = a.rule.action;
+                verdict.message = a.rule.message;
+                verdict.rollBack = a.rule.rollBack;
+            }
+        }
+    }
+    const std::lock_guard lock(observerMutex_);
+    for (const Observer& o : observers_) o.call(request);
+    return verdict;
+}
+
+Faults::StatementVerdict Faults::statementEnded() {
+    const std::lock_guard lock(mutex_);
+    ++statements_;
+    StatementVerdict verdict;
+    if (!statementsLeft_ || --*statementsLeft_ > 0) return verdict;
+    statementsLeft_.reset();
+    verdict.drop = true;
+    verdict.message = std::exchange(statementMessage_, std::nullopt);
+    return verdict;
+}
+
+std::optional<std::uint64_t> Faults::sending(std::uint64_t bytes, const std::string& program) {
+    const std::lock_guard lock(mutex_);
+    if (!bytesLeft_ || (!bytesProgram_.empty() && !sameName(bytesProgram_, program))) return std::nullopt;
+    if (bytes < *bytesLeft_) {
+        *bytesLeft_ -= bytes;
+        return std::nullopt;
+    }
+    return std::exchange(bytesLeft_, std::nullopt);
+}
+
+}  // namespace sandbox

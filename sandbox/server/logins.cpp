@@ -1,0 +1,27 @@
+// Logins by name and password.
+#include "sandbox/server/logins.h"
+
+#include "sandbox/server/names.h"
+
+namespace sandbox {
+
+Logins::Logins(const std::string& saPassword, const std::map<std::string, std::string>& others) {
+    passwords_["sa"] = saPassword;
+    for (const auto& [name, password] : others) passwords_[lowerName(name)] = password;
+}
+
+bool Logins::accepts(const std::string& user, const std::string& password) const {
+    const auto found = passwords_.find(lowerName(user));
+    return found != passwords_.end() && found->second == password;
+}
+
+Message loginFailed(const std::string& user) {
+    Message m;
+    m.number = 18456;
+    m.severity = 14;
+    m.text = "Login failed for user '" + user + "'.";
+    m.line = 1;
+    return m;
+}
+
+}  // namespace sandbox
