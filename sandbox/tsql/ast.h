@@ -223,6 +223,9 @@ struct Batch {
 // Calls visit for each statement, outer before inner, in the order of the text. Does not enter procedure bodies.
 void forEachStatement(const Statements& statements, const std::function<void(const Statement&)>& visit);
 
+// Calls visit for each expression directly under this one. Subqueries are not entered.
+void forEachChild(const Expr& expr, const std::function<void(const Expr&)>& visit);
+
 // Calls visit for each expression under this one, itself first. Subqueries are not entered.
 void forEachExpr(const Expr& expr, const std::function<void(const Expr&)>& visit);
 

@@ -79,32 +79,44 @@ struct CreateTable {
     TableDefinition definition;
 };
 
-struct AlterTable {
-    struct Add {
-        TableDefinition definition;
-        bool withNoCheck = false;
-    };
-    struct AlterColumn {
-        ColumnDefinition column;
-    };
-    struct DropItem {
+struct AddToTable {
+    TableDefinition definition;
+    bool withNoCheck = false;
+};
+
+struct AlterColumn {
+    ColumnDefinition column;
+};
+
+struct DropFromTable {
+    struct Item {
         Place place;
         bool isColumn = false;  // false: a constraint
         bool ifExists = false;
         std::string name;
     };
-    struct Drop {
-        std::vector<DropItem> items;
-    };
-    struct CheckConstraint {
-        bool enable = true;      // CHECK or NOCHECK
-        bool withCheck = false;  // WITH CHECK: existing rows too
-        bool all = false;
-        std::vector<std::string> names;
-    };
-    struct Trigger {  // ENABLE or DISABLE TRIGGER
-        bool enable = true;
-    };
+    std::vector<Item> items;
+};
+
+struct CheckConstraints {
+    bool enable = true;      // CHECK or NOCHECK
+    bool withCheck = false;  // WITH CHECK: existing rows too
+    bool all = false;
+    std::vector<std::string> names;
+};
+
+// ENABLE or DISABLE TRIGGER.
+struct SwitchTrigger {
+    bool enable = true;
+};
+
+struct AlterTable {
+    using Add = AddToTable;
+    using AlterColumn = ast::AlterColumn;
+    using Drop = DropFromTable;
+    using DropItem = DropFromTable::Item;
+    using CheckConstraint = CheckConstraints;
+    using Trigger = SwitchTrigger;
     ObjectName table;
     std::variant<Add, AlterColumn, Drop, CheckConstraint, Trigger> action;
 };
