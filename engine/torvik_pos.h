@@ -138,11 +138,11 @@ public:
     TNewLogMessageEvent OnAddLog;
 
     // What higher boxes do for the engine's runs. An operation that is missing when it is needed is an error.
-    TEngineOperation OnFetchTill;                              // fetch the settlements of the roster's current till
-    TEngineOperation OnExecuteDTSToPos;                        // the sending run
-    TEngineOperation OnExecuteVaretelling;                     // fetch the stock counts
-    std::function<void(bool)> OnCancelRequestChanged;          // so that a transfer under way hears of a cancel
-    std::function<void(std::exception_ptr)> OnTimerException;  // what left DoOnTimer; unset, it is logged
+    TEngineOperation OnFetchTill;                      // fetch the settlements of the roster's current till
+    TEngineOperation OnExecuteDTSToPos;                // the sending run
+    TEngineOperation OnExecuteVaretelling;             // fetch the stock counts
+    std::function<void(bool)> OnCancelRequestChanged;  // so that a transfer under way hears of a cancel
+    std::function<void(const std::exception_ptr&)> OnTimerException;  // what left DoOnTimer; unset, it is logged
 
     // --- Log ----------------------------------------------------------------------------------------------------
 
@@ -242,7 +242,7 @@ private:
     std::unique_ptr<db::MemTable> Vare;
     std::unique_ptr<db::MemTable> VareAlias;
     std::unique_ptr<ILogPane> _ownPane;
-    QTimer FTimer;
+    QTimer FTimer{this};
     bool FAutoCommunicate = false;
     bool FTimerBusy = false;
     bool fCancelRequest = false;
