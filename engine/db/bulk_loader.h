@@ -4,13 +4,14 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <functional>
+
+#include "engine/db/session.h"
 
 namespace torvik::db {
 
 class Query;
-class Session;
-
 struct BulkLoaderOptions {
     int RowsPerBatch = 10000;  // rows between two checks that the server has them, and a transaction's length at most
 };
@@ -33,7 +34,7 @@ public:
     qint64 LoadFromDataSet(Query& source);
 
 private:
-    Session* session_;
+    QPointer<Session> session_;
 };
 
 }  // namespace torvik::db

@@ -88,6 +88,7 @@ protected:
     void activate(std::vector<FieldInfo> columns);  // opens with these columns, no rows, before the first row
     void requireActive() const;
     void moveTo(int row);
+    [[nodiscard]] int row() const { return row_; }  // the current one among rows(); -1 when there is none
     // Called by Post with the buffer before the rows change: writes it where it belongs and may fill in values.
     virtual void store(Mode mode, EditBuffer& buffer) = 0;
     // Whether Post of an appended row keeps it among the rows (a table object keeps none).

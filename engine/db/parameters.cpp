@@ -2,6 +2,7 @@
 #include "engine/db/parameters.h"
 
 #include "engine/db/errors.h"
+#include "engine/db/sql_text.h"
 
 namespace torvik::db {
 
@@ -12,36 +13,6 @@ bool startsName(QChar c) {
 }
 bool continuesName(QChar c) {
     return c.isLetterOrNumber() || c == u'_' || c == u'$' || c == u'#';
-}
-
-// The end of the literal, quoted name or comment that opens at text[i]; i itself where none opens.
-qsizetype pastQuoted(const QString& text, qsizetype i) {
-    const QChar c = text[i];
-    const QChar next = i + 1 < text.size() ? text[i + 1] : QChar();
-    if (c == u'-' && next == u'-') {
-        const qsizetype end = text.indexOf(u'\n', i);
-        return end < 0 ? text.size() : end;
-    }
-    if (c == u'/' && next == u'*') {
-        int depth = 0;  // T-SQL's comments nest
-        do {
-            const QStringView two = QStringView(text).mid(i, 2);
-            const int change = two == u"/*" ? 1 : two == u"*/" ? -1 : 0;
-            depth += change;
-            i += change == 0 ? 1 : 2;
-        } while (depth > 0 && i < text.size());
-        return i;
-    }
-    if (c != u'\'' && c != u'"' && c != u'[') return i;
-    const QChar close = c == u'[' ? QChar(u']') : c;
-    for (++i; i < text.size(); ++i) {
-        if (text[i] != close) continue;
-        if (i + 1 < text.size() && text[i + 1] == close)
-            ++i;
-        else
-            return i + 1;
-    }
-    return text.size();
 }
 
 }  // namespace

@@ -2,19 +2,24 @@
 // on the client, so that any number of queries can be open on one session.
 #pragma once
 
+#include <QPointer>
 #include <QStringList>
+#include <exception>
 
 #include "engine/db/data_set.h"
 #include "engine/db/parameters.h"
+#include "engine/db/session.h"
 
 namespace torvik::db {
 
-class Session;
+class EditTarget;
+class Reply;
+struct Request;
 
 // How a query reads: KeySet and BaseTable rows can be edited.
 enum class ReadMode { Static, KeySet, BaseTable };
 
-class Query : public DataSet {
+class Query : public DataSet, private Unfinished {
 public:
     explicit Query(Session* session = nullptr, QObject* parent = nullptr);
     ~Query() override;
@@ -55,19 +60,28 @@ public:
 
 protected:
     void store(Mode mode, EditBuffer& buffer) override;
+    bool readOn() override;
 
 private:
-    struct Target;  // the one table that the rows come from, and its key
-    [[nodiscard]] const Target& target();
+    [[nodiscard]] const EditTarget& target();
+    [[nodiscard]] std::vector<Value> currentValues() const;
+    [[nodiscard]] Request request();
     [[nodiscard]] Session& session() const;
     void scan();
+    void endReading();
+    void finishWork() override;
+    void releaseConnection() override { finishWork(); }
+    void rolledBack() override { finishWork(); }
+    void connectionGone() noexcept override;
 
-    Session* session_ = nullptr;
+    QPointer<Session> session_;
     Parameters params_;
     QString scanned_;  // the text that params_ and text_ are of
     ScannedText text_;
     qint64 rowsAffected_ = -1;
-    std::unique_ptr<Target> target_;
+    std::unique_ptr<Reply> reading_;  // a unidirectional query's reply, until it is read
+    std::exception_ptr deferred_;     // an error met while another use of the session made this query read on
+    std::unique_ptr<EditTarget> target_;
 };
 
 }  // namespace torvik::db

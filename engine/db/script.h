@@ -2,11 +2,12 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QStringList>
 
-namespace torvik::db {
+#include "engine/db/session.h"
 
-class Session;
+namespace torvik::db {
 
 class Script : public QObject {
 public:
@@ -23,7 +24,7 @@ public:
     void ExecSQL() { Execute(); }
 
 private:
-    Session* session_;
+    QPointer<Session> session_;
 };
 
 }  // namespace torvik::db

@@ -11,7 +11,19 @@
 namespace torvik::db {
 
 class Connection;
-class Table;
+
+// Something with work open on a session: a table object with rows not sent, a query that still reads. The session
+// calls it before anything else uses the connection.
+class Unfinished {
+public:
+    virtual void finishWork() = 0;               // sends and reads the rest; may raise
+    virtual void releaseConnection() = 0;        // reads the rest, sends nothing
+    virtual void rolledBack() = 0;               // the transaction goes: rows not sent go with it
+    virtual void connectionGone() noexcept = 0;  // nothing can be finished any more
+
+protected:
+    ~Unfinished() = default;
+};
 
 class Session : public QObject {
 public:
@@ -61,23 +73,32 @@ public:
     void Commit();
     // Afterwards nothing of the transaction stands. Without one, or with a lost connection, does nothing.
     void Rollback();
-    // What the server says: true also when a statement began one, false when an error rolled it back.
+    // What the server says: true also when a statement began one, false when an error rolled it back. Sends no rows
+    // that a table object still holds.
     [[nodiscard]] bool InTransaction();
 
-    // For the classes of engine/db: the open connection (raises UsageError when closed), with posted rows sent first.
-    [[nodiscard]] Connection& use(const Table* by = nullptr);
-    void addPending(Table* table);
-    void removePending(Table* table);
+    // For the classes of engine/db: the open connection, with all other work on it finished first. Raises UsageError
+    // when the session is closed, ConnectionError when it is lost.
+    [[nodiscard]] Connection& use(const Unfinished* by = nullptr);
+    // After a statement that surely left the transaction as it was: saves InTransaction its question.
+    void transactionUnchanged();
+    void add(Unfinished* work);
+    void remove(Unfinished* work);
 
 private:
+    template <typename T>
+    void set(T& member, const T& value, const char* name);
     void requireClosed(const char* setting) const;
-    void changed();
+    [[nodiscard]] Connection& connection() const;
+    void remember(bool inTransaction);
 
     ConnectSettings settings_;
     QString connectString_;  // as assigned; empty once a value was set
     bool mars_ = true;
     std::unique_ptr<Connection> connection_;
-    QList<Table*> pending_;
+    QList<Unfinished*> unfinished_;
+    bool inTransaction_ = false;    // as the server last said,
+    quint64 knownAtStatement_ = 0;  // when it had run so many statements
 };
 
 }  // namespace torvik::db

@@ -2,12 +2,12 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 
 #include "engine/db/parameters.h"
+#include "engine/db/session.h"
 
 namespace torvik::db {
-
-class Session;
 
 class StoredProc : public QObject {
 public:
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] int ReturnValue() const;
 
 private:
-    Session* session_ = nullptr;
+    QPointer<Session> session_;
     Parameters params_;
 };
 

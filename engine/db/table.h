@@ -3,15 +3,16 @@
 //
 // When an error surfaces: Post raises what it finds itself (unknown column, a value that does not fit its type). What
 // the server objects to is raised by the Post that completes a block, by Flush, by Close, or by whatever next uses the
-// session (a query, another table, Commit, InTransaction): always before anything later runs. The rows before the
+// session (a query, another table, StartTransaction, Commit): always before anything later runs. The rows before the
 // failing one then stand (unless the error ended the transaction), the failing row and those after it do not.
 #pragma once
 
+#include <QPointer>
+
 #include "engine/db/data_set.h"
+#include "engine/db/session.h"
 
 namespace torvik::db {
-
-class Session;
 
 struct TableOptions {
     // Kept for its callers: rows always go as INSERT statements, never through a server cursor.
@@ -20,7 +21,7 @@ struct TableOptions {
     int BlockRows = 1000;
 };
 
-class Table : public DataSet {
+class Table : public DataSet, private Unfinished {
 public:
     explicit Table(Session* session = nullptr, QObject* parent = nullptr);
     // Sends what was posted; an error there cannot be raised and is lost, so call Close.
@@ -57,11 +58,17 @@ protected:
 
 private:
     struct Block;  // rows waiting, all with the same columns set
-    void sendRows(qsizetype first, qsizetype count);
+    [[nodiscard]] Session& session() const;
+    void sendBlock();
+    void finishWork() override { Flush(); }
+    void releaseConnection() override {}
+    void rolledBack() override { Discard(); }
+    void connectionGone() noexcept override;
 
-    Session* session_ = nullptr;
+    QPointer<Session> session_;
     QString name_;
     std::unique_ptr<Block> block_;
+    bool rowByRow_ = false;
     qint64 posted_ = 0;
     qint64 sent_ = 0;
 };

@@ -1,0 +1,189 @@
+// See edit_target.h.
+#include "engine/db/edit_target.h"
+
+#include <QRegularExpression>
+#include <algorithm>
+
+#include "engine/db/connection.h"
+#include "engine/db/errors.h"
+#include "engine/db/sql_text.h"
+
+namespace torvik::db {
+
+namespace {
+
+struct KeyColumn {
+    int index;
+    QString name;
+};
+
+// The columns of the table's unique indexes, primary key first.
+std::vector<KeyColumn> uniqueColumns(Connection& connection, const QString& table) {
+    const QString text = QStringLiteral(
+        "SELECT i.index_id, c.name FROM sys.indexes i"
+        " JOIN sys.index_columns k ON k.object_id = i.object_id AND k.index_id = i.index_id"
+        " JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id"
+        " WHERE i.object_id = OBJECT_ID(?) AND i.is_unique = 1 AND k.is_included_column = 0"
+        " ORDER BY i.is_primary_key DESC, i.index_id, k.key_ordinal");
+    std::vector<KeyColumn> found;
+    Reply reply(connection, {text, {{table, {}}}, 0});
+    RowStore rows(reply.columns());
+    while (reply.fetch(rows)) {
+    }
+    reply.finish();
+    for (qsizetype row = 0; row < rows.rowCount(); ++row)
+        found.push_back({int(rows.value(row, 0).toInt()), rows.value(row, 1).toQString()});
+    return found;
+}
+
+QString identityColumn(Connection& connection, const QString& table) {
+    Reply reply(connection,
+                {QStringLiteral("SELECT name FROM sys.columns WHERE object_id = OBJECT_ID(?) AND is_identity = 1"),
+                 {{table, {}}},
+                 0});
+    RowStore rows(reply.columns());
+    while (reply.fetch(rows)) {
+    }
+    reply.finish();
+    return rows.rowCount() > 0 ? rows.value(0, 0).toQString() : QString();
+}
+
+// The last row set's first row of a request.
+std::vector<Value> lastRow(Connection& connection, const Request& request) {
+    Reply reply(connection, request);
+    std::vector<Value> values;
+    while (reply.hasRows()) {
+        const int count = int(reply.columns().size());
+        RowStore rows(reply.columns());
+        while (reply.fetch(rows)) {
+        }
+        values.clear();
+        if (rows.rowCount() > 0)
+            for (int i = 0; i < count; ++i) values.push_back(rows.value(0, i));
+        reply.nextRowSet();
+    }
+    return values;
+}
+
+}  // namespace
+
+QString tableOfSelect(const QString& text) {
+    static const QRegularExpression shape(
+        QStringLiteral("^\\s*SELECT\\b.*?\\bFROM\\s+((?:(?:\\[[^\\]]+\\]|\"[^\"]+\"|[\\w#$@]*)\\s*\\.\\s*)*"
+                       "(?:\\[[^\\]]+\\]|\"[^\"]+\"|[\\w#$@]+))\\s*(.*)$"),
+        QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression several(QStringLiteral("^(?:(?:AS\\s+)?(?!WHERE\\b|ORDER\\b|WITH\\b)[\\w]+\\s*)?,|"
+                                                           "\\b(?:JOIN|UNION|GROUP\\s+BY|EXCEPT|INTERSECT)\\b"),
+                                            QRegularExpression::CaseInsensitiveOption);
+    const QString bare = withoutLiterals(text);
+    const auto match = shape.match(bare);
+    if (!match.hasMatch() || several.match(match.captured(2)).hasMatch())
+        throw UsageError(QStringLiteral("The rows cannot be edited: the statement does not select from one table"));
+    return match.captured(1).trimmed();
+}
+
+EditTarget::EditTarget(Connection& connection, const QString& selectText, const std::vector<FieldInfo>& columns)
+    : table_(tableOfSelect(selectText)), columns_(columns) {
+    const auto place = [&](const QString& name) {
+        const auto found = std::ranges::find_if(
+            columns_, [&](const FieldInfo& c) { return c.Name.compare(name, Qt::CaseInsensitive) == 0; });
+        return found == columns_.end() ? -1 : int(found - columns_.begin());
+    };
+    const std::vector<KeyColumn> candidates = uniqueColumns(connection, table_);
+    for (size_t i = 0; i < candidates.size() && !unique_;) {
+        const int index = candidates[i].index;
+        key_.clear();
+        bool all = true;
+        for (; i < candidates.size() && candidates[i].index == index; ++i) {
+            key_.push_back(place(candidates[i].name));
+            all = all && key_.back() >= 0;
+        }
+        unique_ = all;
+    }
+    if (!unique_) {
+        key_.clear();
+        for (size_t i = 0; i < columns_.size(); ++i)
+            if (!columns_[i].Long) key_.push_back(int(i));
+    }
+    const int identity = place(identityColumn(connection, table_));
+    if (identity >= 0) columns_[size_t(identity)].Identity = true;
+}
+
+QString EditTarget::where(const std::vector<Value>& before, std::vector<Argument>& arguments) const {
+    QStringList tests;
+    for (const int column : key_) {
+        const FieldInfo& info = columns_[size_t(column)];
+        const Value& value = before[size_t(column)];
+        tests += bracketed(info.Name) + (value.isNull() ? QStringLiteral(" IS NULL") : QStringLiteral(" = ?"));
+        if (!value.isNull()) arguments.push_back({value, info});
+    }
+    return QStringLiteral(" WHERE ") + tests.join(QStringLiteral(" AND "));
+}
+
+// The save point takes the change back when it met several rows, and leaves the caller's transaction as it was.
+void EditTarget::changeOne(Connection& connection, const QString& statement, std::vector<Argument> arguments,
+                           int timeout) const {
+    const QString batch =
+        unique_
+            ? statement + QStringLiteral(" SELECT @@ROWCOUNT")
+            : QStringLiteral("DECLARE @torvik_rows int BEGIN TRANSACTION SAVE TRANSACTION torvik_edit ") + statement +
+                  QStringLiteral(
+                      " SET @torvik_rows = @@ROWCOUNT IF @torvik_rows > 1 ROLLBACK TRANSACTION torvik_edit"
+                      " COMMIT TRANSACTION SELECT @torvik_rows");
+    const std::vector<Value> answer = lastRow(connection, {batch, std::move(arguments), timeout});
+    const qint64 rows = answer.empty() ? 0 : answer.front().toInt();
+    if (rows == 1) return;
+    ServerMessage message;
+    message.Text = rows == 0
+                       ? QStringLiteral("The row of table %1 has been changed or deleted by another user").arg(table_)
+                       : QStringLiteral("Table %1 has %2 rows that are the same").arg(table_).arg(rows);
+    throw StatementError({message}, statement);
+}
+
+void EditTarget::update(Connection& connection, const std::vector<Value>& before, const std::vector<Value>& after,
+                        const std::vector<bool>& set, int timeout) const {
+    QStringList assignments;
+    std::vector<Argument> arguments;
+    for (size_t i = 0; i < columns_.size(); ++i) {
+        if (!set[i] || before[i] == after[i]) continue;
+        assignments += bracketed(columns_[i].Name) + QStringLiteral(" = ?");
+        arguments.push_back({after[i], columns_[i]});
+    }
+    if (assignments.isEmpty()) return;
+    const QString tests = where(before, arguments);
+    changeOne(
+        connection,
+        QStringLiteral("UPDATE ") + table_ + QStringLiteral(" SET ") + assignments.join(QStringLiteral(", ")) + tests,
+        std::move(arguments), timeout);
+}
+
+void EditTarget::erase(Connection& connection, const std::vector<Value>& before, int timeout) const {
+    std::vector<Argument> arguments;
+    const QString tests = where(before, arguments);
+    changeOne(connection, QStringLiteral("DELETE FROM ") + table_ + tests, std::move(arguments), timeout);
+}
+
+void EditTarget::insert(Connection& connection, std::vector<Value>& values, const std::vector<bool>& set,
+                        int timeout) const {
+    QStringList names;
+    QStringList marks;
+    std::vector<Argument> arguments;
+    for (size_t i = 0; i < columns_.size(); ++i) {
+        if (!set[i]) continue;
+        names += bracketed(columns_[i].Name);
+        marks += QStringLiteral("?");
+        arguments.push_back({values[i], columns_[i]});
+    }
+    QString statement = QStringLiteral("INSERT INTO ") + table_;
+    if (names.isEmpty())
+        statement += QStringLiteral(" DEFAULT VALUES");
+    else
+        statement +=
+            QStringLiteral(" (%1) VALUES (%2)").arg(names.join(QStringLiteral(", ")), marks.join(QStringLiteral(", ")));
+    const std::vector<Value> answer =
+        lastRow(connection, {statement + QStringLiteral(" SELECT SCOPE_IDENTITY()"), std::move(arguments), timeout});
+    for (size_t i = 0; i < columns_.size(); ++i)
+        if (columns_[i].Identity && !set[i] && !answer.empty()) values[i] = convertTo(answer.front(), columns_[i].Type);
+}
+
+}  // namespace torvik::db

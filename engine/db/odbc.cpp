@@ -1,0 +1,142 @@
+// See odbc.h. Finds and loads the driver.
+#include "engine/db/odbc.h"
+
+#include <QFileInfo>
+#include <QLibrary>
+#include <QRegularExpression>
+#include <array>
+
+namespace torvik::db::odbc {
+
+namespace {
+
+// Where Debian, other Linux systems and Homebrew put FreeTDS' driver.
+constexpr std::array kFreeTdsPlaces = {
+    "/usr/lib/x86_64-linux-gnu/odbc/libtdsodbc.so",
+    "/usr/lib/aarch64-linux-gnu/odbc/libtdsodbc.so",
+    "/usr/lib64/libtdsodbc.so.0",
+    "/usr/lib/libtdsodbc.so.0",
+    "/usr/local/lib/libtdsodbc.so",
+    "/opt/homebrew/lib/libtdsodbc.so",
+};
+
+// SQL Server's own diagnostic fields, the same numbers in both drivers.
+constexpr SQLSMALLINT kDiagState = -1150;
+constexpr SQLSMALLINT kDiagSeverity = -1151;
+constexpr SQLSMALLINT kDiagProcedure = -1153;
+constexpr SQLSMALLINT kDiagLine = -1154;
+
+struct Registered {
+    QStringList names;
+    QStringList freeTdsPaths;
+};
+
+Registered registeredDrivers() {
+    Registered found;
+    SQLHENV env = SQL_NULL_HENV;
+    if (::SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &env) != SQL_SUCCESS) return found;
+    ::SQLSetEnvAttr(env, SQL_ATTR_ODBC_VERSION, number(SQL_OV_ODBC3), 0);
+    std::array<SQLCHAR, 256> name{};
+    std::array<SQLCHAR, 2048> attributes{};
+    SQLSMALLINT nameLength = 0;
+    SQLSMALLINT attributesLength = 0;
+    while (SQL_SUCCEEDED(::SQLDrivers(env, SQL_FETCH_NEXT, name.data(), SQLSMALLINT(name.size()), &nameLength,
+                                      attributes.data(), SQLSMALLINT(attributes.size()), &attributesLength))) {
+        found.names += QString::fromUtf8(reinterpret_cast<const char*>(name.data()));
+        const char* attribute = reinterpret_cast<const char*>(attributes.data());
+        for (; *attribute != 0; attribute += qstrlen(attribute) + 1) {
+            const QString text = QString::fromUtf8(attribute);
+            if (text.startsWith(u"Driver=", Qt::CaseInsensitive) && text.contains(u"tdsodbc"))
+                found.freeTdsPaths += text.mid(7);
+        }
+    }
+    ::SQLFreeHandle(SQL_HANDLE_ENV, env);
+    return found;
+}
+
+Api load() {
+    Registered registered = registeredDrivers();
+    for (const char* place : kFreeTdsPlaces)
+        if (QFileInfo::exists(QLatin1String(place))) registered.freeTdsPaths += QLatin1String(place);
+    Api calls;
+    calls.driver = chooseDriver(registered.names, registered.freeTdsPaths);
+    if (!calls.driver.FreeTds) {
+#define TORVIK_ODBC_MANAGER(name) calls.name = &::name;
+        TORVIK_ODBC_CALLS(TORVIK_ODBC_MANAGER)
+#undef TORVIK_ODBC_MANAGER
+        return calls;
+    }
+    QLibrary library(calls.driver.Name);
+    const auto resolve = [&]<typename Function>(Function& function, const char* name) {
+        function = reinterpret_cast<Function>(library.resolve(name));
+        if (!function)
+            throw ConnectionError(ConnectionError::Reason::NoDriver,
+                                  QStringLiteral("The ODBC driver \"%1\" cannot be used: %2")
+                                      .arg(calls.driver.Name, library.errorString()));
+    };
+#define TORVIK_ODBC_RESOLVE(name) resolve(calls.name, #name);
+    TORVIK_ODBC_CALLS(TORVIK_ODBC_RESOLVE)
+#undef TORVIK_ODBC_RESOLVE
+    return calls;
+}
+
+// The text without the marks of who passed it on: "[FreeTDS][SQL Server]", "[unixODBC]" and the like.
+QString withoutOrigin(const QString& text) {
+    static const QRegularExpression origin(QStringLiteral(
+        "^(\\[(FreeTDS|unixODBC|Driver Manager|SQL Server|Microsoft|ODBC Driver \\d+ for SQL Server)\\])+"));
+    return QString(text).remove(origin);
+}
+
+}  // namespace
+
+const Api& api() {
+    static const Api calls = load();
+    return calls;
+}
+
+Handle::Handle(const Api& calls, SQLSMALLINT type, SQLHANDLE parent) : api_(&calls), type_(type) {
+    if (!SQL_SUCCEEDED(calls.SQLAllocHandle(type, parent, &handle_)))
+        throw ConnectionError(ConnectionError::Reason::Lost,
+                              QStringLiteral("The ODBC driver gave no handle of type %1").arg(type));
+}
+
+Handle::~Handle() {
+    if (handle_ != SQL_NULL_HANDLE) api_->SQLFreeHandle(type_, handle_);
+}
+
+QList<ServerMessage> diagnostics(const Api& calls, const Handle& handle) {
+    QList<ServerMessage> messages;
+    for (SQLSMALLINT i = 1; i < 1000; ++i) {
+        std::array<SQLWCHAR, 6> state{};
+        std::array<SQLWCHAR, 4096> text{};
+        SQLINTEGER native = 0;
+        SQLSMALLINT length = 0;
+        const SQLRETURN rc = calls.SQLGetDiagRecW(handle.type(), handle.get(), i, state.data(), &native, text.data(),
+                                                  SQLSMALLINT(text.size()), &length);
+        if (!SQL_SUCCEEDED(rc)) break;
+        ServerMessage message;
+        message.SqlState = QString::fromUtf16(reinterpret_cast<const char16_t*>(state.data()));
+        message.Text = withoutOrigin(QString::fromUtf16(reinterpret_cast<const char16_t*>(text.data())));
+        message.Number = native;
+        const auto integer = [&](SQLSMALLINT field) {
+            SQLINTEGER value = 0;
+            calls.SQLGetDiagFieldW(handle.type(), handle.get(), i, field, &value, SQL_IS_INTEGER, nullptr);
+            return int(value);
+        };
+        message.State = integer(kDiagState) & 0xFFFF;
+        message.Severity = integer(kDiagSeverity) & 0xFFFF;
+        message.Line = integer(kDiagLine) & 0xFFFF;
+        std::array<SQLWCHAR, 256> procedure{};
+        if (SQL_SUCCEEDED(calls.SQLGetDiagFieldW(handle.type(), handle.get(), i, kDiagProcedure, procedure.data(),
+                                                 SQLSMALLINT(sizeof procedure), &length)))
+            message.Procedure = QString::fromUtf16(reinterpret_cast<const char16_t*>(procedure.data()));
+        messages += message;
+    }
+    return messages;
+}
+
+bool isInformation(const ServerMessage& message) {
+    return message.SqlState.startsWith(u"01");
+}
+
+}  // namespace torvik::db::odbc

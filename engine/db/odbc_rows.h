@@ -1,0 +1,42 @@
+// Reads one row set of a statement into a RowStore: row blocks bound column by column, long values piece by piece.
+// Internal.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "engine/db/odbc.h"
+#include "engine/db/row_store.h"
+
+namespace torvik::db::odbc {
+
+// The columns of the statement's present row set; empty when there is none.
+[[nodiscard]] std::vector<FieldInfo> describeColumns(const Api& calls, const Handle& statement);
+
+class RowReader {
+public:
+    RowReader(const Api& calls, const Handle& statement, std::vector<FieldInfo> columns);
+    ~RowReader();
+
+    [[nodiscard]] const std::vector<FieldInfo>& columns() const { return columns_; }
+    // Appends the next block of rows. Gives ODBC's return code: SQL_NO_DATA at the end, SQL_ERROR when there is an
+    // error to ask for (rows read before it are in the store).
+    SQLRETURN fetch(RowStore& store);
+
+private:
+    struct Buffer;  // a bound column
+
+    void bind();
+    void store(RowStore& store, SQLULEN rows);
+    SQLRETURN readLong(size_t column, RowStore& store);
+
+    const Api& calls_;
+    const Handle& statement_;
+    std::vector<FieldInfo> columns_;
+    std::vector<Buffer> bound_;  // the columns before the first long one
+    SQLULEN blockRows_ = 1;
+    std::unique_ptr<SQLULEN> fetched_ = std::make_unique<SQLULEN>(0);  // the driver keeps its address
+    QByteArray piece_;
+};
+
+}  // namespace torvik::db::odbc

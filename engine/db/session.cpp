@@ -1,0 +1,199 @@
+// See session.h.
+#include "engine/db/session.h"
+
+#include <utility>
+
+#include "engine/db/connection.h"
+#include "engine/db/errors.h"
+
+namespace torvik::db {
+
+namespace {
+
+// A commit that takes longer than this has no answer.
+constexpr int kCommitTimeout = 600;
+
+}  // namespace
+
+Session::Session(QObject* parent) : QObject(parent) {}
+
+Session::~Session() {
+    for (Unfinished* work : std::exchange(unfinished_, {})) work->connectionGone();
+}
+
+void Session::requireClosed(const char* setting) const {
+    if (Connected())
+        throw UsageError(QStringLiteral("%1 cannot be changed while the session is open").arg(QLatin1String(setting)));
+}
+
+template <typename T>
+void Session::set(T& member, const T& value, const char* name) {
+    requireClosed(name);
+    member = value;
+    connectString_.clear();
+}
+
+void Session::SetServer(const QString& server) {
+    set(settings_.Server, server, "Server");
+}
+void Session::SetDatabase(const QString& database) {
+    set(settings_.Database, database, "Database");
+}
+void Session::SetUsername(const QString& username) {
+    set(settings_.Username, username, "Username");
+}
+void Session::SetPassword(const QString& password) {
+    set(settings_.Password, password, "Password");
+}
+void Session::SetAuthentication(Auth auth) {
+    set(settings_.Authentication, auth, "Authentication");
+}
+void Session::SetProvider(ProviderKind provider) {
+    set(settings_.Provider, provider, "Provider");
+}
+void Session::SetApplicationName(const QString& name) {
+    set(settings_.ApplicationName, name, "ApplicationName");
+}
+
+void Session::SetConnectionTimeout(int seconds) {
+    set(settings_.ConnectionTimeout, seconds, "ConnectionTimeout");
+}
+
+void Session::SetTrustServerCertificate(bool trust) {
+    set(settings_.TrustServerCertificate, trust, "TrustServerCertificate");
+}
+
+void Session::SetMultipleActiveResultSets(bool on) {
+    requireClosed("MultipleActiveResultSets");
+    mars_ = on;
+}
+
+void Session::SetLoginPrompt(bool on) {
+    if (on) throw UsageError(QStringLiteral("A login prompt is never shown"));
+}
+
+QString Session::ConnectString() const {
+    return connectString_.isEmpty() ? oleDbFromSettings(settings_) : connectString_;
+}
+
+void Session::SetConnectString(const QString& text) {
+    requireClosed("ConnectString");
+    settings_ = settingsFromOleDb(text);
+    connectString_ = text;
+}
+
+bool Session::Connected() const {
+    return connection_ && connection_->alive();
+}
+
+void Session::Open() {
+    if (Connected()) return;
+    connection_.reset();
+    connection_ = std::make_unique<Connection>(settings_);
+    remember(false);
+}
+
+void Session::Close() {
+    if (!connection_) return;
+    // Closed in any case; what the server objects to on the way is raised afterwards.
+    std::exception_ptr failure;
+    if (Connected()) {
+        try {
+            static_cast<void>(use());
+        } catch (const Error&) {
+            failure = std::current_exception();
+        }
+    }
+    for (Unfinished* work : std::exchange(unfinished_, {})) work->connectionGone();
+    connection_.reset();
+    if (failure) std::rethrow_exception(failure);
+}
+
+Connection& Session::connection() const {
+    if (!connection_) throw UsageError(QStringLiteral("Cannot perform this operation on a closed session"));
+    if (!connection_->alive())
+        throw ConnectionError(ConnectionError::Reason::Lost,
+                              QStringLiteral("The connection to server \"%1\" is lost").arg(settings_.Server));
+    return *connection_;
+}
+
+Connection& Session::use(const Unfinished* by) {
+    Connection& open = connection();
+    const QList<Unfinished*> others = unfinished_;
+    for (Unfinished* work : others)
+        if (work != by && unfinished_.contains(work)) work->finishWork();
+    return open;
+}
+
+void Session::add(Unfinished* work) {
+    if (!unfinished_.contains(work)) unfinished_.append(work);
+}
+
+void Session::remove(Unfinished* work) {
+    unfinished_.removeAll(work);
+}
+
+void Session::remember(bool inTransaction) {
+    inTransaction_ = inTransaction;
+    knownAtStatement_ = connection_->statements();
+}
+
+void Session::transactionUnchanged() {
+    if (connection_) remember(inTransaction_);
+}
+
+void Session::StartTransaction() {
+    Connection& open = use();
+    if (InTransaction()) throw UsageError(QStringLiteral("The session already has a transaction"));
+    open.run({QStringLiteral("BEGIN TRANSACTION"), {}, 0});
+    remember(true);
+}
+
+void Session::Commit() {
+    Connection& open = use();
+    const QString statement = QStringLiteral("COMMIT TRANSACTION");
+    const auto inDoubt = [&](const Error& cause) {
+        CommitInDoubt doubt(QStringLiteral("Whether the transaction on server \"%1\" is committed is not known: %2")
+                                .arg(settings_.Server, cause.text()));
+        doubt.Statement = statement;
+        doubt.Messages = cause.Messages;
+        return doubt;
+    };
+    try {
+        open.run({statement, {}, kCommitTimeout});
+    } catch (const ConnectionError& e) {
+        throw inDoubt(e);
+    } catch (const TimeoutError& e) {
+        if (!InTransaction()) throw inDoubt(e);
+        throw;
+    }
+    remember(false);
+}
+
+void Session::Rollback() {
+    const QList<Unfinished*> works = unfinished_;
+    for (Unfinished* work : works)
+        if (unfinished_.contains(work)) work->rolledBack();
+    if (!Connected()) return;
+    try {
+        connection().run({QStringLiteral("IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION"), {}, 0});
+    } catch (const ConnectionError&) {
+        return;  // the server rolls back what a lost connection leaves
+    }
+    remember(false);
+}
+
+bool Session::InTransaction() {
+    if (!Connected()) return false;
+    if (connection_->statements() == knownAtStatement_) return inTransaction_;
+    const QList<Unfinished*> works = unfinished_;
+    for (Unfinished* work : works) work->releaseConnection();
+    try {
+        remember(connection_->scalar(QStringLiteral("SELECT @@TRANCOUNT")).toInt() > 0);
+    } catch (const ConnectionError&) {
+        return false;
+    }
+    return inTransaction_;
+}
+
+}  // namespace torvik::db
