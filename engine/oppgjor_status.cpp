@@ -111,8 +111,12 @@ void TfraOppgjorStatus::UpdateNonReconsiledSales(const QString& AvdNr, const QSt
 }
 
 int TfraOppgjorStatus::post(int found, OppgjorStatusRow row) {
-    const int number = found < 0 ? memOppgjorStatus.Append(std::move(row)) : found;
-    if (found >= 0) memOppgjorStatus.Post(found, std::move(row));
+    int number = found;
+    if (found < 0) {
+        number = memOppgjorStatus.Append(std::move(row));
+    } else {
+        memOppgjorStatus.Post(found, std::move(row));
+    }
     SetCurrentRow(number);
     return number;
 }
