@@ -1,4 +1,5 @@
 // Values on their way to a client.
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <limits>
@@ -147,9 +148,8 @@ std::string temporalText(const Type& type, std::int64_t v) {
     std::snprintf(part.data(), part.size(), "%02d:%02d:%02d", seconds / 3600, seconds / 60 % 60, seconds % 60);
     text += part.data();
     if (type.scale > 0) {
-        std::snprintf(part.data(), part.size(), ".%0*d", type.scale,
-                      static_cast<int>(units % kUnitsPerSecond / unitsOfScale(type.scale)));
-        text += part.data();
+        const std::string digits = std::to_string(units % kUnitsPerSecond / unitsOfScale(type.scale));
+        text += '.' + std::string(type.scale - std::min<std::size_t>(digits.size(), type.scale), '0') + digits;
     }
     return text;
 }
