@@ -38,7 +38,7 @@ QString TTorvikPos::ResolveVaId(const QString& Va_Id) {
     };
     const auto aliasTarget = [this] { return VareAlias->FieldByName(QStringLiteral("VR_VA_ID")).AsString().trimmed(); };
 
-    const QString number = Va_Id.trimmed();
+    QString number = Va_Id.trimmed();
     const QString replacement = ReplacementVa_Id.trimmed();
     if (isItem(number)) return number;
     if (isAlias(number)) return changedTo(aliasTarget());

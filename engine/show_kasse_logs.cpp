@@ -56,9 +56,9 @@ void TTorvikPos::ShowKasseLogs(bool ClearFirst, TKasseCollection& KasseCollectio
     });
     Frame->memLogEntries.Append(std::move(entries));
 
-    std::vector<int> icons;
-    for (int row = 0; row < Frame->memOppgjorStatus.RecordCount(); ++row)
-        icons.push_back(statusIcon(Frame->memOppgjorStatus.Row(row), Frame->memLogEntries, Tasks));
+    std::vector<int> icons(static_cast<size_t>(Frame->memOppgjorStatus.RecordCount()));
+    for (size_t row = 0; row < icons.size(); ++row)
+        icons[row] = statusIcon(Frame->memOppgjorStatus.Row(static_cast<int>(row)), Frame->memLogEntries, Tasks);
     Frame->memOppgjorStatus.PostIcons(icons);
     Frame->ExpandAll();
 }

@@ -45,9 +45,9 @@ double TTorvikPos::TargetDBVersion() {
 QString TTorvikPos::GetTargetServerAndDatabaseName() {
     db::Query& query = generalQuery({QStringLiteral("select @@SERVERNAME ServerName,DB_NAME() DatabaseName")});
     query.Open();
-    const QString text = QStringLiteral("Server: %1, database: %2")
-                             .arg(query.FieldByName(QStringLiteral("ServerName")).AsString(),
-                                  query.FieldByName(QStringLiteral("DatabaseName")).AsString());
+    QString text = QStringLiteral("Server: %1, database: %2")
+                       .arg(query.FieldByName(QStringLiteral("ServerName")).AsString(),
+                            query.FieldByName(QStringLiteral("DatabaseName")).AsString());
     query.Close();
     return text;
 }
