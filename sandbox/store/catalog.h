@@ -61,6 +61,7 @@ struct ForeignKeyDef {
 struct CheckDef {
     std::string name;
     std::string text;       // T-SQL condition
+    std::string column;     // of a column's own check, else empty
     std::int32_t id = 0;    // its object_id
     bool disabled = false;  // NOCHECK CONSTRAINT: not checked
 };

@@ -118,12 +118,13 @@ static void from_json(const Json& j, ForeignKeyDef& f) {
 }
 
 static void to_json(Json& j, const CheckDef& c) {
-    j = Json{{"name", c.name}, {"text", c.text}, {"id", c.id}, {"disabled", c.disabled}};
+    j = Json{{"name", c.name}, {"text", c.text}, {"column", c.column}, {"id", c.id}, {"disabled", c.disabled}};
 }
 
 static void from_json(const Json& j, CheckDef& c) {
     c.name = j.at("name");
     c.text = j.at("text");
+    c.column = j.at("column");
     c.id = j.at("id");
     c.disabled = j.at("disabled");
 }

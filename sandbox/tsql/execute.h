@@ -47,7 +47,7 @@ class BulkInsert {
 public:
     struct Options {
         bool checkConstraints = false;  // else foreign keys and checks are not looked at
-        bool keepIdentity = false;      // identity values come with the rows
+        bool keepNulls = false;         // else a null becomes its column's default
     };
     // insert: bindInsertRows' answer for the announced columns. The context must outlive this.
     BulkInsert(const ExecuteContext& context, BoundInsert insert, Options options);

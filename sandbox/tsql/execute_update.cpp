@@ -1,0 +1,45 @@
+// UPDATE and DELETE: find the rows, then write them.
+#include <unordered_set>
+
+#include "sandbox/tsql/execute.h"
+#include "sandbox/tsql/execute_change.h"
+
+namespace sandbox {
+
+std::int64_t executeUpdate(const ExecuteContext& context, const BoundUpdate& update) {
+    const FoundObject table = writeTarget(context, update.target);
+    Write write(context.connection, *table.database);
+    RowBuffer rows(update.columns.size() + 1);
+    {
+        Statement find = context.connection.prepare(update.source.sql);
+        context.bindParameters(find, update.source, {});
+        std::unordered_set<std::int64_t> seen;
+        while (find.step()) {
+            if (update.mayRepeat && !seen.insert(sqlite3_column_int64(find.get(), 0)).second) continue;
+            rows.add(find.get());
+        }
+    }
+    changeRows(context, table, update.columns, rows, "UPDATE");
+    write.done();
+    return static_cast<std::int64_t>(rows.size());
+}
+
+std::int64_t executeDelete(const ExecuteContext& context, const BoundDelete& deletion) {
+    const FoundObject table = writeTarget(context, deletion.target);
+    Write write(context.connection, *table.database);
+    RowIds rows;
+    {
+        Statement find = context.connection.prepare(deletion.source.sql);
+        context.bindParameters(find, deletion.source, {});
+        std::unordered_set<std::int64_t> seen;
+        while (find.step()) {
+            const std::int64_t row = sqlite3_column_int64(find.get(), 0);
+            if (!deletion.mayRepeat || seen.insert(row).second) rows.push_back(row);
+        }
+    }
+    removeRows(context, table, rows, "DELETE");
+    write.done();
+    return static_cast<std::int64_t>(rows.size());
+}
+
+}  // namespace sandbox
