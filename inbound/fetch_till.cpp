@@ -1,0 +1,20 @@
+#include "inbound/fetch_till.h"
+
+#include "engine/avdeling.h"
+#include "engine/torvik_pos.h"
+#include "inbound/dm_pos_to_torvik.h"
+
+namespace torvik {
+
+void joinFetching(TTorvikPos& torvikPos, const OppgjorJoinPoints& joinPoints) {
+    torvikPos.OnFetchTill = [joinPoints](TTorvikPos& engine) {
+        auto* oppgjor = new TOppgjor(*engine.Avdeling, joinPoints);  // the roster owns it
+        oppgjor->IncludeLastBackupStatus = true;
+        oppgjor->Execute();
+    };
+    torvikPos.OnCancelRequestChanged = [](bool requested) {
+        if (dmPOStoTorvik) dmPOStoTorvik->CheckForCancel = requested;
+    };
+}
+
+}  // namespace torvik

@@ -1,0 +1,96 @@
+// Fetches one till's settlements: the raw transfer once, in a pair of transactions, and then the till's open
+// settlements one at a time, each posted and marked done in a pair of its own. The settlement run makes one for the
+// roster's current till and runs it once. docs/settlements.md tells the whole.
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QStringList>
+#include <functional>
+
+#include "engine/db/query.h"
+#include "engine/oppgjor_status.h"
+
+namespace torvik {
+
+class TAvdeling;
+class TTorvikPos;
+class TOppgjor;
+
+// What other pieces do within the walk. One that is not set is left out.
+struct OppgjorJoinPoints {
+    std::function<void(TOppgjor&)> ImportGiftCardsAndCreditNotes;  // phase one, in a chain installation only
+    std::function<void(TOppgjor&)> CreateCreditOrders;             // for the list's current settlement
+    std::function<void(TOppgjor&)> PostStoreSales;                 // likewise
+    std::function<int(TOppgjor&)> DaysSinceLastBackup;             // -1: not known
+};
+
+class TOppgjor : public QObject {
+    Q_OBJECT
+
+public:
+    // Owned by the roster, whose current row is the till.
+    TOppgjor(TAvdeling& avdeling, OppgjorJoinPoints joinPoints = {});
+
+    bool IncludeLastBackupStatus = false;
+    [[nodiscard]] int NumDaysSinceLastBackup();
+
+    // The ids of the till's open settlements, as text.
+    void GetList(QStringList& List);
+
+    // Raises what failed, after both transactions have been rolled back.
+    void Execute();
+
+    [[nodiscard]] TAvdeling& Roster() const { return Avdeling; }
+    [[nodiscard]] TTorvikPos& TorvikPos() const { return torvikPos_; }
+    // The list of settlements, on the row being posted.
+    [[nodiscard]] db::Query& qryOppgjor() { return FqryOppgjor; }
+    [[nodiscard]] db::Query& qryGeneralTarget() { return FqryGeneralTarget; }
+    [[nodiscard]] db::Query& qryGeneralSource() { return FqryGeneralSource; }
+
+private:
+    // Phase one: oppgjor_transfer.cpp.
+    void readLastSettlement();
+    void reportUnsettledSales();
+    void openList();
+    void transfer();
+    void runDataModule();
+    void commitTransfer();
+    void readLastBackup();
+    // Phase two: oppgjor_posting.cpp.
+    void postOpenSettlements();
+    void postSettlement();
+    void createCreditOrders();
+    void clearBeholdningstransaksjoner();
+    void markOppgjorDone();
+    void reportEnd();
+    // A single back office's own registers: oppgjor_single.cpp.
+    void updateAnsatte();
+    void seedPosOppgjor();
+
+    // Transactions on the pair of sessions, and their log lines.
+    void startTransactions();
+    void commitTransactions();
+    void rollbackTransactions(const std::exception& failure);
+
+    // elapsed: the time since Execute began, unless given.
+    void setStatus(TOKStatus value, TOppgjorStatusType kind, const QString& melding = {}, QTime elapsed = {});
+    [[nodiscard]] QString avd() const;
+    [[nodiscard]] QString till() const;
+    [[nodiscard]] QString address() const;
+    [[nodiscard]] int ikKuId() const;
+
+    TAvdeling& Avdeling;
+    TTorvikPos& torvikPos_;
+    OppgjorJoinPoints joinPoints_;
+    db::Query FqryGeneralTarget;
+    db::Query FqryGeneralSource;
+    db::Query FqryOppgjor;
+    db::Query FqryOppgjorBetaling;
+    int FileNameID = 0;
+    int daysSinceBackup_ = -1;
+    int fetched_ = 0;
+    QElapsedTimer elapsed_;
+};
+
+}  // namespace torvik
