@@ -358,6 +358,179 @@ CREATE TABLE Posbeholdningstransaksjoner (
 )
 go
 
+-- The tills' registers and side records, as their last fetch told them.
+
+CREATE TABLE PosLoggtype (
+  Plt_Ik_Ku_Id int NOT NULL,
+  Plt_KasseNr varchar(20) NOT NULL,
+  Plt_Id int NOT NULL,
+  Plt_Navn char(50) NOT NULL,
+  CONSTRAINT PK_PosLoggtype PRIMARY KEY (Plt_Ik_Ku_Id, Plt_KasseNr, Plt_Id)
+)
+
+CREATE TABLE PosGrunntype (
+  Pgt_Ik_Ku_Id int NOT NULL,
+  Pgt_KasseNr varchar(20) NOT NULL,
+  Pgt_Id int NOT NULL,
+  Pgt_Navn varchar(50) NOT NULL,
+  CONSTRAINT PK_PosGrunntype PRIMARY KEY (Pgt_Ik_Ku_Id, Pgt_KasseNr, Pgt_Id)
+)
+
+CREATE TABLE PosGrunn (
+  Pgr_Ik_Ku_Id int NOT NULL,
+  Pgr_KasseNr varchar(20) NOT NULL,
+  Pgr_Id int NOT NULL,
+  Pgr_Gt_Id int NOT NULL,
+  Pgr_Navn varchar(50) NOT NULL,
+  Pgr_Utskriftsflagg tinyint NOT NULL,
+  CONSTRAINT PK_PosGrunn PRIMARY KEY (Pgr_Ik_Ku_Id, Pgr_KasseNr, Pgr_Id)
+)
+
+CREATE TABLE PosPengeenhet (
+  Ppe_Ik_Ku_Id int NOT NULL,
+  Ppe_KasseNr varchar(20) NOT NULL,
+  Ppe_Id int NOT NULL,
+  Ppe_Vu_Id char(3) NOT NULL,
+  Ppe_Navn varchar(30) NOT NULL,
+  Ppe_Verdi float NOT NULL,
+  Ppe_Mynt bit NOT NULL,
+  Ppe_Bilde image NULL,
+  CONSTRAINT PK_PosPengeenhet PRIMARY KEY (Ppe_Ik_Ku_Id, Ppe_KasseNr, Ppe_Id)
+)
+
+CREATE TABLE PosBetalingform (
+  Pbf_Ik_Ku_Id int NOT NULL,
+  Pbf_KasseNr varchar(20) NOT NULL,
+  Pbf_Id int NOT NULL,
+  Pbf_Ko_Id int NULL,
+  Pbf_Navn char(50) NOT NULL,
+  Pbf_Aktiv tinyint NOT NULL,
+  Pbf_Skuff tinyint NOT NULL,
+  Pbf_Synlig tinyint NOT NULL,
+  Pbf_Paavirkersalg tinyint NOT NULL,
+  Pbf_Vu_Id char(3) NOT NULL,
+  CONSTRAINT PK_PosBetalingform PRIMARY KEY (Pbf_Ik_Ku_Id, Pbf_KasseNr, Pbf_Id)
+)
+
+CREATE TABLE PosKortutsteder (
+  Pko_Ik_Ku_Id int NOT NULL,
+  Pko_KasseNr varchar(20) NOT NULL,
+  Pko_Id int NOT NULL,
+  Pko_Navn varchar(50) NOT NULL,
+  CONSTRAINT PK_PosKortutsteder PRIMARY KEY (Pko_Ik_Ku_Id, Pko_KasseNr, Pko_Id)
+)
+
+CREATE TABLE PosEkstraAnsattOppgjor (
+  Peao_Ik_Ku_Id int NOT NULL,
+  Peao_KasseNr varchar(20) NOT NULL,
+  Peao_Id int NOT NULL,
+  Peao_Op_Id int NOT NULL,
+  Peao_Ika_Id char(10) NOT NULL,
+  Peao_Utlev_Ika_Id char(10) NULL,
+  Peao_Navn varchar(50) NOT NULL,
+  Peao_Tidspunkt datetime NOT NULL,
+  CONSTRAINT PK_PosEkstraAnsattOppgjor PRIMARY KEY (Peao_Ik_Ku_Id, Peao_KasseNr, Peao_Id)
+)
+
+CREATE TABLE PosLogg (
+  Plo_Ik_Ku_Id int NOT NULL,
+  Plo_KasseNr varchar(20) NOT NULL,
+  Plo_Id int NOT NULL,
+  Plo_Op_Id int NULL,
+  Plo_Ika_Id char(10) NOT NULL,
+  Plo_Lt_Id int NOT NULL,
+  Plo_Tidspunkt datetime NOT NULL,
+  Plo_Merknader varchar(255) NULL,
+  CONSTRAINT PK_PosLogg PRIMARY KEY (Plo_Ik_Ku_Id, Plo_KasseNr, Plo_Id)
+)
+
+CREATE TABLE PosVaremottak (
+  Pvm_Ik_Ku_Id int NOT NULL,
+  Pvm_KasseNr varchar(20) NOT NULL,
+  Pvm_Id int NOT NULL,
+  Pvm_Op_Id int NOT NULL,
+  Pvm_Ika_Id char(10) NOT NULL,
+  Pvm_Tidspunkt smalldatetime NOT NULL,
+  Pvm_Referanse varchar(30) NULL,
+  CONSTRAINT PK_PosVaremottak PRIMARY KEY (Pvm_Ik_Ku_Id, Pvm_KasseNr, Pvm_Id)
+)
+
+CREATE TABLE PosVaremottaklinje (
+  Pvml_Ik_Ku_Id int NOT NULL,
+  Pvml_KasseNr varchar(20) NOT NULL,
+  Pvml_Id int NOT NULL,
+  Pvml_Vm_Id int NOT NULL,
+  Pvml_Va_Id char(15) NOT NULL,
+  Pvml_Antall float NULL,
+  Pvml_Pris float NULL,
+  CONSTRAINT PK_PosVaremottaklinje PRIMARY KEY (Pvml_Ik_Ku_Id, Pvml_KasseNr, Pvml_Id)
+)
+
+CREATE TABLE PosVarebestilling (
+  Pvb_Ik_Ku_Id int NOT NULL,
+  Pvb_KasseNr varchar(20) NOT NULL,
+  Pvb_Id int NOT NULL,
+  Pvb_Op_Id int NOT NULL,
+  Pvb_Ika_Id char(10) NOT NULL,
+  Pvb_Tidspunkt smalldatetime NOT NULL,
+  Pvb_Referanse varchar(30) NULL,
+  Pvb_Status int NULL,
+  CONSTRAINT PK_PosVarebestilling PRIMARY KEY (Pvb_Ik_Ku_Id, Pvb_KasseNr, Pvb_Id)
+)
+
+CREATE TABLE PosVarebestillinglinje (
+  Pvbl_Ik_Ku_Id int NOT NULL,
+  Pvbl_KasseNr varchar(20) NOT NULL,
+  Pvbl_Id int NOT NULL,
+  Pvbl_Vb_Id int NOT NULL,
+  Pvbl_Va_Id char(15) NOT NULL,
+  Pvbl_Antall float NULL,
+  CONSTRAINT PK_PosVarebestillinglinje PRIMARY KEY (Pvbl_Ik_Ku_Id, Pvbl_KasseNr, Pvbl_Id)
+)
+
+CREATE TABLE PosUtbetaling (
+  Pub_Ik_Ku_Id int NOT NULL,
+  Pub_KasseNr varchar(20) NOT NULL,
+  Pub_Bt_Id int NOT NULL,
+  Pub_Kundenavn varchar(25) NULL,
+  Pub_Telefon varchar(30) NULL,
+  Pub_Epost varchar(255) NULL,
+  Pub_Adresse varchar(512) NULL,
+  Pub_Konto char(11) NULL,
+  Pub_Status tinyint NOT NULL,
+  CONSTRAINT PK_PosUtbetaling PRIMARY KEY (Pub_Ik_Ku_Id, Pub_KasseNr, Pub_Bt_Id)
+)
+
+CREATE TABLE PosTimer (
+  Pti_Ik_Ku_Id int NOT NULL,
+  Pti_KasseNr varchar(20) NOT NULL,
+  Pti_Id int NOT NULL,
+  Pti_Ika_Id char(10) NOT NULL,
+  Pti_Godkjenn_Gr_Id int NULL,
+  Pti_TidInn smalldatetime NOT NULL,
+  Pti_TidUt smalldatetime NULL,
+  Pti_Tekst varchar(255) NULL,
+  Pti_InnMetode tinyint NOT NULL,
+  Pti_UtMetode tinyint NULL,
+  Pti_KorrigertTidInn smalldatetime NULL,
+  Pti_KorrigertTidUt smalldatetime NULL,
+  Pti_Status tinyint NOT NULL,
+  Pti_Manuell_Tk_Id int NULL,
+  Pti_TrekkPause tinyint NULL,
+  Pti_Syk_Gr_Id int NULL,
+  CONSTRAINT PK_PosTimer PRIMARY KEY (Pti_Ik_Ku_Id, Pti_KasseNr, Pti_Id)
+)
+
+CREATE TABLE PosTimerPrKode (
+  Ptpk_Ik_Ku_Id int NOT NULL,
+  Ptpk_KasseNr varchar(20) NOT NULL,
+  Ptpk_Ti_Id int NOT NULL,
+  Ptpk_Tk_Id int NOT NULL,
+  Ptpk_Tid smalldatetime NULL,
+  CONSTRAINT PK_PosTimerPrKode PRIMARY KEY (Ptpk_Ik_Ku_Id, Ptpk_KasseNr, Ptpk_Ti_Id, Ptpk_Tk_Id)
+)
+go
+
 -- The log of the fetch.
 
 CREATE TABLE dts_loggtype (

@@ -1,6 +1,7 @@
 -- What the back office does with the rows that one fetch of one till has staged: posts them, and clears the stage.
 -- A fetch is known by department, till and run identifier. A row that stands in the back office already stays as it is,
--- so a settlement that comes a second time changes nothing; settlements become synchronised with the last statement.
+-- so a settlement that comes a second time changes nothing; the till's registers are replaced by what came; settlements
+-- become synchronised with the last statement.
 -- The two procedures run in the caller's transaction and end none themselves.
 
 CREATE PROCEDURE ExecuteDtsFromPos @Ik_Ku_Id int, @KasseNr int, @UnId uniqueidentifier
@@ -226,6 +227,169 @@ UPDATE PosKupong SET
 FROM PosKupong
 JOIN Temp_Kupong_Import ON Pos_Kup_Ik_Ku_Id = tki_Kup_Ik_Ku_ID AND Pos_Kup_KasseNr = tki_Kup_Kassenr AND Pos_Kup_Id = tki_Kup_Id
 WHERE tki_Kup_Ik_Ku_ID = @Ik_Ku_Id AND tki_Kup_Kassenr = @KasseNr AND tki_unid = @UnId
+IF @@ERROR <> 0 RETURN -1
+
+DELETE FROM PosLoggtype WHERE Plt_Ik_Ku_Id = @Ik_Ku_Id AND Plt_KasseNr = @KasseNr
+INSERT INTO PosLoggtype (
+  Plt_Ik_Ku_Id, Plt_KasseNr, Plt_Id, Plt_Navn)
+SELECT
+  tlti_ik_ku_id, CONVERT(varchar(20), tlti_kassenr), tlti_id, tlti_navn
+FROM Temp_Loggtype_Import
+WHERE tlti_ik_ku_id = @Ik_Ku_Id AND tlti_kassenr = @KasseNr AND tlti_unid = @UnId
+IF @@ERROR <> 0 RETURN -1
+
+DELETE FROM PosGrunntype WHERE Pgt_Ik_Ku_Id = @Ik_Ku_Id AND Pgt_KasseNr = @KasseNr
+INSERT INTO PosGrunntype (
+  Pgt_Ik_Ku_Id, Pgt_KasseNr, Pgt_Id, Pgt_Navn)
+SELECT
+  tgi_ik_ku_id, CONVERT(varchar(20), tgi_kassenr), tgi_id, tgi_navn
+FROM Temp_Grunntype_Import
+WHERE tgi_ik_ku_id = @Ik_Ku_Id AND tgi_kassenr = @KasseNr AND tgi_unid = @UnId
+IF @@ERROR <> 0 RETURN -1
+
+DELETE FROM PosGrunn WHERE Pgr_Ik_Ku_Id = @Ik_Ku_Id AND Pgr_KasseNr = @KasseNr
+INSERT INTO PosGrunn (
+  Pgr_Ik_Ku_Id, Pgr_KasseNr, Pgr_Id, Pgr_Gt_Id, Pgr_Navn, Pgr_Utskriftsflagg)
+SELECT
+  tgi_ik_ku_id, CONVERT(varchar(20), tgi_kassenr), tgi_id, tgi_gt_id, tgi_navn, tgi_utskriftsflagg
+FROM Temp_Grunn_Import
+WHERE tgi_ik_ku_id = @Ik_Ku_Id AND tgi_kassenr = @KasseNr AND tgi_unid = @UnId
+IF @@ERROR <> 0 RETURN -1
+
+DELETE FROM PosPengeenhet WHERE Ppe_Ik_Ku_Id = @Ik_Ku_Id AND Ppe_KasseNr = @KasseNr
+INSERT INTO PosPengeenhet (
+  Ppe_Ik_Ku_Id, Ppe_KasseNr, Ppe_Id, Ppe_Vu_Id, Ppe_Navn, Ppe_Verdi, Ppe_Mynt, Ppe_Bilde)
+SELECT
+  tpi_ik_ku_id, CONVERT(varchar(20), tpi_kassenr), tpi_id, tpi_vu_id, tpi_navn, tpi_verdi, tpi_mynt, tpi_bilde
+FROM Temp_Pengeenhet_Import
+WHERE tpi_ik_ku_id = @Ik_Ku_Id AND tpi_kassenr = @KasseNr AND tpi_unid = @UnId
+IF @@ERROR <> 0 RETURN -1
+
+DELETE FROM PosBetalingform WHERE Pbf_Ik_Ku_Id = @Ik_Ku_Id AND Pbf_KasseNr = @KasseNr
+INSERT INTO PosBetalingform (
+  Pbf_Ik_Ku_Id, Pbf_KasseNr, Pbf_Id, Pbf_Ko_Id, Pbf_Navn, Pbf_Aktiv, Pbf_Skuff, Pbf_Synlig, Pbf_Paavirkersalg,
+  Pbf_Vu_Id)
+SELECT
+  tbfi_ik_ku_id, CONVERT(varchar(20), tbfi_kassenr), tbfi_id, tbfi_ko_id, tbfi_navn, tbfi_aktiv, tbfi_skuff,
+  tbfi_synlig, tbfi_paavirkersalg, tbfi_vu_id
+FROM Temp_Betalingform_Import
+WHERE tbfi_ik_ku_id = @Ik_Ku_Id AND tbfi_kassenr = @KasseNr AND tbfi_unid = @UnId
+IF @@ERROR <> 0 RETURN -1
+
+DELETE FROM PosKortutsteder WHERE Pko_Ik_Ku_Id = @Ik_Ku_Id AND Pko_KasseNr = @KasseNr
+INSERT INTO PosKortutsteder (
+  Pko_Ik_Ku_Id, Pko_KasseNr, Pko_Id, Pko_Navn)
+SELECT
+  tki_ik_ku_id, CONVERT(varchar(20), tki_kassenr), tki_id, tki_navn
+FROM Temp_Kortutsteder_Import
+WHERE tki_ik_ku_id = @Ik_Ku_Id AND tki_kassenr = @KasseNr AND tki_unid = @UnId
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO PosEkstraAnsattOppgjor (
+  Peao_Ik_Ku_Id, Peao_KasseNr, Peao_Id, Peao_Op_Id, Peao_Ika_Id, Peao_Utlev_Ika_Id, Peao_Navn, Peao_Tidspunkt)
+SELECT
+  teaoi_ik_ku_id, CONVERT(varchar(20), teaoi_kassenr), teaoi_eao_id, teaoi_op_id, teaoi_ika_id, teaoi_utlev_ika_id,
+  teaoi_navn, teaoi_tidspunkt
+FROM Temp_Ekstraansattoppgjor_Import
+WHERE teaoi_ik_ku_id = @Ik_Ku_Id AND teaoi_kassenr = @KasseNr AND teaoi_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosEkstraAnsattOppgjor WHERE Peao_Ik_Ku_Id = teaoi_ik_ku_id
+    AND Peao_KasseNr = CONVERT(varchar(20), teaoi_kassenr) AND Peao_Id = teaoi_eao_id)
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO PosLogg (
+  Plo_Ik_Ku_Id, Plo_KasseNr, Plo_Id, Plo_Op_Id, Plo_Ika_Id, Plo_Lt_Id, Plo_Tidspunkt, Plo_Merknader)
+SELECT
+  tli_ik_ku_id, CONVERT(varchar(20), tli_kassenr), tli_lo_id, tli_op_id, tli_ika_id, tli_lt_id, tli_tidspunkt,
+  tli_merknader
+FROM Temp_Logg_Import
+WHERE tli_ik_ku_id = @Ik_Ku_Id AND tli_kassenr = @KasseNr AND tli_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosLogg WHERE Plo_Ik_Ku_Id = tli_ik_ku_id
+    AND Plo_KasseNr = CONVERT(varchar(20), tli_kassenr) AND Plo_Id = tli_lo_id)
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO PosVaremottak (
+  Pvm_Ik_Ku_Id, Pvm_KasseNr, Pvm_Id, Pvm_Op_Id, Pvm_Ika_Id, Pvm_Tidspunkt, Pvm_Referanse)
+SELECT
+  tvi_ik_ku_id, CONVERT(varchar(20), tvi_kassenr), tvi_vm_id, tvi_op_id, tvi_ika_id, tvi_tidspunkt, tvi_referanse
+FROM Temp_Varemottak_Import
+WHERE tvi_ik_ku_id = @Ik_Ku_Id AND tvi_kassenr = @KasseNr AND tvi_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosVaremottak WHERE Pvm_Ik_Ku_Id = tvi_ik_ku_id
+    AND Pvm_KasseNr = CONVERT(varchar(20), tvi_kassenr) AND Pvm_Id = tvi_vm_id)
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO PosVaremottaklinje (
+  Pvml_Ik_Ku_Id, Pvml_KasseNr, Pvml_Id, Pvml_Vm_Id, Pvml_Va_Id, Pvml_Antall, Pvml_Pris)
+SELECT
+  tvmi_ik_ku_id, CONVERT(varchar(20), tvmi_kassenr), tvmi_vml_id, tvmi_vm_id, tvmi_va_id, tvmi_antall, tvmi_pris
+FROM Temp_Varemottaklinje_Import
+WHERE tvmi_ik_ku_id = @Ik_Ku_Id AND tvmi_kassenr = @KasseNr AND tvmi_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosVaremottaklinje WHERE Pvml_Ik_Ku_Id = tvmi_ik_ku_id
+    AND Pvml_KasseNr = CONVERT(varchar(20), tvmi_kassenr) AND Pvml_Id = tvmi_vml_id)
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO PosVarebestilling (
+  Pvb_Ik_Ku_Id, Pvb_KasseNr, Pvb_Id, Pvb_Op_Id, Pvb_Ika_Id, Pvb_Tidspunkt, Pvb_Referanse, Pvb_Status)
+SELECT
+  tvi_ik_ku_id, CONVERT(varchar(20), tvi_kassenr), tvi_id, tvi_op_id, tvi_ika_id, tvi_tidspunkt, tvi_referanse,
+  tvi_status
+FROM Temp_Varebestilling_Import
+WHERE tvi_ik_ku_id = @Ik_Ku_Id AND tvi_kassenr = @KasseNr AND tvi_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosVarebestilling WHERE Pvb_Ik_Ku_Id = tvi_ik_ku_id
+    AND Pvb_KasseNr = CONVERT(varchar(20), tvi_kassenr) AND Pvb_Id = tvi_id)
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO PosVarebestillinglinje (
+  Pvbl_Ik_Ku_Id, Pvbl_KasseNr, Pvbl_Id, Pvbl_Vb_Id, Pvbl_Va_Id, Pvbl_Antall)
+SELECT
+  tvbi_ik_ku_id, CONVERT(varchar(20), tvbi_kassenr), tvbi_id, tvbi_vb_id, tvbi_va_id, tvbi_antall
+FROM Temp_Varebestillinglinje_Import
+WHERE tvbi_ik_ku_id = @Ik_Ku_Id AND tvbi_kassenr = @KasseNr AND tvbi_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosVarebestillinglinje WHERE Pvbl_Ik_Ku_Id = tvbi_ik_ku_id
+    AND Pvbl_KasseNr = CONVERT(varchar(20), tvbi_kassenr) AND Pvbl_Id = tvbi_id)
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO PosUtbetaling (
+  Pub_Ik_Ku_Id, Pub_KasseNr, Pub_Bt_Id, Pub_Kundenavn, Pub_Telefon, Pub_Epost, Pub_Adresse, Pub_Konto, Pub_Status)
+SELECT
+  tui_ik_ku_id, CONVERT(varchar(20), tui_kassenr), tui_bt_id, tui_kundenavn, tui_telefon, tui_epost, tui_adresse,
+  tui_konto, tui_status
+FROM Temp_Utbetaling_Import
+WHERE tui_ik_ku_id = @Ik_Ku_Id AND tui_kassenr = @KasseNr AND tui_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosUtbetaling WHERE Pub_Ik_Ku_Id = tui_ik_ku_id
+    AND Pub_KasseNr = CONVERT(varchar(20), tui_kassenr) AND Pub_Bt_Id = tui_bt_id)
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO PosTimer (
+  Pti_Ik_Ku_Id, Pti_KasseNr, Pti_Id, Pti_Ika_Id, Pti_Godkjenn_Gr_Id, Pti_TidInn, Pti_TidUt, Pti_Tekst,
+  Pti_InnMetode, Pti_UtMetode, Pti_KorrigertTidInn, Pti_KorrigertTidUt, Pti_Status, Pti_Manuell_Tk_Id,
+  Pti_TrekkPause, Pti_Syk_Gr_Id)
+SELECT
+  tti_ik_ku_id, CONVERT(varchar(20), tti_kassenr), tti_id, tti_ika_id, tti_godkjenn_gr_id, tti_tidinn, tti_tidut,
+  tti_tekst, tti_innmetode, tti_utmetode, tti_korrigerttidinn, tti_korrigerttidut, tti_status, tti_manuell_tk_id,
+  tti_trekkpause, tti_syk_gr_id
+FROM Temp_Timer_Import
+WHERE tti_ik_ku_id = @Ik_Ku_Id AND tti_kassenr = @KasseNr AND tti_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosTimer WHERE Pti_Ik_Ku_Id = tti_ik_ku_id
+    AND Pti_KasseNr = CONVERT(varchar(20), tti_kassenr) AND Pti_Id = tti_id)
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO PosTimerPrKode (
+  Ptpk_Ik_Ku_Id, Ptpk_KasseNr, Ptpk_Ti_Id, Ptpk_Tk_Id, Ptpk_Tid)
+SELECT
+  ttpi_ik_ku_id, CONVERT(varchar(20), ttpi_kassenr), ttpi_ti_id, ttpi_tk_id, ttpi_tid
+FROM Temp_Timerprkode_Import
+WHERE ttpi_ik_ku_id = @Ik_Ku_Id AND ttpi_kassenr = @KasseNr AND ttpi_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosTimerPrKode WHERE Ptpk_Ik_Ku_Id = ttpi_ik_ku_id
+    AND Ptpk_KasseNr = CONVERT(varchar(20), ttpi_kassenr) AND Ptpk_Ti_Id = ttpi_ti_id AND Ptpk_Tk_Id = ttpi_tk_id)
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO InternKundeAnsatt (
+  Ika_Id, Ika_Ik_Ku_Id, Ika_Navn, Ika_Visningsnavn, Ika_Aktiv, Ika_Rabatt, Ika_RabattKunPaaOrdPris, Ika_Nivaa)
+SELECT
+  tikai_id, tikai_ik_ku_id, tikai_navn, tikai_navn, tikai_aktiv, tikai_rabatt, tikai_rabattkunpaaordpris, tikai_nivaa
+FROM Temp_InternkundeAnsatt_Import
+WHERE tikai_ik_ku_id = @Ik_Ku_Id AND tikai_kassenr = @KasseNr AND tikai_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM InternKundeAnsatt WHERE Ika_Id = tikai_id)
 IF @@ERROR <> 0 RETURN -1
 
 UPDATE PosOppgjor SET Pos_Op_Synkronisert = GETDATE()
