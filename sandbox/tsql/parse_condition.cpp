@@ -14,7 +14,10 @@ ast::ExprPtr Parser::condition() {
 
 void Parser::requireCondition(const ast::Expr& expr) const {
     if (ast::isCondition(expr)) return;
-    if (peek().kind == TokenKind::Error) unexpected();
+    const Token& here = peek();
+    const bool strayOperator =
+        here.kind == TokenKind::Operator && here.text != ")" && here.text != ";" && here.text != "(";
+    if (here.kind == TokenKind::Error || strayOperator) unexpected();
     fail(4145,
          "An expression of non-boolean type specified in a context where a condition is expected, near '" +
              offending().text + "'.",
