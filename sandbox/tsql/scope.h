@@ -82,6 +82,8 @@ struct Scope {
     bool matchingKey = false;            // comparing with a key: columns pass
     int insideAggregate = 0;
 
+    bool used = false;  // a column of this scope was asked for
+
     // Set where the columns of this scope are read through a subquery of their own (ordered assignments): each column
     // asked for is collected, and stands as column "cN" of that subquery.
     ColumnCollector* collector = nullptr;
