@@ -119,7 +119,11 @@ public:
     // ---- catalogue changes; only inside a Write
     void put(Database& database, ObjectDef object);
     void erase(Database& database, const ObjectDef& object);
+    // Replaces an object by one with the same id, under another name perhaps.
+    void replace(Database& database, const ObjectDef& before, ObjectDef after);
     void identityUsed(Database& database, std::int32_t objectId);  // its value is stored when the transaction commits
+    // Sets an identity value such that a roll-back brings the old one back: truncating, reseeding.
+    void resetIdentity(Database& database, std::int32_t objectId, std::optional<std::int64_t> value);
 
     // ---- cancelling
     void interrupt();       // from any thread: the running SQLite statement or lock wait raises StatementCancelled
@@ -141,6 +145,7 @@ private:
         std::string name;    // in SQLite
         std::size_t number;  // the user's, or kStatement
         Catalogs catalogs;   // as they were
+        std::size_t resets;  // how many identities had been reset
     };
 
     void exec(const std::string& sql);  // past the cache, and whether or not there was an attention
@@ -150,7 +155,14 @@ private:
     void setCatalogHooks();
     void makeReusable(std::string sql, sqlite3_stmt* statement);
 
+    struct IdentityReset {
+        std::shared_ptr<Database> database;
+        std::int32_t objectId;
+        std::optional<std::int64_t> before;
+    };
+
     void startWriting(Database& database);
+    void undoIdentityResets(std::size_t keep);
     void pushSavePoint(std::size_t number);
     void finishWrite(bool keep);
     void resetBusyStatements();
@@ -175,6 +187,7 @@ private:
     std::size_t lastSavePoint_ = 0;
     Catalogs changed_;
     std::set<std::pair<Database*, std::int32_t>> usedIdentities_;
+    std::vector<IdentityReset> identityResets_;
     std::vector<std::shared_ptr<Database>> retiredScopes_;  // their tables may come back by a roll-back
     std::optional<std::chrono::milliseconds> lockTimeout_;
     std::atomic<bool> cancelled_{false};

@@ -37,6 +37,7 @@ void Connection::rollbackTo(std::size_t number) {
         exec("ROLLBACK TO " + latest->name);
     }
     changed_ = latest->catalogs;
+    undoIdentityResets(latest->resets);
     savePoints_.erase(latest.base(), savePoints_.end());
 }
 
@@ -63,12 +64,33 @@ void Connection::erase(Database& database, const ObjectDef& object) {
     next->erase(object.schema, object.name);
     ++next->version;
     changed_[&database] = std::move(next);
-    database.setLastIdentity(object.id, std::nullopt);
+    if (database.lastIdentity(object.id)) resetIdentity(database, object.id, std::nullopt);
     usedIdentities_.erase({&database, object.id});
+}
+
+void Connection::replace(Database& database, const ObjectDef& before, ObjectDef after) {
+    auto next = std::make_shared<Catalog>(*catalog(database));
+    next->erase(before.schema, before.name);
+    changed_[&database] = std::move(next);
+    put(database, std::move(after));
 }
 
 void Connection::identityUsed(Database& database, std::int32_t objectId) {
     if (!database.temporary()) usedIdentities_.insert({&database, objectId});
+}
+
+void Connection::resetIdentity(Database& database, std::int32_t objectId, std::optional<std::int64_t> value) {
+    identityResets_.push_back({database.shared_from_this(), objectId, database.lastIdentity(objectId)});
+    database.setLastIdentity(objectId, value);
+    identityUsed(database, objectId);
+}
+
+void Connection::undoIdentityResets(std::size_t keep) {
+    while (identityResets_.size() > keep) {
+        const IdentityReset& reset = identityResets_.back();
+        reset.database->setLastIdentity(reset.objectId, reset.before);
+        identityResets_.pop_back();
+    }
 }
 
 // ---- SQLite's transaction
@@ -94,7 +116,7 @@ void Connection::startWriting(Database& database) {
 }
 
 void Connection::pushSavePoint(std::size_t number) {
-    SavePoint point{"s" + std::to_string(++lastSavePoint_), number, changed_};
+    SavePoint point{"s" + std::to_string(++lastSavePoint_), number, changed_, identityResets_.size()};
     if (sqliteTransaction_) exec("SAVEPOINT " + point.name);
     savePoints_.push_back(std::move(point));
 }
@@ -118,6 +140,7 @@ void Connection::finishWrite(bool keep) {
         resetBusyStatements();
         exec("ROLLBACK TO " + point.name);
         changed_ = point.catalogs;
+        undoIdentityResets(point.resets);
     }
     exec("RELEASE " + point.name);
 }
@@ -137,6 +160,7 @@ void Connection::commitSqlite() {
 }
 
 void Connection::rollbackSqlite() {
+    undoIdentityResets(0);
     if (!sqliteTransaction_) return;
     resetBusyStatements();
     // SQLite has rolled back by itself after some errors.
@@ -150,6 +174,7 @@ void Connection::forgetTransaction() {
     savePoints_.clear();
     changed_.clear();
     usedIdentities_.clear();
+    identityResets_.clear();
     retiredScopes_.clear();
     databases_.locks().releaseAll(spid_);
 }

@@ -22,7 +22,7 @@ struct sqlite3;
 namespace sandbox {
 
 // One database. Its name, id and file never change; its catalogue is the latest committed one.
-class Database {
+class Database : public std::enable_shared_from_this<Database> {
 public:
     struct Facts {
         int id = 0;  // database_id

@@ -77,9 +77,11 @@ void executeTruncate(const ExecuteContext& context, const ast::Truncate& stateme
 void executeCreateIndex(const ExecuteContext& context, const ast::CreateIndex& statement);
 void executeDropIndex(const ExecuteContext& context, const ast::DropIndex& statement);
 void executeDrop(const ExecuteContext& context, const ast::DropObjects& statement);
-// Views, procedures and functions, bound and found good by the caller. text: the whole CREATE statement.
+// Views and procedures, bound and found good by the caller. text: the whole CREATE statement. columns: a view's, with
+// names, types and nullability.
 void executeCreateModule(const ExecuteContext& context, ObjectKind kind, ast::Verb verb, const ast::ObjectName& name,
-                         std::string text);
+                         std::string text, std::vector<ParameterDef> parameters = {},
+                         std::vector<ColumnDef> columns = {});
 void executeRename(const ExecuteContext& context, std::string_view object, std::string_view newName,
                    std::string_view type);  // sp_rename
 

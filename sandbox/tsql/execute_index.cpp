@@ -1,0 +1,119 @@
+// CREATE and DROP INDEX, and making a unique key over rows that may break it.
+#include "sandbox/tsql/execute_index.h"
+
+#include <algorithm>
+
+#include "sandbox/store/collation.h"
+#include "sandbox/store/storage_codec.h"
+#include "sandbox/store/table_storage.h"
+#include "sandbox/tsql/constraint.h"
+#include "sandbox/tsql/constraint_errors.h"
+#include "sandbox/tsql/execute_errors.h"
+#include "sandbox/tsql/execute_table.h"
+
+namespace sandbox {
+
+using definition::cannotDrop;
+using definition::cannotFind;
+using definition::definitionError;
+using definition::unsupported;
+
+namespace {
+
+// The first key that two rows have.
+std::string duplicateIn(const ExecuteContext& context, const FoundObject& table, const IndexDef& index) {
+    std::string keys;
+    for (const IndexDef::Key& key : index.keys) keys += (keys.empty() ? "" : ", ") + quoteIdentifier(key.column);
+    Statement look = context.connection.prepare("SELECT " + keys + " FROM " + tableSql(table) + " GROUP BY " + keys +
+                                                " HAVING count(*) > 1 ORDER BY " + keys + " LIMIT 1");
+    std::vector<Value> row(table.object->columns.size());
+    if (look.step()) {
+        for (std::size_t i = 0; i < index.keys.size(); ++i) {
+            const ColumnDef* column = table.object->findColumn(index.keys[i].column);
+            row[static_cast<std::size_t>(column - table.object->columns.data())] =
+                readColumn(look.get(), static_cast<int>(i), column->type);
+        }
+    }
+    return keyText(*table.object, index, row);
+}
+
+}  // namespace
+
+void buildIndex(const ExecuteContext& context, const FoundObject& table, const IndexDef& index) {
+    try {
+        for (const std::string& sql : createIndexSql(table.database->attachedAs(), *table.object, index)) {
+            context.connection.run(sql);
+        }
+    } catch (const SqliteError& error) {
+        if (!isDuplicate(error)) throw;
+        const std::string text =
+            "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name '" +
+            shortName(table) + "' and the index name '" + index.name + "'. The duplicate key value is " +
+            duplicateIn(context, table, index) + ".";
+        if (index.primaryKey || index.uniqueConstraint) throw definition::constraintError(1505, 1, text);
+        throw definitionError(1505, 1, text);
+    }
+}
+
+void removeIndex(const ExecuteContext& context, const FoundObject& table, const IndexDef& index) {
+    for (const std::string& sql : dropIndexSql(table.database->attachedAs(), *table.object, index)) {
+        context.connection.run(sql);
+    }
+}
+
+void executeCreateIndex(const ExecuteContext& context, const ast::CreateIndex& statement) {
+    const ast::ObjectName& name = statement.table;
+    const auto table = context.connection.find(name.database, name.schema, name.name);
+    if (!table || table->object->system) throw cannotFind(1088, 12, name.written());
+    if (table->object->kind != ObjectKind::Table) throw unsupported("index on a view");
+    if (statement.where) throw unsupported("filtered index");
+    if (statement.ignoreDuplicates) throw unsupported("index with IGNORE_DUP_KEY");
+    Write write(context.connection, *table->database);
+    TableBuilder builder(context, table->database, *table->object, false);
+    ObjectDef& def = builder.table();
+    if (statement.dropExisting) {
+        const auto old = std::find_if(def.indexes.begin(), def.indexes.end(),
+                                      [&](const IndexDef& index) { return sameName(index.name, statement.name); });
+        if (old != def.indexes.end()) {
+            removeIndex(context, *table, *old);
+            def.indexes.erase(old);
+        }
+    }
+    IndexDef index;
+    index.name = statement.name;
+    index.unique = statement.unique;
+    index.clustered = statement.clustered;
+    index.included = statement.included;
+    for (const ast::IndexColumn& key : statement.columns) index.keys.push_back({key.name, key.descending});
+    builder.addIndex(std::move(index));
+    buildIndex(context, *table, def.indexes.back());
+    context.connection.put(*table->database, def);
+    write.done();
+}
+
+void executeDropIndex(const ExecuteContext& context, const ast::DropIndex& statement) {
+    for (const ast::DropIndex::Item& item : statement.items) {
+        const auto table = context.connection.find(item.table.database, item.table.schema, item.table.name);
+        const std::string shown = item.table.written() + "." + item.name;
+        ObjectDef def = table ? *table->object : ObjectDef{};
+        const auto index = std::find_if(def.indexes.begin(), def.indexes.end(),
+                                        [&](const IndexDef& i) { return sameName(i.name, item.name); });
+        if (index == def.indexes.end()) {
+            if (statement.ifExists) continue;
+            throw cannotDrop("index", shown, 7);
+        }
+        if (index->primaryKey || index->uniqueConstraint) {
+            throw definitionError(3723, 4,
+                                  "An explicit DROP INDEX is not allowed on index '" + shown +
+                                      "'. It is being used for " + (index->primaryKey ? "PRIMARY KEY" : "UNIQUE KEY") +
+                                      " constraint enforcement.");
+        }
+        Write write(context.connection, *table->database);
+        removeIndex(context, *table, *index);
+        def.indexes.erase(index);
+        context.connection.put(*table->database, def);
+        write.done();
+    }
+}
+
+}  // namespace sandbox

@@ -1,0 +1,445 @@
+#include "sandbox/tsql/execute_table.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "sandbox/store/collation.h"
+#include "sandbox/tsql/execute_errors.h"
+
+namespace sandbox {
+
+using definition::constraintError;
+using definition::definitionError;
+using definition::nameTaken;
+using definition::unsupported;
+
+namespace {
+
+using Kind = ast::Constraint::Kind;
+
+const ast::Constraint* findConstraint(const ast::ColumnDefinition& column, Kind kind) {
+    for (const ast::Constraint& constraint : column.constraints) {
+        if (constraint.kind == kind) return &constraint;
+    }
+    return nullptr;
+}
+
+bool inPrimaryKey(const ast::TableDefinition& definition, const ast::ColumnDefinition& column) {
+    if (findConstraint(column, Kind::PrimaryKey) != nullptr) return true;
+    return std::any_of(definition.constraints.begin(), definition.constraints.end(), [&](const ast::Constraint& c) {
+        return c.kind == Kind::PrimaryKey &&
+               std::any_of(c.columns.begin(), c.columns.end(),
+                           [&](const ast::IndexColumn& key) { return sameName(key.name, column.name); });
+    });
+}
+
+bool canBeIdentity(const Type& type) {
+    return (isInteger(type.id) && type.id != TypeId::Bit) ||
+           (type.id == TypeId::Decimal && type.scale == 0 && type.precision <= 18);
+}
+
+bool canBeKey(const Type& type) {
+    return !isLob(type.id) && type.length != Type::kMax;
+}
+
+}  // namespace
+
+std::string storedExpression(std::string_view text) {
+    // Brackets around the whole are SQL Server's to add.
+    const auto trim = [&] {
+        while (!text.empty() && static_cast<unsigned char>(text.front()) <= ' ') text.remove_prefix(1);
+        while (!text.empty() && static_cast<unsigned char>(text.back()) <= ' ') text.remove_suffix(1);
+    };
+    for (trim(); text.size() >= 2 && text.front() == '(' && text.back() == ')'; trim()) {
+        int depth = 0;
+        bool quoted = false;
+        bool whole = true;
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (text[i] == '\'') quoted = !quoted;
+            if (quoted) continue;
+            depth += text[i] == '(' ? 1 : text[i] == ')' ? -1 : 0;
+            if (depth == 0 && i + 1 < text.size()) whole = false;
+        }
+        if (!whole) break;
+        text = text.substr(1, text.size() - 2);
+    }
+    const bool isNumber = !text.empty() && text.find_first_not_of("0123456789.+-") == std::string_view::npos;
+    return (isNumber ? "((" : "(") + std::string(text) + (isNumber ? "))" : ")");
+}
+
+std::shared_ptr<Database> placeOf(const ExecuteContext& context, const ast::ObjectName& name) {
+    if (!name.schema.empty() && !sameName(name.schema, "dbo")) {
+        throw definitionError(2760, 1,
+                              "The specified schema name \"" + name.schema +
+                                  "\" either does not exist or you do not have permission to use it.");
+    }
+    if (name.name.starts_with('@') || (name.name.starts_with('#') && !name.name.starts_with("##"))) {
+        return context.connection.temporary();
+    }
+    auto database = context.connection.attach(name.name.starts_with("##") ? "tempdb" : name.database);
+    if (!database) throw definitionError(2702, 2, "Database '" + name.database + "' does not exist.");
+    return database;
+}
+
+int freeIndexId(const ObjectDef& table, bool clustered) {
+    if (clustered) return 1;
+    int id = 2;
+    for (const IndexDef& index : table.indexes) id = std::max(id, index.indexId + 1);
+    return id;
+}
+
+TableBuilder::TableBuilder(const ExecuteContext& context, std::shared_ptr<Database> database, ObjectDef table,
+                           bool isNew)
+    : context_(context), database_(std::move(database)), table_(std::move(table)), isNew_(isNew) {}
+
+void TableBuilder::add(const ast::TableDefinition& definition) {
+    for (const ast::ColumnDefinition& column : definition.columns) {
+        addColumn(column);
+        // A key's columns may not be null, whether or not that was said; NULL said aloud is an error below.
+        if (isNew_ && !column.nullable && inPrimaryKey(definition, column)) table_.columns.back().nullable = false;
+    }
+    for (const ast::ColumnDefinition& column : definition.columns) {
+        for (const ast::Constraint& constraint : column.constraints) {
+            if (constraint.kind != Kind::Default) addConstraint(constraint, &column);
+        }
+    }
+    for (const ast::Constraint& constraint : definition.constraints) addConstraint(constraint, nullptr);
+    for (const auto& inlined : definition.indexes) {
+        IndexDef index;
+        index.name = inlined.name;
+        index.unique = inlined.unique;
+        index.clustered = inlined.clustered.value_or(false);
+        index.keys = keysOf(inlined.columns, nullptr);
+        addIndex(std::move(index));
+    }
+}
+
+// ---- columns
+
+void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
+    if (from.computed) throw unsupported("computed column");
+    if (!from.type.known) {
+        throw definitionError(2715, 6,
+                              "Column, parameter, or variable #" + std::to_string(table_.columns.size() + 1) +
+                                  ": Cannot find data type " + from.type.written + ".");
+    }
+    if (findColumn(from.name) != nullptr) {
+        throw definitionError(2705, isNew_ ? 3 : 4,
+                              "Column names in each table must be unique. Column name '" + from.name + "' in table '" +
+                                  table_.name + "' is specified more than once.");
+    }
+    ColumnDef column;
+    column.name = from.name;
+    column.type = from.type.type;
+    column.nullable = from.nullable.value_or(!from.identity.has_value());
+    column.collation = from.collation;
+    if (!from.collation.empty()) (void)collationCode(from.collation);
+    column.columnId = ++table_.lastColumnId;
+    if (from.identity) {
+        if (!canBeIdentity(column.type)) {
+            throw definitionError(2749, 2,
+                                  "Identity column '" + column.name +
+                                      "' must be of data type int, bigint, smallint, tinyint, or decimal or numeric "
+                                      "with a scale of 0, unencrypted, and constrained to be nonnullable.");
+        }
+        if (column.nullable) {
+            throw definitionError(8147, 1,
+                                  "Could not create IDENTITY attribute on nullable column '" + column.name +
+                                      "', table '" + table_.name + "'.");
+        }
+        for (const ColumnDef& other : table_.columns) {
+            if (other.identity) {
+                throw definitionError(2744, 2,
+                                      "Multiple identity columns specified for table '" + table_.name +
+                                          "'. Only one identity column per table is allowed.");
+            }
+        }
+        column.identity = true;
+        column.identitySeed = from.identity->seed;
+        column.identityIncrement = from.identity->increment;
+    }
+    table_.columns.push_back(std::move(column));
+    for (const ast::Constraint& constraint : from.constraints) {
+        if (constraint.kind == Kind::Default) addConstraint(constraint, &from);
+    }
+}
+
+// ---- constraints
+
+void TableBuilder::addConstraint(const ast::Constraint& constraint, const ast::ColumnDefinition* column) {
+    switch (constraint.kind) {
+        case Kind::PrimaryKey:
+        case Kind::Unique: addKey(constraint, column); break;
+        case Kind::ForeignKey: addForeignKey(constraint, column); break;
+        case Kind::Check: addCheck(constraint, column); break;
+        case Kind::Default: addDefault(constraint, column); break;
+    }
+}
+
+void TableBuilder::addKey(const ast::Constraint& constraint, const ast::ColumnDefinition* column) {
+    const bool primary = constraint.kind == Kind::PrimaryKey;
+    for (const IndexDef& index : table_.indexes) {
+        if (!primary || !index.primaryKey) continue;
+        if (isNew_) {
+            throw definitionError(8110, 0,
+                                  "Cannot add multiple PRIMARY KEY constraints to table '" + table_.name + "'.");
+        }
+        throw constraintError(1779, 0, "Table '" + table_.name + "' already has a primary key defined on it.");
+    }
+    IndexDef index;
+    index.unique = true;
+    index.primaryKey = primary;
+    index.uniqueConstraint = !primary;
+    index.keys = keysOf(constraint.columns, column);
+    for (const IndexDef::Key& key : index.keys) {
+        const ColumnDef* keyColumn = findColumn(key.column);
+        if (keyColumn == nullptr) {
+            throw constraintError(1911, 1,
+                                  "Column name '" + key.column + "' does not exist in the target table or view.");
+        }
+        if (primary && keyColumn->nullable) {
+            throw constraintError(
+                8111, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '" + table_.name + "'.");
+        }
+    }
+    const bool hasClustered = std::any_of(table_.indexes.begin(), table_.indexes.end(),
+                                          [](const IndexDef& other) { return other.clustered; });
+    if (hasClustered && constraint.clustered.value_or(false)) {
+        throw definitionError(
+            8112, 0, "Cannot add more than one clustered index for constraints on table '" + table_.name + "'.");
+    }
+    index.clustered = constraint.clustered.value_or(primary && !hasClustered);
+    index.constraintId = database_->newObjectId();
+    index.name = constraintName(constraint.name, madeUpName(primary ? "PK" : "UQ", "", index.constraintId));
+    addIndex(std::move(index));
+}
+
+void TableBuilder::addIndex(IndexDef index) {
+    for (std::size_t i = 0; i < index.keys.size(); ++i) {
+        const ColumnDef* column = findColumn(index.keys[i].column);
+        if (column == nullptr) {
+            throw definitionError(
+                1911, 1, "Column name '" + index.keys[i].column + "' does not exist in the target table or view.");
+        }
+        index.keys[i].column = column->name;
+        if (!canBeKey(column->type)) {
+            throw definitionError(1919, 1,
+                                  "Column '" + column->name + "' in table '" + table_.name +
+                                      "' is of a type that is invalid for use as a key column in an index.");
+        }
+        for (std::size_t j = 0; j < i; ++j) {
+            if (sameName(index.keys[j].column, column->name)) {
+                throw definitionError(1909, 1,
+                                      "Cannot use duplicate column names in index. Column name '" + column->name +
+                                          "' listed more than once.");
+            }
+        }
+    }
+    for (std::string& included : index.included) {
+        const ColumnDef* column = findColumn(included);
+        if (column == nullptr) {
+            throw definitionError(1911, 1,
+                                  "Column name '" + included + "' does not exist in the target table or view.");
+        }
+        included = column->name;
+    }
+    for (const IndexDef& other : table_.indexes) {
+        if (sameName(other.name, index.name)) {
+            throw definitionError(1913, 1,
+                                  "The operation failed because an index or statistics with name '" + index.name +
+                                      "' already exists on table '" + table_.name + "'.");
+        }
+        if (index.clustered && other.clustered) {
+            throw definitionError(1902, 3,
+                                  "Cannot create more than one clustered index on table '" + table_.name +
+                                      "'. Drop the existing clustered index '" + other.name +
+                                      "' before creating another.");
+        }
+    }
+    index.indexId = freeIndexId(table_, index.clustered);
+    table_.indexes.push_back(std::move(index));
+}
+
+void TableBuilder::addForeignKey(const ast::Constraint& constraint, const ast::ColumnDefinition* column) {
+    const auto handled = [](ast::ReferenceAction action) {
+        return action == ast::ReferenceAction::NoAction || action == ast::ReferenceAction::Cascade;
+    };
+    if (!handled(constraint.onDelete) || !handled(constraint.onUpdate)) {
+        throw unsupported("ON DELETE or ON UPDATE SET NULL, SET DEFAULT");
+    }
+    ForeignKeyDef key;
+    key.id = database_->newObjectId();
+    for (const IndexDef::Key& k : keysOf(constraint.columns, column)) key.columns.push_back(k.column);
+    const std::string firstColumn = key.columns.empty() ? std::string() : key.columns.front();
+    key.name = constraintName(constraint.name, madeUpName("FK", firstColumn, key.id));
+    key.cascadeDelete = constraint.onDelete == ast::ReferenceAction::Cascade;
+    key.cascadeUpdate = constraint.onUpdate == ast::ReferenceAction::Cascade;
+    key.parentColumns = constraint.parentColumns;
+    key.parentTable = constraint.parent.name;
+    for (std::string& own : key.columns) {
+        const ColumnDef* found = findColumn(own);
+        if (found == nullptr) {
+            throw constraintError(1769, 1,
+                                  "Foreign key '" + key.name + "' references invalid column '" + own +
+                                      "' in referencing table '" + table_.name + "'.");
+        }
+        own = found->name;
+    }
+    if (!constraint.parent.database.empty() && !sameName(constraint.parent.database, database_->name())) {
+        throw constraintError(1763, 0,
+                              "Cross-database foreign key references are not supported. Foreign key '" +
+                                  constraint.parent.written() + "'.");
+    }
+    const bool own = sameName(constraint.parent.name, table_.name);
+    const std::string schema = constraint.parent.schema.empty() ? "dbo" : constraint.parent.schema;
+    const auto parent = own ? nullptr : context_.connection.catalog(*database_)->find(schema, constraint.parent.name);
+    if (!own && (!parent || parent->kind != ObjectKind::Table)) {
+        throw constraintError(
+            1767, 0, "Foreign key '" + key.name + "' references invalid table '" + constraint.parent.written() + "'.");
+    }
+    matchParent(key, own ? table_ : *parent);
+    table_.foreignKeys.push_back(std::move(key));
+}
+
+// Which of the parent's keys is meant, and whether the types fit.
+void TableBuilder::matchParent(ForeignKeyDef& key, const ObjectDef& parent) {
+    key.parentId = parent.id;
+    key.parentSchema = parent.schema;
+    key.parentTable = parent.name;
+    if (key.parentColumns.empty()) {
+        const auto primary = std::find_if(parent.indexes.begin(), parent.indexes.end(),
+                                          [](const IndexDef& index) { return index.primaryKey; });
+        if (primary == parent.indexes.end()) {
+            throw constraintError(1773, 0,
+                                  "Foreign key '" + key.name + "' has implicit reference to object '" + parent.name +
+                                      "' which does not have a primary key defined on it.");
+        }
+        for (const IndexDef::Key& k : primary->keys) key.parentColumns.push_back(k.column);
+    }
+    if (key.parentColumns.size() != key.columns.size()) {
+        throw constraintError(8139, 0,
+                              "Number of referencing columns in foreign key differs from number of referenced columns, "
+                              "table '" +
+                                  table_.name + "'.");
+    }
+    for (std::string& column : key.parentColumns) {
+        const ColumnDef* found = parent.findColumn(column);
+        if (found == nullptr) {
+            throw constraintError(1770, 0,
+                                  "Foreign key '" + key.name + "' references invalid column '" + column +
+                                      "' in referenced table '" + parent.name + "'.");
+        }
+        column = found->name;
+    }
+    const bool isKey = std::any_of(parent.indexes.begin(), parent.indexes.end(), [&](const IndexDef& index) {
+        return index.unique && index.keys.size() == key.parentColumns.size() &&
+               std::all_of(index.keys.begin(), index.keys.end(), [&](const IndexDef::Key& k) {
+                   return std::find(key.parentColumns.begin(), key.parentColumns.end(), k.column) !=
+                          key.parentColumns.end();
+               });
+    });
+    if (!isKey) {
+        throw constraintError(1776, 0,
+                              "There are no primary or candidate keys in the referenced table '" + parent.name +
+                                  "' that match the referencing column list in the foreign key '" + key.name + "'.");
+    }
+    for (std::size_t i = 0; i < key.columns.size(); ++i) {
+        Type own = findColumn(key.columns[i])->type;
+        Type theirs = parent.findColumn(key.parentColumns[i])->type;
+        own.numericName = theirs.numericName = false;
+        const std::string pair = "'" + parent.name + "." + key.parentColumns[i] + "'";
+        const std::string reference = "'" + table_.name + "." + key.columns[i] + "' in foreign key '" + key.name + "'.";
+        if (own.id != theirs.id) {
+            throw constraintError(1778, 0,
+                                  "Column " + pair + " is not the same data type as referencing column " + reference);
+        }
+        const bool sized =
+            own.length == theirs.length && own.precision == theirs.precision && own.scale == theirs.scale;
+        if (!sized && !isCharacter(own.id) && !isBinary(own.id)) {
+            throw constraintError(
+                1753, 0,
+                "Column " + pair + " is not the same length or scale as referencing column " + reference +
+                    " Columns participating in a foreign key relationship must be defined with the same length and "
+                    "scale.");
+        }
+    }
+}
+
+void TableBuilder::addCheck(const ast::Constraint& constraint, const ast::ColumnDefinition* column) {
+    CheckDef check;
+    check.id = database_->newObjectId();
+    check.text = storedExpression(constraint.exprText);
+    if (column != nullptr) check.column = column->name;
+    check.name = constraintName(constraint.name, madeUpName("CK", check.column, check.id));
+    table_.checks.push_back(std::move(check));
+}
+
+void TableBuilder::addDefault(const ast::Constraint& constraint, const ast::ColumnDefinition* from) {
+    const std::string& name = from != nullptr ? from->name : constraint.forColumn;
+    ColumnDef* column = findColumn(name);
+    if (column == nullptr) {
+        throw constraintError(
+            1752, 0,
+            "Column '" + name + "' in table '" + table_.name + "' is invalid for creating a default constraint.");
+    }
+    if (!column->defaultText.empty()) {
+        if (from != nullptr) {
+            throw definitionError(8148, 0,
+                                  "More than one column DEFAULT constraint specified for column '" + name +
+                                      "', table '" + table_.name + "'.");
+        }
+        throw constraintError(1781, 1, "Column already has a DEFAULT bound to it.");
+    }
+    if (column->identity) {
+        throw constraintError(1754, 0,
+                              "Defaults cannot be created on columns with an IDENTITY attribute. Table '" +
+                                  table_.name + "', column '" + name + "'.");
+    }
+    column->defaultId = database_->newObjectId();
+    column->defaultText = storedExpression(constraint.exprText);
+    column->defaultName = constraintName(constraint.name, madeUpName("DF", name, column->defaultId));
+    (void)bindDefault(context_.bind, *column);
+}
+
+// ---- names
+
+ColumnDef* TableBuilder::findColumn(std::string_view name) {
+    return const_cast<ColumnDef*>(table_.findColumn(name));
+}
+
+std::vector<IndexDef::Key> TableBuilder::keysOf(const std::vector<ast::IndexColumn>& columns,
+                                                const ast::ColumnDefinition* column) const {
+    std::vector<IndexDef::Key> keys;
+    for (const ast::IndexColumn& key : columns) keys.push_back({key.name, key.descending});
+    if (keys.empty() && column != nullptr) keys.push_back({column->name, false});
+    return keys;
+}
+
+std::string TableBuilder::constraintName(const std::string& given, const std::string& madeUp) {
+    if (given.empty()) return madeUp;
+    Catalog own;
+    own.put(std::make_shared<const ObjectDef>(table_));
+    if (own.nameTaken("dbo", given) ||
+        (!database_->temporary() && context_.connection.catalog(*database_)->nameTaken("dbo", given))) {
+        throw constraintError(2714, 5, "There is already an object named '" + given + "' in the database.");
+    }
+    return given;
+}
+
+// PK__orders__3213E83F0EA4C0E1, DF__orders__made__1B0907CE
+std::string TableBuilder::madeUpName(std::string_view kind, std::string_view column, std::int32_t id) const {
+    std::uint32_t hash = 2166136261u;
+    for (const char c : table_.name) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619u;
+    char digits[17];
+    std::string name = std::string(kind) + "__";
+    if (column.empty()) {
+        std::snprintf(digits, sizeof digits, "%08X%08X", hash, static_cast<std::uint32_t>(id));
+        name += table_.name.substr(0, 8);
+    } else {
+        std::snprintf(digits, sizeof digits, "%08X", static_cast<std::uint32_t>(id));
+        name += table_.name.substr(0, 9) + "__" + std::string(column.substr(0, 5));
+    }
+    return name + "__" + digits;
+}
+
+}  // namespace sandbox
