@@ -21,21 +21,46 @@ bool fromServer(const ServerMessage& m) {
     return m.Number != 0 && (m.Number < kFirstClientNumber || m.Number > kLastClientNumber);
 }
 
+ServerMessage bareMessage(const QString& text) {
+    ServerMessage message;
+    message.Text = text;
+    return message;
+}
+
+ServerMessage lostMessage() {
+    return bareMessage(QStringLiteral("The connection to the server is lost"));
+}
+
+bool isUnknownDatabase(const ServerMessage& m) {
+    return m.Number == 4060 || m.Number == 911;
+}
+
+bool isLoginFailure(const ServerMessage& m) {
+    return (m.Number >= 18450 && m.Number <= 18488) || m.SqlState == u"28000";
+}
+
+// 18456 follows 4060 too, so that the database is asked for first.
 ConnectionError::Reason reasonOf(const QList<ServerMessage>& messages) {
-    for (const ServerMessage& m : messages) {
-        if (m.Number == 4060 || m.Number == 911) return ConnectionError::Reason::UnknownDatabase;
-        if ((m.Number >= 18450 && m.Number <= 18488) || m.SqlState == u"28000")
-            return ConnectionError::Reason::LoginFailed;
-    }
+    if (std::ranges::any_of(messages, isUnknownDatabase)) return ConnectionError::Reason::UnknownDatabase;
+    if (std::ranges::any_of(messages, isLoginFailure)) return ConnectionError::Reason::LoginFailed;
     if (std::ranges::any_of(messages, fromServer)) return ConnectionError::Reason::Refused;
     return ConnectionError::Reason::Unreachable;
+}
+
+// FreeTDS' closing remarks on any failed connection say nothing where another message does.
+bool isRemark(const ServerMessage& m) {
+    return m.Number == kConnectionFailed || (m.Number == 0 && m.SqlState == u"08001");
 }
 
 ConnectionError connectFailure(QList<ServerMessage> messages, const ConnectSettings& settings) {
     messages.removeIf(isInformation);
     const ConnectionError::Reason reason = reasonOf(messages);
-    if (messages.size() > 1) messages.removeIf([](const ServerMessage& m) { return m.Number == kConnectionFailed; });
-    if (messages.isEmpty()) messages += ServerMessage{QStringLiteral("The server did not answer"), 0, 0, 0, 0, {}, {}};
+    messages.removeIf(isRemark);
+    // The driver puts 18456 before 4060, which the server sent first and which says what is wrong.
+    std::ranges::stable_partition(messages, isUnknownDatabase);
+    if (messages.isEmpty()) {
+        messages += bareMessage(QStringLiteral("the host is not known or cannot be reached"));
+    }
     if (reason == ConnectionError::Reason::Unreachable)
         messages.first().Text =
             QStringLiteral("Cannot connect to server \"%1\": %2").arg(settings.Server, messages.first().Text);
@@ -145,13 +170,15 @@ void Reply::note(int rc) {
     qsizetype before = s.errors.size();
     for (const ServerMessage& message : diagnostics(s.calls, s.statement)) {
         if (message.SqlState == u"HYT00") s.timedOut = true;
-        if (!isInformation(message)) s.errors += message;
+        const bool echo = s.timedOut && message.SqlState == u"HY008";  // the cancelling that a time-out brings
+        if (!isInformation(message) && !echo) s.errors += message;
     }
     if (rc != SQL_ERROR && rc != SQL_INVALID_HANDLE) return;
     if (s.connection.handles_->dead()) s.connection.alive_ = false;
     if (s.errors.isEmpty())
-        s.errors +=
-            ServerMessage{QStringLiteral("The ODBC driver reported a failure without a message"), 0, 0, 0, 0, {}, {}};
+        s.errors += s.connection.alive_
+                        ? bareMessage(QStringLiteral("The ODBC driver reported a failure without a message"))
+                        : lostMessage();
     // A failure that says nothing new would be told for ever.
     if (!s.connection.alive_ || s.timedOut || rc == SQL_INVALID_HANDLE || s.errors.size() == before) s.ended = true;
 }
@@ -172,6 +199,11 @@ void Reply::advance() {
         const SQLRETURN rc = s.calls.SQLMoreResults(s.statement.get());
         if (rc == SQL_NO_DATA) s.ended = true;
         note(rc);
+    }
+    // A driver may take a cut connection for the reply's end.
+    if (s.connection.alive_ && s.connection.handles_->dead()) {
+        s.connection.alive_ = false;
+        if (s.errors.isEmpty()) s.errors += lostMessage();
     }
     if (!s.errors.isEmpty()) fail();
 }

@@ -114,7 +114,9 @@ QString EditTarget::where(const std::vector<Value>& before, std::vector<Argument
     for (const int column : key_) {
         const FieldInfo& info = columns_[size_t(column)];
         const Value& value = before[size_t(column)];
-        tests += bracketed(info.Name) + (value.isNull() ? QStringLiteral(" IS NULL") : QStringLiteral(" = ?"));
+        // A driver sends datetime2, which equals a datetime's 1/300 s only once it has been made one.
+        const QString mark = info.Legacy ? QStringLiteral(" = CAST(? AS datetime)") : QStringLiteral(" = ?");
+        tests += bracketed(info.Name) + (value.isNull() ? QStringLiteral(" IS NULL") : mark);
         if (!value.isNull()) arguments.push_back({value, info});
     }
     return QStringLiteral(" WHERE ") + tests.join(QStringLiteral(" AND "));

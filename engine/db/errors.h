@@ -12,11 +12,11 @@ namespace torvik::db {
 // One error message of a reply, as the server (or the client library) sent it.
 struct ServerMessage {
     QString Text;
-    int Number = 0;  // the server's error number; 0 when the client library made the message
-    int State = 0;
-    int Severity = 0;  // 0 when the client library does not tell it
-    int Line = 0;      // of the batch or procedure
-    QString Procedure;
+    int Number = 0;     // the server's error number; 0 when the client library made the message
+    int State = 0;      // 0 with FreeTDS, which does not tell it
+    int Severity = 0;   // 0 when the client library made the message
+    int Line = 0;       // of the batch or procedure
+    QString Procedure;  // empty with FreeTDS, likewise
     QString SqlState;
 };
 

@@ -55,11 +55,16 @@ Registered registeredDrivers() {
 }
 
 Api load() {
-    Registered registered = registeredDrivers();
+    const Registered registered = registeredDrivers();
+    // A path that stands registered comes first; a bare file name, which only unixODBC's own search path finds, last.
+    QStringList paths;
+    for (const QString& path : registered.freeTdsPaths)
+        if (QFileInfo(path).isAbsolute() && QFileInfo::exists(path)) paths += path;
     for (const char* place : kFreeTdsPlaces)
-        if (QFileInfo::exists(QLatin1String(place))) registered.freeTdsPaths += QLatin1String(place);
+        if (QFileInfo::exists(QLatin1String(place))) paths += QLatin1String(place);
+    paths += registered.freeTdsPaths;
     Api calls;
-    calls.driver = chooseDriver(registered.names, registered.freeTdsPaths);
+    calls.driver = chooseDriver(registered.names, paths);
     if (!calls.driver.FreeTds) {
 #define TORVIK_ODBC_MANAGER(name) calls.name = &::name;
         TORVIK_ODBC_CALLS(TORVIK_ODBC_MANAGER)
@@ -120,12 +125,16 @@ QList<ServerMessage> diagnostics(const Api& calls, const Handle& handle) {
         message.Number = native;
         const auto integer = [&](SQLSMALLINT field) {
             SQLINTEGER value = 0;
-            calls.SQLGetDiagFieldW(handle.type(), handle.get(), i, field, &value, SQL_IS_INTEGER, nullptr);
+            SQLSMALLINT ignored = 0;
+            calls.SQLGetDiagFieldW(handle.type(), handle.get(), i, field, &value, SQLSMALLINT(sizeof value), &ignored);
             return int(value);
         };
-        message.State = integer(kDiagState) & 0xFFFF;
-        message.Severity = integer(kDiagSeverity) & 0xFFFF;
-        message.Line = integer(kDiagLine) & 0xFFFF;
+        // FreeTDS gives the severity where the state is asked for, has no procedure, and no line for its own messages.
+        const int asked = integer(kDiagState) & 0xFFFF;
+        message.State = calls.driver.FreeTds ? 0 : asked;
+        message.Severity = calls.driver.FreeTds ? asked : integer(kDiagSeverity) & 0xFFFF;
+        const int line = integer(kDiagLine) & 0xFFFF;
+        message.Line = line == 0xFFFF ? 0 : line;
         std::array<SQLWCHAR, 256> procedure{};
         if (SQL_SUCCEEDED(calls.SQLGetDiagFieldW(handle.type(), handle.get(), i, kDiagProcedure, procedure.data(),
                                                  SQLSMALLINT(sizeof procedure), &length)))

@@ -1,0 +1,108 @@
+// See sandbox_server.h.
+#include "tests/support/sandbox_server.h"
+
+#include <QCoreApplication>
+
+#include "engine/db/errors.h"
+#include "engine/db/query.h"
+
+namespace torvik::test {
+
+namespace {
+
+QString uniqueDatabaseName() {
+    static int count = 0;
+    return QStringLiteral("torvik_test_%1_%2").arg(QCoreApplication::applicationPid()).arg(++count);
+}
+
+std::unique_ptr<db::Session> opened(const db::ConnectSettings& settings) {
+    auto session = std::make_unique<db::Session>();
+    session->SetConnectString(db::oleDbFromSettings(settings));
+    session->Open();
+    return session;
+}
+
+void execute(db::Session& session, const QString& batch) {
+    db::Query query(&session);
+    query.ParamCheck = false;
+    query.SQL = QStringList{batch};
+    query.ExecSQL();
+}
+
+QString cellText(const db::Value& value) {
+    if (value.isNull()) return QStringLiteral("NULL");
+    if (const auto* time = std::get_if<db::DateTime>(&value.variant()))
+        return time->toQDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz"));
+    if (const auto* bytes = std::get_if<QByteArray>(&value.variant()))
+        return QStringLiteral("0x") + QString::fromLatin1(bytes->toHex().toUpper());
+    if (const auto* decimal = std::get_if<db::Decimal>(&value.variant())) return decimal->toQString();
+    return value.toQString();
+}
+
+}  // namespace
+
+SandboxServer::SandboxServer(sandbox::TlsMode tls) : database_(uniqueDatabaseName()) {
+    const QString given = qEnvironmentVariable("TORVIK_TEST_SERVER");
+    if (given.isEmpty()) {
+        sandbox::ServerOptions options;
+        options.saPassword = "sandbox";
+        options.tls = tls;
+        server_ = std::make_unique<sandbox::Server>(options);
+        settings_.Server = QStringLiteral("%1,%2").arg(QString::fromStdString(server_->host())).arg(server_->port());
+        settings_.Username = QStringLiteral("sa");
+        settings_.Password = QStringLiteral("sandbox");
+    } else {
+        settings_ = db::settingsFromOleDb(given);
+    }
+    settings_.Database = QStringLiteral("master");
+    execute(*opened(settings_), QStringLiteral("CREATE DATABASE ") + database_);
+    settings_.Database = database_;
+    session_ = opened(settings_);
+}
+
+SandboxServer::~SandboxServer() {
+    try {
+        session_->Close();
+        if (server_) return;  // its databases end with it
+        settings_.Database = QStringLiteral("master");
+        execute(*opened(settings_), QStringLiteral("ALTER DATABASE %1 SET SINGLE_USER WITH ROLLBACK IMMEDIATE "
+                                                   "DROP DATABASE %1")
+                                        .arg(database_));
+    } catch (const db::Error& e) {
+        qWarning("%s stays: %s", qPrintable(database_), e.what());
+    }
+}
+
+std::unique_ptr<db::Session> SandboxServer::connect(const QString& applicationName) const {
+    db::ConnectSettings settings = settings_;
+    settings.ApplicationName = applicationName;
+    return opened(settings);
+}
+
+QString SandboxServer::connectString() const {
+    return db::oleDbFromSettings(settings_);
+}
+
+void SandboxServer::run(const QString& batch) {
+    execute(*session_, batch);
+}
+
+std::string SandboxServer::rows(const QString& batch) {
+    return rows(batch, *session_);
+}
+
+std::string SandboxServer::rows(const QString& batch, db::Session& session) const {
+    db::Query query(&session);
+    query.ParamCheck = false;
+    query.SQL = QStringList{batch};
+    query.Open();
+    QString text = query.FieldNames().join(QStringLiteral(" | ")) + u'\n';
+    for (int row = 0; row < query.RecordCount(); ++row) {
+        QStringList cells;
+        for (int field = 0; field < query.FieldCount(); ++field) cells += cellText(query.ValueAt(row, field));
+        text += cells.join(QStringLiteral(" | ")) + u'\n';
+    }
+    return text.toStdString();
+}
+
+}  // namespace torvik::test
