@@ -1,0 +1,26 @@
+#include "shell/application_folder.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include "shell/ini_file.h"
+
+namespace torvik {
+
+QString applicationFolder(const QString& executableFolder) {
+    QString folder = QDir::cleanPath(executableFolder);
+    const QString deploy = folder + QStringLiteral("/deploy.ini");
+    if (QFileInfo::exists(deploy)) {
+        QString named = iniValue(deploy, "deploy", "folder", QStringLiteral("."));
+        named.replace(QLatin1Char('\\'), QLatin1Char('/'));
+        folder = QDir::cleanPath(QDir(folder).absoluteFilePath(named));
+    }
+    return folder + QLatin1Char('/');
+}
+
+QString applicationFolder() {
+    static const QString folder = applicationFolder(QCoreApplication::applicationDirPath());
+    return folder;
+}
+
+}  // namespace torvik

@@ -1,0 +1,230 @@
+// How the window comes about, in the order that its parts depend on each other, and how it ends.
+#include "shell/main_window.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDir>
+#include <QDockWidget>
+#include <QFileInfo>
+#include <QGroupBox>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QScrollArea>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QTimer>
+#include <QToolBar>
+
+#include "engine/abort.h"
+#include "engine/avdeling.h"
+#include "engine/db/query.h"
+#include "engine/db/udl.h"
+#include "engine/oppgjor_status.h"
+#include "inbound/fetch_till.h"
+#include "shell/icons.h"
+#include "shell/ini_file.h"
+#include "shell/log_pane_view.h"
+#include "shell/settings.h"
+#include "shell/settings_panel.h"
+#include "shell/status_view.h"
+#include "shell/till_list.h"
+#include "shell/velg_internkunde_kasse.h"
+
+namespace torvik {
+
+namespace {
+
+enum Pane { kStatusPane, kLogPane, kErrorLogPane };
+
+constexpr int kDtsLevel = 91;  // databases below this compatibility level can run DTS
+
+constexpr char kCompatibilityLevel[] = "select compatibility_level from sys.databases where name=db_name()";
+
+const QString kLogNote =
+    QStringLiteral("Denne loggen viser alle hendelser. For å se direkte feil, så må du se på 'Feil logg' fanen.");
+const QString kErrorLogNote =
+    QStringLiteral("Denne feil loggen viser alle feil i forbindelse med innhenting, eller utsending.");
+
+}  // namespace
+
+MainWindow::MainWindow(const QString& folder, SettingsStore& store)
+    : folder_(folder), logRootFolder_(folder + QStringLiteral("Log/")), store_(store) {
+    setObjectName(QStringLiteral("MainWindow"));
+    setWindowTitle(QStringLiteral("TorvikPosSync"));
+    setWindowIcon(applicationIcon());
+    QDir().mkpath(logRootFolder_);
+    createEngine();
+    createPanes();
+    createCommands();
+    createStatusBar();
+    connectBackOffice();
+    createTrayIcon();
+    resize(1240, 780);
+}
+
+MainWindow::~MainWindow() {
+    // The engine goes before the panes that it writes to.
+    torvikPos_.reset();
+}
+
+void MainWindow::createEngine() {
+    torvikPos_ = std::make_unique<TTorvikPos>();
+    TTorvikPos& engine = *torvikPos_;
+    engine.SourceConnection = &msConnSource;
+    engine.SetTargetConnection(&msConnTarget);
+    engine.SourceAuthMethod = amTrusted;
+    engine.Cancelled = false;
+
+    const bool singleBackOffice = QFileInfo::exists(folder_ + QStringLiteral("backoffice"));
+    engine.IsEnterprise = !singleBackOffice;
+    setWindowTitle(windowTitle() + (singleBackOffice ? QStringLiteral(" BackOffice") : QStringLiteral(" Enterprise")));
+
+    engine.Avdeling->SetButikktyper(
+        iniValue(folder_ + QStringLiteral("TorvikPosSync.ini"), "Filter", "Butikktyper", QString()));
+    engine.IncludeDTS_TorvikPOS = true;
+
+    joinFetching(engine);
+    engine.OnTimerException = [this](const std::exception_ptr& failure) {
+        command([&failure] { std::rethrow_exception(failure); });
+    };
+    joinAutomaticRun();
+    SelectTills = [this](TKasseCollection& tills) {
+        TfrmVelgInternkundeKasse dialog(msConnTarget, this);
+        return dialog.Execute(tills);
+    };
+}
+
+void MainWindow::createPanes() {
+    TTorvikPos& engine = *torvikPos_;
+    log_ = new LogPaneView(kLogNote);
+    errorLog_ = new LogPaneView(kErrorLogNote);
+    statusView_ = new StatusView(*engine.ffraOppgjorStatus);
+    engine.Log = log_;
+    engine.ErrorLog = errorLog_;
+    engine.StatusParent = statusView_;
+
+    panes_ = new QTabWidget(this);
+    panes_->setObjectName(QStringLiteral("panes"));
+    panes_->addTab(statusView_, QStringLiteral("Status"));
+    panes_->addTab(log_, QStringLiteral("Logg"));
+    panes_->addTab(errorLog_, QStringLiteral("Feil logg"));
+    setCentralWidget(panes_);
+    // An empty error pane's caption becomes "Logg" too.
+    connect(log_, &LogPaneView::lineCountChanged, this,
+            [this](int n) { countLines(kLogPane, QStringLiteral("Logg"), n); });
+    connect(errorLog_, &LogPaneView::lineCountChanged, this,
+            [this](int n) { countLines(kErrorLogPane, QStringLiteral("Feillogg"), n); });
+
+    settings_ = new SettingsPanel(engine);
+    auto* scroll = new QScrollArea;
+    scroll->setWidget(settings_);
+    scroll->setWidgetResizable(true);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setMinimumWidth(settings_->sizeHint().width() + 24);
+    tillList_ = new TillList;
+    const auto dock = [this](const QString& title, QWidget* content) {
+        auto* widget = new QDockWidget(title, this);
+        widget->setObjectName(title);
+        widget->setFeatures(QDockWidget::DockWidgetMovable);
+        widget->setWidget(content);
+        addDockWidget(Qt::LeftDockWidgetArea, widget);
+    };
+    dock(QStringLiteral("Kasser"), tillList_);
+    dock(QStringLiteral("Oppsett"), scroll);
+}
+
+void MainWindow::countLines(int tab, const QString& caption, int lines) {
+    panes_->setTabText(tab, lines > 0 ? QStringLiteral("%1 (%2)").arg(caption).arg(lines) : QStringLiteral("Logg"));
+}
+
+void MainWindow::createStatusBar() {
+    auto* version = new QLabel(QStringLiteral("Versjon %1").arg(QApplication::applicationVersion()));
+    progressText_ = new QLabel;
+    progressBar_ = new QProgressBar;
+    progressBar_->setRange(0, 100);
+    progressBar_->setMaximumWidth(220);
+    statusBar()->addWidget(version);
+    statusBar()->addWidget(progressText_, 1);
+    statusBar()->addPermanentWidget(progressBar_);
+    torvikPos_->OnProgress = [this](QObject*, int percent, const QString& text) {
+        torvikPos_->Seam.pumpMessages();
+        progressText_->setText(text);
+        progressBar_->setValue(percent);
+        torvikPos_->Seam.pumpMessages();
+    };
+}
+
+void MainWindow::connectBackOffice() {
+    const QString udl = folder_ + QStringLiteral("Torvik.UDL");
+    if (!QFileInfo::exists(udl))
+        QMessageBox::critical(this, windowTitle(),
+                              QStringLiteral("Filen %1 finnes ikke. Kan ikke koble til databasen").arg(udl));
+    msConnTarget.SetConnectString(db::ReadUdlFile(udl));
+    msConnTarget.Open();
+
+    db::Query level(&msConnTarget);
+    level.SQL = QStringList{QString::fromUtf8(kCompatibilityLevel)};
+    level.Open();
+    isDTSCompatible_ = level.IsEmpty() || level.Fields(0).AsInteger() < kDtsLevel;
+
+    const QString where = torvikPos_->GetTargetServerAndDatabaseName();
+    if (where.isEmpty()) throw EngineError(QStringLiteral("Klarer ikke Ã¥ koble til server"));
+    setWindowTitle(QStringLiteral("%1 %2").arg(windowTitle(), where));
+    tillList_->load(msConnTarget);
+    settings_->apply();
+}
+
+void MainWindow::createTrayIcon() {
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) return;
+    trayIcon_ = new QSystemTrayIcon(applicationIcon(), this);
+    trayIcon_->setToolTip(QStringLiteral("TorvikPosSync"));
+    connect(trayIcon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger) setVisible(!isVisible());
+    });
+    trayIcon_->show();
+}
+
+// The settings are read when the window is first shown; until then the automatic run is not armed.
+void MainWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (settingsRead_) return;
+    settingsRead_ = true;
+    readSettings();
+}
+
+void MainWindow::readSettings() {
+    settings_->read(store_, isDTSCompatible_);
+    trayAction_->setChecked(store_.read("SystemTray").toBool());
+}
+
+// A run that is under way is cancelled first, and the window closes once it has ended.
+void MainWindow::closeEvent(QCloseEvent* event) {
+    constexpr int kLookAgainMs = 100;
+    if (running()) {
+        if (!closing_) {
+            closing_ = true;
+            settings_->setAutoStart(false);
+            torvikPos_->SetCancelRequest(true);
+        }
+        QTimer::singleShot(kLookAgainMs, this, [this] { close(); });
+        event->ignore();
+        return;
+    }
+    log_->SaveLines(folder_ + QStringLiteral("TorvikPos.log"));
+    errorLog_->SaveLines(folder_ + QStringLiteral("TorvikPosError.log"));
+    if (trayIcon_) trayIcon_->hide();
+    event->accept();
+    QApplication::quit();
+}
+
+void MainWindow::AppException(const std::exception& error) {
+    for (LogPaneView* pane : {log_, errorLog_}) pane->SetColor(PaneColor::Red);
+    torvikPos_->AddLog(ErrorText(error), true);
+    for (LogPaneView* pane : {log_, errorLog_}) pane->SetColor(PaneColor::Normal);
+}
+
+}  // namespace torvik

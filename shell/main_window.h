@@ -1,0 +1,93 @@
+// The one window of the program: a thin shell over the engine. It owns the two sessions, the engine and the panes; each
+// command asks for what it needs, chooses tills and calls one operation of the engine.
+#pragma once
+
+#include <QMainWindow>
+#include <QSystemTrayIcon>
+#include <functional>
+#include <memory>
+
+#include "engine/db/session.h"
+#include "engine/torvik_pos.h"
+
+class QAction;
+class QLabel;
+class QProgressBar;
+class QTabWidget;
+
+namespace torvik {
+
+class LogPaneView;
+class SettingsPanel;
+class SettingsStore;
+class StatusView;
+class TillList;
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    // folder: the application folder, with a separator at its end. Connects to the back office through "Torvik.UDL";
+    // raises what stops the start: the data link's and the session's own errors.
+    MainWindow(const QString& folder, SettingsStore& store);
+    ~MainWindow() override;
+
+    [[nodiscard]] TTorvikPos& TorvikPos1() { return *torvikPos_; }
+    // Fills the collection with the tills of a command; false when the operator thinks better of it. The dialog, unless
+    // replaced.
+    std::function<bool(TKasseCollection&)> SelectTills;
+
+    // What the message loop's handler of exceptions calls: the text goes to both panes, in red.
+    void AppException(const std::exception& error);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void createEngine();
+    void createPanes();
+    void createCommands();
+    void createStatusBar();
+    void createTrayIcon();
+    void connectBackOffice();
+    void joinAutomaticRun();
+    void readSettings();
+    void countLines(int tab, const QString& caption, int lines);
+
+    // Runs a command's body: what it raises goes to AppException.
+    void command(const std::function<void()>& body);
+    [[nodiscard]] bool running() const;  // a command or the automatic run is under way
+    [[nodiscard]] bool ApplyKasseCollection();
+    void actiOppgjorManually();
+    void onAutoStart();
+    void onAutoStartDone();
+
+    QString folder_;
+    QString logRootFolder_;
+    QString currentLogFolder_;
+    SettingsStore& store_;
+    bool isDTSCompatible_ = false;
+    bool settingsRead_ = false;
+    bool closing_ = false;
+    int commandsRunning_ = 0;
+
+    db::Session msConnTarget;
+    db::Session msConnSource;
+    std::unique_ptr<TTorvikPos> torvikPos_;
+
+    QTabWidget* panes_ = nullptr;
+    StatusView* statusView_ = nullptr;
+    LogPaneView* log_ = nullptr;
+    LogPaneView* errorLog_ = nullptr;
+    TillList* tillList_ = nullptr;
+    SettingsPanel* settings_ = nullptr;
+    QAction* fetchAction_ = nullptr;
+    QAction* cancelAction_ = nullptr;
+    QAction* trayAction_ = nullptr;
+    QLabel* progressText_ = nullptr;
+    QProgressBar* progressBar_ = nullptr;
+    QSystemTrayIcon* trayIcon_ = nullptr;
+};
+
+}  // namespace torvik

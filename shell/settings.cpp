@@ -1,0 +1,84 @@
+#include "shell/settings.h"
+
+#include <QTime>
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <stdexcept>
+
+namespace torvik {
+
+namespace {
+
+constexpr std::array<SettingRow, 12> kRows{{
+    {"ReplaceProductNoOnNoExist", SettingType::Boolean, "false"},
+    {"ReplacementProductNo", SettingType::Text, ""},
+    {"Timeout", SettingType::Integer, "5"},
+    {"AutoStartTime", SettingType::Time, "04:00"},
+    {"ProductsToSync", SettingType::Integer, "2"},
+    {"SystemTray", SettingType::Boolean, "false"},
+    {"KunHent", SettingType::Boolean, "false"},
+    {"HentSisteForst", SettingType::Boolean, "false"},
+    {"IncludeDTS", SettingType::Boolean, "true"},
+    {"PlukkPrioritet", SettingType::Boolean, "false"},
+    {"ChangeNumberOfDays", SettingType::Integer, "0"},
+    {"cbAutoStart", SettingType::Boolean, "false"},
+}};
+
+std::optional<QVariant> parsed(SettingType type, const QVariant& stored) {
+    const QString text = stored.toString().trimmed();
+    switch (type) {
+        case SettingType::Boolean:
+            if (text == QLatin1String("true") || text == QLatin1String("1")) return true;
+            if (text == QLatin1String("false") || text == QLatin1String("0")) return false;
+            return std::nullopt;
+        case SettingType::Integer: {
+            bool ok = false;
+            const int value = text.toInt(&ok);
+            if (!ok) return std::nullopt;
+            return value;
+        }
+        case SettingType::Text: return stored.toString();
+        case SettingType::Time: {
+            const QTime time = QTime::fromString(text.left(5), QStringLiteral("HH:mm"));
+            if (!time.isValid()) return std::nullopt;
+            return time;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::span<const SettingRow> windowSettings() {
+    return kRows;
+}
+
+SettingsStore::SettingsStore()
+    : settings_(std::make_unique<QSettings>(QStringLiteral("Vestmar"), QStringLiteral("TorvikPosSync"))) {}
+
+SettingsStore::SettingsStore(const QString& file)
+    : settings_(std::make_unique<QSettings>(file, QSettings::IniFormat)) {}
+
+QVariant SettingsStore::read(const char* name) const {
+    const auto row =
+        std::find_if(kRows.begin(), kRows.end(), [name](const SettingRow& r) { return qstrcmp(r.name, name) == 0; });
+    if (row == kRows.end()) throw std::invalid_argument(std::string("no setting is named ") + name);
+    const QVariant stored = settings_->value(QString::fromUtf8(name));
+    if (stored.isValid())
+        if (const auto value = parsed(row->type, stored)) return *value;
+    return *parsed(row->type, QString::fromUtf8(row->defaultText));
+}
+
+void SettingsStore::write(const char* name, const QVariant& value) {
+    settings_->setValue(QString::fromUtf8(name), value.typeId() == QMetaType::QTime
+                                                     ? QVariant(value.toTime().toString(QStringLiteral("HH:mm:ss")))
+                                                     : value);
+}
+
+bool SettingsStore::save() {
+    settings_->sync();
+    return settings_->status() == QSettings::NoError;
+}
+
+}  // namespace torvik
