@@ -17,6 +17,7 @@
 namespace sandbox {
 
 class Engine;  // the databases and everything sessions share (sandbox/tsql/engine.h)
+struct SessionState;
 
 struct LoginInfo {
     std::string user;
@@ -61,7 +62,8 @@ public:
 
     // Runs a text with declared parameters, as sp_executesql and prepared statements do. declarations: "@a int, @b
     // varchar(10) OUTPUT".
-    void execute(std::string_view text, std::string_view declarations, std::span<const Argument> arguments, Reply& reply);
+    void execute(std::string_view text, std::string_view declarations, std::span<const Argument> arguments,
+                 Reply& reply);
 
     // The result columns that the first row-returning statement of a text would have, without running it; empty when
     // none. Errors are thrown as SqlError.
@@ -81,7 +83,7 @@ public:
     void rollbackTransaction(const std::string& name, bool beginAnother, Reply& reply);
     void saveTransaction(const std::string& name, Reply& reply);
 
-    void cancel();           // attention: the running statement ends as soon as it can, and the batch with it
+    void cancel();  // attention: the running statement ends as soon as it can, and the batch with it
     [[nodiscard]] bool cancelled() const;  // whether the last batch ended so
     void reset(bool keepTransaction);      // the RESETCONNECTION bit of a request
 
@@ -89,8 +91,7 @@ public:
     [[nodiscard]] const std::string& database() const;
 
 private:
-    struct State;
-    std::unique_ptr<State> state_;
+    std::unique_ptr<SessionState> state_;
 };
 
 }  // namespace sandbox

@@ -1,0 +1,142 @@
+// Which system procedures there are; those over the catalogue have their texts in system_procedures_texts.h.
+#include "sandbox/tsql/system_procedures.h"
+
+#include <array>
+
+#include "sandbox/store/collation.h"
+#include "sandbox/store/convert.h"
+#include "sandbox/tsql/procedures.h"
+#include "sandbox/tsql/system_procedures_texts.h"
+
+namespace sandbox {
+
+namespace {
+
+using Status = std::optional<std::int32_t>;
+
+[[noreturn]] void raise(int number, int state, std::string text, std::string_view procedure) {
+    throw SqlError(Message{.number = number,
+                           .severity = 16,
+                           .state = state,
+                           .text = std::move(text),
+                           .procedure = std::string(procedure),
+                           .line = kNoLine});
+}
+
+// A text of this folder, run as the procedure's body.
+Status runText(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+               const std::string& database) {
+    return interpreter.runNested(self.text, self.declarations, arguments, 1, database);
+}
+
+Status refuse(Interpreter&, const SystemProcedure& self, std::vector<CallArgument>&, const std::string&) {
+    raise(40510, 1, "Statement '" + std::string(self.name) + "' is not supported in this version of SQL Server.",
+          self.name);
+}
+
+std::string unicodeText(const CallArgument& argument, std::string_view parameter, const SystemProcedure& self) {
+    const bool fits = isUnicode(argument.value.type.id) || argument.value.type.id == TypeId::Null;
+    if (!fits) {
+        raise(214, 2, "Procedure expects parameter '" + std::string(parameter) + "' of type 'ntext/nchar/nvarchar'.",
+              self.name);
+    }
+    const auto* text = std::get_if<std::string>(&argument.value.value);
+    return text ? *text : std::string();
+}
+
+Status executeSql(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+                  const std::string& database) {
+    if (arguments.empty()) {
+        raise(201, 10, "Procedure or function 'sp_executesql' expects parameter '@statement', which was not supplied.",
+              self.name);
+    }
+    const std::string text = unicodeText(arguments[0], "@statement", self);
+    const std::string declarations = arguments.size() > 1 ? unicodeText(arguments[1], "@params", self) : "";
+    std::vector<CallArgument> rest;
+    for (std::size_t i = 2; i < arguments.size(); ++i) rest.push_back(arguments[i]);
+    const Status status = interpreter.runNested(text, declarations, rest, 2, database);
+    for (std::size_t i = 0; i < rest.size(); ++i) arguments[i + 2] = std::move(rest[i]);
+    return status;
+}
+
+Status rename(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+              const std::string&) {
+    const auto textAt = [&](std::size_t place, std::string_view name) -> std::string {
+        for (std::size_t i = 0; i < arguments.size(); ++i) {
+            const bool here = arguments[i].name.empty() ? i == place : sameName(arguments[i].name, name);
+            if (here && !isNull(arguments[i].value.value)) {
+                return displayText(arguments[i].value.value, arguments[i].value.type);
+            }
+        }
+        return {};
+    };
+    const std::string object = textAt(0, "@objname");
+    const std::string newName = textAt(1, "@newname");
+    if (object.empty() || newName.empty()) {
+        raise(201, 4,
+              std::string("Procedure or function 'sp_rename' expects parameter '") +
+                  (object.empty() ? "@objname" : "@newname") + "', which was not supplied.",
+              self.name);
+    }
+    interpreter.renameObject(object, newName, textAt(2, "@objtype"));
+    return 0;
+}
+
+Status resetConnection(Interpreter& interpreter, const SystemProcedure&, std::vector<CallArgument>&,
+                       const std::string&) {
+    interpreter.session().reset(false);
+    return 0;
+}
+
+constexpr auto kProcedures = std::to_array<SystemProcedure>({
+    {"sp_executesql", &executeSql, {}, {}},
+    {"sp_rename", &rename, {}, {}},
+    {"sp_reset_connection", &resetConnection, {}, {}},
+    {"sp_who", &runText, texts::kWhoParameters, texts::kWho},
+    {"sp_databases", &runText, {}, texts::kDatabases},
+    {"sp_tables", &runText, texts::kTablesParameters, texts::kTables},
+    {"sp_columns", &runText, texts::kColumnsParameters, texts::kColumns},
+    {"sp_columns_90", &runText, texts::kColumnsParameters, texts::kColumns},
+    {"sp_columns_100", &runText, texts::kColumnsParameters, texts::kColumns},
+    {"sp_pkeys", &runText, texts::kKeysParameters, texts::kKeys},
+    {"sp_datatype_info", &runText, texts::kTypesParameters, texts::kTypes},
+    {"sp_datatype_info_90", &runText, texts::kTypesParameters, texts::kTypes},
+    {"sp_datatype_info_100", &runText, texts::kTypesParameters, texts::kTypes},
+    {"sp_statistics", &refuse, {}, {}},
+    {"sp_statistics_100", &refuse, {}, {}},
+    {"sp_special_columns", &refuse, {}, {}},
+    {"sp_special_columns_100", &refuse, {}, {}},
+    {"sp_fkeys", &refuse, {}, {}},
+    {"sp_stored_procedures", &refuse, {}, {}},
+    {"sp_sproc_columns", &refuse, {}, {}},
+    {"sp_describe_first_result_set", &refuse, {}, {}},
+    {"sp_describe_undeclared_parameters", &refuse, {}, {}},
+    {"sp_help", &refuse, {}, {}},
+    {"sp_helpdb", &refuse, {}, {}},
+    {"sp_helptext", &refuse, {}, {}},
+    {"sp_helpindex", &refuse, {}, {}},
+    {"sp_spaceused", &refuse, {}, {}},
+    {"sp_who2", &refuse, {}, {}},
+    {"sp_lock", &refuse, {}, {}},
+    {"sp_configure", &refuse, {}, {}},
+    {"sp_dboption", &refuse, {}, {}},
+    {"sp_getapplock", &refuse, {}, {}},
+    {"sp_releaseapplock", &refuse, {}, {}},
+    {"sp_addmessage", &refuse, {}, {}},
+    {"sp_attach_db", &refuse, {}, {}},
+    {"sp_detach_db", &refuse, {}, {}},
+    {"xp_cmdshell", &refuse, {}, {}},
+    {"xp_msver", &refuse, {}, {}},
+});
+
+}  // namespace
+
+const SystemProcedure* findSystemProcedure(const ast::ObjectName& name) {
+    if (!name.schema.empty() && !sameName(name.schema, "sys") && !sameName(name.schema, "dbo")) return nullptr;
+    for (const SystemProcedure& procedure : kProcedures) {
+        if (sameName(procedure.name, name.name)) return &procedure;
+    }
+    return nullptr;
+}
+
+}  // namespace sandbox
