@@ -73,7 +73,7 @@ void Statement::reset() {
 // ---- opening and closing
 
 Connection::Connection(Databases& databases, int spid) : databases_(databases), spid_(spid) {
-    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_MEMORY;
+    const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX;
     if (sqlite3_open_v2(":memory:", &sqlite_, flags, nullptr) != SQLITE_OK) {
         sqlite3_close(sqlite_);
         throw SqliteError(SQLITE_CANTOPEN, "no memory for a session");

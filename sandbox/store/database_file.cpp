@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include "sandbox/store/catalog_record.h"
+#include "sandbox/store/collation.h"
 #include "sandbox/store/connection.h"
 
 namespace sandbox {
@@ -70,6 +71,7 @@ sqlite3* openFile(const std::filesystem::path& file) {
     }
     sqlite3_extended_result_codes(sqlite, 1);
     sqlite3_busy_timeout(sqlite, 10'000);
+    registerCollations(sqlite);  // tables may not be made without
     return sqlite;
 }
 
