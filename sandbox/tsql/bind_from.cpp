@@ -334,7 +334,8 @@ TableText Binder::apply(const ast::Join& node, Scope& scope, int line) {
             }
             return out;
         }
-        out.sql += " JOIN (" + query->from + ")";
+        // SQLite forgets the alias of a single table in parentheses.
+        out.sql += query->fromTables == 1 ? " JOIN " + query->from : " JOIN (" + query->from + ")";
         out.condition += (out.condition.empty() ? "" : " AND ") + on;
         return out;
     }

@@ -356,8 +356,8 @@ Bound Binder::scalarSubquery(const ast::Query& query, Scope& scope, int line) {
         out.sql = "(" + render(*node) + ")";
     } else {
         if (node->limit.count.empty()) node->limit.count = "2";
-        out.sql = "(SELECT t_scalar(" + newAlias('s') + ".c1) FROM (" + render(*node) + ") AS s" +
-                  std::to_string(lastAlias_) + ")";
+        const std::string alias = newAlias('s');
+        out.sql = "(SELECT t_scalar(" + alias + ".c1) FROM (" + render(*node) + ") AS " + alias + ")";
     }
     return out;
 }
