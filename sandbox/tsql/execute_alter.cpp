@@ -284,11 +284,13 @@ std::vector<Message> dependents(const ExecuteContext& context, const FoundObject
 
 void executeAlterTable(const ExecuteContext& context, const ast::AlterTable& statement) {
     const ast::ObjectName& name = statement.table;
-    const auto table = context.connection.find(name.database, name.schema, name.name);
-    if (!table || table->object->system || table->object->kind != ObjectKind::Table) {
+    const auto found = context.connection.find(name.database, name.schema, name.name);
+    if (!found || found->object->system || found->object->kind != ObjectKind::Table) {
         throw cannotFind(4902, 1, name.written());
     }
-    Write write(context.connection, *table->database);
+    Write write(context.connection, *found->database);
+    const auto table = findAgain(context, *found);
+    if (!table) throw cannotFind(4902, 1, name.written());
     std::visit(ast::Overloaded{
                    [&](const ast::AddToTable& add) { addToTable(context, *table, add); },
                    [&](const ast::AlterColumn& alter) { alterColumn(context, *table, alter.column); },

@@ -11,7 +11,9 @@ struct BulkInsert::State {
           write(context.connection, *table.database),
           inserter(context, table, insert,
                    {.checkConstraints = options.checkConstraints, .defaultsForNulls = !options.keepNulls}),
-          source(context.connection.prepare(insert.source.sql)) {}
+          source(context.connection.prepare(insert.source.sql)) {
+        requireUnchanged(context, table);
+    }
 
     const ExecuteContext& context;
     BoundInsert insert;

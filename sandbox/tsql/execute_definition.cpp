@@ -114,6 +114,7 @@ void dropObject(const ExecuteContext& context, const ast::ObjectName& name, std:
             "Could not drop object '" + name.written() + "' because it is referenced by a FOREIGN KEY constraint.");
     }
     Write write(context.connection, *found->database);
+    requireUnchanged(context, *found);
     if (object.kind == ObjectKind::Table) context.connection.run("DROP TABLE " + tableSql(*found));
     context.connection.erase(*found->database, object);
     write.done();

@@ -63,12 +63,14 @@ void removeIndex(const ExecuteContext& context, const FoundObject& table, const 
 
 void executeCreateIndex(const ExecuteContext& context, const ast::CreateIndex& statement) {
     const ast::ObjectName& name = statement.table;
-    const auto table = context.connection.find(name.database, name.schema, name.name);
-    if (!table || table->object->system) throw cannotFind(1088, 12, name.written());
-    if (table->object->kind != ObjectKind::Table) throw unsupported("index on a view");
+    const auto found = context.connection.find(name.database, name.schema, name.name);
+    if (!found || found->object->system) throw cannotFind(1088, 12, name.written());
+    if (found->object->kind != ObjectKind::Table) throw unsupported("index on a view");
     if (statement.where) throw unsupported("filtered index");
     if (statement.ignoreDuplicates) throw unsupported("index with IGNORE_DUP_KEY");
-    Write write(context.connection, *table->database);
+    Write write(context.connection, *found->database);
+    const auto table = findAgain(context, *found);
+    if (!table) throw cannotFind(1088, 12, name.written());
     TableBuilder builder(context, table->database, *table->object, false);
     ObjectDef& def = builder.table();
     if (statement.dropExisting) {
@@ -93,8 +95,11 @@ void executeCreateIndex(const ExecuteContext& context, const ast::CreateIndex& s
 
 void executeDropIndex(const ExecuteContext& context, const ast::DropIndex& statement) {
     for (const ast::DropIndex::Item& item : statement.items) {
-        const auto table = context.connection.find(item.table.database, item.table.schema, item.table.name);
+        const auto found = context.connection.find(item.table.database, item.table.schema, item.table.name);
         const std::string shown = item.table.written() + "." + item.name;
+        std::optional<Write> write;
+        if (found && !found->object->system) write.emplace(context.connection, *found->database);
+        const auto table = write ? findAgain(context, *found) : std::nullopt;
         ObjectDef def = table ? *table->object : ObjectDef{};
         const auto index = std::find_if(def.indexes.begin(), def.indexes.end(),
                                         [&](const IndexDef& i) { return sameName(i.name, item.name); });
@@ -108,11 +113,10 @@ void executeDropIndex(const ExecuteContext& context, const ast::DropIndex& state
                                       "'. It is being used for " + (index->primaryKey ? "PRIMARY KEY" : "UNIQUE KEY") +
                                       " constraint enforcement.");
         }
-        Write write(context.connection, *table->database);
         removeIndex(context, *table, *index);
         def.indexes.erase(index);
         context.connection.put(*table->database, def);
-        write.done();
+        write->done();
     }
 }
 

@@ -192,6 +192,7 @@ bool readsTarget(const BoundInsert& insert, const FoundObject& table) {
 std::int64_t executeInsert(const ExecuteContext& context, const BoundInsert& insert) {
     const FoundObject table = writeTarget(context, insert.target);
     Write write(context.connection, *table.database);
+    requireUnchanged(context, table);
     RowInserter inserter(context, table, insert, {});
     Statement source = context.connection.prepare(insert.source.sql);
     context.bindParameters(source, insert.source, {});
@@ -212,6 +213,7 @@ std::int64_t executeInsertRows(const ExecuteContext& context, const BoundInsert&
                                std::span<const std::vector<Typed>> rows) {
     const FoundObject table = writeTarget(context, insert.target);
     Write write(context.connection, *table.database);
+    requireUnchanged(context, table);
     RowInserter inserter(context, table, insert, {});
     {
         Statement source = context.connection.prepare(insert.source.sql);

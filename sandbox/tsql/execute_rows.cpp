@@ -61,7 +61,24 @@ FoundObject writeTarget(const ExecuteContext& context, const ResolvedObject& tar
                                .text = "Update or insert of view or function '" + object.name +
                                        "' failed because it contains a derived or constant field."});
     }
+    if (found->object != target.object) requireUnchanged(context, {target.object, found->database});
     return *std::move(found);
+}
+
+std::optional<FoundObject> findAgain(const ExecuteContext& context, const FoundObject& table) {
+    auto object = context.connection.catalog(*table.database)->find(table.object->schema, table.object->name);
+    if (!object) return std::nullopt;
+    return FoundObject{std::move(object), table.database};
+}
+
+void requireUnchanged(const ExecuteContext& context, const FoundObject& table) {
+    const auto now = findAgain(context, table);
+    if (now && now->object == table.object) return;
+    throw SqlError(Message{.number = 3961,
+                           .text = "Snapshot isolation transaction failed in database '" + table.database->name() +
+                                   "' because the object accessed by the statement has been modified by a DDL "
+                                   "statement in another concurrent transaction since the start of this transaction."},
+                   Effect::Batch);
 }
 
 ResolvedObject resolved(const FoundObject& found) {

@@ -85,6 +85,12 @@ private:
 // view, 4406 for a view.
 [[nodiscard]] FoundObject writeTarget(const ExecuteContext& context, const ResolvedObject& target);
 
+// Once its database is locked: the table as it is now. Raises 3961 where another session has changed it since the
+// statement was bound (it waited for the lock).
+void requireUnchanged(const ExecuteContext& context, const FoundObject& table);
+// The same for statements that look at the table's definition themselves: finds it anew, if it is still there.
+[[nodiscard]] std::optional<FoundObject> findAgain(const ExecuteContext& context, const FoundObject& table);
+
 [[nodiscard]] ResolvedObject resolved(const FoundObject& found);
 [[nodiscard]] std::string tableSql(const FoundObject& table);  // "db5"."t1", quoted
 // 'db.dbo.t' and 'dbo.t' as messages show them.

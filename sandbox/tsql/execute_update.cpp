@@ -9,6 +9,7 @@ namespace sandbox {
 std::int64_t executeUpdate(const ExecuteContext& context, const BoundUpdate& update) {
     const FoundObject table = writeTarget(context, update.target);
     Write write(context.connection, *table.database);
+    requireUnchanged(context, table);
     RowBuffer rows(update.columns.size() + 1);
     {
         Statement find = context.connection.prepare(update.source.sql);
@@ -27,6 +28,7 @@ std::int64_t executeUpdate(const ExecuteContext& context, const BoundUpdate& upd
 std::int64_t executeDelete(const ExecuteContext& context, const BoundDelete& deletion) {
     const FoundObject table = writeTarget(context, deletion.target);
     Write write(context.connection, *table.database);
+    requireUnchanged(context, table);
     RowIds rows;
     {
         Statement find = context.connection.prepare(deletion.source.sql);
