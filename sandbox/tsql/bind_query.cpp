@@ -57,9 +57,23 @@ bool limits(const ast::Query& query) {
 
 }  // namespace
 
+// SQLite weighs a correlated subquery as if it ran once, and so never makes an automatic index for it: each outer row
+// would scan the whole table. A first table of one row, which SQLite takes for a long one, makes the index worth its
+// while; it is made once for all outer rows.
 QueryNodePtr Binder::subquery(const ast::Query& query, Scope& scope) {
-    // Inside, columns of the outer query are judged by the outer query's own state.
-    return this->query(query, &scope);
+    std::vector<std::pair<Scope*, bool>> before;
+    for (Scope* at = &scope; at != nullptr; at = at->parent) {
+        before.emplace_back(at, at->used);
+        at->used = false;
+    }
+    QueryNodePtr node = this->query(query, &scope);
+    bool correlated = false;
+    for (auto& [at, used] : before) {
+        correlated = correlated || at->used;
+        at->used = at->used || used;
+    }
+    if (correlated && !node->driver.empty()) node->from = node->driver + node->from;
+    return node;
 }
 
 QueryNodePtr Binder::query(const ast::Query& query, Scope* parent, SelectExtras* extras) {
@@ -95,6 +109,13 @@ QueryNodePtr Binder::select(const ast::Select& select, Scope* parent, const std:
     TableText from = tables(select.from, scope);
     node->from = from.sql;
     node->fromTables = from.sources.size();
+    const bool tableFirst = !from.sources.empty() && from.sources.front()->object &&
+                            from.sources.front()->object->object->kind == ObjectKind::Table;
+    if (tableFirst && !from.needsParentheses) {
+        const ResolvedObject& first = *from.sources.front()->object;
+        node->driver = "(SELECT 1 FROM " + quoted(first.attachedAs) + "." + quoted(first.object->storageName) +
+                       " LIMIT ifnull(1, 1)) AS " + newAlias('d') + " CROSS JOIN ";
+    }
     node->where = from.condition;
     if (select.where) {
         scope.clause = Clause::Where;

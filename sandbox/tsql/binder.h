@@ -56,6 +56,7 @@ struct QueryNode {
     bool alwaysOneRow = false;
     bool inlineable = false;     // nothing but items, from and where
     std::size_t fromTables = 0;  // in from
+    std::string driver;          // see Binder::subquery; empty: none
 
     // a set operation
     std::unique_ptr<QueryNode> left, right;

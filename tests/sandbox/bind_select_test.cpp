@@ -170,5 +170,14 @@ TEST_F(BindSelect, JoinsOnAlikeColumnsUseIndexes) {
     EXPECT_THAT(bench.plan("SELECT 1 FROM t JOIN s ON t.a = s.a"), HasSubstr("AUTOMATIC"));
 }
 
+TEST_F(BindSelect, CorrelatedSubqueriesDoNotScanForEachRow) {
+    for (const char* sql :
+         {"SELECT a FROM t WHERE NOT EXISTS (SELECT * FROM s WHERE s.a = t.a)",
+          "SELECT (SELECT MAX(c) FROM s WHERE s.a = t.a) FROM t", "SELECT (SELECT c FROM s WHERE s.a = t.a) FROM t",
+          "SELECT a FROM t WHERE a IN (SELECT a FROM s WHERE s.a = t.a)"}) {
+        EXPECT_THAT(bench.plan(sql), HasSubstr("AUTOMATIC")) << sql;
+    }
+}
+
 }  // namespace
 }  // namespace sandbox::test
