@@ -46,9 +46,6 @@ std::string_view operatorName(CompareOp op) {
 bool isBit(BinaryOp op) {
     return op >= BinaryOp::BitAnd;
 }
-bool isMoney(TypeId id) {
-    return id == TypeId::Money || id == TypeId::SmallMoney;
-}
 bool isApproximate(TypeId id) {
     return id == TypeId::Real || id == TypeId::Float;
 }

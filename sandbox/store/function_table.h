@@ -25,17 +25,18 @@ enum class CallForm : std::uint8_t {
 //   t  text: character types as they are, others become varchar     x  text or binary, as it is
 //   i  int      b  bigint      f  float      a  any, as it is        e  numbers as they are, text becomes float
 //   d  date or time as it is, text and numbers become datetime       p  a date part's name (datePart(), as an integer)
-//   n  nvarchar
+//   n  nvarchar                                                     s  the result's type
+// `extra` has a letter for each literal behind them: c collation, b a binary collation, r result type, 1 2 3 the type
+// of that argument, A the types of all arguments in turn.
 struct FunctionRow {
     std::string_view name;  // as T-SQL writes it, upper case
     int minArguments;
     int maxArguments;  // -1: any number
     std::string_view arguments;
     Type (*result)(std::span<const Type> arguments);
-    std::string_view sqlite;  // the SQLite function
-    std::string_view extra =
-        {};  // literals that follow the arguments: c collation, r result type, 1 2 3 type of that argument
-    bool deterministic = true;  // false: another value for each row or each call
+    std::string_view sqlite;      // the SQLite function
+    std::string_view extra = {};  // literals that follow the arguments, see below
+    bool deterministic = true;    // false: another value for each row or each call
     CallForm form = CallForm::Call;
 };
 
