@@ -44,17 +44,11 @@ void Connection::run() {
                                server_.options.tls);
             session_ = login.run();
             if (session_) {
-                const tds::Login& who = login.login();
+                letIn(login.login());
+                login.welcome(*session_);
                 largestPacket_ = std::max(tds::kDefaultPacket, reply_.packets().size());
-                channel_.setProgram(who.program);
-                channel_.socket().setReceiveTimeout(std::chrono::milliseconds(0));
-                const std::lock_guard lock(infoMutex_);
-                info_ = {id_, session_->spid(), who.user, who.host, who.program, session_->database(), 0, 0};
+                serve();
             }
-        }
-        if (session_) {
-            server_.faults.loggedIn();
-            serve();
         }
     } catch (const std::exception&) {
         // A client that sends nonsense, or fails its TLS handshake, loses its connection and nothing else.
@@ -63,6 +57,15 @@ void Connection::run() {
     calls_.reset();
     bulk_.reset();
     session_.reset();
+}
+
+// Before the client learns of it, so that whoever waits for the login finds it counted.
+void Connection::letIn(const tds::Login& login) {
+    channel_.setProgram(login.program);
+    channel_.socket().setReceiveTimeout(std::chrono::milliseconds(0));
+    server_.faults.loggedIn();
+    const std::lock_guard lock(infoMutex_);
+    info_ = {id_, session_->spid(), login.user, login.host, login.program, session_->database(), 0, 0};
 }
 
 std::optional<ConnectionInfo> Connection::info() const {
@@ -114,7 +117,7 @@ void Connection::read() {
 bool Connection::handle(tds::Packet packet) {
     const tds::PacketType type = packet.type;
     if (type == tds::PacketType::Attention) {
-        reply_.finish(true);  // what it was to cancel has already been answered
+        reply_.acknowledgeAttention();  // what it was to cancel has already been answered
         return true;
     }
     reset(packet.status);
@@ -162,7 +165,7 @@ std::optional<std::vector<std::uint8_t>> Connection::collect(tds::Packet packet)
         if (!next) return std::nullopt;
         packet = std::move(*next);
         if (packet.type == tds::PacketType::Attention) {
-            reply_.finish(true);
+            reply_.acknowledgeAttention();
             return std::nullopt;
         }
         if (packet.type != type) throw tds::StreamError("a message within another");
@@ -170,7 +173,7 @@ std::optional<std::vector<std::uint8_t>> Connection::collect(tds::Packet packet)
         if (message.size() > server_.options.maxMessageBytes) throw tds::StreamError("a message that is too long");
     }
     if ((packet.status & tds::kIgnoreMessage) != 0) {
-        reply_.finish(false);
+        reply_.finish();
         return std::nullopt;
     }
     return message;
@@ -182,9 +185,10 @@ bool Connection::answer(RequestInfo request, const std::function<void()>& execut
     inbox_->beginRequest();
     if (verdict.delay.count() > 0) inbox_->pause(verdict.delay, false);
     bool goesOn = true;
+    const bool skipped = inbox_->interrupted() && request.kind != RequestKind::Bulk;
     if (verdict.action) {
         goesOn = showFault(verdict, execute);
-    } else if (!inbox_->interrupted() || request.kind == RequestKind::Bulk) {
+    } else if (!skipped) {
         try {
             execute();
         } catch (const SqlError&) {
@@ -193,10 +197,13 @@ bool Connection::answer(RequestInfo request, const std::function<void()>& execut
     }
     const bool attention = inbox_->endRequest() || attentionTaken_;
     if (channel_.isCut() || inbox_->closed()) return false;
-    reply_.finish(attention);
+    {
+        const std::lock_guard lock(infoMutex_);
+        info_->database = session_->database();
+    }
+    reply_.finish(attention && (skipped || session_->cancelled()));
+    if (attention) reply_.acknowledgeAttention();
     if (!goesOn) channel_.closeGently();
-    const std::lock_guard lock(infoMutex_);
-    info_->database = session_->database();
     return goesOn;
 }
 
@@ -304,7 +311,7 @@ void Connection::failInside(const std::exception& e) {
     m.line = 1;
     reply_.error(m);
     (void)inbox_->endRequest();
-    reply_.finish(false);
+    reply_.finish();
     channel_.closeGently();
 }
 

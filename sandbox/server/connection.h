@@ -15,6 +15,7 @@
 #include "sandbox/server/reply_writer.h"
 #include "sandbox/server/rpc.h"
 #include "sandbox/server/server.h"
+#include "sandbox/tds/login.h"
 
 namespace sandbox {
 
@@ -39,6 +40,7 @@ public:
     [[nodiscard]] std::uint64_t id() const { return id_; }
 
 private:
+    void letIn(const tds::Login& login);
     void serve();
     void read();
     bool handle(tds::Packet packet);

@@ -146,7 +146,7 @@ void Cursors::fetch(const CallArguments& arguments, ReplyWriter& reply) {
     const auto rows = static_cast<std::int64_t>(cursor.rows.size());
     std::int64_t first = cursor.first;
     switch (kind) {
-        case kFirst: first = 1; break;
+        case kFirst: first = wanted > 0 ? 1 : 0; break;  // of no rows: before the first
         case kNext: first = cursor.first + cursor.count; break;
         case kPrevious:
         case kPreviousNoAdjust: first = cursor.first - wanted; break;

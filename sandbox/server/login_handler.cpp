@@ -142,9 +142,7 @@ std::unique_ptr<Session> LoginHandler::letIn() {
     info.program = login_.program;
     info.language = login_.language;
     try {
-        auto session = std::make_unique<Session>(engine_, info);
-        welcome(*session);
-        return session;
+        return std::make_unique<Session>(engine_, info);
     } catch (const SqlError& e) {
         std::vector<Message> messages = e.messages;
         for (Message& m : messages) m.line = std::max(m.line, 1);
@@ -156,7 +154,7 @@ std::unique_ptr<Session> LoginHandler::letIn() {
 
 void LoginHandler::refuse(const std::vector<Message>& messages) {
     for (const Message& m : messages) reply_.error(m);
-    reply_.finish(false);
+    reply_.finish();
     channel_.closeGently();
 }
 
@@ -174,7 +172,7 @@ void LoginHandler::welcome(const Session& session) {
     tokens.info(changed(5703, 1, "Changed language setting to " + language + "."));
     tokens.loginAck();
     tokens.packetSizeChange(size, tds::kDefaultPacket);
-    reply_.finish(false);
+    reply_.finish();
     reply_.packets().setSize(size);
 }
 

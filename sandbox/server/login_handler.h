@@ -21,9 +21,11 @@ public:
                  const TlsContext* tls, TlsMode mode)
         : channel_(channel), reply_(reply), engine_(engine), faults_(faults), logins_(logins), tls_(tls), mode_(mode) {}
 
-    // The session of a client that is let in; the channel is then as the client and the server settled it. None: the
-    // client is gone or has been refused. Raises StreamError.
+    // The session of a client that is to be let in; the channel is then as the client and the server settled it. None:
+    // the client is gone or has been refused. Raises StreamError.
     [[nodiscard]] std::unique_ptr<Session> run();
+    // Tells the client that it is in.
+    void welcome(const Session& session);
     [[nodiscard]] const tds::Login& login() const { return login_; }
 
 private:
@@ -34,7 +36,6 @@ private:
     bool readLogin();
     std::unique_ptr<Session> letIn();
     void refuse(const std::vector<Message>& messages);
-    void welcome(const Session& session);
 
     Channel& channel_;
     ReplyWriter& reply_;

@@ -98,19 +98,20 @@ void ReplyWriter::procedureDone() {
     put(done);
 }
 
-void ReplyWriter::finish(bool attention) {
-    if (attention) {
-        flushDone(true);
-        tds::DoneToken end;
-        end.status = tds::kDoneAttention;
-        held_ = end;
-    } else if (!held_ || failed_) {
-        // Either nothing ended, or an error came after the last end.
-        put({});
-    }
+void ReplyWriter::finish(bool cutShort) {
+    failed_ = failed_ || cutShort;
+    // Either nothing ended, or an error came after the last end.
+    if (!held_ || failed_) put({});
     flushDone(false);
     channel_.send(packets_.packLast(tds::PacketType::Reply, message_.buffer()));
     drop();
+}
+
+void ReplyWriter::acknowledgeAttention() {
+    tds::DoneToken end;
+    end.status = tds::kDoneAttention;
+    held_ = end;
+    finish();
 }
 
 void ReplyWriter::drop() {

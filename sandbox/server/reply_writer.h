@@ -51,8 +51,10 @@ public:
 
     // Tokens that no session knows of: those of a login and of a reset.
     [[nodiscard]] tds::TokenWriter tokens();
-    // Ends the message and sends what is left of it. attention: the request was cancelled, and its end says so.
-    void finish(bool attention);
+    // Ends the message and sends what is left of it. cutShort: it ends before its time, and its last DONE says so.
+    void finish(bool cutShort = false);
+    // The answer to an attention: a message of its own, after the one that it interrupted, if any.
+    void acknowledgeAttention();
     // Drops what is not sent yet.
     void drop();
 

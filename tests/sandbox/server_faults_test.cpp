@@ -36,7 +36,7 @@ protected:
     }
     std::string rowsOfTable() {
         TdsClient client = loggedIn(server);
-        return client.batch("SELECT COUNT(*) AS n FROM shop.dbo.t")[1];
+        return client.batch("SELECT COUNT(*) AS n FROM shop.dbo.t").at(1);
     }
 };
 
@@ -45,8 +45,8 @@ TEST_F(ServerFaults, NextLoginsAreRefusedWithTheErrorGiven) {
     for (int i = 0; i < 2; ++i) {
         TdsClient client(server.port());
         const Lines reply = client.login({});
-        EXPECT_TRUE(reply[0].starts_with("error 17809 10 1 1 Could not connect"));
-        EXPECT_EQ(reply[1], "error 18456 14 1 1 Login failed for user 'sa'.");
+        EXPECT_TRUE(reply.at(0).starts_with("error 17809 10 1 1 Could not connect"));
+        EXPECT_EQ(reply.at(1), "error 18456 14 1 1 Login failed for user 'sa'.");
         EXPECT_TRUE(client.closes());
     }
     (void)loggedIn(server);
@@ -137,7 +137,7 @@ TEST_F(ServerFaults, FailedRequestCanLoseItsTransaction) {
     faults.add(r);
     const Lines reply = client.batch("SELECT 1 AS a");
     EXPECT_EQ(reply.back(), "done error");
-    EXPECT_EQ(client.batch("SELECT @@TRANCOUNT AS n")[1], "row 0");
+    EXPECT_EQ(client.batch("SELECT @@TRANCOUNT AS n").at(1), "row 0");
     EXPECT_EQ(rowsOfTable(), "row 0");
 }
 
@@ -175,6 +175,7 @@ TEST_F(ServerFaults, DelayEndsWithAnAttention) {
     faults.delayRequests(std::chrono::minutes(5));
     client.sendBatch("SELECT 1 AS a");
     client.send(tds::PacketType::Attention, {});
+    EXPECT_EQ(client.reply(), (Lines{"done error"}));
     EXPECT_EQ(client.reply(), (Lines{"done attention"}));
 }
 
@@ -233,8 +234,8 @@ TEST_F(ServerFaults, ObserversSeeEachRequest) {
     EXPECT_EQ(seen, (Lines{"1 counter sa master: SELECT 1 AS a", "2 counter sa master: sp_executesql SELECT 2 AS b"}));
     EXPECT_EQ(faults.requests(), 3U);
     ASSERT_EQ(server.connections().size(), 1U);
-    EXPECT_EQ(server.connections()[0].requests, 3U);
-    EXPECT_EQ(server.connections()[0].statements, faults.statements());
+    EXPECT_EQ(server.connections().at(0).requests, 3U);
+    EXPECT_EQ(server.connections().at(0).statements, faults.statements());
 }
 
 TEST_F(ServerFaults, DroppedConnectionsSessionsHaveEndedWhenDropReturns) {
@@ -244,7 +245,7 @@ TEST_F(ServerFaults, DroppedConnectionsSessionsHaveEndedWhenDropReturns) {
     (void)client.batch("BEGIN TRANSACTION INSERT shop.dbo.t VALUES (1)");
     server.dropConnections("Till Sync");
     EXPECT_TRUE(client.closes());
-    EXPECT_EQ(other.batch("SELECT COUNT(*) AS n FROM shop.dbo.t")[1], "row 0");
+    EXPECT_EQ(other.batch("SELECT COUNT(*) AS n FROM shop.dbo.t").at(1), "row 0");
     server.dropConnections();
     EXPECT_EQ(server.connectionCount(), 0U);
 }

@@ -54,9 +54,10 @@ TEST(ServerLogin, UnknownDatabaseIsRefused) {
     f.database = "Nowhere";
     const Lines reply = client.login(f);
     ASSERT_EQ(reply.size(), 3U);
-    EXPECT_EQ(reply[0], "error 4060 11 1 1 Cannot open database \"Nowhere\" requested by the login. The login failed.");
-    EXPECT_EQ(reply[1], "error 18456 14 1 1 Login failed for user 'sa'.");
-    EXPECT_EQ(reply[2], "done error");
+    EXPECT_EQ(reply.at(0),
+              "error 4060 11 1 1 Cannot open database \"Nowhere\" requested by the login. The login failed.");
+    EXPECT_EQ(reply.at(1), "error 18456 14 1 1 Login failed for user 'sa'.");
+    EXPECT_EQ(reply.at(2), "done error");
     EXPECT_TRUE(client.closes());
 }
 
@@ -93,7 +94,7 @@ TEST(ServerLogin, PacketsAreAsLargeAsSettled) {
             "SELECT REPLICATE('x', 8000) AS a, REPLICATE(N'y', 4000) AS b, "
             "REPLICATE(CAST('z' AS varchar(max)), 100000) AS c");
         ASSERT_EQ(reply.size(), 3U) << reply.front();
-        EXPECT_EQ(reply[1].size(), 112000U + 4 + 3 * 2 + 2);
+        EXPECT_EQ(reply.at(1).size(), 112000U + 4 + 3 * 2 + 2);
         EXPECT_EQ(client.largestPacketSeen(), size);
     }
 }
