@@ -31,6 +31,13 @@ Binder::CteGuard Binder::enterCtes(const std::vector<ast::Cte>& ctes) {
     return CteGuard(std::make_unique<CteScope>(*this, ctes));
 }
 
+bool Binder::isCte(std::string_view name) const {
+    for (const CteFrame* frame = ctes_; frame != nullptr; frame = frame->parent) {
+        if (sandbox::sameName(frame->cte->name, name)) return true;
+    }
+    return false;
+}
+
 namespace {
 
 // Sets a member for as long as this lives.

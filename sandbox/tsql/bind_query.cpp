@@ -522,42 +522,35 @@ QueryNodePtr Binder::values(const std::vector<ast::ExprList>& rows, Scope* paren
     Scope scope;
     scope.parent = parent;
     scope.clause = Clause::Values;
-    QueryNodePtr all;
+    auto node = std::make_unique<QueryNode>();
+    const std::size_t width = rows.front().size();
+    std::vector<std::vector<Bound>> cells(width);  // by column
     for (const ast::ExprList& row : rows) {
-        auto node = std::make_unique<QueryNode>();
-        for (const ast::ExprPtr& cell : row) {
-            node->items.push_back(value(*cell, scope));
-            node->columns.push_back(outputOf(node->items.back(), ""));
-        }
-        node->atMostOneRow = node->alwaysOneRow = true;
-        if (!all) {
-            all = std::move(node);
-            continue;
-        }
-        if (all->columns.size() != node->columns.size()) {
+        if (row.size() != width) {
             fail(10709, 16, 1, line,
                  "The number of columns for each row in a table value constructor must be the same.");
-            all->failed = true;
-            return all;
+            node->failed = true;
+            return node;
         }
-        auto both = std::make_unique<QueryNode>();
-        both->op = ast::SetOperator::UnionAll;
-        both->columns = all->columns;
-        for (std::size_t i = 0; i < both->columns.size(); ++i) {
-            OutputColumn& column = both->columns[i];
-            const OutputColumn& other = node->columns[i];
-            column.nullable = column.nullable || other.nullable;
-            column.failed = column.failed || other.failed;
-            const bool bothNull = column.type.id == TypeId::Null && other.type.id == TypeId::Null;
-            if (!column.failed && !bothNull) {
-                guard(line, [&] { column.type = commonType(column.type, other.type); });
-            }
-        }
-        both->left = std::move(all);
-        both->right = std::move(node);
-        all = std::move(both);
+        for (std::size_t i = 0; i < width; ++i) cells[i].push_back(value(*row[i], scope));
     }
-    return all;
+    const std::string alias = newAlias('v');
+    for (std::size_t i = 0; i < width; ++i) {
+        Bound column = unify(cells[i], line);
+        column.sql = alias + ".column" + std::to_string(i + 1);
+        column.constant = false;
+        node->columns.push_back(outputOf(column, ""));
+        node->items.push_back(std::move(column));
+    }
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+        node->from += r == 0 ? "(VALUES (" : ", (";
+        for (std::size_t i = 0; i < width; ++i) node->from += (i == 0 ? "" : ", ") + cells[i][r].sql;
+        node->from += ")";
+    }
+    node->from += ") AS " + alias;
+    node->fromTables = 1;
+    node->inlineable = true;
+    return node;
 }
 
 Type shownType(Type type) {

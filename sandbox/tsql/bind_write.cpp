@@ -291,6 +291,10 @@ ChangeSource changeSource(Binder& binder, const ast::Target& target, const std::
     out.target = binder::findSource(scope, name, binder.database());  // an alias, or a table without one
     if (out.target == nullptr || (out.target->hasAlias && !name.schema.empty())) {
         out.target = nullptr;
+        if (name.schema.empty() && binder.isCte(name.name)) {
+            refuse(binder, std::string(verb) + " of a common table expression", line);
+            return out;
+        }
         const std::optional<ResolvedObject> found = resolveTarget(binder, target);
         if (!found) return out;
         for (Source* source : scope.sources) {

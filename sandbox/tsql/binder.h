@@ -150,6 +150,7 @@ public:
     private:
         std::unique_ptr<CteScope> scope_;
     };
+    [[nodiscard]] bool isCte(std::string_view name) const;
     [[nodiscard]] CteGuard enterCtes(const std::vector<ast::Cte>& ctes);
 
     [[nodiscard]] const std::string& database() const { return database_; }

@@ -38,6 +38,22 @@ std::string_view operationName(CompareOp op) {
     return "equal to";
 }
 
+// "((a OR b) OR (c OR d))": SQLite limits how deep an expression may be, and would take a flat list for a deep one.
+std::string balanced(std::span<const std::string> operands, std::string_view word) {
+    constexpr std::size_t kFlat = 8;
+    if (operands.size() > kFlat) {
+        const std::size_t half = operands.size() / 2;
+        return "(" + balanced(operands.first(half), word) + std::string(word) + balanced(operands.subspan(half), word) +
+               ")";
+    }
+    std::string out;
+    for (const std::string& operand : operands) {
+        if (!out.empty()) out += word;
+        out += operand;
+    }
+    return "(" + out + ")";
+}
+
 }  // namespace
 
 std::string Binder::condition(const ast::Expr& expr, Scope& scope) {
@@ -53,12 +69,9 @@ std::string Binder::condition(const ast::Expr& expr, Scope& scope) {
             [&](const ast::IsNull& node) { return isNull(node, scope); },
             [&](const ast::Not& node) { return "(NOT " + condition(*node.operand, scope) + ")"; },
             [&](const ast::Logical& node) {
-                std::string out;
-                for (const ast::ExprPtr& operand : node.operands) {
-                    if (!out.empty()) out += node.isAnd ? " AND " : " OR ";
-                    out += condition(*operand, scope);
-                }
-                return "(" + out + ")";
+                std::vector<std::string> operands;
+                for (const ast::ExprPtr& operand : node.operands) operands.push_back(condition(*operand, scope));
+                return balanced(operands, node.isAnd ? " AND " : " OR ");
             },
             [&](const auto&) {
                 fail(4145, 15, 1, line,
