@@ -1,9 +1,9 @@
 // Cells as T-SQL literals and as text, and rows as INSERT statements.
 #include "sandbox/chain/table_data.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
-#include <cstdio>
 
 namespace sandbox::chain {
 
@@ -18,18 +18,24 @@ Overloaded(F...) -> Overloaded<F...>;
 
 constexpr std::size_t kRowsABatch = 500;
 
-std::string momentText(const Moment& moment, const char* format) {
+std::string digits(unsigned value, std::size_t width) {
+    const std::string text = std::to_string(value);
+    return std::string(width - std::min(width, text.size()), '0') + text;
+}
+
+// The date with `dash` between its parts, then " hh:mm:ss.fff".
+std::string momentText(const Moment& moment, const std::string& dash) {
     using namespace std::chrono;
     const sys_time<milliseconds> time{milliseconds(moment.milliseconds)};
     const auto day = floor<days>(time);
     const year_month_day date{day};
     const hh_mm_ss clock{time - day};
-    char text[40];
-    std::snprintf(text, sizeof text, format, static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                  static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
-                  static_cast<int>(clock.minutes().count()), static_cast<int>(clock.seconds().count()),
-                  static_cast<int>(clock.subseconds().count()));
-    return text;
+    return digits(static_cast<unsigned>(static_cast<int>(date.year())), 4) + dash +
+           digits(static_cast<unsigned>(date.month()), 2) + dash + digits(static_cast<unsigned>(date.day()), 2) + " " +
+           digits(static_cast<unsigned>(clock.hours().count()), 2) + ":" +
+           digits(static_cast<unsigned>(clock.minutes().count()), 2) + ":" +
+           digits(static_cast<unsigned>(clock.seconds().count()), 2) + "." +
+           digits(static_cast<unsigned>(clock.subseconds().count()), 3);
 }
 
 std::string shortest(double value) {
@@ -66,7 +72,7 @@ std::string sqlLiteral(const Cell& cell) {
                        return text;
                    },
                    [](const std::string& v) { return quoted(v); },
-                   [](const Moment& v) { return quoted(momentText(v, "%04d%02u%02u %02d:%02d:%02d.%03d")); },
+                   [](const Moment& v) { return quoted(momentText(v, "")); },
                    [](const Blob& v) { return hex(v.bytes); }},
         cell);
 }
@@ -75,8 +81,7 @@ std::string cellText(const Cell& cell) {
     return std::visit(
         Overloaded{[](std::monostate) { return std::string("NULL"); }, [](std::int64_t v) { return std::to_string(v); },
                    [](double v) { return shortest(v); }, [](const std::string& v) { return v; },
-                   [](const Moment& v) { return momentText(v, "%04d-%02u-%02u %02d:%02d:%02d.%03d"); },
-                   [](const Blob& v) { return hex(v.bytes); }},
+                   [](const Moment& v) { return momentText(v, "-"); }, [](const Blob& v) { return hex(v.bytes); }},
         cell);
 }
 

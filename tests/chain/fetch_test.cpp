@@ -1,0 +1,97 @@
+// Whole settlement runs over a demo chain, measured against the chain's own model.
+#include <gtest/gtest.h>
+
+#include "engine/avdeling.h"
+#include "engine/oppgjor_status.h"
+#include "sandbox/chain/posted_rows.h"
+#include "tests/support/chain_run.h"
+
+namespace torvik::test {
+namespace {
+
+using sandbox::chain::ChainOptions;
+
+TEST(Fetch, EverySettlementOfEveryTillReachesTheBackOffice) {
+    ChainRun run;
+
+    run.fetch();
+
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_TRUE(run.postedWhole());
+    for (std::size_t till = 0; till < run.chain.model().tills.size(); ++till)
+        EXPECT_EQ(run.tillValue(
+                      till, "SELECT COUNT(*) FROM OPPGJOR WHERE OP_TYPE = 'NORMAL' AND OP_OPPDATERTTIDSPUNKT IS NULL"),
+                  "0");
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM PosOppgjor WHERE Pos_Op_Synkronisert IS NULL"), "0");
+}
+
+TEST(Fetch, StagingTablesAndStartMarksAreGoneAfterIt) {
+    ChainRun run;
+    run.fetch();
+    for (const char* table : {"Temp_Oppgjor_Import", "Temp_Ordre_Import", "Temp_Ordrelinje_Import",
+                              "Temp_Betaling_Import", "temp_POSVEDLEGG_import", "Temp_Grunn_Import"})
+        EXPECT_EQ(run.backOfficeValue(std::string("SELECT COUNT(*) FROM ") + table), "0") << table;
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM dts_logg WHERE dl_dlt_id = 0"), "0");
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM dts_logg WHERE dl_dlt_id = 7"),
+              std::to_string(run.chain.model().tills.size()));
+}
+
+TEST(Fetch, SecondRunFetchesNothingAndChangesNothing) {
+    ChainRun run;
+    run.fetch();
+    const std::string before = run.backOfficeValue("SELECT MAX(Pos_Op_Synkronisert) FROM PosOppgjor");
+
+    run.fetch();
+
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_TRUE(run.postedWhole());
+    EXPECT_EQ(run.backOfficeValue("SELECT MAX(Pos_Op_Synkronisert) FROM PosOppgjor"), before);
+    EXPECT_EQ(run.engine.ffraOppgjorStatus->memOppgjorStatus.Row(0).Melding,
+              QStringLiteral("Ikke noe noe oppgjør å hente. Status OK.,"));
+}
+
+TEST(Fetch, NewSalesAfterARunAreFetchedByTheNext) {
+    ChainRun run;
+    run.fetch();
+    run.chain.sellAnotherDay(0);
+    run.chain.sellAnotherDay(3);
+
+    run.fetch();
+
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_TRUE(run.postedWhole());
+}
+
+TEST(Fetch, TillsOfEverySchemaVersionAreFetchedWhole) {
+    ChainRun run({.departments = 2, .tills = 9, .days = 1, .versions = {137, 138, 149, 158, 178, 188, 198, 213, 229}});
+
+    run.fetch();
+
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_TRUE(run.postedWhole());
+}
+
+TEST(Fetch, UnsettledSalesStayOnTheTillAndAreCounted) {
+    ChainRun run({.departments = 1, .tills = 1, .days = 1});
+    run.fetch();
+    EXPECT_EQ(run.tillValue(0, "SELECT COUNT(*) FROM ORDRE WHERE OR_OP_ID IS NULL"), "1");
+    EXPECT_EQ(run.backOfficeValue("SELECT Ikk_AntIkkeOppgjorteSalg FROM Internkundekasse"), "1");
+    EXPECT_EQ(run.engine.ffraOppgjorStatus->memOppgjorStatus.Row(0).AntSalgIkkeOppgjort, 1);
+}
+
+TEST(Fetch, ASingleBackOfficeTakesTheStaffAndMarksByStatus) {
+    ChainRun run({.departments = 1, .tills = 1, .days = 1});
+    run.engine.IsEnterprise = false;
+    run.chain.runInBackOffice("DELETE FROM InternKundeAnsatt");
+
+    run.fetch();
+
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM InternKundeAnsatt"), "3");
+    EXPECT_EQ(run.tillValue(0, "SELECT COUNT(*) FROM OPPGJOR WHERE OP_TYPE = 'NORMAL' AND OP_STATUS = 0"), "0");
+    EXPECT_TRUE(run.log().contains(
+        QStringLiteral("Kredittordre for avdeling 101 blir ikke opprettet. Må faktureres i Enterprise ved HK.")));
+}
+
+}  // namespace
+}  // namespace torvik::test

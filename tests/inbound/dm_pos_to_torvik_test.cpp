@@ -1,0 +1,200 @@
+// The transfer of one till: its steps, its marks in dts_logg, its failures.
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <mutex>
+
+#include "tests/inbound/till_transfer.h"
+
+namespace torvik::test {
+namespace {
+
+// The texts of the requests that a server has been sent.
+class Requests {
+public:
+    explicit Requests(sandbox::Server& server) {
+        server.faults().observe([this](const sandbox::RequestInfo& request) {
+            const std::lock_guard lock(mutex_);
+            texts_ << QString::fromStdString(request.text);
+        });
+    }
+    [[nodiscard]] int count(const QString& part) {
+        const std::lock_guard lock(mutex_);
+        return static_cast<int>(texts_.filter(part).size());
+    }
+
+private:
+    std::mutex mutex_;
+    QStringList texts_;
+};
+
+TEST(TillTransfer, StartsAtTheFirstSettlementWhereNoneIsSynchronised) {
+    TillTransfer transfer;
+    Requests requests(transfer.run.chain.till(0));
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(requests.count(QStringLiteral("SELECT * FROM Oppgjor WHERE OP_ID >= 1")), 1);
+}
+
+TEST(TillTransfer, StartsBehindTheLastSynchronisedSettlement) {
+    TillTransfer transfer;
+    transfer.run.chain.runInBackOffice(
+        "INSERT PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id, Pos_Op_Tidspunkt, Pos_Op_Type, Pos_Op_Status, "
+        "Pos_Op_Synkronisert) VALUES (1001, '1', 1, GETDATE(), 'NORMAL', 0, GETDATE()), "
+        "(1001, '1', 2, GETDATE(), 'NORMAL', 0, NULL)");
+    Requests requests(transfer.run.chain.till(0));
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(requests.count(QStringLiteral("SELECT * FROM Oppgjor WHERE OP_ID >= 2")), 1);
+}
+
+TEST(TillTransfer, TillWithoutVouchersPassesTheirStepsInSilence) {
+    TillTransfer transfer(158);
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_FALSE(transfer.progress.contains(QStringLiteral("Start Kupong: ")));
+    EXPECT_FALSE(transfer.progress.contains(QStringLiteral("Start KupongOrdrelinje: ")));
+    EXPECT_TRUE(transfer.progress.contains(QStringLiteral("Start Betaling: ")));
+}
+
+TEST(TillTransfer, OldTillHasNoStepsOfLaterVersions) {
+    TillTransfer transfer(137);
+    EXPECT_EQ(transfer.execute(), QString());
+    for (const char* step :
+         {"Vedlegg", "Signatur", "BetalingSignatur", "OrdreSignatur", "OppgjorSignatur", "Ordreretur", "VippsBetaling"})
+        EXPECT_FALSE(transfer.progress.contains(QStringLiteral("Start %1: ").arg(QString::fromUtf8(step)))) << step;
+    EXPECT_TRUE(transfer.progress.contains(QStringLiteral("Start TimerPrKode: ")));
+}
+
+TEST(TillTransfer, CancelDuringTheFirstRowEndsTheTableAndLeavesNothing) {
+    TillTransfer transfer;
+    transfer.onProgress = [&](const QString& text) {
+        if (text == QStringLiteral("Start Ordre: ")) transfer.dm.CheckForCancel = true;
+    };
+
+    const QString failure = transfer.execute();
+
+    EXPECT_TRUE(failure.startsWith(QStringLiteral(
+        "Feil ved overføring til avd 1001 kassenr 1. Ordre feilet (p=14): Avbrutt av bruker. Avbrutt oppgave: (Overfører Ordre: 1 av ")))
+        << failure.toStdString();
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM dts_logg"), "0");
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Ordre_Import"), "0");
+}
+
+TEST(TillTransfer, GoesOnWhereAStartMarkIsYoungAndAddsItsOwn) {
+    TillTransfer transfer;
+    transfer.run.chain.runInBackOffice(
+        "INSERT dts_logg (dl_dlt_id, dl_ik_ku_id, dl_kassenr, dl_tidspunkt, dl_dp_id) VALUES (0, 1001, '1', GETDATE(), 1)");
+    std::string marks;
+    transfer.onProgress = [&](const QString& text) {
+        if (!text.startsWith(QStringLiteral("Start Startup")) || !marks.empty()) return;
+        db::Query query(&transfer.run.target);
+        query.SQL = QStringList{QStringLiteral("SELECT COUNT(*) FROM dts_logg WHERE dl_dlt_id = 0")};
+        query.Open();
+        marks = query.Fields(0).AsString().toStdString();
+    };
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_FALSE(transfer.dm.NoRecentStart());
+    EXPECT_EQ(marks, "2");
+}
+
+TEST(TillTransfer, EmptyTableReportsItsStepAndNoRows) {
+    TillTransfer transfer;
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_TRUE(transfer.progress.contains(QStringLiteral("Start Varemottak: ")));
+    EXPECT_EQ(transfer.progress.filter(QStringLiteral("Overfører varemottak")), QStringList());
+}
+
+TEST(TillTransfer, MarksItsWayInDtsLogg) {
+    TillTransfer transfer;
+    EXPECT_EQ(transfer.execute(), QString());
+    std::string types;
+    for (const char* type : {"0", "1", "2", "3", "4", "5", "6", "7"})
+        types += transfer.staged(std::string("SELECT COUNT(*) FROM dts_logg WHERE dl_dlt_id = ") + type);
+    EXPECT_EQ(types, "01110101");
+
+    transfer.dm.SaveLog();
+    QFile file(QStringLiteral("PosToTorvikLog.txt"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(
+        QString::fromUtf8(file.readAll()).startsWith(QStringLiteral("Logtype: 0, Ik_ku_ID: 1001, Kassenr: 1, Info: ")));
+}
+
+TEST(TillTransfer, FailingPostingSaysSoWithItsNumber) {
+    TillTransfer transfer;
+    transfer.run.chain.runInBackOffice(
+        "ALTER PROCEDURE ExecuteDtsFromPos @Ik_Ku_Id int, @KasseNr int, @UnId uniqueidentifier AS RAISERROR('Kan ikke', 16, 1)");
+    EXPECT_EQ(transfer.execute(),
+              QStringLiteral("Feil ved overføring til avd 1001 kassenr 1. Insert Data feilet (p=42): Kan ikke"));
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Ordre_Import"), "0");
+}
+
+TEST(TillTransfer, MissingColumnFailsAtItsStepWithTheServersText) {
+    TillTransfer transfer;
+    transfer.onTill("ALTER TABLE ORDRELINJE DROP COLUMN OL_KORREKSJON");
+    const QString failure = transfer.execute();
+    EXPECT_TRUE(failure.startsWith(QStringLiteral(
+        "Feil ved overføring til avd 1001 kassenr 1. Ordrelinje feilet (p=15): Invalid column name 'OL_KORREKSJON'.")))
+        << failure.toStdString();
+}
+
+TEST(TillTransfer, StockCountFlagFollowsTheSettlementWhereTheOrderSaysNothing) {
+    TillTransfer transfer;
+    transfer.onTill("UPDATE ORDRE SET OR_VARETELLING = NULL");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Ordre_Import WHERE toi_varetelling = 1"),
+              transfer.run.tillValue(
+                  0, "SELECT COUNT(*) FROM ORDRE JOIN OPPGJOR ON OR_OP_ID = OP_ID WHERE OP_TYPE = 'VARETELLING'"));
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Ordre_Import WHERE toi_varetelling IS NULL"), "0");
+}
+
+TEST(TillTransfer, UnknownDisplayItemIsNone) {
+    TillTransfer transfer;
+    transfer.onTill("UPDATE ORDRELINJE SET OL_VISNINGSVARE = NULL");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Ordrelinje_Import WHERE toli_visningsvare = 0"),
+              transfer.staged("SELECT COUNT(*) FROM Temp_Ordrelinje_Import"));
+}
+
+TEST(TillTransfer, AbsurdPriceIsClamped) {
+    TillTransfer transfer;
+    transfer.onTill("UPDATE ORDRELINJE SET OL_SALGSPRIS = 2E+18 WHERE OL_ID = 1");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.staged(
+                  "SELECT CAST(toli_salgspris AS decimal(18, 2)) FROM Temp_Ordrelinje_Import WHERE toli_ol_id = 1"),
+              "99999999999999.99");
+}
+
+TEST(TillTransfer, SettlementWithoutOrdersIsStagedAlone) {
+    TillTransfer transfer;
+    transfer.onTill(
+        "INSERT OPPGJOR (OP_ID, OP_AN_ID, OP_TIDSPUNKT, OP_TYPE) SELECT 77, MIN(AN_ID), GETDATE(), 'NORMAL' FROM ANSATT");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Oppgjor_Import WHERE toi_op_id = 77"), "1");
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Ordre_Import WHERE toi_op_id = 77"), "0");
+}
+
+TEST(TillTransfer, VoucherUsedInTwoSettlementsIsStagedOnce) {
+    TillTransfer transfer;
+    transfer.run.chain.sellAnotherDay(0);
+    transfer.onTill(R"(DELETE KUPONGORDRELINJE
+DELETE KUPONG
+INSERT KUPONG VALUES (9, 1, '20260301', 5, 2, 0)
+INSERT KUPONGORDRELINJE SELECT 9, MIN(OL_ID) FROM ORDRELINJE JOIN ORDRE ON OR_ID = OL_OR_ID WHERE OR_OP_ID = 1
+INSERT KUPONGORDRELINJE SELECT 9, MIN(OL_ID) FROM ORDRELINJE JOIN ORDRE ON OR_ID = OL_OR_ID WHERE OR_OP_ID = 3)");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Kupong_Import"), "1");
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_KupongOrdrelinje_Import"), "2");
+}
+
+TEST(TillTransfer, TimeEntryIsFetchedOnce) {
+    TillTransfer transfer;
+    transfer.onTill(R"(INSERT TIMER (TI_ID, TI_AN_ID, TI_TIDINN, TI_TIDUT, TI_INNMETODE, TI_STATUS)
+SELECT 1, MIN(AN_ID), '20260302 08:00', '20260302 16:00', 1, 2 FROM ANSATT
+INSERT TIMERPRKODE VALUES (1, 5, NULL))");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Timer_Import"), "1");
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Timerprkode_Import"), "1");
+    EXPECT_EQ(transfer.run.tillValue(0, "SELECT TI_STATUS FROM TIMER"), "18");
+}
+
+}  // namespace
+}  // namespace torvik::test

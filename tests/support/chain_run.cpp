@@ -1,0 +1,194 @@
+// See chain_run.h.
+#include "tests/support/chain_run.h"
+
+#include <QDir>
+#include <algorithm>
+
+#include "engine/avdeling.h"
+#include "engine/db/query.h"
+#include "engine/oppgjor_status.h"
+#include "sandbox/chain/posted_rows.h"
+
+namespace torvik::test {
+
+namespace {
+
+using sandbox::chain::TableData;
+
+const std::set<std::string> kMomentsOfARun{"Pos_Op_Synkronisert"};
+
+QString qt(const std::string& text) {
+    return QString::fromStdString(text);
+}
+
+std::string cell(const db::Value& value) {
+    if (value.isNull()) return "NULL";
+    if (const bool* bit = std::get_if<bool>(&value.variant())) return *bit ? "1" : "0";
+    if (const auto* time = std::get_if<db::DateTime>(&value.variant()))
+        return time->toQDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")).toStdString();
+    if (const auto* bytes = std::get_if<QByteArray>(&value.variant()))
+        return "0x" + bytes->toHex().toUpper().toStdString();
+    return value.toQString().toStdString();
+}
+
+std::vector<std::string> lines(db::Session& session, const QString& sql) {
+    db::Query query(&session);
+    query.ParamCheck = false;
+    query.SQL = QStringList{sql};
+    query.Open();
+    std::vector<std::string> all;
+    for (; !query.Eof(); query.Next()) {
+        std::string line;
+        for (int i = 0; i < query.FieldCount(); ++i) line += (i ? " | " : "") + cell(query.Fields(i).AsValue());
+        all.push_back(std::move(line));
+    }
+    return all;
+}
+
+std::string onlyValue(db::Session& session, const std::string& sql) {
+    const auto all = lines(session, qt(sql));
+    return all.empty() ? "no row" : all.front();
+}
+
+std::vector<std::string> expectedLines(const TableData& table) {
+    std::vector<std::string> all;
+    for (const auto& row : table.rows) {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i) line += (i ? " | " : "") + sandbox::chain::cellText(row[i]);
+        all.push_back(std::move(line));
+    }
+    std::sort(all.begin(), all.end());
+    return all;
+}
+
+std::string difference(const std::vector<std::string>& expected, const std::vector<std::string>& actual) {
+    std::string text;
+    std::vector<std::string> missing;
+    std::vector<std::string> unexpected;
+    std::set_difference(expected.begin(), expected.end(), actual.begin(), actual.end(), std::back_inserter(missing));
+    std::set_difference(actual.begin(), actual.end(), expected.begin(), expected.end(), std::back_inserter(unexpected));
+    for (const std::string& line : missing) text += "- " + line + "\n";
+    for (const std::string& line : unexpected) text += "+ " + line + "\n";
+    return text;
+}
+
+std::string columnList(const TableData& table) {
+    std::string list;
+    for (const std::string& column : table.columns) list += (list.empty() ? "" : ", ") + column;
+    return list;
+}
+
+std::string contents(db::Session& session) {
+    std::string text;
+    for (const std::string& table :
+         lines(session, QStringLiteral("SELECT name FROM sysobjects WHERE xtype = 'U' ORDER BY name"))) {
+        std::string columns;
+        for (const std::string& column :
+             lines(session, qt("SELECT name FROM syscolumns WHERE id = OBJECT_ID('" + table + "') ORDER BY colid")))
+            if (!kMomentsOfARun.contains(column)) columns += (columns.empty() ? "" : ", ") + column;
+        auto rows = lines(session, qt("SELECT " + columns + " FROM " + table));
+        std::sort(rows.begin(), rows.end());
+        text += table + " (" + columns + ")\n";
+        for (const std::string& row : rows) text += "  " + row + "\n";
+    }
+    return text;
+}
+
+QStringList withoutTimes(const QStringList& pane) {
+    QStringList texts;
+    for (const QString& line : pane) texts << line.section(QStringLiteral("  : "), 1);
+    return texts;
+}
+
+}  // namespace
+
+ChainRun::ChainRun(const sandbox::chain::ChainOptions& options)
+    : chain({.chain = options}), workingDirectory_(QDir::currentPath()) {
+    QDir::setCurrent(folder.path());
+    engine.Seam.tempFolder = [this] { return folder.path(); };
+    engine.Seam.sleep = [](int) {};
+    engine.RetryWaitTime = 0;
+    engine.RetryCount = 1;
+    engine.IsEnterprise = true;
+    engine.Log = &logPane;
+    engine.ErrorLog = &errorPane;
+    engine.SourceConnection = &source;
+    target.SetConnectString(qt(chain.dataLink()));
+    engine.SetTargetConnection(&target);
+    joinFetching(engine);
+}
+
+ChainRun::~ChainRun() {
+    QDir::setCurrent(workingDirectory_);
+}
+
+void ChainRun::fetch() {
+    engine.Tasks = TTasks{taHent};
+    target.Close();
+    target.Open();
+    engine.Avdeling->ClearFilter();
+    engine.Avdeling->SetKasseCollection(std::make_shared<TKasseCollection>());
+    engine.ExecuteOppgjor();
+}
+
+testing::AssertionResult ChainRun::posted(const std::set<std::size_t>& tills) const {
+    const auto session = backOfficeSession();
+    for (const TableData& table : sandbox::chain::postedTables(chain.model(), tills)) {
+        auto actual = lines(*session, qt("SELECT " + columnList(table) + " FROM " + table.table));
+        std::sort(actual.begin(), actual.end());
+        const auto expected = expectedLines(table);
+        if (actual != expected)
+            return testing::AssertionFailure() << table.table << " (" << columnList(table) << "), expected -, found +\n"
+                                               << difference(expected, actual);
+    }
+    return testing::AssertionSuccess();
+}
+
+testing::AssertionResult ChainRun::postedWhole() const {
+    std::set<std::size_t> all;
+    for (std::size_t i = 0; i < chain.model().tills.size(); ++i) all.insert(i);
+    return posted(all);
+}
+
+std::string ChainRun::everything() const {
+    std::string text = "back office\n" + contents(*backOfficeSession());
+    for (std::size_t i = 0; i < chain.model().tills.size(); ++i)
+        text += chain.model().tills[i].database + "\n" + contents(*tillSession(i));
+    return text;
+}
+
+std::string ChainRun::backOfficeValue(const std::string& sql) const {
+    return onlyValue(*backOfficeSession(), sql);
+}
+
+std::string ChainRun::tillValue(std::size_t till, const std::string& sql) const {
+    return onlyValue(*tillSession(till), sql);
+}
+
+QStringList ChainRun::errors() const {
+    return withoutTimes(errorPane.Lines());
+}
+
+QStringList ChainRun::log() const {
+    return withoutTimes(logPane.Lines());
+}
+
+std::unique_ptr<db::Session> ChainRun::backOfficeSession() const {
+    auto session = std::make_unique<db::Session>();
+    session->SetConnectString(qt(chain.dataLink()));
+    session->Open();
+    return session;
+}
+
+std::unique_ptr<db::Session> ChainRun::tillSession(std::size_t till) const {
+    const auto address = chain.addressOf(till);
+    auto session = std::make_unique<db::Session>();
+    session->SetServer(qt(address.server));
+    session->SetDatabase(qt(address.database));
+    session->SetUsername(qt(address.user));
+    session->SetPassword(qt(address.password));
+    session->Open();
+    return session;
+}
+
+}  // namespace torvik::test
