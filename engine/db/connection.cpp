@@ -238,7 +238,11 @@ void Reply::fail() {
     s.ended = true;
     s.reader.reset();
     s.statement = Handle();
-    if (!s.connection.alive_) throw ConnectionError(ConnectionError::Reason::Lost, s.errors, s.text);
+    if (!s.connection.alive_) {
+        if (std::ranges::none_of(s.errors, fromServer) && s.errors.last().Text != lostMessage().Text)
+            s.errors += lostMessage();
+        throw ConnectionError(ConnectionError::Reason::Lost, s.errors, s.text);
+    }
     if (s.timedOut) throw TimeoutError(s.errors, s.text);
     throw StatementError(s.errors, s.text);
 }

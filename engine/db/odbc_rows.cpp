@@ -127,6 +127,34 @@ QUuid uuidOf(const SQLGUID& g) {
             g.Data4[3], g.Data4[4], g.Data4[5], g.Data4[6], g.Data4[7]};
 }
 
+// Appends what the driver put into a cell of the column's shape.
+template <typename Column>
+void appendCell(Column& target, const char* cell, SQLLEN length, const FieldInfo& info) {
+    if (length == SQL_NULL_DATA) {
+        target.appendNull();
+        return;
+    }
+    if constexpr (std::is_same_v<Column, SliceColumn>) {
+        const Shape shape = shapeOf(info);
+        const SQLLEN room = shape.width - (shape.cType == SQL_C_WCHAR ? SQLLEN(sizeof(SQLWCHAR)) : 0);
+        if (length < 0 || length > room)
+            throw Error(QStringLiteral("Column '%1' holds a value longer than its type says").arg(info.Name));
+        target.append(cell, length);
+    } else if constexpr (std::is_same_v<Column, PlainColumn<PackedDecimal>>) {
+        target.append(decimalOf(cell, length));
+    } else if constexpr (std::is_same_v<Column, PlainColumn<DateTime>>) {
+        target.append(dateTimeOf(cellAs<SQL_TIMESTAMP_STRUCT>(cell)));
+    } else if constexpr (std::is_same_v<Column, PlainColumn<QUuid>>) {
+        target.append(uuidOf(cellAs<SQLGUID>(cell)));
+    } else if constexpr (std::is_same_v<Column, PlainColumn<double>>) {
+        target.append(info.Single ? doubleOf(cellAs<float>(cell)) : cellAs<double>(cell));
+    } else if constexpr (std::is_same_v<Column, PlainColumn<qint64>>) {
+        target.append(cellAs<SQLBIGINT>(cell));
+    } else {
+        target.append(*cell);
+    }
+}
+
 }  // namespace
 
 std::vector<FieldInfo> describeColumns(const Api& calls, const Handle& statement) {
@@ -197,7 +225,7 @@ SQLRETURN RowReader::fetch(RowStore& rows) {
     store(rows, *fetched_);
     if (*fetched_ > 0)
         for (size_t column = bound_.size(); column < columns_.size(); ++column) {
-            const SQLRETURN got = readLong(column, rows);
+            const SQLRETURN got = readUnbound(column, rows);
             if (!SQL_SUCCEEDED(got)) return got;
         }
     rows.rowsAppended(qsizetype(*fetched_));
@@ -207,36 +235,11 @@ SQLRETURN RowReader::fetch(RowStore& rows) {
 void RowReader::store(RowStore& rows, SQLULEN count) {
     for (size_t column = 0; column < bound_.size(); ++column) {
         const Buffer& buffer = bound_[column];
-        const bool single = columns_[column].Single;
         std::visit(
-            [&]<typename Column>(Column& target) {
-                for (SQLULEN row = 0; row < count; ++row) {
-                    const char* cell = buffer.cells.get() + row * SQLULEN(buffer.shape.width);
-                    const SQLLEN length = buffer.lengths[row];
-                    if (length == SQL_NULL_DATA) {
-                        target.appendNull();
-                        continue;
-                    }
-                    if constexpr (std::is_same_v<Column, SliceColumn>) {
-                        const SQLLEN room = buffer.shape.width - (buffer.shape.cType == SQL_C_WCHAR ? 2 : 0);
-                        if (length < 0 || length > room)
-                            throw Error(QStringLiteral("Column '%1' holds a value longer than its type says")
-                                            .arg(columns_[column].Name));
-                        target.append(cell, length);
-                    } else if constexpr (std::is_same_v<Column, PlainColumn<PackedDecimal>>) {
-                        target.append(decimalOf(cell, length));
-                    } else if constexpr (std::is_same_v<Column, PlainColumn<DateTime>>) {
-                        target.append(dateTimeOf(cellAs<SQL_TIMESTAMP_STRUCT>(cell)));
-                    } else if constexpr (std::is_same_v<Column, PlainColumn<QUuid>>) {
-                        target.append(uuidOf(cellAs<SQLGUID>(cell)));
-                    } else if constexpr (std::is_same_v<Column, PlainColumn<double>>) {
-                        target.append(single ? doubleOf(cellAs<float>(cell)) : cellAs<double>(cell));
-                    } else if constexpr (std::is_same_v<Column, PlainColumn<qint64>>) {
-                        target.append(cellAs<SQLBIGINT>(cell));
-                    } else {
-                        target.append(cellAs<char>(cell));
-                    }
-                }
+            [&](auto& target) {
+                for (SQLULEN row = 0; row < count; ++row)
+                    appendCell(target, buffer.cells.get() + row * SQLULEN(buffer.shape.width), buffer.lengths[row],
+                               columns_[column]);
             },
             rows.column(int(column)).data());
     }
@@ -244,35 +247,24 @@ void RowReader::store(RowStore& rows, SQLULEN count) {
 
 // One value of the current row, from the first long column on: those behind it are read the same way, since drivers
 // want columns in order.
-SQLRETURN RowReader::readLong(size_t column, RowStore& rows) {
+SQLRETURN RowReader::readUnbound(size_t column, RowStore& rows) {
     const FieldInfo& info = columns_[column];
-    const bool text = info.Type == FieldType::Text;
+    if (info.Type == FieldType::Text || info.Type == FieldType::Bytes) return readPieces(column, rows);
+    const Shape shape = shapeOf(info);
+    std::array<char, 64> cell{};
+    SQLLEN length = 0;
+    const SQLRETURN rc =
+        calls_.SQLGetData(statement_.get(), SQLUSMALLINT(column + 1), shape.cType, cell.data(), shape.width, &length);
+    if (SQL_SUCCEEDED(rc))
+        std::visit([&](auto& target) { appendCell(target, cell.data(), length, info); },
+                   rows.column(int(column)).data());
+    return rc;
+}
+
+// A text or bytes of any length: the buffer grows with what is left of it.
+SQLRETURN RowReader::readPieces(size_t column, RowStore& rows) {
+    const bool text = columns_[column].Type == FieldType::Text;
     const SQLUSMALLINT place = SQLUSMALLINT(column + 1);
-    if (!text && info.Type != FieldType::Bytes) {
-        const Shape shape = shapeOf(info);
-        std::array<char, 64> cell{};
-        SQLLEN length = 0;
-        const SQLRETURN rc = calls_.SQLGetData(statement_.get(), place, shape.cType, cell.data(), shape.width, &length);
-        if (!SQL_SUCCEEDED(rc)) return rc;
-        std::visit(
-            [&]<typename Column>(Column& target) {
-                if (length == SQL_NULL_DATA) return target.appendNull();
-                if constexpr (std::is_same_v<Column, PlainColumn<PackedDecimal>>)
-                    target.append(decimalOf(cell.data(), length));
-                else if constexpr (std::is_same_v<Column, PlainColumn<DateTime>>)
-                    target.append(dateTimeOf(cellAs<SQL_TIMESTAMP_STRUCT>(cell.data())));
-                else if constexpr (std::is_same_v<Column, PlainColumn<QUuid>>)
-                    target.append(uuidOf(cellAs<SQLGUID>(cell.data())));
-                else if constexpr (std::is_same_v<Column, PlainColumn<double>>)
-                    target.append(info.Single ? doubleOf(cellAs<float>(cell.data())) : cellAs<double>(cell.data()));
-                else if constexpr (std::is_same_v<Column, PlainColumn<qint64>>)
-                    target.append(cellAs<SQLBIGINT>(cell.data()));
-                else if constexpr (std::is_same_v<Column, PlainColumn<char>>)
-                    target.append(cell[0]);
-            },
-            rows.column(int(column)).data());
-        return SQL_SUCCESS;
-    }
     auto& target = std::get<SliceColumn>(rows.column(int(column)).data());
     const qsizetype terminator = text ? qsizetype(sizeof(SQLWCHAR)) : 0;
     if (piece_.size() < kFirstPiece) piece_.resize(kFirstPiece);

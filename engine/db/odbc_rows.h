@@ -28,7 +28,8 @@ private:
 
     void bind();
     void store(RowStore& store, SQLULEN rows);
-    SQLRETURN readLong(size_t column, RowStore& store);
+    SQLRETURN readUnbound(size_t column, RowStore& store);
+    SQLRETURN readPieces(size_t column, RowStore& store);
 
     const Api& calls_;
     const Handle& statement_;

@@ -1,0 +1,245 @@
+// The table object: rows sent in blocks that behave as if sent one by one.
+#include "engine/db/table.h"
+
+#include <gtest/gtest.h>
+
+#include "engine/db/errors.h"
+#include "engine/db/query.h"
+#include "tests/support/qt_print.h"
+#include "tests/support/sandbox_server.h"
+
+namespace torvik::db {
+namespace {
+
+class TableTest : public testing::Test {
+protected:
+    void open(const char* create) {
+        server.run(QString::fromUtf8(create));
+        table.SetTableName(QStringLiteral("T"));
+        table.Open();
+    }
+
+    void add(int a, const Value& b) {
+        table.Append();
+        table.FieldByName(QStringLiteral("a")) = a;
+        table.FieldByName(QStringLiteral("b")) = b;
+        table.Post();
+    }
+
+    // Requests that the server got while f ran.
+    template <typename F>
+    std::uint64_t requestsDuring(F f) {
+        const std::uint64_t before = server.faults().requests();
+        f();
+        return server.faults().requests() - before;
+    }
+
+    test::SandboxServer server;
+    Table table{&server.session()};
+};
+
+constexpr const char* kTwoColumns = "CREATE TABLE T (id int IDENTITY, a int NOT NULL, b varchar(10) NULL)";
+
+TEST_F(TableTest, RowsArriveInOrderWhenClosed) {
+    open(kTwoColumns);
+    for (int i = 0; i < 2500; ++i) add(i, QStringLiteral("r%1").arg(i));
+    table.Close();
+    EXPECT_EQ(
+        server.rows(QStringLiteral("SELECT COUNT(*) AS n, MIN(a) AS fra, MAX(a) AS til FROM T WHERE id = a + 1 AND b = "
+                                   "'r' + CONVERT(varchar(10), a)")),
+        "n | fra | til\n2500 | 0 | 2499\n");
+}
+
+TEST_F(TableTest, RowsTravelInBlocks) {
+    open(kTwoColumns);
+    TORVIK_NEEDS_SANDBOX(server);
+    EXPECT_LE(requestsDuring([&] {
+                  for (int i = 0; i < 1000; ++i) add(i, "x");
+                  table.Flush();
+              }),
+              3U);
+    EXPECT_EQ(table.PostedRows(), 1000);
+    EXPECT_EQ(table.SentRows(), 1000);
+}
+
+TEST_F(TableTest, ColumnsNotSetGetTheirDefaultsAndSetNullsStayNull) {
+    open("CREATE TABLE T (id int IDENTITY(5, 1), a int NOT NULL, b varchar(10) NULL DEFAULT 'std', c int DEFAULT 3)");
+    add(1, "x");
+    add(2, Value());
+    table.Append();
+    table.FieldByName(QStringLiteral("a")) = 3;
+    table.Post();
+    add(4, "y");
+    table.Close();
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT * FROM T ORDER BY id")),
+              "id | a | b | c\n5 | 1 | x | 3\n6 | 2 | NULL | 3\n7 | 3 | std | 3\n8 | 4 | y | 3\n");
+}
+
+TEST_F(TableTest, ARowOfDefaultsOnly) {
+    open("CREATE TABLE T (id int IDENTITY, a int DEFAULT 9)");
+    for (int i = 0; i < 2; ++i) {
+        table.Append();
+        table.Post();
+    }
+    table.Close();
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT * FROM T")), "id | a\n1 | 9\n2 | 9\n");
+}
+
+TEST_F(TableTest, ValuesOfEveryKindArriveUnchanged) {
+    open(
+        "CREATE TABLE T (a decimal(18,4), b money, c datetime, d uniqueidentifier, e bit, f float, g text, h image, "
+        "i char(3), j bigint, k smalldatetime, l real)");
+    const QUuid id = QUuid::createUuid();
+    const QList<Value> values{*Decimal::fromText(u"-12345678901234.5678"),
+                              *Decimal::fromText(u"0.1234"),
+                              DateTime(QDate(2024, 2, 29), QTime(23, 59, 59, 997)),
+                              id,
+                              true,
+                              0.1,
+                              QString(20000, u'å'),
+                              QByteArray(20000, '\xFE'),
+                              "æ  ",
+                              9'223'372'036'854'775'807LL,
+                              DateTime(QDate(2024, 2, 29), QTime(12, 30)),
+                              0.5};
+    for (int row = 0; row < 2; ++row) {
+        table.Append();
+        for (int i = 0; i < table.FieldCount(); ++i) table.Fields(i) = row == 0 ? values[i] : Value();
+        table.Post();
+    }
+    table.Close();
+    Query query(&server.session());
+    query.SQL = {QStringLiteral("SELECT * FROM T ORDER BY j DESC")};
+    query.Open();
+    ASSERT_EQ(query.RecordCount(), 2);
+    for (int i = 0; i < query.FieldCount(); ++i) {
+        EXPECT_TRUE(query.ValueAt(0, i) == values[i]) << query.Fields(i).Name().toStdString();
+        EXPECT_TRUE(query.ValueAt(1, i).isNull()) << query.Fields(i).Name().toStdString();
+    }
+}
+
+TEST_F(TableTest, TheErrorIsThatOfTheFailingRowAndTheRowsBeforeItStand) {
+    open("CREATE TABLE T (a int NOT NULL PRIMARY KEY, b varchar(10) NULL)");
+    add(1, "en");
+    add(2, "to");
+    add(2, "igjen");
+    add(3, "tre");
+    try {
+        table.Close();
+        FAIL() << "closed";
+    } catch (const StatementError& e) {
+        EXPECT_EQ(e.Number, 2627);
+        EXPECT_EQ(e.Messages.size(), 1);
+    }
+    EXPECT_FALSE(table.Active());
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n1\n2\n");
+}
+
+TEST_F(TableTest, TheSameInsideATransactionLeavesItOpen) {
+    open("CREATE TABLE T (a int NOT NULL PRIMARY KEY, b varchar(10) NULL)");
+    server.session().StartTransaction();
+    add(1, "en");
+    add(1, "igjen");
+    EXPECT_THROW(table.Flush(), StatementError);
+    EXPECT_TRUE(server.session().InTransaction());
+    server.session().Commit();
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n1\n");
+}
+
+TEST_F(TableTest, AnErrorThatEndsTheTransactionLeavesNothingOfTheBlock) {
+    open("CREATE TABLE T (a int NOT NULL PRIMARY KEY, b varchar(10) NULL)");
+    server.run(QStringLiteral("SET XACT_ABORT ON"));
+    server.session().StartTransaction();
+    add(1, "en");
+    add(1, "igjen");
+    EXPECT_THROW(table.Flush(), StatementError);
+    EXPECT_FALSE(server.session().InTransaction());
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n");
+}
+
+TEST_F(TableTest, ATextThatIsTooLongIsTheServersError) {
+    open(kTwoColumns);
+    add(1, "12345678901");
+    try {
+        table.Flush();
+        FAIL() << "taken";
+    } catch (const StatementError& e) {
+        EXPECT_TRUE(e.Number == 8152 || e.Number == 2628) << e.Number;
+    }
+}
+
+TEST_F(TableTest, AnyOtherUseOfTheSessionSendsTheRowsFirst) {
+    open(kTwoColumns);
+    add(1, "x");
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n1\n");
+    add(2, "y");
+    Table other(&server.session());
+    other.SetTableName(QStringLiteral("T"));
+    other.Open();
+    EXPECT_EQ(table.SentRows(), 2);
+}
+
+TEST_F(TableTest, AnErrorSurfacesAtTheNextUseOfTheSession) {
+    open(kTwoColumns);
+    table.Append();
+    table.FieldByName(QStringLiteral("a")).Clear();
+    table.Post();
+    EXPECT_THROW(server.run(QStringLiteral("INSERT T (a) VALUES (7)")), StatementError);
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n");
+}
+
+TEST_F(TableTest, CommitSendsAndRollbackForgets) {
+    open(kTwoColumns);
+    server.session().StartTransaction();
+    add(1, "x");
+    server.session().Commit();
+    server.session().StartTransaction();
+    add(2, "y");
+    server.session().Rollback();
+    table.Close();
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n1\n");
+}
+
+TEST_F(TableTest, DestructionSendsWhatWasPosted) {
+    server.run(QString::fromUtf8(kTwoColumns));
+    {
+        Table inner(&server.session());
+        inner.SetTableName(QStringLiteral("T"));
+        inner.Open();
+        inner.Append();
+        inner.FieldByName(QStringLiteral("a")) = 1;
+        inner.Post();
+    }
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n1\n");
+}
+
+TEST_F(TableTest, ALostConnectionIsTold) {
+    open(kTwoColumns);
+    TORVIK_NEEDS_SANDBOX(server);
+    add(1, "x");
+    server.server().dropConnections();
+    EXPECT_THROW(table.Close(), ConnectionError);
+    EXPECT_FALSE(table.Active());
+}
+
+TEST_F(TableTest, AMissingTableIsTheServersError) {
+    table.SetTableName(QStringLiteral("Finnes_ikke"));
+    try {
+        table.Open();
+        FAIL() << "opened";
+    } catch (const StatementError& e) {
+        EXPECT_EQ(e.Number, 208);
+    }
+}
+
+TEST_F(TableTest, ColumnsAreKnownFromTheServer) {
+    open(kTwoColumns);
+    EXPECT_NE(table.FindField(QStringLiteral("A")), nullptr);
+    EXPECT_EQ(table.FindField(QStringLiteral("c")), nullptr);
+    EXPECT_THROW(table.SetTableName(QStringLiteral("U")), UsageError);
+    EXPECT_THROW(table.Edit(), UsageError);
+    EXPECT_THROW(table.Delete(), UsageError);
+}
+
+}  // namespace
+}  // namespace torvik::db
