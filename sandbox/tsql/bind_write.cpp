@@ -422,7 +422,7 @@ BoundInsert bindInsertRows(const BindContext& context, const ResolvedObject& tar
         Bound value;
         value.type = types[i];
         value.sql = binder.parameter(
-            {.kind = Parameter::Kind::Input, .slot = static_cast<int>(i), .name = {}, .type = types[i], .literal = {}});
+            {.kind = Parameter::Kind::Input, .slot = static_cast<int>(i) + 1, .name = {}, .type = types[i], .literal = {}});
         if (i > 0) list += ", ";
         list += insert.stored(i, value, context.line);
     }
