@@ -76,7 +76,7 @@ struct Parameter {
         Variable,  // slot: the variable's value when the statement starts
         Global,    // name: a row of globalVariables(), upper case: "@@ROWCOUNT"
         Literal,   // literal
-        Input,     // slot: place in the row that the caller feeds in, from 1 (bindInsertRows); 0: the row id (bindCheck)
+        Input,  // slot: place in the row that the caller feeds in, from 1 (bindInsertRows); 0: the row id (bindCheck)
     };
     Kind kind = Kind::Literal;
     int slot = 0;
