@@ -1,0 +1,45 @@
+// Every case of the case files: those of this folder, and those that stand beside the checkout where they do.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include "tests/sandbox/support/case_file.h"
+
+namespace sandbox::test {
+namespace {
+
+std::vector<Case> allCases() {
+    const auto root = std::filesystem::absolute(__FILE__).parent_path().parent_path().parent_path();
+    std::vector<Case> all;
+    for (const auto& folder : {root / "tests/sandbox/cases", root.parent_path() / "shared/tsql-cases"}) {
+        if (!std::filesystem::is_directory(folder)) continue;
+        std::vector<std::filesystem::path> files;
+        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+            if (entry.path().extension() == ".case") files.push_back(entry.path());
+        }
+        std::sort(files.begin(), files.end());
+        for (const auto& file : files) {
+            for (Case& one : CaseReader().read(file.string())) all.push_back(std::move(one));
+        }
+    }
+    return all;
+}
+
+std::string testName(const testing::TestParamInfo<Case>& info) {
+    std::string name = info.param.file + "_" + info.param.name;
+    for (char& c : name) {
+        if (!std::isalnum(static_cast<unsigned char>(c))) c = '_';
+    }
+    return name;
+}
+
+class TsqlCase : public testing::TestWithParam<Case> {};
+
+TEST_P(TsqlCase, GivesTheReplyThatTheFileTells) { EXPECT_EQ(runCase(GetParam()), ""); }
+
+INSTANTIATE_TEST_SUITE_P(Files, TsqlCase, testing::ValuesIn(allCases()), testName);
+
+}  // namespace
+}  // namespace sandbox::test
