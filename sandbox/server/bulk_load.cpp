@@ -5,7 +5,7 @@
 
 #include "sandbox/server/names.h"
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 // Takes blanks and comments off the front.
@@ -155,4 +155,4 @@ void BulkLoad::tell(const SqlError& error, ReplyWriter& reply) {
     reply.statementDone(std::nullopt, false);
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -9,7 +9,7 @@
 #include "sandbox/tds/bulk.h"
 #include "sandbox/tsql/session.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 class BulkLoad {
 public:
@@ -40,4 +40,4 @@ private:
     bool ended_ = false;
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

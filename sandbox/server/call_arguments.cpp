@@ -5,7 +5,7 @@
 
 #include "sandbox/server/names.h"
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 [[noreturn]] void wrongType(std::string_view name, std::string_view type) {
@@ -92,4 +92,4 @@ Typed intValue(std::int64_t value) {
     return t;
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -11,7 +11,7 @@
 #include "sandbox/tds/requests.h"
 #include "sandbox/tsql/session.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 class CallArguments {
 public:
@@ -41,4 +41,4 @@ private:
 [[nodiscard]] Argument toArgument(const tds::CallParameter& parameter);
 [[nodiscard]] Typed intValue(std::int64_t value);
 
-}  // namespace sandbox
+}  // namespace sandbox::server

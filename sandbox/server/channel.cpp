@@ -3,7 +3,7 @@
 
 #include <array>
 
-namespace sandbox {
+namespace sandbox::server {
 
 std::vector<std::uint8_t> Channel::receive(std::size_t most) {
     if (!tls_) {
@@ -78,4 +78,4 @@ bool Channel::receiveExactly(std::span<std::uint8_t> into) const {
     return true;
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

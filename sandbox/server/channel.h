@@ -13,7 +13,7 @@
 #include "sandbox/server/tls.h"
 #include "sandbox/tds/bytes.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 // One thread receives and one sends; cut() may come from any.
 class Channel {
@@ -48,4 +48,4 @@ private:
     std::atomic<bool> cut_ = false;
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -1,7 +1,7 @@
 // Replies that keep something back.
 #include "sandbox/server/collected_reply.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 void CallReply::columns(std::span<const ResultColumn> columns) {
     release();
@@ -75,4 +75,4 @@ void RowSetReply::error(const Message& message) {
     to_.error(message);
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -8,7 +8,7 @@
 
 #include "sandbox/tsql/reply.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 // Hands all on to another reply.
 class ForwardingReply : public Reply {
@@ -86,4 +86,4 @@ public:
     bool failed = false;
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -6,7 +6,7 @@
 
 #include "sandbox/server/login_handler.h"
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 constexpr std::chrono::seconds kLoginTime{30};
@@ -329,4 +329,4 @@ RequestInfo Connection::request(RequestKind kind, std::string text) {
     return r;
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -17,7 +17,7 @@
 #include "sandbox/server/server.h"
 #include "sandbox/tds/login.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 // What the connections of one server share.
 struct ServerContext {
@@ -70,4 +70,4 @@ private:
     std::optional<ConnectionInfo> info_;
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -5,7 +5,7 @@
 
 #include "sandbox/server/collected_reply.h"
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 // Scroll options and concurrency options of sp_cursoropen.
@@ -231,4 +231,4 @@ Cursors::Cursor& Cursors::find(std::int32_t handle) {
     return found->second;
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -12,7 +12,7 @@
 #include "sandbox/server/reply_writer.h"
 #include "sandbox/tsql/session.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 class Cursors {
 public:
@@ -60,4 +60,4 @@ private:
     std::int32_t nextStatement_ = 1073741825;
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -7,6 +7,11 @@
 #include "sandbox/server/names.h"
 
 namespace sandbox {
+
+using server::loginFailed;
+using server::lowerName;
+using server::sameName;
+
 namespace {
 
 bool matches(const RequestMatch& m, const RequestInfo& r) {

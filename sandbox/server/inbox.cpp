@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 constexpr std::size_t kMostBytes = 1U << 20;
@@ -103,4 +103,4 @@ bool Inbox::attentionWaits() const {
     return std::any_of(packets_.begin(), packets_.end(), isAttention);
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

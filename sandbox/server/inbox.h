@@ -11,7 +11,7 @@
 
 #include "sandbox/tds/packet.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 class Inbox {
 public:
@@ -49,4 +49,4 @@ private:
     bool running_ = false;
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 using tds::Encryption;
@@ -176,4 +176,4 @@ void LoginHandler::welcome(const Session& session) {
     reply_.packets().setSize(size);
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -13,7 +13,7 @@
 #include "sandbox/tds/prelogin.h"
 #include "sandbox/tsql/session.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 class LoginHandler {
 public:
@@ -50,4 +50,4 @@ private:
     bool loginOnly_ = false;  // encryption ends with the login
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -3,7 +3,7 @@
 
 #include "sandbox/server/names.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 Logins::Logins(const std::string& saPassword, const std::map<std::string, std::string>& others) {
     passwords_["sa"] = saPassword;
@@ -24,4 +24,4 @@ Message loginFailed(const std::string& user) {
     return m;
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -6,7 +6,7 @@
 
 #include "sandbox/store/error.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 class Logins {
 public:
@@ -21,4 +21,4 @@ private:
 // 18456, as the client sees it whatever the reason was.
 [[nodiscard]] Message loginFailed(const std::string& user);
 
-}  // namespace sandbox
+}  // namespace sandbox::server

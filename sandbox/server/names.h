@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace sandbox {
+namespace sandbox::server {
 
 // ASCII letters only; what users, programs and system procedures are called.
 [[nodiscard]] inline char lowerChar(char c) {
@@ -23,4 +23,4 @@ namespace sandbox {
            std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) { return lowerChar(x) == lowerChar(y); });
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -3,7 +3,7 @@
 
 #include "sandbox/server/collected_reply.h"
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 constexpr std::int32_t kWithMetadata = 1;
@@ -78,4 +78,4 @@ std::int32_t PreparedStatements::add(Statement statement) {
     return next_++;
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -9,7 +9,7 @@
 #include "sandbox/server/call_arguments.h"
 #include "sandbox/tsql/session.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 class PreparedStatements {
 public:
@@ -37,4 +37,4 @@ private:
     std::int32_t next_ = 1;
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

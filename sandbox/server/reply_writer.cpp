@@ -1,7 +1,7 @@
 // Tokens of a reply, in order, with their DONEs.
 #include "sandbox/server/reply_writer.h"
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 constexpr std::size_t kSendFrom = 32768;  // bytes of a message that are worth a system call
@@ -139,4 +139,4 @@ void ReplyWriter::sendFull() {
     if (!packed.empty()) channel_.send(packed);
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -13,7 +13,7 @@
 #include "sandbox/tds/tokens.h"
 #include "sandbox/tsql/reply.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 // Lives as long as its connection and writes one message after the other. Nothing in it throws because a client is
 // gone: what cannot be sent is dropped, and the inbox cancels the session.
@@ -75,4 +75,4 @@ private:
     bool discarding_ = false;
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -8,7 +8,7 @@
 #include "sandbox/server/collected_reply.h"
 #include "sandbox/server/names.h"
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 using tds::ProcId;
@@ -121,4 +121,4 @@ std::string CallHandler::describe(const tds::Call& call) {
     return out;
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -7,7 +7,7 @@
 #include "sandbox/server/reply_writer.h"
 #include "sandbox/tds/requests.h"
 
-namespace sandbox {
+namespace sandbox::server {
 
 class CallHandler {
 public:
@@ -29,4 +29,4 @@ private:
     Cursors cursors_;
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -18,6 +18,12 @@
 #include "sandbox/server/tls.h"
 
 namespace sandbox {
+using server::Connection;
+using server::Logins;
+using server::ServerContext;
+using server::Socket;
+using server::TlsContext;
+
 namespace {
 
 // Whether this thread serves a connection, of whichever server.
@@ -109,7 +115,7 @@ void Server::dropConnections(const std::string& program) {
     std::vector<std::uint64_t> ids;
     for (auto& [id, r] : state_->running) {
         const auto info = r.connection->info();
-        if (!program.empty() && (!info || !sameName(info->program, program))) continue;
+        if (!program.empty() && (!info || !server::sameName(info->program, program))) continue;
         r.connection->cut();
         ids.push_back(id);
     }
@@ -128,8 +134,8 @@ void Server::startListening() {
 }
 
 void Server::State::listen() {
-    listening = listenOn(options.host, port != 0 ? port : options.port);
-    port = portOf(listening);
+    listening = server::listenOn(options.host, port != 0 ? port : options.port);
+    port = server::portOf(listening);
     wake = Socket(::eventfd(0, EFD_CLOEXEC));
     if (wake.get() < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
     accepting = true;
@@ -146,7 +152,7 @@ void Server::State::stopListening() {
 
 void Server::State::acceptClients() {
     while (accepting) {
-        Socket client = acceptOn(listening, wake);
+        Socket client = server::acceptOn(listening, wake);
         joinFinished();
         if (client.get() >= 0) start(std::move(client));
     }

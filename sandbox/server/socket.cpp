@@ -15,7 +15,7 @@
 #include <thread>
 #include <utility>
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 [[noreturn]] void fail(const std::string& what) {
@@ -122,4 +122,4 @@ Socket acceptOn(const Socket& listening, const Socket& wake) {
     return client;
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

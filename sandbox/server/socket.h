@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-namespace sandbox {
+namespace sandbox::server {
 
 // Owns a file descriptor.
 class Socket {
@@ -42,4 +42,4 @@ private:
 // The next client; waits. An empty socket: `wake` has become readable, or nothing can be accepted just now.
 [[nodiscard]] Socket acceptOn(const Socket& listening, const Socket& wake);
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -10,7 +10,7 @@
 #include <array>
 #include <string>
 
-namespace sandbox {
+namespace sandbox::server {
 namespace {
 
 [[noreturn]] void fail(const std::string& what) {
@@ -140,4 +140,4 @@ std::vector<std::uint8_t> TlsSession::outgoing() {
     return bytes;
 }
 
-}  // namespace sandbox
+}  // namespace sandbox::server

@@ -13,7 +13,7 @@
 struct ssl_ctx_st;
 struct ssl_st;
 
-namespace sandbox {
+namespace sandbox::server {
 
 class TlsError : public std::runtime_error {
 public:
@@ -53,4 +53,4 @@ private:
     std::shared_ptr<ssl_st> ssl_;
 };
 
-}  // namespace sandbox
+}  // namespace sandbox::server

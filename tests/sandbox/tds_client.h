@@ -73,7 +73,7 @@ public:
 private:
     [[nodiscard]] bool readExactly(std::span<std::uint8_t> into);
 
-    Socket socket_;
+    server::Socket socket_;
     Version version_ = Version::V74;
     std::size_t largest_ = 0;
 };
