@@ -62,6 +62,7 @@ int TTorvikPos::GetTargetId(const QString& AName) {
     return id;
 }
 
+// A server that lacks Ik_Fakturaregel refuses the batch (error 207): it binds columns before it runs anything.
 bool TTorvikPos::IsFakturaVedBackOffice(const QString& department) {
     db::Query& query = generalQuery({
         QStringLiteral("if exists ( select * from syscolumns c, sysobjects t where c.name = 'Ik_Fakturaregel' and "

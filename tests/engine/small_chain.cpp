@@ -35,6 +35,7 @@ CREATE TABLE OPPGJOR (OP_ID int, OP_TYPE varchar(20))
 sandbox::ServerOptions options() {
     sandbox::ServerOptions options;
     options.saPassword = "hemmelig";
+    options.tls = sandbox::TlsMode::NotSupported;
     options.engine.serverName = "BAKROM";
     return options;
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "engine/db/errors.h"
 #include "tests/engine/small_chain.h"
 
 namespace torvik {
@@ -53,6 +54,16 @@ TEST_F(InvoiceAtBackOffice, RuleColumnDecidesWhereItExists) {
     run("UPDATE Internkunde SET Ik_Fakturaregel = Ik_Ku_Id");
     EXPECT_EQ(answers(false), QStringLiteral("01")) << "1 is no, anything else yes";
     EXPECT_EQ(answers(true), QStringLiteral("10")) << "a chain installation turns it round";
+}
+
+// The server compiles the whole batch before it runs any of it, so the branch for older back offices is never reached.
+TEST_F(InvoiceAtBackOffice, BackOfficeWithoutTheRuleColumnRefusesTheBatch) {
+    try {
+        (void)answers(false);
+        FAIL() << "no exception";
+    } catch (const db::StatementError& error) {
+        EXPECT_EQ(error.Number, 207) << error.what();
+    }
 }
 
 }  // namespace
