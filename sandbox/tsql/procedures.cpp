@@ -72,10 +72,11 @@ std::vector<int> matchArguments(const std::vector<ast::Parameter>& parameters,
                         "output.",
                     procedure);
         }
-        places[at] = argument.useDefault ? -1 : static_cast<int>(i);
+        places[at] = static_cast<int>(i);
     }
     for (std::size_t i = 0; i < parameters.size(); ++i) {
-        if (places[i] < 0 && !parameters[i].defaultValue) raiseMissing(parameters[i], procedure, text, declarations);
+        const bool missing = places[i] < 0 || arguments[static_cast<std::size_t>(places[i])].useDefault;
+        if (missing && !parameters[i].defaultValue) raiseMissing(parameters[i], procedure, text, declarations);
     }
     return places;
 }
@@ -226,8 +227,8 @@ void Interpreter::fillParameters(Frame& callee, const std::vector<CallArgument>&
     const auto& parameters = callee.unit->parameters();
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         const int place = callee.argumentPlaces[i];
-        const Typed value =
-            place < 0 ? defaultOf(*parameters[i].defaultValue) : arguments[static_cast<std::size_t>(place)].value;
+        const CallArgument* given = place < 0 ? nullptr : &arguments[static_cast<std::size_t>(place)];
+        const Typed value = !given || given->useDefault ? defaultOf(*parameters[i].defaultValue) : given->value;
         const Type& type = parameters[i].type.type;
         callee.variables[i] = convert(value.value, value.type, type, session_.connection->functions().convert);
     }

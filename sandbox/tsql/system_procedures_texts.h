@@ -49,7 +49,7 @@ SELECT TABLE_QUALIFIER = CAST(TABLE_CATALOG AS nvarchar(128)), TABLE_OWNER = CAS
            WHEN 'date' THEN CASE @ODBCVer WHEN 3 THEN 91 ELSE 9 END WHEN 'time' THEN -154
            ELSE CASE @ODBCVer WHEN 3 THEN 93 ELSE 11 END END AS smallint),
        TYPE_NAME = CAST(DATA_TYPE AS nvarchar(128)),
-       PRECISION = CAST(CASE
+       [PRECISION] = CAST(CASE
            WHEN CHARACTER_MAXIMUM_LENGTH = -1 THEN 0
            WHEN CHARACTER_MAXIMUM_LENGTH IS NOT NULL THEN CHARACTER_MAXIMUM_LENGTH
            WHEN DATA_TYPE = 'bit' THEN 1 WHEN DATA_TYPE = 'float' THEN 15 WHEN DATA_TYPE = 'real' THEN 7
@@ -106,7 +106,7 @@ ORDER BY 1, 2, 3, 5)";
 
 inline constexpr std::string_view kTypesParameters = "@data_type int = 0, @ODBCVer int = 2";
 inline constexpr std::string_view kTypes = R"(
-SELECT TYPE_NAME = CAST(t.name AS nvarchar(128)), DATA_TYPE = CAST(t.odbc AS smallint), PRECISION = t.size,
+SELECT TYPE_NAME = CAST(t.name AS nvarchar(128)), DATA_TYPE = CAST(t.odbc AS smallint), [PRECISION] = t.size,
        LITERAL_PREFIX = CAST(t.prefix AS varchar(32)), LITERAL_SUFFIX = CAST(t.suffix AS varchar(32)),
        CREATE_PARAMS = CAST(t.parameters AS varchar(32)), NULLABLE = CAST(1 AS smallint),
        CASE_SENSITIVE = CAST(0 AS smallint), SEARCHABLE = CAST(t.searchable AS smallint),

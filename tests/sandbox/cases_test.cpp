@@ -37,7 +37,9 @@ std::string testName(const testing::TestParamInfo<Case>& info) {
 
 class TsqlCase : public testing::TestWithParam<Case> {};
 
-TEST_P(TsqlCase, GivesTheReplyThatTheFileTells) { EXPECT_EQ(runCase(GetParam()), ""); }
+TEST_P(TsqlCase, GivesTheReplyThatTheFileTells) {
+    EXPECT_EQ(runCase(GetParam()), "");
+}
 
 INSTANTIATE_TEST_SUITE_P(Files, TsqlCase, testing::ValuesIn(allCases()), testName);
 

@@ -1,5 +1,5 @@
-// Reads case files (batches and the replies that a server must give, in the form that run_cases.py knows) and runs their
-// cases on sessions of an engine in this process.
+// Reads case files (batches and the replies that a server must give, in the form that run_cases.py knows) and runs
+// their cases on sessions of an engine in this process.
 #pragma once
 
 #include <algorithm>
@@ -27,6 +27,8 @@ struct Case {
     std::string file;  // without folder and extension
     std::string name;
     std::vector<CaseBatch> batches;
+
+    friend void PrintTo(const Case& c, std::ostream* out) { *out << c.file << ": " << c.name; }
 };
 
 inline std::string strip(const std::string& text) {
@@ -189,7 +191,8 @@ inline std::string runCase(const Case& c) {
         }
         if (replyMatches(batch, reply.lines)) continue;
         wrong << batch.sql << "\n  wanted:\n";
-        for (const auto& line : batch.want.value_or(std::vector<std::string>{"(no error)"})) wrong << "    " << line << "\n";
+        for (const auto& line : batch.want.value_or(std::vector<std::string>{"(no error)"}))
+            wrong << "    " << line << "\n";
         wrong << "  got:\n";
         for (const auto& line : reply.lines) wrong << "    " << line << "\n";
     }

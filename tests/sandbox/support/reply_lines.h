@@ -7,23 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "sandbox/store/decimal.h"
 #include "sandbox/tsql/reply.h"
 
 namespace sandbox::test {
-
-inline std::string unscaledText(__int128 n, int scale) {
-    const bool negative = n < 0;
-    auto rest = negative ? -static_cast<unsigned __int128>(n) : static_cast<unsigned __int128>(n);
-    std::string digits;
-    do {
-        digits.insert(digits.begin(), static_cast<char>('0' + static_cast<int>(rest % 10)));
-        rest /= 10;
-    } while (rest != 0);
-    if (static_cast<int>(digits.size()) <= scale)
-        digits.insert(0, static_cast<std::size_t>(scale) + 1 - digits.size(), '0');
-    if (scale > 0) digits.insert(digits.size() - static_cast<std::size_t>(scale), ".");
-    return (negative ? "-" : "") + digits;
-}
 
 inline std::string dayText(std::int64_t daysSinceYearOne) {
     using namespace std::chrono;
@@ -93,7 +80,7 @@ inline std::string shown(const Type& type, const Value& value) {
         }
         return out;
     }
-    if (const auto* decimal = std::get_if<Decimal>(&value)) return unscaledText(decimal->unscaled, decimal->scale);
+    if (const auto* decimal = std::get_if<Decimal>(&value)) return toText(decimal->unscaled, decimal->scale);
     if (const auto* d = std::get_if<double>(&value)) return floatText(*d, type.id == TypeId::Real);
     if (const auto* guid = std::get_if<Guid>(&value)) {
         static constexpr int kOrder[] = {3, 2, 1, 0, -1, 5, 4, -1, 7, 6, -1, 8, 9, -1, 10, 11, 12, 13, 14, 15};
@@ -109,7 +96,7 @@ inline std::string shown(const Type& type, const Value& value) {
     const std::int64_t n = std::get<std::int64_t>(value);
     switch (type.id) {
         case TypeId::Money:
-        case TypeId::SmallMoney: return unscaledText(n, 4);
+        case TypeId::SmallMoney: return toText(n, 4);
         case TypeId::DateTime:
         case TypeId::SmallDateTime: {
             constexpr std::int64_t kDay = 86400LL * 300;
