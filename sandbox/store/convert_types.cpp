@@ -160,6 +160,11 @@ Type asDecimal(const Type& type) {
     }
 }
 
+Type literalBesideDecimal(const Type& type, const Value& literal) {
+    const auto* n = std::get_if<std::int64_t>(&literal);
+    return n && isInteger(type.id) ? decimalOf(digitCount(*n), 0, true) : type;
+}
+
 Type binaryResultType(BinaryOp op, const Type& a, const Type& b) {
     if (a.id == TypeId::Null && b.id == TypeId::Null) return {.id = TypeId::Int};
     if (a.id == TypeId::Null || b.id == TypeId::Null) {

@@ -37,4 +37,8 @@ enum class CompareOp : std::uint8_t { Equal, NotEqual, Less, LessOrEqual, Greate
 // An integer, money or bit type as the decimal that arithmetic with decimals takes it for: int is decimal(10,0).
 [[nodiscard]] Type asDecimal(const Type& type);
 
+// The type that an integer literal takes beside a decimal: as many digits as it has, so that 2.0 / 3 has six decimals.
+// Any other value keeps its type.
+[[nodiscard]] Type literalBesideDecimal(const Type& type, const Value& literal);
+
 }  // namespace sandbox

@@ -63,6 +63,7 @@ public:
 
     DateText read() {
         if (isoForm()) {
+            isoFirst_ = true;
             readDate();
             ++at_;  // T
             if (fault_ == DateTextFault::None) readTime();

@@ -211,7 +211,11 @@ Bound Binder::arithmetic(sandbox::BinaryOp op, const Bound& left, const Bound& r
     Bound out = combine(both);
     if (out.failed) return out;
     const bool ok = guard(line, [&] {
-        out.type = binaryResultType(op, left.type, right.type);
+        const auto beside = [](const Bound& side, const Bound& other) {
+            return side.literal && other.type.id == TypeId::Decimal ? literalBesideDecimal(side.type, *side.literal)
+                                                                    : side.type;
+        };
+        out.type = binaryResultType(op, beside(left, right), beside(right, left));
         if (left.type.id == TypeId::Null || right.type.id == TypeId::Null) {
             out.sql = "NULL";
         } else {
