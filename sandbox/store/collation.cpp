@@ -172,6 +172,12 @@ char16_t withoutAccent(char16_t unit) {
 
 }  // namespace
 
+std::string columnCollation(std::string_view name) {
+    if (name.empty() || sameName(name, "database_default")) return {};
+    (void)collationCode(name);
+    return std::string(name);
+}
+
 int collationCode(std::string_view name) {
     std::string folded = foldName(name);
     if (folded.empty() || folded == "database_default") folded = foldName(kDefaultCollation);

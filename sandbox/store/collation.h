@@ -16,6 +16,9 @@ inline constexpr std::string_view kDefaultCollation = "Danish_Norwegian_CI_AS";
 // known, with CI/CS, AS/AI, BIN, BIN2).
 [[nodiscard]] int collationCode(std::string_view name);
 
+// The name as a column definition keeps it: empty for Database_Default. Raises as collationCode does.
+[[nodiscard]] std::string columnCollation(std::string_view name);
+
 // The name to write after COLLATE in SQLite: "t_da_ci_as".
 [[nodiscard]] std::string sqliteCollation(std::string_view name);
 

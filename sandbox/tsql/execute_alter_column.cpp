@@ -94,8 +94,7 @@ void alterColumn(const ExecuteContext& context, const FoundObject& table, const 
     to.type = definition.type.type;
     // Not said: the column may be null from now on.
     to.nullable = definition.nullable.value_or(!from->identity);
-    to.collation = definition.collation;
-    if (!to.collation.empty()) (void)collationCode(to.collation);
+    to.collation = columnCollation(definition.collation);
     requireChangeable(context, table, *from, to);
     if (from->type != to.type) requireImplicitConversion(from->type, to.type);
     if (!to.nullable) requireNoNulls(context, table, *from);

@@ -132,8 +132,7 @@ void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
     column.name = from.name;
     column.type = from.type.type;
     column.nullable = from.nullable.value_or(!from.identity.has_value());
-    column.collation = from.collation;
-    if (!from.collation.empty()) (void)collationCode(from.collation);
+    column.collation = columnCollation(from.collation);
     column.columnId = ++table_.lastColumnId;
     if (from.identity) {
         if (!canBeIdentity(column.type)) {

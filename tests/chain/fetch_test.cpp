@@ -13,6 +13,7 @@ using sandbox::chain::ChainOptions;
 
 TEST(Fetch, EverySettlementOfEveryTillReachesTheBackOffice) {
     ChainRun run;
+    EXPECT_FALSE(run.postedWhole());
 
     run.fetch();
 

@@ -143,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(AtEachStep, LostBackOffice,
                          testing::Values("dl_tidspunkt > dateadd", "Temp_Betalingform_Import", "NEWID()",
                                          "POSOPPGJOR WHERE", "Temp_Ordre_Import", "ExecuteDtsFromPos", "DeleteFromTemp",
                                          "delete from dts_logg", "posbeholdningstransaksjoner", "Ik_Fakturaregel"),
-                         [](const auto& info) { return "Request" + std::to_string(info.index); });
+                         [](const auto& test) { return "Request" + std::to_string(test.index); });
 
 TEST(SettlementFaults, AfterALostBackOfficeTheOtherTillsOfTheSameRunAreFetched) {
     ChainRun run;

@@ -21,7 +21,9 @@ TEST(TransferSteps, EachDoesOneThing) {
     for (const TransferStep& step : transferSteps()) {
         EXPECT_FALSE(step.run && step.map) << step.p;
         EXPECT_TRUE(step.run || step.map || step.before != DtsLogg::None) << step.p;
-        if (step.map) EXPECT_STREQ(step.name, step.map->step);
+        if (step.map) {
+            EXPECT_STREQ(step.name, step.map->step);
+        }
     }
 }
 
@@ -62,12 +64,12 @@ TEST(StagingTables, AreMadeWhereTheyAreMissingAndLeftWhereTheyStand) {
         run.backOfficeValue("SELECT COUNT(*) FROM sysobjects WHERE xtype = 'U' AND name LIKE 'Temp[_]%[_]Import'"),
         "35");
     for (const TableMap* map : allTableMaps())
-        for (const ColumnRule& rule : map->columns)
-            if (rule.when == When::Always)
-                EXPECT_EQ(run.backOfficeValue(std::string("SELECT COUNT(*) FROM syscolumns WHERE id = OBJECT_ID('") +
-                                              map->target + "') AND name = '" + rule.target + "'"),
-                          "1")
-                    << map->target << "." << rule.target;
+        for (const ColumnRule& rule : map->columns) {
+            if (rule.when != When::Always) continue;
+            const std::string column = std::string("SELECT COUNT(*) FROM syscolumns WHERE id = OBJECT_ID('") +
+                                       map->target + "') AND name = '" + rule.target + "'";
+            EXPECT_EQ(run.backOfficeValue(column), "1") << map->target << "." << rule.target;
+        }
 }
 
 }  // namespace
