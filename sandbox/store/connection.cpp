@@ -14,6 +14,7 @@ namespace {
 
 constexpr std::size_t kMaxAttached = 10;  // SQLite's own limit
 constexpr std::size_t kMaxIdleStatements = 256;
+constexpr int kTempdb = 2;
 
 SqlError snapshotLost(int spid) {
     return SqlError(Message{.number = 1205,
@@ -31,7 +32,7 @@ bool isTemporaryName(std::string_view name) {
 
 std::shared_ptr<Database> makeTemporaryScope(const std::string& collation) {
     Database::Facts facts;
-    facts.id = 2;
+    facts.id = kTempdb;
     facts.name = "tempdb";
     facts.attachedAs = "temp";
     facts.collation = collation;
@@ -239,6 +240,10 @@ std::optional<FoundObject> Connection::find(std::string_view database, std::stri
 }
 
 // ---- temporary tables
+
+bool Connection::showsTemporary(const Database& database) const {
+    return database.id() == kTempdb;
+}
 
 void Connection::beginTemporaryScope() {
     std::shared_ptr<Database> scope = makeTemporaryScope(databases_.collation());

@@ -101,6 +101,9 @@ public:
     void dropTableVariables();  // of the innermost scope
     void dropAllTemporaryTables();
     [[nodiscard]] const std::shared_ptr<Database>& temporary() const { return temporaryScopes_.back(); }
+    [[nodiscard]] const std::vector<std::shared_ptr<Database>>& temporaryScopes() const { return temporaryScopes_; }
+    // Whether a database's catalogue views list them: tempdb's do.
+    [[nodiscard]] bool showsTemporary(const Database& database) const;
 
     // ---- transactions
     void begin();

@@ -96,7 +96,7 @@ std::int32_t Database::newObjectId() {
     const std::lock_guard guard(mutex_);
     const std::int64_t next = lastObjectId_ == 0 ? kFirstObjectId : std::int64_t{lastObjectId_} + kObjectIdStep;
     lastObjectId_ = static_cast<std::int32_t>(next & 0x7FFFFFFF);
-    return lastObjectId_;
+    return facts_.temporary ? -lastObjectId_ : lastObjectId_;  // beside tempdb's own
 }
 
 std::int32_t Database::lastObjectId() const {

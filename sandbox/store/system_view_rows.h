@@ -122,6 +122,8 @@ struct ObjectRow {
     const ForeignKeyDef* foreignKey = nullptr;
     const CheckDef* check = nullptr;
 };
+// The objects of a database; of tempdb also the session's temporary tables.
+[[nodiscard]] std::vector<std::shared_ptr<const ObjectDef>> visibleObjects(Connection& connection, Database& database);
 [[nodiscard]] std::vector<ObjectRow> allObjects(Connection& connection, Database& database);
 
 [[nodiscard]] std::vector<SystemView> objectViews();

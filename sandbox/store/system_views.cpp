@@ -65,7 +65,8 @@ struct Table : sqlite3_vtab {
 
     std::shared_ptr<Rows> current() {
         std::shared_ptr<const Catalog> now = source->connection->catalog(*source->database);
-        if (!rows || source->view->live || now != madeOf) {
+        const bool kept = rows && now == madeOf && !source->view->live;
+        if (!kept || source->connection->showsTemporary(*source->database)) {
             rows = std::make_shared<Rows>(source->view->rows(*source->connection, *source->database));
             madeOf = std::move(now);
         }

@@ -71,7 +71,7 @@ struct ColumnRow {
 
 std::vector<ColumnRow> columns(Connection& connection, Database& database) {
     std::vector<ColumnRow> rows;
-    for (const auto& object : connection.catalog(database)->all()) {
+    for (const auto& object : visibleObjects(connection, database)) {
         for (const ColumnDef& column : object->columns) {
             ColumnRow row;
             row.object = object;
@@ -109,7 +109,7 @@ struct ParameterRow {
 
 std::vector<ParameterRow> parameters(Connection& connection, Database& database) {
     std::vector<ParameterRow> rows;
-    for (const auto& object : connection.catalog(database)->all()) {
+    for (const auto& object : visibleObjects(connection, database)) {
         int number = 0;
         for (const ParameterDef& p : object->parameters) {
             rows.push_back({object->id, ++number, &p, typeFacts(p.type), object});

@@ -15,7 +15,7 @@ struct IndexRow {
 // A table without a clustered index has a row for its heap.
 std::vector<IndexRow> indexes(Connection& connection, Database& database) {
     std::vector<IndexRow> rows;
-    for (const auto& table : connection.catalog(database)->all()) {
+    for (const auto& table : visibleObjects(connection, database)) {
         if (table->kind != ObjectKind::Table) continue;
         bool clustered = false;
         for (const IndexDef& index : table->indexes) clustered = clustered || index.clustered;
@@ -35,8 +35,9 @@ std::vector<CountedIndexRow> countedIndexes(Connection& connection, Database& da
     for (IndexRow& row : indexes(connection, database)) {
         std::int64_t count = 0;
         if (row.index == nullptr || row.index->indexId == 1) {
-            Statement counter =
-                connection.prepare("SELECT count(*) FROM " + storageTable(database.attachedAs(), *row.table));
+            const std::string& schema =
+                row.table->id < 0 ? connection.temporary()->attachedAs() : database.attachedAs();
+            Statement counter = connection.prepare("SELECT count(*) FROM " + storageTable(schema, *row.table));
             if (counter.step()) count = std::get<std::int64_t>(readColumn(counter.get(), 0, kBigInt));
         }
         list.push_back({std::move(row), count});
@@ -82,7 +83,7 @@ struct ForeignKeyColumnRow {
 std::vector<ForeignKeyColumnRow> foreignKeyColumns(Connection& connection, Database& database) {
     std::vector<ForeignKeyColumnRow> rows;
     const auto catalog = connection.catalog(database);
-    for (const auto& table : catalog->all()) {
+    for (const auto& table : visibleObjects(connection, database)) {
         for (const ForeignKeyDef& key : table->foreignKeys) {
             const auto parent = catalog->findById(key.parentId);
             for (std::size_t i = 0; parent && i < key.columns.size(); ++i) {

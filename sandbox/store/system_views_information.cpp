@@ -12,7 +12,7 @@ struct TableRow {
 
 std::vector<TableRow> ofKinds(Connection& connection, Database& database, bool (*wanted)(ObjectKind)) {
     std::vector<TableRow> rows;
-    for (const auto& object : connection.catalog(database)->all()) {
+    for (const auto& object : visibleObjects(connection, database)) {
         if (wanted(object->kind)) rows.push_back({database.name(), object});
     }
     return rows;
@@ -41,7 +41,7 @@ struct ColumnRow {
 
 std::vector<ColumnRow> columns(Connection& connection, Database& database) {
     std::vector<ColumnRow> rows;
-    for (const auto& object : connection.catalog(database)->all()) {
+    for (const auto& object : visibleObjects(connection, database)) {
         int ordinal = 0;
         for (const ColumnDef& column : object->columns) {
             rows.push_back({database.name(), column.collation.empty() ? database.facts().collation : column.collation,

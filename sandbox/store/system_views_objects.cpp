@@ -162,9 +162,20 @@ SystemView bare(SystemView view) {
 
 }  // namespace
 
+std::vector<std::shared_ptr<const ObjectDef>> visibleObjects(Connection& connection, Database& database) {
+    auto objects = connection.catalog(database)->all();
+    if (!connection.showsTemporary(database)) return objects;
+    for (const auto& scope : connection.temporaryScopes()) {
+        for (auto& object : connection.catalog(*scope)->all()) {
+            if (!object->name.starts_with('@')) objects.push_back(std::move(object));
+        }
+    }
+    return objects;
+}
+
 std::vector<ObjectRow> allObjects(Connection& connection, Database& database) {
     std::vector<ObjectRow> rows;
-    for (const auto& object : connection.catalog(database)->all()) {
+    for (const auto& object : visibleObjects(connection, database)) {
         ObjectRow row{.name = object->name, .id = object->id, .object = object};
         row.type = typeOf(*object);
         row.description = descriptionOf(*object);

@@ -193,6 +193,25 @@ TEST_F(SystemViews, ServersDatabasesAndSessions) {
               (Rows{std::to_string(spid) + "|5|2|sleeping" + std::string(22, ' ') + "|sa" + std::string(126, ' ')}));
 }
 
+TEST_F(SystemViews, TempdbShowsTheSessionsOwnTemporaryTables) {
+    ObjectDef temporary = orders();
+    temporary.id = connection.temporary()->newObjectId();
+    temporary.name = "#kladd";
+    {
+        Write write(connection, *connection.temporary());
+        connection.run(createStorageSql("temp", temporary));
+        connection.put(*connection.temporary(), temporary);
+        write.done();
+    }
+    EXPECT_EQ(rows("", "sysobjects", "name", "WHERE xtype = 'U' AND name LIKE '#%'", "tempdb"), (Rows{"#kladd"}));
+    EXPECT_EQ(rows("", "sysindexes", "count(*)", "WHERE id < 0", "tempdb"), (Rows{"2"}));
+    EXPECT_EQ(connection.functions().objectId("tempdb..#KLADD", "U"), temporary.id);
+    Connection other(databases, 52);
+    EXPECT_EQ(other.functions().objectId("tempdb..#kladd", ""), std::nullopt);
+    connection.dropAllTemporaryTables();
+    EXPECT_EQ(rows("", "sysobjects", "count(*)", "WHERE name LIKE '#%'", "tempdb"), (Rows{"0"}));
+}
+
 TEST_F(SystemViews, FollowAChangeOfTheCatalogue) {
     EXPECT_EQ(rows("sys", "tables", "count(*)"), (Rows{"1"}));
     {
