@@ -1,6 +1,7 @@
 // One statement while it is bound: what was found, what went wrong, and the steps from syntax tree to SQLite text. Used
-// by the binder's own files only: expression*.cpp bind values and conditions, bind_query.cpp queries, bind_from.cpp
-// their tables, bind_write.cpp the rows of changes.
+// by the binder's own files only: expression*.cpp bind values and conditions, bind_query.cpp, bind_order.cpp and
+// bind_set.cpp queries, bind_from.cpp and bind_derived.cpp their tables, bind_insert.cpp and bind_change.cpp the rows
+// of changes.
 #pragma once
 
 #include <deque>
@@ -239,6 +240,9 @@ private:
     int lastAlias_ = 0;
     int viewDepth_ = 0;
 };
+
+// A select item as a column of its query.
+[[nodiscard]] OutputColumn outputOf(const Bound& item, std::string name);
 
 // Whether an aggregate stands in an expression, outside of its subqueries.
 [[nodiscard]] bool hasAggregate(const ast::Expr& expr);

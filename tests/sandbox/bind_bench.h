@@ -44,6 +44,7 @@ public:
     std::string value(const std::string& name);   // of a variable
     std::string plan(const std::string& text);    // EXPLAIN QUERY PLAN of a SELECT, a line each
     BoundQuery bind(const std::string& text);
+    BoundRows run(const BoundQuery& query);
 
     BindContext context;
 
@@ -52,7 +53,6 @@ private:
         Type type;
         Value value;
     };
-    BoundRows run(const BoundQuery& query);
     static void setVariable(sqlite3_context* context, int count, sqlite3_value** arguments);
 
     sqlite3* database_ = nullptr;

@@ -82,7 +82,7 @@ TEST_F(BindSelect, ColumnsHaveTheirNamesAndTypes) {
     const Case cases[] = {
         {"SELECT a, A AS n, b, a + 1, 'text' kind FROM t", "a int, n int, b varchar(10), - int, kind varchar(4)"},
         {"SELECT c, c * 2, SUM(c), AVG(c) FROM s GROUP BY c",
-         "c decimal(9,2), - numeric(20,2), - decimal(38,2), - decimal(38,6)"},
+         "c decimal(9,2), - numeric(11,2), - decimal(38,2), - decimal(38,6)"},
         {"SELECT NULL AS nothing, '' AS empty", "nothing int, empty varchar(1)"},
         {"SELECT N'ab' + 'cde', 1.50, 2e0, 0x1234", "- nvarchar(5), - numeric(3,2), - float, - varbinary(2)"},
         {"SELECT COUNT(*), MAX(b) FROM t", "- int, - varchar(10)"},
@@ -140,6 +140,27 @@ TEST_F(BindSelect, AssignmentsGoRowByRow) {
     EXPECT_EQ(bench.value("@n"), "11");
     bench.rows("SELECT @n = MAX(a), @m = COUNT(*) FROM s");
     EXPECT_EQ(bench.value("@n") + "/" + bench.value("@m"), "3/3");
+}
+
+TEST_F(BindSelect, ConditionsAndValuesAlone) {
+    const auto holds = [&](const std::string& condition) { return bench.change("IF " + condition + " PRINT 'x'"); };
+    EXPECT_EQ(holds("EXISTS (SELECT * FROM s WHERE a = 2) AND NOT 1 = 2"), "1");
+    EXPECT_EQ(holds("NULL = NULL"), "0");
+    EXPECT_EQ(holds("(SELECT COUNT(*) FROM t) = 3"), "1");
+    bench.context.options.ansiNulls = false;
+    EXPECT_EQ(holds("NULL = NULL"), "1");
+    EXPECT_EQ(bench.rows("SELECT a FROM t WHERE b = NULL"), "3");
+}
+
+TEST_F(BindSelect, LongListsAreNoLimit) {
+    std::string condition = "a = 0";
+    std::string values = "(0)";
+    for (int i = 1; i < 900; ++i) {
+        condition += " OR a = " + std::to_string(i);
+        values += ", (" + std::to_string(i) + ")";
+    }
+    EXPECT_EQ(bench.rows("SELECT COUNT(*) FROM t WHERE " + condition), "3");
+    EXPECT_EQ(bench.rows("SELECT COUNT(*) FROM (VALUES " + values + ") AS v (n)"), "900");
 }
 
 TEST_F(BindSelect, IntoTellsTheNewColumns) {

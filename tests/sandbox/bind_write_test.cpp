@@ -105,6 +105,32 @@ TEST_F(BindWrite, InsertsPlaceColumnsOfTheTable) {
     EXPECT_TRUE(insert("INSERT i EXEC p").fromExecute);
 }
 
+TEST_F(BindWrite, RowsFromOutsideAreConvertedAndCompleted) {
+    const ResolvedObject target = *bench.context.find("", "", "t");
+    const std::vector<Type> types = {Type{.id = TypeId::VarChar, .length = 5}, Type{.id = TypeId::BigInt}};
+    BoundInsert insert = bindInsertRows(bench.context, target, {"a", "id"}, types, false);
+    insert.source.parameters[0].literal = std::string("12");
+    insert.source.parameters[1].literal = std::int64_t{7};
+    EXPECT_EQ(bench.run(insert.source).rows, (std::vector<std::vector<std::string>>{{"12", "7", "df "}}));
+    EXPECT_THROW(static_cast<void>(bindInsertRows(bench.context, target, {"a"}, types, false)), SqlError);
+}
+
+TEST_F(BindWrite, ChecksFindTheRowsThatBreakThem) {
+    const ResolvedObject table = *bench.context.find("", "", "t");
+    EXPECT_EQ(bench.run(bindCheck(bench.context, table, "a > 15 OR id < 0", false)).rows.size(), 1u);
+    BoundQuery one = bindCheck(bench.context, table, "a > 15", true);
+    one.parameters[0].literal = std::int64_t{2};
+    EXPECT_TRUE(bench.run(one).rows.empty());
+    one.parameters[0].literal = std::int64_t{3};  // NULL breaks nothing
+    EXPECT_TRUE(bench.run(one).rows.empty());
+}
+
+TEST_F(BindWrite, DefaultsAreOfTheirColumn) {
+    const ResolvedObject table = *bench.context.find("", "", "t");
+    EXPECT_EQ(bench.run(bindDefault(bench.context, table.object->columns[2])).rows[0][0], "df ");
+    EXPECT_EQ(bench.run(bindDefault(bench.context, table.object->columns[1])).rows[0][0], "NULL");
+}
+
 TEST_F(BindWrite, TextThatDoesNotFitIsRefused) {
     EXPECT_EQ(bench.errors("INSERT t (name) VALUES ('abcd')").substr(0, 5), "8152:");
     EXPECT_EQ(bench.errors("UPDATE t SET name = 'abcd'").substr(0, 5), "8152:");

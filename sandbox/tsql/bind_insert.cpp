@@ -1,10 +1,9 @@
-// INSERT, UPDATE and DELETE: the rows and values that are to be written.
+// INSERT: the rows that are to be stored, whole, with defaults.
 #include <algorithm>
-#include <set>
 
-#include "sandbox/store/collation.h"
-#include "sandbox/store/sql_functions.h"
+#include "sandbox/store/convert_types.h"
 #include "sandbox/tsql/ast.h"
+#include "sandbox/tsql/bind_target.h"
 #include "sandbox/tsql/binder.h"
 
 namespace sandbox {
@@ -12,57 +11,12 @@ namespace sandbox {
 using binder::Binder;
 using binder::Bound;
 using binder::Clause;
-using binder::quoted;
+using binder::fullName;
+using binder::isStored;
+using binder::isView;
 using binder::Scope;
-using binder::Source;
 
 namespace {
-
-constexpr Type kRowId{.id = TypeId::BigInt};
-
-// "Db.dbo.t", as the error about text that does not fit names a table.
-std::string fullName(const ResolvedObject& table) {
-    return table.database + "." + table.object->schema + "." + table.object->name;
-}
-
-bool isView(const ResolvedObject& found) {
-    return found.object->kind == ObjectKind::View;
-}
-
-bool isStored(const ColumnDef& column) {
-    return column.computedText.empty();
-}
-
-std::optional<ResolvedObject> resolveTarget(Binder& binder, const ast::Target& target) {
-    if (!target.variable.empty()) return binder.resolveVariableTable(target.variable, target.place.line);
-    std::optional<ResolvedObject> found = binder.resolve(target.name);
-    if (!found) binder.reportMissing(target.name);
-    return found;
-}
-
-void refuse(Binder& binder, std::string_view what, int line) {
-    binder.report(binder::notSupported(what, line));
-}
-
-void missingColumn(Binder& binder, const std::string& name, int line) {
-    binder.fail(207, 16, 1, line, "Invalid column name '" + name + "'.");
-}
-
-void twice(Binder& binder, const std::string& name, int line) {
-    binder.fail(264, 16, 1, line,
-                "The column name '" + name +
-                    "' is specified more than once in the SET clause or column list of an INSERT. A column cannot be "
-                    "assigned more than one value in the same clause. Modify the clause to make sure that a column is "
-                    "updated only once. If this statement updates or inserts columns into a view, column aliasing can "
-                    "conceal the duplication in your code.");
-}
-
-void notModifiable(Binder& binder, const std::string& name, int line) {
-    binder.fail(271, 16, 1, line,
-                "The column \"" + name +
-                    "\" cannot be modified because it is either a computed column or is the result of a UNION "
-                    "operator.");
-}
 
 // The columns that an INSERT fills, in its order.
 std::vector<const ColumnDef*> listedColumns(Binder& binder, const ObjectDef& table,
@@ -79,11 +33,11 @@ std::vector<const ColumnDef*> listedColumns(Binder& binder, const ObjectDef& tab
         const int at = i < places.size() ? places[i].line : line;
         const ColumnDef* column = table.findColumn(names[i]);
         if (column == nullptr) {
-            missingColumn(binder, names[i], at);
+            reportMissingColumn(binder, names[i], at);
             continue;
         }
-        if (!isStored(*column)) notModifiable(binder, column->name, at);
-        if (std::find(out.begin(), out.end(), column) != out.end()) twice(binder, names[i], at);
+        if (!isStored(*column)) reportNotModifiable(binder, column->name, at);
+        if (std::find(out.begin(), out.end(), column) != out.end()) reportNamedTwice(binder, names[i], at);
         out.push_back(column);
     }
     return out;
@@ -265,100 +219,6 @@ std::string selectText(Binder& binder, InsertBinder& insert, const ObjectDef& ta
     return "SELECT " + insert.listOrNull(list) + " FROM (" + binder::render(*node) + ") AS q" + limit;
 }
 
-// What UPDATE and DELETE share: the table to change, found by its own name or as a FROM item, and the rows.
-struct ChangeSource {
-    Source* target = nullptr;
-    std::string from;       // SQLite FROM text
-    std::string condition;  // of applies
-    bool joined = false;
-};
-
-bool sameObject(const Source& source, const ResolvedObject& object) {
-    return source.object && source.object->object == object.object && source.object->attachedAs == object.attachedAs;
-}
-
-ChangeSource changeSource(Binder& binder, const ast::Target& target, const std::vector<ast::TableRefPtr>& from,
-                          Scope& scope, std::string_view verb) {
-    ChangeSource out;
-    const int line = target.place.line;
-    const binder::TableText tables = binder.tables(from, scope);
-    out.from = tables.sql;
-    out.condition = tables.condition;
-    out.joined = tables.sources.size() > 1;
-    const bool isName = target.variable.empty();
-    ast::ObjectName name = target.name;
-    if (!isName) name.name = target.variable;
-    out.target = binder::findSource(scope, name, binder.database());  // an alias, or a table without one
-    if (out.target == nullptr || (out.target->hasAlias && !name.schema.empty())) {
-        out.target = nullptr;
-        if (name.schema.empty() && binder.isCte(name.name)) {
-            refuse(binder, std::string(verb) + " of a common table expression", line);
-            return out;
-        }
-        const std::optional<ResolvedObject> found = resolveTarget(binder, target);
-        if (!found) return out;
-        for (Source* source : scope.sources) {
-            if (!sameObject(*source, *found)) continue;
-            if (out.target != nullptr) {
-                binder.fail(8154, 16, 1, line, "The table '" + name.written() + "' is ambiguous.");
-                return out;
-            }
-            out.target = source;
-        }
-        if (out.target == nullptr && isView(*found)) {
-            refuse(binder, std::string(verb) + " of a view", line);
-            return out;
-        }
-        if (out.target == nullptr) {
-            out.target = binder.addTable(*found, name, "");
-            scope.sources.push_back(out.target);
-            out.joined = !out.from.empty();
-            const bool parenthesized = tables.needsParentheses;
-            const std::string others = parenthesized ? "(" + out.from + ")" : out.from;
-            out.from = Binder::tableSql(*out.target) + (out.from.empty() ? "" : ", " + others);
-        }
-    }
-    if (out.target->missing) {
-        out.target = nullptr;
-        return out;
-    }
-    if (!out.target->object || isView(*out.target->object)) {
-        refuse(binder, std::string(verb) + " of a view or derived table", line);
-        out.target = nullptr;
-    }
-    return out;
-}
-
-std::string rowsOf(Binder& binder, const ChangeSource& source, const std::string& items, const ast::ExprPtr& where,
-                   Scope& scope, const std::optional<ast::Top>& top) {
-    const std::string row = quoted(source.target->alias) + "._rowid_";
-    std::string condition = source.condition;
-    const auto require = [&](const std::string& more) { condition += (condition.empty() ? "" : " AND ") + more; };
-    if (where) {
-        scope.clause = Clause::Where;
-        require(binder.condition(*where, scope));
-    }
-    if (source.target->nullableSide) require(row + " IS NOT NULL");
-    std::string sql = "SELECT " + items + " FROM " + source.from;
-    if (!condition.empty()) sql += " WHERE " + condition;
-    if (!top) return sql;
-    if (source.joined) sql += " GROUP BY " + row;
-    const std::string count = binder.rowCount(*top->count, top->percent);
-    if (!top->percent) return sql + " LIMIT " + count;
-    return sql + " LIMIT (SELECT CAST(count(*) * " + count + " / 100.0 + 0.999999999 AS INTEGER) FROM (" + sql + "))";
-}
-
-// SET @v = expr: evaluated with the row id, so that the variables have their values before the columns take theirs.
-std::string rowIdItem(const std::string& row, const std::vector<std::string>& assignments) {
-    if (assignments.empty()) return row;
-    std::string all;
-    for (const std::string& each : assignments) {
-        if (!all.empty()) all += " + ";
-        all += "(" + each + " IS NULL)";
-    }
-    return "(CASE WHEN " + all + " >= 0 THEN " + row + " END)";
-}
-
 }  // namespace
 
 BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement) {
@@ -366,9 +226,9 @@ BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement)
     BoundInsert out;
     const int line = statement.target.place.line;
     const Binder::CteGuard ctes = binder.enterCtes(statement.ctes);
-    if (statement.output) refuse(binder, "OUTPUT", line);
+    if (statement.output) reportNotSupported(binder, "OUTPUT", line);
     const std::optional<ResolvedObject> target = resolveTarget(binder, statement.target);
-    if (target && isView(*target)) refuse(binder, "INSERT into a view", line);
+    if (target && isView(*target)) reportNotSupported(binder, "INSERT into a view", line);
     if (!target || isView(*target)) {
         binder.throwIfFailed();
         return out;
@@ -421,126 +281,16 @@ BoundInsert bindInsertRows(const BindContext& context, const ResolvedObject& tar
     for (std::size_t i = 0; i < types.size(); ++i) {
         Bound value;
         value.type = types[i];
-        value.sql = binder.parameter(
-            {.kind = Parameter::Kind::Input, .slot = static_cast<int>(i) + 1, .name = {}, .type = types[i], .literal = {}});
+        value.sql = binder.parameter({.kind = Parameter::Kind::Input,
+                                      .slot = static_cast<int>(i) + 1,
+                                      .name = {},
+                                      .type = types[i],
+                                      .literal = {}});
         if (i > 0) list += ", ";
         list += insert.stored(i, value, context.line);
     }
     list += insert.defaults(list.empty());
     insert.finish("SELECT " + insert.listOrNull(list));
-    return out;
-}
-
-BoundUpdate bindUpdate(const BindContext& context, const ast::Update& statement) {
-    Binder binder(context);
-    BoundUpdate out;
-    const int line = statement.target.place.line;
-    const Binder::CteGuard ctes = binder.enterCtes(statement.ctes);
-    if (statement.output) refuse(binder, "OUTPUT", line);
-    Scope scope;
-    const ChangeSource source = changeSource(binder, statement.target, statement.from, scope, "UPDATE");
-    if (source.target == nullptr) {
-        binder.throwIfFailed();
-        return out;
-    }
-    out.target = *source.target->object;
-    out.mayRepeat = source.joined;
-    const ObjectDef& table = *out.target.object;
-    const std::string tableName = fullName(out.target);
-    for (const ast::Assignment& assignment : statement.assignments) {
-        if (!assignment.variable.empty()) binder.assignedVariables.insert(foldName(assignment.variable));
-    }
-    scope.clause = Clause::Set;
-    binder.perRowVariables = true;
-    std::vector<std::string> assignments;
-    std::string values;
-    std::vector<ResultColumn> columns = {{.name = {}, .type = kRowId, .nullable = false}};
-    for (const ast::Assignment& assignment : statement.assignments) {
-        const int at = assignment.place.line;
-        std::optional<VariableRef> variable;
-        if (!assignment.variable.empty()) variable = binder.assignableVariable(assignment.variable, at);
-        if (!assignment.column) {
-            Bound value = binder.value(*assignment.expr, scope);
-            if (!variable) continue;
-            if (assignment.op != ast::AssignOp::Set) {
-                ast::Expr self{.place = assignment.place, .node = ast::Variable{assignment.variable}, .text = {}};
-                value = binder.compound(assignment.op, binder.value(self, scope), value, at);
-            }
-            assignments.push_back(binder.setVariable(*variable, value, at));
-            continue;
-        }
-        const ast::ColumnRef& reference = *assignment.column;
-        if (reference.table) {
-            Scope own;
-            own.sources = {source.target};
-            ast::ObjectName tableOfColumn = *reference.table;
-            const bool named = binder::findSource(own, tableOfColumn, binder.database()) != nullptr ||
-                               sameName(tableOfColumn.name, table.name);
-            if (!named) {
-                binder.fail(4104, 16, 1, at,
-                            "The multi-part identifier \"" + reference.written() + "\" could not be bound.");
-                continue;
-            }
-        }
-        const ColumnDef* column = table.findColumn(reference.name);
-        Bound value;
-        if (ast::as<ast::DefaultValue>(*assignment.expr)) {
-            if (column != nullptr) value = binder.defaultOf(*column);
-        } else {
-            value = binder.value(*assignment.expr, scope);
-        }
-        if (column == nullptr) {
-            missingColumn(binder, reference.name, at);
-            continue;
-        }
-        if (column->identity) {
-            binder.fail(8102, 16, 1, at, "Cannot update identity column '" + column->name + "'.");
-        }
-        if (!isStored(*column)) notModifiable(binder, column->name, at);
-        if (std::find(out.columns.begin(), out.columns.end(), column) != out.columns.end()) {
-            twice(binder, reference.name, at);
-        }
-        if (assignment.op != ast::AssignOp::Set) {
-            ast::Expr self{.place = assignment.place, .node = ast::ColumnRef{{}, reference.name}, .text = {}};
-            Scope own;
-            own.sources = {source.target};
-            value = binder.compound(assignment.op, binder.value(self, own), value, at);
-        }
-        if (variable) {  // @v = column = expr: the column takes what the variable got
-            const std::string set = binder.setVariable(*variable, value, at);
-            value = Bound{};
-            value.sql = set;
-            value.type = variable->type;
-        }
-        out.columns.push_back(column);
-        values += ", " + binder.stored(value, *column, tableName, at);
-        columns.push_back({.name = column->name, .type = column->type, .nullable = column->nullable});
-    }
-    binder.perRowVariables = false;
-    const std::string row = quoted(source.target->alias) + "._rowid_";
-    const std::string sql =
-        rowsOf(binder, source, rowIdItem(row, assignments) + values, statement.where, scope, statement.top);
-    out.source = binder.finish(sql);
-    out.source.columns = std::move(columns);
-    return out;
-}
-
-BoundDelete bindDelete(const BindContext& context, const ast::Delete& statement) {
-    Binder binder(context);
-    BoundDelete out;
-    const Binder::CteGuard ctes = binder.enterCtes(statement.ctes);
-    if (statement.output) refuse(binder, "OUTPUT", statement.target.place.line);
-    Scope scope;
-    const ChangeSource source = changeSource(binder, statement.target, statement.from, scope, "DELETE");
-    if (source.target == nullptr) {
-        binder.throwIfFailed();
-        return out;
-    }
-    out.target = *source.target->object;
-    out.mayRepeat = source.joined;
-    const std::string row = quoted(source.target->alias) + "._rowid_";
-    out.source = binder.finish(rowsOf(binder, source, row, statement.where, scope, statement.top));
-    out.source.columns.push_back({.name = {}, .type = kRowId, .nullable = false});
     return out;
 }
 

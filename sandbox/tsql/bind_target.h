@@ -1,0 +1,26 @@
+// The table that an INSERT, UPDATE or DELETE changes, and the errors about its columns. Used by bind_insert.cpp and
+// bind_change.cpp.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "sandbox/tsql/binder.h"
+
+namespace sandbox::binder {
+
+// "Db.dbo.t", as the error about text that does not fit names a table.
+[[nodiscard]] std::string fullName(const ResolvedObject& table);
+[[nodiscard]] bool isView(const ResolvedObject& found);
+[[nodiscard]] bool isStored(const ColumnDef& column);  // not computed
+
+// Empty, with the error reported, where there is none.
+[[nodiscard]] std::optional<ResolvedObject> resolveTarget(Binder& binder, const ast::Target& target);
+
+void reportNotSupported(Binder& binder, std::string_view what, int line);
+void reportMissingColumn(Binder& binder, const std::string& name, int line);  // 207
+void reportNamedTwice(Binder& binder, const std::string& name, int line);     // 264
+void reportNotModifiable(Binder& binder, const std::string& name, int line);  // 271
+
+}  // namespace sandbox::binder
