@@ -73,13 +73,18 @@ QString odbcQuoted(const QString& value) {
     return u'{' + QString(value).replace(u'}', QStringLiteral("}}")) + u'}';
 }
 
-// FreeTDS ends a value in braces at "};" or at the end and takes all else as it stands, "}}" too; a value without
-// braces ends at the next ";".
-QString freeTdsQuoted(const QString& value) {
+// FreeTDS before 1.4 ends a value in braces at the next "};" and takes all else as it stands, "}}" too.
+QString oldFreeTdsQuoted(const QString& value) {
     if (value.contains(QStringLiteral("};")))
-        throw UsageError(QStringLiteral("FreeTDS cannot be given a name or password that holds \"};\""));
+        throw UsageError(QStringLiteral("FreeTDS before 1.4 cannot be given a name or password that holds \"};\""));
+    return u'{' + value + u'}';
+}
+
+// Braces only where they are needed: a port or version in braces is no number to FreeTDS.
+QString freeTdsQuoted(const QString& value, const OdbcDriver& driver) {
     const bool plain = !value.contains(u';') && !value.startsWith(u'{') && value == value.trimmed();
-    return plain ? value : u'{' + value + u'}';
+    if (plain) return value;
+    return driver.DoublesBraces ? odbcQuoted(value) : oldFreeTdsQuoted(value);
 }
 
 }  // namespace
@@ -220,8 +225,9 @@ ServerAddress parseServer(const QString& server) {
 QString odbcConnectString(const ConnectSettings& s, const OdbcDriver& driver) {
     const ServerAddress address = parseServer(s.Server);
     QStringList parts;
-    const auto quoted = driver.FreeTds ? freeTdsQuoted : odbcQuoted;
-    const auto add = [&](const char* key, const QString& value) { parts += QLatin1String(key) + u'=' + quoted(value); };
+    const auto add = [&](const char* key, const QString& value) {
+        parts += QLatin1String(key) + u'=' + (driver.FreeTds ? freeTdsQuoted(value, driver) : odbcQuoted(value));
+    };
     if (driver.FreeTds) {
         // A port beats an instance name: FreeTDS takes only one of them.
         if (address.Port == 0 && !address.Instance.isEmpty()) {
@@ -249,7 +255,7 @@ QString odbcConnectString(const ConnectSettings& s, const OdbcDriver& driver) {
         add("PWD", s.Password);
     }
     if (!s.ApplicationName.isEmpty()) add("APP", s.ApplicationName);
-    return parts.join(u';');
+    return parts.join(u';') + u';';  // FreeTDS wants "};" behind a last value in braces
 }
 
 }  // namespace torvik::db

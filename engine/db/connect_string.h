@@ -42,6 +42,7 @@ using KeywordList = QList<QPair<QString, QString>>;
 struct OdbcDriver {
     QString Name;
     bool FreeTds = false;
+    bool DoublesBraces = true;  // "}}" stands for "}" within {}: not so in FreeTDS before 1.4
 };
 // The newest of Microsoft's drivers among the registered ones, else FreeTDS (registered, or its library file where it
 // is installed). Raises ConnectionError that names what to install.

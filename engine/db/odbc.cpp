@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QLibrary>
 #include <QRegularExpression>
+#include <QVersionNumber>
 #include <array>
 
 namespace torvik::db::odbc {
@@ -54,6 +55,17 @@ Registered registeredDrivers() {
     return found;
 }
 
+// The driver's own version, which it tells before there is a connection.
+QVersionNumber version(const Api& calls) {
+    const Handle env(calls, SQL_HANDLE_ENV, SQL_NULL_HANDLE);
+    calls.SQLSetEnvAttr(env.get(), SQL_ATTR_ODBC_VERSION, number(SQL_OV_ODBC3), 0);
+    const Handle dbc(calls, SQL_HANDLE_DBC, env.get());
+    std::array<char, 64> text{};
+    SQLSMALLINT length = 0;
+    calls.SQLGetInfo(dbc.get(), SQL_DRIVER_VER, text.data(), SQLSMALLINT(text.size()), &length);
+    return QVersionNumber::fromString(QLatin1String(text.data()));
+}
+
 Api load() {
     const Registered registered = registeredDrivers();
     // A path that stands registered comes first; a bare file name, which only unixODBC's own search path finds, last.
@@ -82,6 +94,7 @@ Api load() {
 #define TORVIK_ODBC_RESOLVE(name) resolve(calls.name, #name);
     TORVIK_ODBC_CALLS(TORVIK_ODBC_RESOLVE)
 #undef TORVIK_ODBC_RESOLVE
+    calls.driver.DoublesBraces = version(calls) >= QVersionNumber(1, 4);
     return calls;
 }
 

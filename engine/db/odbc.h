@@ -23,6 +23,7 @@ namespace torvik::db::odbc {
     CALL(SQLFreeHandle)         \
     CALL(SQLSetEnvAttr)         \
     CALL(SQLSetConnectAttrW)    \
+    CALL(SQLGetInfo)            \
     CALL(SQLGetConnectAttrW)    \
     CALL(SQLDriverConnectW)     \
     CALL(SQLDisconnect)         \

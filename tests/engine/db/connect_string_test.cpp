@@ -137,20 +137,43 @@ TEST(ConnectString, MicrosoftsDriverGetsQuotedValues) {
     s.Password = QStringLiteral("a;b}c");
     EXPECT_EQ(odbcConnectString(s, kMicrosoft),
               QStringLiteral("Driver={ODBC Driver 18 for SQL Server};Server={tcp:hk01,1433};Encrypt={no};"
-                             "TrustServerCertificate={no};Database={Kjede};UID={sa};PWD={a;b}}c}"));
+                             "TrustServerCertificate={no};Database={Kjede};UID={sa};PWD={a;b}}c};"));
 }
 
 TEST(ConnectString, FreeTdsGetsHostAndPortOrInstance) {
     ConnectSettings s;
     s.Username = QStringLiteral("sa");
     s.Server = QStringLiteral("hk01");
-    EXPECT_EQ(odbcConnectString(s, kFreeTds), QStringLiteral("Server=hk01;Port=1433;TDS_Version=7.4;UID=sa;PWD="));
+    EXPECT_EQ(odbcConnectString(s, kFreeTds), QStringLiteral("Server=hk01;Port=1433;TDS_Version=7.4;UID=sa;PWD=;"));
     s.Server = QStringLiteral("hk01\\SQL");
-    EXPECT_EQ(odbcConnectString(s, kFreeTds), QStringLiteral("Server=hk01\\SQL;TDS_Version=7.4;UID=sa;PWD="));
+    EXPECT_EQ(odbcConnectString(s, kFreeTds), QStringLiteral("Server=hk01\\SQL;TDS_Version=7.4;UID=sa;PWD=;"));
     s.Server = QStringLiteral("hk01\\SQL,1444");
     s.Encrypt = true;
     EXPECT_EQ(odbcConnectString(s, kFreeTds),
-              QStringLiteral("Server=hk01;Port=1444;TDS_Version=7.4;Encryption=require;UID=sa;PWD="));
+              QStringLiteral("Server=hk01;Port=1444;TDS_Version=7.4;Encryption=require;UID=sa;PWD=;"));
+}
+
+TEST(ConnectString, FreeTdsGetsBracesOnlyWhereTheyAreNeeded) {
+    struct Case {
+        const char* password;
+        const char* before14;
+        const char* since14;
+    };
+    for (const Case& c : {Case{"a}b", "a}b", "a}b"}, Case{"a;b", "{a;b}", "{a;b}"}, Case{"{a}", "{{a}}", "{{a}}}"},
+                          Case{" a ", "{ a }", "{ a }"}}) {
+        ConnectSettings s;
+        s.Server = QStringLiteral("h");
+        s.Password = QLatin1String(c.password);
+        OdbcDriver driver = kFreeTds;
+        EXPECT_TRUE(odbcConnectString(s, driver).contains(QStringLiteral(";PWD=%1;").arg(QLatin1String(c.since14))));
+        driver.DoublesBraces = false;
+        EXPECT_TRUE(odbcConnectString(s, driver).contains(QStringLiteral(";PWD=%1;").arg(QLatin1String(c.before14))));
+    }
+    ConnectSettings s;
+    s.Password = QStringLiteral("a};b");
+    OdbcDriver old = kFreeTds;
+    old.DoublesBraces = false;
+    EXPECT_THROW(static_cast<void>(odbcConnectString(s, old)), UsageError);
 }
 
 TEST(ConnectString, WindowsLoginSendsNoUser) {
