@@ -55,7 +55,8 @@ done < <(grep '^till ' "$folder/chain.txt")
 count_rows() { # FILE-PREFIX
     for entry in "${databases[@]}"; do
         IFS='|' read -r name host port user secret database <<<"$entry"
-        scripts/table_rows "$host" "$port" "$user" "$secret" "$database" >"$folder/$1 ${name//\//-}.txt"
+        scripts/table_rows "$host" "$port" "$user" "$secret" "$database" |
+            LC_ALL=C sort >"$folder/$1 ${name//\//-}.txt"
     done
 }
 count_rows before
@@ -79,8 +80,10 @@ AutoStartTime=$(date -d '+45 seconds' +%H:%M):00
 cbAutoStart=$([ -n "$headless" ] && echo true || echo false)
 CONF
 
-run_program() {
-    (cd "$folder/temp" && TMPDIR="$folder/temp" XDG_CONFIG_HOME="$folder/settings" exec "$folder/program/TorvikPosSync")
+run_program() { # takes the shell's place: call it in one of its own
+    cd "$folder/temp"
+    [ -n "${XDG_RUNTIME_DIR:-}" ] || { mkdir -m 700 runtime && export XDG_RUNTIME_DIR=$folder/temp/runtime; }
+    TMPDIR=$folder/temp XDG_CONFIG_HOME=$folder/settings exec "$folder/program/TorvikPosSync"
 }
 
 if [ -n "$headless" ]; then
@@ -105,7 +108,7 @@ if [ -n "$headless" ]; then
     wait "$program_pid" || { echo "the program ended with exit code $?"; exit 1; }
 else
     echo "== Opening the program. \"Ta oppgjør manuelt\" fetches; close the window to go on."
-    run_program || { echo "the program ended with exit code $?"; exit 1; }
+    (run_program) || { echo "the program ended with exit code $?"; exit 1; }
 fi
 
 count_rows after
@@ -113,7 +116,7 @@ echo "== Rows by table, before -> after"
 for entry in "${databases[@]}"; do
     name=${entry%%|*}
     echo "$name"
-    join -t "$(printf '\t')" -a 2 -e 0 -o 0,1.2,2.2 "$folder/before ${name//\//-}.txt" "$folder/after ${name//\//-}.txt" |
+    LC_ALL=C join -t "$(printf '\t')" -a 2 -e 0 -o 0,1.2,2.2 "$folder/before ${name//\//-}.txt" "$folder/after ${name//\//-}.txt" |
         awk -F '\t' '$2 != 0 || $3 != 0 { printf "  %-34s %6d -> %6d%s\n", $1, $2, $3, $2 == $3 ? "" : "  *" }'
 done
 echo "== Logs: $folder/program/Log, $folder/program/TorvikPos.log"

@@ -3,6 +3,7 @@
 #include "shell/status_tree_model.h"
 
 #include <QBrush>
+#include <QTimer>
 #include <algorithm>
 #include <array>
 
@@ -39,16 +40,27 @@ StatusTreeModel::StatusTreeModel(TfraOppgjorStatus& status, QObject* parent)
     : QAbstractItemModel(parent), status_(status) {
     for (QAbstractItemModel* table : {static_cast<QAbstractItemModel*>(&status.memOppgjorStatus),
                                       static_cast<QAbstractItemModel*>(&status.memLogEntries)}) {
-        connect(table, &QAbstractItemModel::modelReset, this, &StatusTreeModel::rebuild);
-        connect(table, &QAbstractItemModel::rowsInserted, this, &StatusTreeModel::rebuild);
-        connect(table, &QAbstractItemModel::dataChanged, this, &StatusTreeModel::rebuild);
+        connect(table, &QAbstractItemModel::modelReset, this, &StatusTreeModel::changed);
+        connect(table, &QAbstractItemModel::rowsInserted, this, &StatusTreeModel::changed);
+        connect(table, &QAbstractItemModel::dataChanged, this, &StatusTreeModel::changed);
     }
-    connect(&status.memLogEntries, &LogEntryTable::FilterChanged, this, &StatusTreeModel::rebuild);
+    connect(&status.memLogEntries, &LogEntryTable::FilterChanged, this, &StatusTreeModel::changed);
     rebuild();
+}
+
+void StatusTreeModel::changed() {
+    if (stale_) return;
+    stale_ = true;
+    QTimer::singleShot(0, this, &StatusTreeModel::follow);
+}
+
+void StatusTreeModel::follow() {
+    if (stale_) rebuild();
 }
 
 void StatusTreeModel::rebuild() {
     beginResetModel();
+    stale_ = false;
     tills_.clear();
     for (int row = 0; row < status_.memOppgjorStatus.RecordCount(); ++row) {
         const OppgjorStatusRow& till = status_.memOppgjorStatus.Row(row);
@@ -98,6 +110,7 @@ QVariant StatusTreeModel::data(const QModelIndex& index, int role) const {
 
 QVariant StatusTreeModel::tillData(int statusRow, int column, int role) const {
     const OppgjorStatusTable& table = status_.memOppgjorStatus;
+    if (statusRow >= table.RecordCount()) return {};
     if (column == Status) {
         if (role == Qt::DecorationRole) return statusIcon(table.Row(statusRow).StatusIcon);
         if (role == Qt::ToolTipRole) return SeverityText(table.Row(statusRow).StatusIcon);
@@ -113,13 +126,13 @@ QVariant StatusTreeModel::tillData(int statusRow, int column, int role) const {
 }
 
 QVariant StatusTreeModel::logData(int logRow, int column, int role) const {
+    if (column != Status || logRow >= status_.memLogEntries.RecordCount()) return {};
     const LogEntryRow& line = status_.memLogEntries.Row(logRow);
-    if (role == Qt::DecorationRole && column == Status) return statusIcon(line.Severity);
+    if (role == Qt::DecorationRole) return statusIcon(line.Severity);
     if (role == Qt::ForegroundRole && line.Severity == kls_Error) return QBrush(Qt::darkRed);
     if (role == Qt::ToolTipRole) return line.Msg;
-    if (role != Qt::DisplayRole) return {};
-    if (column == Avdeling) return line.DateAndTime.toString(QStringLiteral("HH:mm:ss"));
-    if (column == Navn) return line.Msg;
+    if (role == Qt::DisplayRole)
+        return line.DateAndTime.toString(QStringLiteral("HH:mm:ss")) + QStringLiteral("   ") + line.Msg;
     return {};
 }
 

@@ -13,7 +13,7 @@ class StatusTreeModel : public QAbstractItemModel {
     Q_OBJECT
 
 public:
-    // The columns of a till's row; a log line shows its icon, time and text in the first three.
+    // The columns of a till's row; a log line shows its icon, time and text in the first, over all of them.
     enum Column {
         Status,
         Avdeling,
@@ -31,6 +31,9 @@ public:
 
     explicit StatusTreeModel(TfraOppgjorStatus& status, QObject* parent = nullptr);
 
+    // Takes over what has changed in the tables now; otherwise it is done once a turn of the message loop.
+    void follow();
+
     // The row of memOppgjorStatus behind an index of either level.
     [[nodiscard]] int statusRow(const QModelIndex& index) const;
 
@@ -47,12 +50,14 @@ private:
         int statusRow = 0;
         std::vector<int> logRows;
     };
+    void changed();
     void rebuild();
     [[nodiscard]] QVariant tillData(int statusRow, int column, int role) const;
     [[nodiscard]] QVariant logData(int logRow, int column, int role) const;
 
     TfraOppgjorStatus& status_;
     std::vector<Till> tills_;
+    bool stale_ = false;  // the tables have changed since: their row numbers may be gone
 };
 
 }  // namespace torvik

@@ -18,6 +18,7 @@ namespace torvik {
 namespace {
 
 constexpr int kPreviewLines = 4;
+constexpr int kStatusWidth = 72;
 
 }  // namespace
 
@@ -33,11 +34,10 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
     tree_->setModel(model_);
     tree_->setUniformRowHeights(true);
     tree_->setAlternatingRowColors(true);
-    tree_->header()->setStretchLastSection(false);
-    tree_->header()->setSectionResizeMode(StatusTreeModel::Navn, QHeaderView::Stretch);
-    for (int column = 0; column < StatusTreeModel::ColumnCount; ++column)
-        if (column != StatusTreeModel::Navn)
-            tree_->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+    // The first column holds the log lines too, and must not grow with them.
+    for (int column = 1; column < StatusTreeModel::ColumnCount; ++column)
+        tree_->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+    tree_->header()->resizeSection(StatusTreeModel::Status, kStatusWidth);
     tree_->setContextMenuPolicy(Qt::CustomContextMenu);
     empty_->setAlignment(Qt::AlignCenter);
     empty_->setEnabled(false);
@@ -61,7 +61,10 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
     connect(errorsOnly, &QCheckBox::toggled, this, [this](bool on) { status_.SetErrorsOnly(on); });
     connect(&status_, &TfraOppgjorStatus::AllExpanded, tree_, &QTreeView::expandAll);
     connect(&status_, &TfraOppgjorStatus::AllCollapsed, tree_, &QTreeView::collapseAll);
-    connect(&status_, &TfraOppgjorStatus::RefreshWanted, this, [this] { repaint(); });
+    connect(&status_, &TfraOppgjorStatus::RefreshWanted, this, [this] {
+        model_->follow();
+        repaint();
+    });
     connect(model_, &QAbstractItemModel::modelReset, this, [this] {
         showTree();
         showSums();
@@ -81,6 +84,10 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
 }
 
 void StatusView::showTree() {
+    for (int till = 0; till < model_->rowCount(); ++till) {
+        const QModelIndex parent = model_->index(till, 0);
+        for (int line = 0; line < model_->rowCount(parent); ++line) tree_->setFirstColumnSpanned(line, parent, true);
+    }
     tree_->expandAll();
     empty_->setVisible(model_->rowCount() == 0);
     empty_->resize(tree_->viewport()->size());
