@@ -138,6 +138,10 @@ Bound Binder::call(const ast::Call& node, Scope& scope, int line) {
     for (const Bound& argument : arguments) operands.push_back(&argument);
     Bound out = combine(operands);
     if (out.failed) return out;
+    if (name == "COALESCE" && std::all_of(arguments.begin(), arguments.end(), isNullLiteral)) {
+        return fail(4127, 16, 1, line,
+                    "At least one of the arguments to COALESCE must be an expression that is not the NULL constant.");
+    }
     const bool ok = guard(line, [&] {
         const std::string collation = out.collation.empty() ? context_.collation : out.collation;
         const CallPlan plan = planCall(*row, types, collationCode(collation));
@@ -247,6 +251,10 @@ Bound Binder::aggregate(const ast::Call& node, Scope& scope, int line) {
     if (!node.over) {
         --scope.insideAggregate;
         scope.matchingKey = matching;
+    }
+    if (!starred && !isComparable(argument.type) && name.starts_with("COUNT")) {
+        return fail(8117, 16, 1, line,
+                    "Operand data type " + typeName(argument.type) + " is invalid for count operator.");
     }
     Bound out;
     out.failed = argument.failed || separator.failed;
