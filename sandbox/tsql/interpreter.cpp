@@ -76,6 +76,8 @@ void Interpreter::guarded(const std::function<void()>& body) {
             if (session_.settings.xactAbort) rollBackAll();
         } catch (const SqlError& e) {
             fail(e, nullptr, true);
+        } catch (const SqliteError& e) {
+            fail(ofSqlite(e), nullptr, false);
         }
     } catch (const ScopeEnded&) {
     } catch (const BatchEnded&) {

@@ -90,8 +90,11 @@ private:
     void runSetIdentityInsert(const ast::SetIdentityInsert& statement);
     void runSetIsolation(const ast::SetIsolation& statement);
     void runUse(const ast::Use& statement);
-    void runDeclareCursor(const ast::DeclareCursor& statement);
+    void runDeclareCursor(const ast::Statement& statement, const ast::DeclareCursor& declare);
     void runCursor(const ast::CursorCommand& statement);
+    [[nodiscard]] std::shared_ptr<Cursor> findCursor(const std::string& name, bool global);  // 16916
+    void openCursor(Cursor& cursor);
+    void fetch(Cursor& cursor, const ast::CursorCommand& statement);
     void runSelect(const ast::Statement& statement);
     void runInsert(const ast::Statement& statement, const ast::Insert& insert);
     void runUpdate(const ast::Statement& statement);
@@ -135,7 +138,7 @@ private:
     [[nodiscard]] std::int64_t sendQuery(const BoundQuery& query);
     [[nodiscard]] BoundQuery limited(const BoundQuery& query) const;
     void warnOfNulls();
-    void lockForReading(const BoundQuery& query);
+    void lockForReading(const ast::Query& text, const BoundQuery& query);
     void requireIdentityInsert(const BoundInsert& insert);  // 544, 545
     void change(const ast::Statement& statement, const std::function<std::int64_t(const ExecuteContext&)>& action);
 

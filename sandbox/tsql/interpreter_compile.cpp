@@ -222,7 +222,17 @@ private:
                     needs(n.variable, 1, line);
                     if (typeOf(n.variable) && !isCursor(n.variable)) scalar(n.value, typeOf(n.variable));
                 },
-                [&](const ast::Return& n) { scalar(n.value, Type{.id = TypeId::Int}); },
+                [&](const ast::Return& n) {
+                    if (n.value && !unit_.procedure) {
+                        errors.push_back({.number = 178,
+                                          .severity = 15,
+                                          .state = 1,
+                                          .text = "A RETURN statement with a return value cannot be used in this "
+                                                  "context.",
+                                          .line = line});
+                    }
+                    scalar(n.value, Type{.id = TypeId::Int});
+                },
                 [&](const ast::Print& n) { scalar(n.value); },
                 [&](const ast::WaitFor& n) { scalar(n.value); },
                 [&](const ast::RaiseError& n) {
@@ -240,7 +250,7 @@ private:
                 [&](const ast::Execute& n) { execute(n, line); },
                 [&](const ast::Transaction& n) { needs(n.variable, 2, line); },
                 [&](const ast::CursorCommand& n) {
-                    for (const auto& variable : n.into) needs(variable, 1, line);
+                    for (const auto& variable : n.into) needs(variable, 2, line);
                     scalar(n.distance, Type{.id = TypeId::Int});
                 },
                 [&](const ast::DeclareCursor& n) {

@@ -51,7 +51,7 @@ Flow Interpreter::dispatch(const ast::Statement& s) {
                           [&](const ast::Throw& n) { return plain([&] { runThrow(n); }); },
                           [&](const ast::Execute& n) { return plain([&] { runExecute(n); }); },
                           [&](const ast::Transaction& n) { return plain([&] { runTransaction(n); }); },
-                          [&](const ast::DeclareCursor& n) { return plain([&] { runDeclareCursor(n); }); },
+                          [&](const ast::DeclareCursor& n) { return plain([&] { runDeclareCursor(s, n); }); },
                           [&](const ast::CursorCommand& n) { return plain([&] { runCursor(n); }); },
                           [&](const ast::SelectStatement&) { return plain([&] { runSelect(s); }); },
                           [&](const ast::Insert& n) { return plain([&] { runInsert(s, n); }); },

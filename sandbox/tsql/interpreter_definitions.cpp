@@ -27,12 +27,14 @@ SqlError named(SqlError error, const std::string& module) {
 }  // namespace
 
 void Interpreter::define(const std::function<void(const ExecuteContext&)>& action) {
-    beginImplicitly();
-    requireWritable();
-    const BindContext context = bindContext(*frame().unit, frame().unit->variables.size());
-    session_.startStatement();
-    action(executeContext(context));
-    session_.definitionsChanged();
+    if (!session_.settings.formatOnly) {
+        beginImplicitly();
+        requireWritable();
+        const BindContext context = bindContext(*frame().unit, frame().unit->variables.size());
+        session_.startStatement();
+        action(executeContext(context));
+        session_.definitionsChanged();
+    }
     succeed(0);
     done(std::nullopt);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +15,8 @@
 #include "sandbox/tsql/interpreter_unit.h"
 
 namespace sandbox {
+
+struct Cursor;
 
 enum class Flow { Next, Break, Continue, Return, Goto };
 
@@ -28,15 +31,16 @@ struct Frame {
 
     Kind kind = Kind::Batch;
     std::shared_ptr<Unit> unit;
-    int level = 0;                              // @@NESTLEVEL
-    std::int32_t procedureId = 0;               // @@PROCID
-    std::vector<Value> variables;               // beside unit->variables
-    int tries = 0;                              // TRY blocks that are open here
-    std::string wantedLabel;                    // while Flow::Goto travels and until its label is reached
-    std::optional<std::int32_t> status;         // RETURN's value
-    std::optional<std::int64_t> scopeIdentity;  // SCOPE_IDENTITY()
-    std::vector<int> argumentPlaces;            // for each parameter its argument; -1: its default
-    std::function<void(Frame&)> prepare;        // fills the parameters in, once the unit is there
+    int level = 0;                                           // @@NESTLEVEL
+    std::int32_t procedureId = 0;                            // @@PROCID
+    std::vector<Value> variables;                            // beside unit->variables
+    std::map<std::string, std::shared_ptr<Cursor>> cursors;  // local ones by folded name
+    int tries = 0;                                           // TRY blocks that are open here
+    std::string wantedLabel;                                 // while Flow::Goto travels and until its label is reached
+    std::optional<std::int32_t> status;                      // RETURN's value
+    std::optional<std::int64_t> scopeIdentity;               // SCOPE_IDENTITY()
+    std::vector<int> argumentPlaces;                         // for each parameter its argument; -1: its default
+    std::function<void(Frame&)> prepare;                     // fills the parameters in, once the unit is there
 };
 
 // An error on its way to the TRY block that catches it. notIn: the frame whose own TRY blocks may not (errors found

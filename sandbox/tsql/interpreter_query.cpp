@@ -1,6 +1,7 @@
 // The statements that read and change rows: bound, their parameters filled in, run, their rows and counts told.
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "sandbox/store/storage_codec.h"
@@ -10,6 +11,12 @@
 #include "sandbox/tsql/reply_collector.h"
 
 namespace sandbox {
+
+namespace {
+
+constexpr int kTableChanged = 3961;
+
+}  // namespace
 
 void Interpreter::bindParameters(const Statement& statement, const BoundQuery& query, std::span<const Typed> input) {
     int place = 0;
@@ -138,17 +145,41 @@ void Interpreter::runSelect(const ast::Statement& s) {
         done(rows);
         return;
     }
-    lockForReading(query);
+    lockForReading(*select.query, query);
     const std::int64_t rows = sendQuery(query);
     warnOfNulls();
     succeed(rows);
     done(query.assigns ? std::nullopt : std::optional(rows));
 }
 
-// Serializable and repeatable reading keep writers away until the transaction ends: here by the writer lock.
-void Interpreter::lockForReading(const BoundQuery& query) {
+namespace {
+
+constexpr std::string_view kLockHints[] = {"UPDLOCK",  "XLOCK",        "TABLOCKX",
+                                           "HOLDLOCK", "SERIALIZABLE", "REPEATABLEREAD"};
+
+bool asksForLocks(const ast::TableRef& table) {
+    if (const auto* join = std::get_if<ast::Join>(&table.node)) {
+        return asksForLocks(*join->left) || asksForLocks(*join->right);
+    }
+    const auto* named = std::get_if<ast::NamedTable>(&table.node);
+    return named && std::any_of(named->hints.begin(), named->hints.end(), [](const std::string& hint) {
+               return std::find(std::begin(kLockHints), std::end(kLockHints), hint) != std::end(kLockHints);
+           });
+}
+
+bool asksForLocks(const ast::Query& query) {
+    const auto* select = std::get_if<ast::Select>(&query.body->node);
+    return select && std::any_of(select->from.begin(), select->from.end(),
+                                 [](const ast::TableRefPtr& table) { return asksForLocks(*table); });
+}
+
+}  // namespace
+
+// Lock hints, serializable and repeatable reading keep writers away until the transaction ends: here by the writer
+// lock.
+void Interpreter::lockForReading(const ast::Query& text, const BoundQuery& query) {
     const bool wanted = session_.settings.isolation == ast::Isolation::Serializable ||
-                        session_.settings.isolation == ast::Isolation::RepeatableRead;
+                        session_.settings.isolation == ast::Isolation::RepeatableRead || asksForLocks(text);
     if (!wanted || !session_.connection->inTransaction()) return;
     for (const ResolvedObject& object : query.reads) {
         if (auto database = session_.connection->attach(object.database); database && !database->temporary()) {
@@ -182,18 +213,27 @@ void Interpreter::change(const ast::Statement& s, const std::function<std::int64
     requireWritable();
     const BindContext context = bindContext(*frame().unit, node(&s).visible);
     session_.startStatement();
-    const std::int64_t rows = session_.settings.formatOnly ? 0 : action(executeContext(context));
+    std::int64_t rows = 0;
+    if (!session_.settings.formatOnly) {
+        try {
+            rows = action(executeContext(context));
+        } catch (const SqlError& e) {
+            // The table was changed while this statement waited for its lock: it is bound anew, once.
+            if (e.messages.front().number != kTableChanged) throw;
+            rows = action(executeContext(context));
+        }
+    }
     warnOfNulls();
     succeed(rows);
     done(rows);
 }
 
 void Interpreter::runInsert(const ast::Statement& s, const ast::Insert& n) {
-    const BoundNode& known = bound(&s, [&](const BindContext& c) { return bindInsert(c, n); });
-    const auto& insert = std::get<BoundInsert>(known.bound);
-    if (insert.fromExecute) return runInsertExecute(s, n);
-    requireIdentityInsert(insert);
+    const auto bind = [&](const BindContext& c) { return bindInsert(c, n); };
+    if (std::get<BoundInsert>(bound(&s, bind).bound).fromExecute) return runInsertExecute(s, n);
     change(s, [&](const ExecuteContext& context) {
+        const auto& insert = std::get<BoundInsert>(bound(&s, bind).bound);
+        requireIdentityInsert(insert);
         if (session_.settings.rowCount == 0) return executeInsert(context, insert);
         BoundInsert fewer = insert;
         fewer.source = limited(insert.source);
@@ -203,9 +243,9 @@ void Interpreter::runInsert(const ast::Statement& s, const ast::Insert& n) {
 
 void Interpreter::runUpdate(const ast::Statement& s) {
     const auto& n = *ast::as<ast::Update>(s);
-    const BoundNode& known = bound(&s, [&](const BindContext& c) { return bindUpdate(c, n); });
-    const auto& update = std::get<BoundUpdate>(known.bound);
     change(s, [&](const ExecuteContext& context) {
+        const BoundNode& known = bound(&s, [&](const BindContext& c) { return bindUpdate(c, n); });
+        const auto& update = std::get<BoundUpdate>(known.bound);
         if (session_.settings.rowCount == 0) return executeUpdate(context, update);
         BoundUpdate fewer = update;
         fewer.source = limited(update.source);
@@ -215,9 +255,9 @@ void Interpreter::runUpdate(const ast::Statement& s) {
 
 void Interpreter::runDelete(const ast::Statement& s) {
     const auto& n = *ast::as<ast::Delete>(s);
-    const BoundNode& known = bound(&s, [&](const BindContext& c) { return bindDelete(c, n); });
-    const auto& deletion = std::get<BoundDelete>(known.bound);
     change(s, [&](const ExecuteContext& context) {
+        const BoundNode& known = bound(&s, [&](const BindContext& c) { return bindDelete(c, n); });
+        const auto& deletion = std::get<BoundDelete>(known.bound);
         if (session_.settings.rowCount == 0) return executeDelete(context, deletion);
         BoundDelete fewer = deletion;
         fewer.source = limited(deletion.source);

@@ -15,8 +15,12 @@ void Interpreter::carryOut(TransactionStep step) {
             session_.descriptor = ++session_.shared.lastDescriptor;
             reply_->transactionBegan(session_.descriptor);
             break;
-        case TransactionStep::Commit:
-            connection.commit();
+        case TransactionStep::Commit: try { connection.commit();
+            } catch (const SqliteError& e) {
+                reply_->transactionRolledBack(session_.descriptor);
+                session_.tellProcess();
+                throw ofSqlite(e);
+            }
             reply_->transactionCommitted(session_.descriptor);
             break;
         case TransactionStep::Rollback:

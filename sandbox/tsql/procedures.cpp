@@ -131,22 +131,29 @@ ast::ObjectName splitName(std::string_view text) {
 // The settings, the current database and the collected errors of a callee end with it.
 class CalleeGuard {
 public:
-    CalleeGuard(SessionState& session, std::shared_ptr<Database> home)
-        : session_(session), settings_(session.settings), database_(session.connection->current()) {
+    CalleeGuard(SessionState& session, Reply& reply, std::shared_ptr<Database> home)
+        : session_(session), reply_(reply), settings_(session.settings), database_(session.connection->current()) {
         if (home) session_.connection->use(std::move(home));
+        home_ = session_.connection->current();
     }
     ~CalleeGuard() {
         session_.settings = settings_;
         session_.applySettings();
+        const std::string last = session_.database();
+        const bool told = session_.connection->current() != home_;  // by a USE of the callee's own
         session_.connection->use(database_);
+        if (told) reply_.databaseChanged(last, database_->name());
+        session_.tellProcess();
     }
     CalleeGuard(const CalleeGuard&) = delete;
     CalleeGuard& operator=(const CalleeGuard&) = delete;
 
 private:
     SessionState& session_;
+    Reply& reply_;
     Settings settings_;
-    std::shared_ptr<Database> database_;
+    std::shared_ptr<Database> database_;  // the caller's
+    std::shared_ptr<Database> home_;      // where the callee begins
 };
 
 }  // namespace
@@ -215,7 +222,7 @@ std::optional<std::int32_t> Interpreter::callUser(const FoundObject& callee, std
                                        "(limit 32)."},
                        Effect::Batch);
     }
-    CalleeGuard guard(session_, callee.database->temporary() ? nullptr : callee.database);
+    CalleeGuard guard(session_, *reply_, callee.database->temporary() ? nullptr : callee.database);
     const auto unit = procedureUnit(callee);
     inner.argumentPlaces = matchArguments(unit->parameters(), arguments, unit->name, {}, {});
     inner.prepare = [&](Frame& frame) { fillParameters(frame, arguments); };
@@ -248,7 +255,7 @@ std::optional<std::int32_t> Interpreter::runNested(std::string_view text, std::s
                                        "(limit 32)."},
                        Effect::Batch);
     }
-    CalleeGuard guard(session_, database.empty() ? nullptr : session_.connection->attach(database));
+    CalleeGuard guard(session_, *reply_, database.empty() ? nullptr : session_.connection->attach(database));
     line_ = 1;
     return runCallee(
         inner,

@@ -190,6 +190,7 @@ void SessionState::reset(bool keepTransaction) {
         connection->rollback();
     }
     bulk.reset();
+    cursors.clear();
     settings = Settings{};
     identityInsert.clear();
     identity.reset();

@@ -75,6 +75,8 @@ struct SessionState {
     std::map<std::pair<int, std::int32_t>, std::pair<std::shared_ptr<const ObjectDef>, std::shared_ptr<Unit>>>
         procedures;
 
+    std::map<std::string, std::shared_ptr<Cursor>> cursors;  // global ones by folded name
+
     std::unique_ptr<BulkLoad> bulk;
 
     // A number that changes whenever a name may have come to mean something else.

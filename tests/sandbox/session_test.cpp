@@ -214,6 +214,31 @@ TEST_F(SessionTest, ChangedContextsAreTold) {
     EXPECT_EQ(session.database(), "master");
 }
 
+TEST_F(SessionTest, AChangeThatWaitedForADefinitionIsBoundAnew) {
+    answer("CREATE TABLE t (a int)");
+    answer("BEGIN TRAN ALTER TABLE t ADD b int NULL CONSTRAINT df_b DEFAULT 7");
+    Session other(engine, database.login());
+    std::string inserted;
+    std::thread waiting([&] { inserted = answer(other, "INSERT t (a) VALUES (1)"); });
+    const std::string one = "cols n int\nrow 1\ncount 1\n";
+    while (answer("SELECT COUNT(*) AS n FROM master..sysprocesses WHERE blocked <> 0") != one)
+        std::this_thread::yield();
+    answer("COMMIT");
+    waiting.join();
+    EXPECT_EQ(inserted, "count 1\n");
+    EXPECT_EQ(answer("SELECT a, b FROM t"), "cols a int, b int\nrow 1|7\ncount 1\n");
+}
+
+TEST_F(SessionTest, ALockHintKeepsOthersFromWriting) {
+    answer("CREATE TABLE t (a int) INSERT t VALUES (1)");
+    answer("BEGIN TRAN SELECT a FROM t WITH (UPDLOCK, HOLDLOCK)");
+    Session other(engine, database.login());
+    EXPECT_EQ(answer(other, "SET LOCK_TIMEOUT 0 UPDATE t SET a = 2").substr(0, 10), "error 1222");
+    EXPECT_EQ(answer(other, "SELECT a FROM t"), "cols a int\nrow 1\ncount 1\n");
+    answer("COMMIT");
+    EXPECT_EQ(answer(other, "UPDATE t SET a = 2"), "count 1\n");
+}
+
 TEST_F(SessionTest, ATransactionWithoutNewsHasItsOwnNumberEachTime) {
     ReplyLines reply;
     session.batch("BEGIN TRAN COMMIT BEGIN TRAN ROLLBACK", reply);
