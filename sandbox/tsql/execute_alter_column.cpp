@@ -8,6 +8,7 @@
 #include "sandbox/tsql/constraint_errors.h"
 #include "sandbox/tsql/execute_alter.h"
 #include "sandbox/tsql/execute_errors.h"
+#include "sandbox/tsql/execute_table.h"
 
 namespace sandbox {
 
@@ -94,7 +95,7 @@ void alterColumn(const ExecuteContext& context, const FoundObject& table, const 
     to.type = definition.type.type;
     // Not said: the column may be null from now on.
     to.nullable = definition.nullable.value_or(!from->identity);
-    to.collation = columnCollation(definition.collation);
+    to.collation = collationOf(*table.database, to.type, definition.collation);
     requireChangeable(context, table, *from, to);
     if (from->type != to.type) requireImplicitConversion(from->type, to.type);
     if (!to.nullable) requireNoNulls(context, table, *from);

@@ -81,6 +81,13 @@ std::shared_ptr<Database> placeOf(const ExecuteContext& context, const ast::Obje
     return database;
 }
 
+std::string collationOf(const Database& database, const Type& type, const std::string& given) {
+    std::string collation = columnCollation(given);
+    const std::string& own = database.facts().collation;
+    if (collation.empty() && isCharacter(type.id) && !sameName(own, kDefaultCollation)) collation = own;
+    return collation;
+}
+
 int freeIndexId(const ObjectDef& table, bool clustered) {
     if (clustered) return 1;
     int id = 2;
@@ -132,7 +139,7 @@ void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
     column.name = from.name;
     column.type = from.type.type;
     column.nullable = from.nullable.value_or(!from.identity.has_value());
-    column.collation = columnCollation(from.collation);
+    column.collation = collationOf(*database_, column.type, from.collation);
     column.columnId = ++table_.lastColumnId;
     if (from.identity) {
         if (!canBeIdentity(column.type)) {

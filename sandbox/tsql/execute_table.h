@@ -51,6 +51,9 @@ private:
 // for a database that does not exist and 2760 for another schema than dbo.
 [[nodiscard]] std::shared_ptr<Database> placeOf(const ExecuteContext& context, const ast::ObjectName& name);
 
+// A column's collation: the one given, else its database's; empty where that is the default of all.
+[[nodiscard]] std::string collationOf(const Database& database, const Type& type, const std::string& given);
+
 // The smallest index id that is free: 1 for a clustered one.
 [[nodiscard]] int freeIndexId(const ObjectDef& table, bool clustered);
 

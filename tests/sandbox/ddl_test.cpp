@@ -184,6 +184,16 @@ TEST_F(Ddl, ConstraintsAddedLaterLookAtTheRows) {
               "found for the object name 'dbo.n' and the index name 'ix'. The duplicate key value is (<NULL>).\n");
 }
 
+TEST_F(Ddl, ColumnsTakeTheirDatabasesCollation) {
+    run("CREATE DATABASE cs COLLATE Latin1_General_CS_AS");
+    run("CREATE TABLE cs..t (a varchar(5), b varchar(5) COLLATE Danish_Norwegian_CI_AS) INSERT cs..t VALUES ('x', 'x')");
+    EXPECT_EQ(run("SELECT COUNT(*) AS n FROM cs..t WHERE a = 'X'"), "cols n int\nrow 0\ncount 1\n");
+    EXPECT_EQ(run("SELECT COUNT(*) AS n FROM cs..t WHERE b = 'X'"), "cols n int\nrow 1\ncount 1\n");
+    EXPECT_EQ(run("SELECT name, collation_name FROM cs.sys.columns"),
+              "cols name nvarchar(128), collation_name nvarchar(128)\nrow 'a'|'Latin1_General_CS_AS'\n"
+              "row 'b'|'Danish_Norwegian_CI_AS'\ncount 2\n");
+}
+
 TEST_F(Ddl, RenamesTablesColumnsAndIndexes) {
     run("CREATE TABLE t (a int NOT NULL CONSTRAINT pk PRIMARY KEY, b int) CREATE INDEX ix ON t (b) INSERT t VALUES (1, 2)");
     run("CREATE TABLE c (a int CONSTRAINT fk REFERENCES t (a))");
