@@ -67,6 +67,15 @@ TEST_F(NightJob, TickFarFromTheStartOnlyListsTheTills) {
     EXPECT_FALSE(chain.engine.Avdeling->Qry().Eof()) << "back on the first row";
 }
 
+TEST_F(NightJob, EveryTickOpensTheBackOfficeSessionAnew) {
+    chain.tills(QStringLiteral("1/1"));
+    chain.engine.StartTime = QTime(12, 0);
+    chain.engine.DoOnTimer();
+    chain.server.dropConnections();
+    EXPECT_NO_THROW(chain.engine.DoOnTimer());
+    EXPECT_EQ(chain.engine.Avdeling->KasseCollection()->Count(), 1);
+}
+
 TEST_F(NightJob, BusyTickReturnsAtOnce) {
     chain.engine.OnAutoStart = [this](QObject*) {
         steps.append(QStringLiteral("start"));

@@ -299,6 +299,25 @@ TEST_F(SettlementRun, ProgramWithoutAFetchFailsEveryTillByName) {
     EXPECT_TRUE(chain.errorMessages().value(1).contains(QStringLiteral("OnFetchTill")));
 }
 
+TEST_F(SettlementRun, LinesOfATillReachItsOwnLogSaveBlankOnes) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    chooseAllTills();
+    fetch = [this](const QString& till) {
+        chain.engine.AddLog(QStringLiteral("  "));
+        chain.engine.AddLog(till, false, kls_Warning);
+    };
+    run();
+    QStringList logs;
+    for (int i = 0; i < 2; ++i) {
+        for (const TKasseLogItem& item : (*chain.engine.Avdeling->KasseCollection())[i].LogItems)
+            logs.append(QStringLiteral("%1 %2 %3").arg(i).arg(item.Severity).arg(item.Msg));
+    }
+    EXPECT_EQ(logs, (QStringList{QStringLiteral("0 1 Database versjon 213"), QStringLiteral("0 2 1/1"),
+                                 QStringLiteral("1 1 Hentet oppgjør fra avd. 1, kasse 2. "),
+                                 QStringLiteral("1 1 Database versjon 213"), QStringLiteral("1 2 1/2"),
+                                 QStringLiteral("1 1 Hentet oppgjør fra avd. 1, kasse 2. ")}));
+}
+
 TEST_F(SettlementRun, ErrorOfATillReachesOnAddLogWithTheTillsNumbers) {
     chain.tills(QStringLiteral("1/1"));
     QStringList heard;
