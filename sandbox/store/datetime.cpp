@@ -1,4 +1,4 @@
-// The calendar and the arithmetic on dates; texts are in datetime_text.cpp.
+// The calendar and the arithmetic on dates; texts are in datetime_read.cpp and datetime_text.cpp.
 #include "sandbox/store/datetime.h"
 
 #include <algorithm>
