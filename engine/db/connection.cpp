@@ -17,6 +17,9 @@ constexpr int kFirstClientNumber = 20001;
 constexpr int kLastClientNumber = 20299;
 constexpr int kConnectionFailed = 20002;  // FreeTDS' closing remark on any failed login
 
+// The server closes the connection behind a message of this severity.
+constexpr int kFatal = 20;
+
 bool fromServer(const ServerMessage& m) {
     return m.Number != 0 && (m.Number < kFirstClientNumber || m.Number > kLastClientNumber);
 }
@@ -172,6 +175,7 @@ void Reply::note(int rc) {
         if (message.SqlState == u"HYT00") s.timedOut = true;
         const bool echo = s.timedOut && message.SqlState == u"HY008";  // the cancelling that a time-out brings
         if (!isInformation(message) && !echo) s.errors += message;
+        if (message.Severity >= kFatal) s.connection.alive_ = false;
     }
     if (rc != SQL_ERROR && rc != SQL_INVALID_HANDLE) return;
     if (s.connection.handles_->dead()) s.connection.alive_ = false;

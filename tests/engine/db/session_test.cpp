@@ -171,6 +171,17 @@ TEST(Session, ALostConnectionIsToldApartAndLeavesTheSessionNotConnected) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT 1 AS en")), "en\n1\n");
 }
 
+TEST(Session, AnErrorThatEndsTheConnectionKeepsTheServersText) {
+    SandboxServer server;
+    try {
+        server.run(QStringLiteral("RAISERROR('Serveren stopper', 20, 1) WITH LOG"));
+        FAIL() << "ran";
+    } catch (const ConnectionError& e) {
+        EXPECT_TRUE(e.text().startsWith(u"Serveren stopper")) << e.what();
+    }
+    EXPECT_FALSE(server.session().Connected());
+}
+
 TEST(Session, AFailedStatementLeavesTheSessionUsable) {
     SandboxServer server;
     try {

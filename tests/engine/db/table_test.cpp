@@ -57,7 +57,7 @@ TEST_F(TableTest, RowsTravelInBlocks) {
                   for (int i = 0; i < 1000; ++i) add(i, "x");
                   table.Flush();
               }),
-              3U);
+              5U);
     EXPECT_EQ(table.PostedRows(), 1000);
     EXPECT_EQ(table.SentRows(), 1000);
 }
@@ -211,6 +211,22 @@ TEST_F(TableTest, DestructionSendsWhatWasPosted) {
         inner.Post();
     }
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n1\n");
+}
+
+TEST_F(TableTest, ABlockThatWaitsTooLongIsCancelledAndLeavesNothing) {
+    open("CREATE TABLE T (a int NOT NULL PRIMARY KEY, b varchar(10) NULL)");
+    const auto other = server.connect();
+    Query blocking(other.get());
+    blocking.SQL = {QStringLiteral("INSERT T VALUES (1, 'x')")};
+    other->StartTransaction();
+    blocking.ExecSQL();
+    table.CommandTimeout = 1;
+    add(0, "null");
+    add(1, "en");
+    EXPECT_THROW(table.Flush(), TimeoutError);
+    other->Rollback();
+    table.Close();
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n");
 }
 
 TEST_F(TableTest, ALostConnectionIsTold) {
