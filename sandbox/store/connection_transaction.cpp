@@ -190,8 +190,8 @@ void Connection::resetBusyStatements() {
 
 Write::Write(Connection& connection, Database& database) : connection_(connection) {
     connection_.startWriting(database);
+    if (connection_.inTransaction_ || connection_.writeDepth_ > 0) connection_.pushSavePoint(0);
     ++connection_.writeDepth_;
-    if (connection_.inTransaction_ || connection_.writeDepth_ > 1) connection_.pushSavePoint(0);
 }
 
 Write::~Write() {
