@@ -104,7 +104,8 @@ void Interpreter::runRaiseError(const ast::RaiseError& n) {
               "WITH LOG option.");
     }
     if (message.severity > 10) {
-        throw SqlError(std::move(message), message.severity >= 20 ? Effect::Connection : Effect::Statement);
+        const Effect effect = message.severity >= 20 ? Effect::Connection : Effect::Statement;
+        throw SqlError(std::move(message), effect);
     }
     if (message.severity == 10 || message.severity < 0) message.severity = 0;
     const int number = message.number;

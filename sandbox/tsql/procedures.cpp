@@ -223,11 +223,11 @@ std::optional<std::int32_t> Interpreter::callUser(const FoundObject& callee, std
                        Effect::Batch);
     }
     CalleeGuard guard(session_, *reply_, callee.database->temporary() ? nullptr : callee.database);
-    const auto unit = procedureUnit(callee);
+    std::shared_ptr<Unit> unit = procedureUnit(callee);
     inner.argumentPlaces = matchArguments(unit->parameters(), arguments, unit->name, {}, {});
     inner.prepare = [&](Frame& frame) { fillParameters(frame, arguments); };
     return runCallee(
-        inner, [&] { return unit; }, arguments);
+        inner, [&] { return std::move(unit); }, arguments);
 }
 
 void Interpreter::fillParameters(Frame& callee, const std::vector<CallArgument>& arguments) {
