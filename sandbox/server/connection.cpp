@@ -62,6 +62,7 @@ void Connection::run() {
 // Before the client learns of it, so that whoever waits for the login finds it counted.
 void Connection::letIn(const tds::Login& login) {
     channel_.setProgram(login.program);
+    language_ = login.language;
     channel_.socket().setReceiveTimeout(std::chrono::milliseconds(0));
     server_.faults.loggedIn();
     const std::lock_guard lock(infoMutex_);
@@ -279,6 +280,7 @@ void Connection::reset(std::uint8_t status) {
     bulk_->forget();
     calls_->reset();
     session_->reset((status & tds::kResetKeepingTransaction) != 0);
+    (void)applyLanguage(*session_, language_);
     if (session_->database() != before) reply_.databaseChanged(before, session_->database());
     reply_.tokens().connectionReset();
 }

@@ -63,6 +63,7 @@ private:
     std::unique_ptr<Inbox> inbox_;
     std::unique_ptr<CallHandler> calls_;
     std::unique_ptr<BulkLoad> bulk_;
+    std::string language_;         // that the login asked for
     bool attentionTaken_ = false;  // the running request has read its attention itself
     std::size_t largestPacket_ = tds::kDefaultPacket;
 

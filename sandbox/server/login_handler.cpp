@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "sandbox/server/collected_reply.h"
+
 namespace sandbox::server {
 namespace {
 
@@ -29,6 +31,16 @@ Message changed(int number, int state, const std::string& text) {
 }
 
 }  // namespace
+
+std::string applyLanguage(Session& session, const std::string& wanted) {
+    SilentReply silent;
+    std::string quoted;
+    for (const char c : wanted) quoted += c == ']' ? "]]" : std::string(1, c);
+    if (!wanted.empty()) session.batch("SET LANGUAGE [" + quoted + "]", silent);
+    RowSetReply answer(silent);
+    session.batch("SELECT @@LANGUAGE", answer);
+    return answer.rows.empty() ? std::string("us_english") : std::get<std::string>(answer.rows.front().front());
+}
 
 std::unique_ptr<Session> LoginHandler::run() {
     packets_.setLargest(tds::kLargestPacket);
@@ -158,11 +170,11 @@ void LoginHandler::refuse(const std::vector<Message>& messages) {
     channel_.closeGently();
 }
 
-void LoginHandler::welcome(const Session& session) {
+void LoginHandler::welcome(Session& session) {
     const std::size_t size =
         login_.packetSize == 0 ? tds::kDefaultPacket
                                : std::clamp<std::size_t>(login_.packetSize, tds::kSmallestPacket, tds::kLargestPacket);
-    const std::string language = login_.language.empty() ? "us_english" : login_.language;
+    const std::string language = applyLanguage(session, login_.language);
     reply_.packets().setSpid(static_cast<std::uint16_t>(session.spid()));
     tds::TokenWriter tokens = reply_.tokens();
     tokens.databaseChange(session.database(), "master");

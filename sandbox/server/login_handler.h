@@ -15,6 +15,10 @@
 
 namespace sandbox::server {
 
+// Gives a session the language that its login asks for, and tells the one that it has then: us_english where the login
+// names none or one that is not known.
+std::string applyLanguage(Session& session, const std::string& wanted);
+
 class LoginHandler {
 public:
     LoginHandler(Channel& channel, ReplyWriter& reply, Engine& engine, Faults& faults, const Logins& logins,
@@ -25,7 +29,7 @@ public:
     // the client is gone or has been refused. Raises StreamError.
     [[nodiscard]] std::unique_ptr<Session> run();
     // Tells the client that it is in.
-    void welcome(const Session& session);
+    void welcome(Session& session);
     [[nodiscard]] const tds::Login& login() const { return login_; }
 
 private:

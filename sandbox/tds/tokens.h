@@ -14,8 +14,8 @@
 
 namespace sandbox::tds {
 
-// Major, minor and build of the version that the server gives itself: 15.0.4153.
-inline constexpr std::array<std::uint8_t, 4> kServerVersion = {15, 0, 0x10, 0x39};
+// Major, minor and build of the version that the server gives itself: 13.0.5026, as SERVERPROPERTY tells it too.
+inline constexpr std::array<std::uint8_t, 4> kServerVersion = {13, 0, 0x13, 0xA2};
 
 struct ColumnToken {
     std::string name;

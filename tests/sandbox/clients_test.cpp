@@ -224,6 +224,40 @@ assert row[3] == blob and row[4] == blob
 )py");
 }
 
+TEST_F(Clients, OdbcScrollsInServerCursors) {
+    python(R"py(
+import ctypes
+odbc, pointer = ctypes.CDLL('libodbc.so.2'), ctypes.c_void_p
+for name in ('SQLDriverConnect', 'SQLSetStmtAttr', 'SQLExecDirect', 'SQLFetchScroll', 'SQLGetData'):
+    getattr(odbc, name).restype = ctypes.c_short
+environment, connection = pointer(), pointer()
+odbc.SQLAllocHandle(1, None, ctypes.byref(environment))
+odbc.SQLSetEnvAttr(environment, 200, pointer(3), 0)
+odbc.SQLAllocHandle(2, environment, ctypes.byref(connection))
+text = b'DRIVER=FreeTDS;Server=127.0.0.1;Port=%d;UID=sa;PWD=secret' % port
+assert odbc.SQLDriverConnect(connection, None, text, len(text), None, 0, None, 0) in (0, 1)
+NEXT, FIRST, LAST, PRIOR, ABSOLUTE, RELATIVE = 1, 2, 3, 4, 5, 6
+for cursor_type in (1, 2, 3):  # keyset, dynamic, static
+    statement = pointer()
+    odbc.SQLAllocHandle(3, connection, ctypes.byref(statement))
+    assert odbc.SQLSetStmtAttr(statement, 6, pointer(cursor_type), 0) in (0, 1)
+    query = b'SELECT 1 AS a UNION ALL SELECT 2 UNION ALL SELECT 3 ORDER BY 1'
+    assert odbc.SQLExecDirect(statement, query, len(query)) in (0, 1)
+    seen = []
+    for how, where in ((NEXT, 0), (NEXT, 0), (LAST, 0), (PRIOR, 0), (FIRST, 0), (RELATIVE, 2), (NEXT, 0), (PRIOR, 0), (ABSOLUTE, 2)):
+        result = odbc.SQLFetchScroll(statement, ctypes.c_short(how), ctypes.c_long(where))
+        if result == 100:
+            seen.append(None)
+            continue
+        assert result in (0, 1), result
+        buffer, length = ctypes.create_string_buffer(20), ctypes.c_long()
+        assert odbc.SQLGetData(statement, 1, 1, buffer, 20, ctypes.byref(length)) in (0, 1)
+        seen.append(int(buffer.value))
+    assert seen == [1, 2, 3, 2, 1, 3, None, 3, 2], (cursor_type, seen)
+    odbc.SQLFreeHandle(3, statement)
+)py");
+}
+
 TEST_F(Clients, DbLibraryQueriesCallsAndCopies) {
     prepare("CREATE DATABASE shop");
     prepare("CREATE TABLE shop.dbo.t (a int NOT NULL, b varchar(20) NULL)");

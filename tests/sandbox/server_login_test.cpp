@@ -69,6 +69,21 @@ TEST(ServerLogin, IntegratedSecurityIsRefused) {
     EXPECT_TRUE(client.login(f).front().starts_with("error 18452 14 1"));
 }
 
+TEST(ServerLogin, LanguageOfTheLoginIsTheSessionsAndUnknownOnesAreNot) {
+    Server server(serverOptions());
+    struct {
+        const char* wanted;
+        const char* given;
+    } cases[] = {{"Norsk", "Norsk"}, {"", "us_english"}, {"Kling]on", "us_english"}};
+    for (const auto& c : cases) {
+        TdsClient client(server.port());
+        LoginFields f;
+        f.language = c.wanted;
+        EXPECT_EQ(client.login(f).at(3), std::string("env 2 '") + c.given + "' ''");
+        EXPECT_EQ(client.batch("SELECT @@LANGUAGE AS l").at(1), std::string("row '") + c.given + "'");
+    }
+}
+
 TEST(ServerLogin, EveryVersionIsSpoken) {
     Server server(serverOptions());
     for (const std::uint32_t version : {0x71000001U, 0x72090002U, 0x730B0003U, 0x74000004U}) {
