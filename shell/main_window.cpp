@@ -65,9 +65,13 @@ MainWindow::MainWindow(const QString& folder, SettingsStore& store)
     resize(1240, 780);
 }
 
+// The panes look at the engine's tables and the engine writes to the panes: neither is there for the other any more.
 MainWindow::~MainWindow() {
-    // The engine goes before the panes that it writes to.
-    torvikPos_.reset();
+    torvikPos_->Log = nullptr;
+    torvikPos_->ErrorLog = nullptr;
+    torvikPos_->OnProgress = nullptr;
+    delete takeCentralWidget();
+    delete settings_;
 }
 
 void MainWindow::createEngine() {

@@ -1,0 +1,185 @@
+// One till's settlements: posting in transaction pairs, what rolls back, what the till's status line says.
+#include "inbound/oppgjor.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+
+#include "engine/abort.h"
+#include "engine/avdeling.h"
+#include "engine/db/query.h"
+#include "engine/oppgjor_status.h"
+#include "tests/support/chain_run.h"
+
+namespace torvik::test {
+namespace {
+
+const char* const kOpenOnTill =
+    "SELECT COUNT(*) FROM OPPGJOR WHERE OP_TYPE = 'NORMAL' AND OP_OPPDATERTTIDSPUNKT IS NULL";
+
+sandbox::chain::ChainOptions oneTill() {
+    return {.departments = 1, .tills = 1, .days = 2, .versions = {213}};
+}
+
+// The roster stands on the one till, and both sessions are open.
+class OneTill : public testing::Test {
+protected:
+    OneTill() : run(oneTill()) {
+        run.target.Open();
+        run.engine.Avdeling->Open();
+        EXPECT_TRUE(run.engine.ConnectSource());
+    }
+
+    QString execute(OppgjorJoinPoints joinPoints = {}) {
+        TOppgjor oppgjor(*run.engine.Avdeling, std::move(joinPoints));
+        try {
+            oppgjor.Execute();
+        } catch (const std::exception& e) {
+            return ErrorText(e);
+        }
+        return {};
+    }
+    [[nodiscard]] const OppgjorStatusRow& status() const {
+        return run.engine.ffraOppgjorStatus->memOppgjorStatus.Row(0);
+    }
+
+    ChainRun run;
+};
+
+TEST_F(OneTill, PostsEachOpenSettlementAndMarksItDone) {
+    EXPECT_EQ(execute(), QString());
+    EXPECT_TRUE(run.postedWhole());
+    EXPECT_EQ(run.tillValue(0, kOpenOnTill), "0");
+    EXPECT_EQ(status().Hentet, true);
+    EXPECT_EQ(run.logPane.Lines().filter(QStringLiteral("oppgjør 1 (02.03.2026) for avd 101")).size(), 1);
+    EXPECT_EQ(run.log().filter(QStringLiteral("Transaksjon commit for")).size(), 6);
+}
+
+TEST_F(OneTill, CommitsTheTillBeforeTheBackOffice) {
+    execute();
+    const QStringList commits = run.log().filter(QStringLiteral("Transaksjon commit for"));
+    for (qsizetype i = 0; i < commits.size(); ++i)
+        EXPECT_EQ(commits[i], i % 2 == 0 ? QStringLiteral("Transaksjon commit for kildedatabase")
+                                         : QStringLiteral("Transaksjon commit for måldatabase"));
+}
+
+TEST_F(OneTill, WithoutAnOpenSettlementSaysSoAndCountsAsFetched) {
+    run.chain.runInTill(0, "UPDATE OPPGJOR SET OP_OPPDATERTTIDSPUNKT = GETDATE()");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(status().Hentet, true);
+    EXPECT_EQ(status().Melding, QStringLiteral("Ikke noe noe oppgjør å hente. Status OK.,"));
+}
+
+TEST_F(OneTill, TheDtsOptionChoosesOnlyTheWords) {
+    run.engine.IncludeDTS_TorvikPOS = true;
+    run.chain.runInTill(0, "UPDATE OPPGJOR SET OP_OPPDATERTTIDSPUNKT = GETDATE()");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(status().Melding, QStringLiteral("Ikke noe noe oppgjør å hente. DTS er kjørt OK.,"));
+}
+
+TEST_F(OneTill, SettlementMarkedByAnotherRunRollsBackAndStopsTheTill) {
+    int posted = 0;
+    const QString failure = execute({.PostStoreSales = [&](TOppgjor& oppgjor) {
+        if (++posted < 2) return;
+        // within the till's own transaction: the mark of the second settlement is there already
+        db::Query mark(run.engine.SourceConnection);
+        mark.SQL = QStringList{QStringLiteral("UPDATE Oppgjor SET OP_OPPDATERTTIDSPUNKT = GETDATE() WHERE OP_ID = %1")
+                                   .arg(oppgjor.qryOppgjor().FieldByName(QStringLiteral("Op_Id")).AsInteger())};
+        mark.ExecSQL();
+    }});
+
+    EXPECT_EQ(failure, QStringLiteral("Det ble oppdatert 0 rader. Forventet 1"));
+    EXPECT_EQ(run.tillValue(0, kOpenOnTill), "1");
+    EXPECT_EQ(run.errors(),
+              QStringList({"<<<  Det ble oppdatert 0 rader. Forventet 1 >>>",
+                           "Transaksjon rollback for måldatabase. Det ble oppdatert 0 rader. Forventet 1",
+                           "Transaksjon rollback for kildedatabase. Det ble oppdatert 0 rader. Forventet 1"}));
+}
+
+TEST_F(OneTill, CancelDuringTheTransferRollsBothSidesBack) {
+    run.engine.OnProgress = [this](QObject*, int, const QString& text) {
+        if (text == QStringLiteral("Start Ordre: ")) run.engine.SetCancelRequest(true);
+    };
+
+    const QString failure = execute();
+
+    EXPECT_TRUE(failure.startsWith(QStringLiteral(
+        "Feil ved Execute prosedyren ved henting \"kjører dmPosToTorvik.Excecute\" (Avd 101, kasse 1): ")))
+        << failure.toStdString();
+    EXPECT_TRUE(failure.contains(QStringLiteral("Avbrutt av bruker. Avbrutt oppgave: (Overfører Ordre: 1 av")));
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM PosOppgjor"), "0");
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM dts_logg"), "0");
+    EXPECT_EQ(run.tillValue(0, kOpenOnTill), "2");
+    EXPECT_EQ(status().Hentet, false);
+    EXPECT_TRUE(status().Melding.startsWith(
+        QStringLiteral("DTS feilet: Feil ved overføring til avd 1001 kassenr 1. Ordre feilet (p=14)")));
+}
+
+TEST_F(OneTill, DepartmentThatInvoicesItselfStopsAtItsFirstSettlementInAChain) {
+    run.chain.runInBackOffice("UPDATE Internkunde SET Ik_Fakturaregel = 2");
+    EXPECT_TRUE(execute().contains(QStringLiteral("Or_Op_Id")));
+    EXPECT_EQ(run.tillValue(0, kOpenOnTill), "2");
+    EXPECT_NE(run.backOfficeValue("SELECT COUNT(*) FROM PosOppgjor"), "0");  // phase one stands
+    run.chain.runInBackOffice("UPDATE Internkunde SET Ik_Fakturaregel = 1");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(run.tillValue(0, kOpenOnTill), "0");
+    EXPECT_TRUE(run.postedWhole());
+}
+
+TEST_F(OneTill, JoinPointsAreCalledInTheirPlaces) {
+    QStringList calls;
+    const QString failure = execute({
+        .ImportGiftCardsAndCreditNotes = [&](TOppgjor&) { calls << QStringLiteral("gift cards"); },
+        .CreateCreditOrders = [&](TOppgjor&) { calls << QStringLiteral("credit orders"); },
+        .PostStoreSales = [&](TOppgjor&) { calls << QStringLiteral("store sales"); },
+    });
+    EXPECT_EQ(failure, QString());
+    EXPECT_EQ(calls, QStringList({"gift cards", "credit orders", "store sales", "credit orders", "store sales"}));
+}
+
+TEST_F(OneTill, ClearsTheStockMovementsWhereTheBackOfficeHasThem) {
+    run.chain.runInBackOffice(
+        "INSERT Posbeholdningstransaksjoner (Pbt_Ik_Ku_Id, Pbt_Va_Id, Pbt_Antall) VALUES (1001, '100000', 1)");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM Posbeholdningstransaksjoner"), "0");
+}
+
+TEST_F(OneTill, BackOfficeWithoutStockMovementsIsNoFailure) {
+    run.chain.runInBackOffice("DROP TABLE Posbeholdningstransaksjoner");
+    EXPECT_EQ(execute(), QString());
+}
+
+TEST_F(OneTill, ListsTheOpenSettlementsAndLeavesTheQueryAsItWas) {
+    TOppgjor oppgjor(*run.engine.Avdeling);
+    QStringList list{QStringLiteral("old")};
+    oppgjor.GetList(list);
+    EXPECT_EQ(list, QStringList({"1", "2"}));
+    EXPECT_FALSE(oppgjor.qryOppgjor().Active());
+}
+
+TEST_F(OneTill, SavesTheTextThatMarksASettlement) {
+    EXPECT_EQ(execute(), QString());
+    QFile file(run.folder.filePath(QStringLiteral("Oppgjor.1.txt")));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().startsWith(
+        "update Oppgjor set OP_OPPDATERTTIDSPUNKT=GETDATE() where OP_OPPDATERTTIDSPUNKT is null and Op_Id=1"));
+}
+
+TEST_F(OneTill, LogsItsEventsWithTheirValues) {
+    EXPECT_EQ(execute(), QString());
+    const QStringList events = run.structured.lines();
+    EXPECT_TRUE(events.contains(QStringLiteral(
+        "INF Starter innhenting av {Antall_oppgjor} oppgjør for avdeling {Avdeling} kassenummer {Kassenummer} "
+        "Antall_oppgjor=2 Avdeling=101 Kassenummer=1")))
+        << events.join(u'\n').toStdString();
+    EXPECT_TRUE(events.contains(QStringLiteral(
+        "DBG Henter {Antall_oppgjor} oppgjør fra avdelingsnummer {Avdelingsnummer} kassenummer {Kassenummer} "
+        "Antall_oppgjor=3 Avdelingsnummer=101 Kassenummer=1")));
+    EXPECT_TRUE(events.contains(QStringLiteral(
+        "INF Fullført innhenting av {Antall_oppgjor} oppgjør for avdeling {Avdeling} kasse {Kassenummer} "
+        "Antall_oppgjor=2 Avdeling=101 Kassenummer=1")));
+}
+
+}  // namespace
+}  // namespace torvik::test
