@@ -127,6 +127,15 @@ void tellListening(const sandbox::Server& server) {
     std::cout << "listening on " << server.host() << ':' << server.port() << std::endl;
 }
 
+void tellTills(const sandbox::chain::DemoChain& chain) {
+    for (std::size_t i = 0; i < chain.model().tills.size(); ++i) {
+        const sandbox::chain::Till& till = chain.model().tills[i];
+        const sandbox::chain::TillAddress address = chain.addressOf(i);
+        std::cout << "till " << chain.model().departmentOf(till).number << '/' << till.number << " on " << address.server
+                  << " database " << address.database << " version " << till.version << std::endl;
+    }
+}
+
 void waitForSignal(const sigset_t& signals) {
     int signal = 0;
     sigwait(&signals, &signal);
@@ -147,6 +156,7 @@ void runChain(const Arguments& a, const sigset_t& signals) {
     options.dataDir = a.server.engine.dataDir;
     sandbox::chain::DemoChain chain(options);
     tellListening(chain.backOffice());
+    tellTills(chain);
     std::cout << "data link: " << chain.dataLink() << std::endl;
     waitForSignal(signals);
 }
