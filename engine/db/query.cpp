@@ -73,9 +73,9 @@ Request Query::request() {
 }
 
 void Query::Open() {
-    if (Active()) return;
-    target_.reset();
-    deferred_ = nullptr;
+    if (Active() && SQL == opened_) return;
+    Close();
+    opened_ = SQL;
     auto reply = std::make_unique<Reply>(session().use(this), request());
     if (!reply->hasRows()) {
         ServerMessage message;

@@ -46,7 +46,7 @@ public:
     [[nodiscard]] const Parameters& Params();
 
     // Runs the batch and holds the rows of its first row set. An error before, in or after it is raised, as is a batch
-    // without a row set. Opening an open query does nothing.
+    // without a row set. Opening an open query does nothing, unless its text has changed: then it is closed first.
     void Open();
     void Close() override;
     // Runs the batch to its end; rows are read past. The first error is raised though earlier statements succeeded.
@@ -75,6 +75,7 @@ private:
     void connectionGone() noexcept override;
 
     QPointer<Session> session_;
+    QStringList opened_;  // the text that the rows are of
     Parameters params_;
     QString scanned_;  // the text that params_ and text_ are of
     ScannedText text_;

@@ -65,9 +65,7 @@ SandboxServer::~SandboxServer() {
         session_->Close();
         if (server_) return;  // its databases end with it
         settings_.Database = QStringLiteral("master");
-        execute(*opened(settings_), QStringLiteral("ALTER DATABASE %1 SET SINGLE_USER WITH ROLLBACK IMMEDIATE "
-                                                   "DROP DATABASE %1")
-                                        .arg(database_));
+        execute(*opened(settings_), QStringLiteral("DROP DATABASE ") + database_);
     } catch (const db::Error& e) {
         qWarning("%s stays: %s", qPrintable(database_), e.what());
     }

@@ -37,6 +37,17 @@ TEST_F(QueryTest, LinesCanBeClearedAppendedAndReplaced) {
     EXPECT_EQ(query.RecordCount(), 1);
 }
 
+TEST_F(QueryTest, OpeningAnOpenQueryRunsItAgainOnlyWithANewText) {
+    query.SQL = {QStringLiteral("SELECT a FROM T")};
+    query.Open();
+    server.run(QStringLiteral("INSERT T VALUES (1, 'en')"));
+    query.Open();
+    EXPECT_EQ(query.RecordCount(), 0);
+    query.SQL = {QStringLiteral("SELECT b FROM T")};
+    query.Open();
+    EXPECT_EQ(query.Fields(0).AsString(), QStringLiteral("en"));
+}
+
 TEST_F(QueryTest, ABatchOfSeveralStatementsAndControlFlowIsOneBatch) {
     query.ParamCheck = false;
     query.SQL = {QStringLiteral("DECLARE @i int"),
