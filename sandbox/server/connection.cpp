@@ -289,9 +289,9 @@ void Connection::reset(std::uint8_t status) {
 bool Connection::statementEnded() {
     {
         const std::lock_guard lock(infoMutex_);
-        if (info_) ++info_->statements;
+        ++info_->statements;
     }
-    const Faults::StatementVerdict verdict = server_.faults.statementEnded();
+    const Faults::StatementVerdict verdict = server_.faults.statementEnded(info_->program);
     if (!verdict.drop) return true;
     if (verdict.message) {
         Message message = *verdict.message;

@@ -14,11 +14,13 @@ using server::sameName;
 
 namespace {
 
+// An empty name aims at all.
+bool aims(const std::string& wanted, const std::string& have) {
+    return wanted.empty() || sameName(wanted, have);
+}
+
 bool matches(const RequestMatch& m, const RequestInfo& r) {
-    const auto same = [](const std::string& wanted, const std::string& have) {
-        return wanted.empty() || sameName(wanted, have);
-    };
-    return same(m.user, r.user) && same(m.program, r.program) && same(m.database, r.database) &&
+    return aims(m.user, r.user) && aims(m.program, r.program) && aims(m.database, r.database) &&
            (m.number == 0 || m.number == r.number) && (!m.kind || *m.kind == r.kind) &&
            (m.textContains.empty() || lowerName(r.text).find(lowerName(m.textContains)) != std::string::npos);
 }
@@ -63,10 +65,11 @@ void Faults::dropAfterBytes(std::uint64_t bytes, const std::string& program) {
     bytesProgram_ = program;
 }
 
-void Faults::dropAfterStatements(std::uint64_t statements, std::optional<Message> message) {
+void Faults::dropAfterStatements(std::uint64_t statements, std::optional<Message> message, const std::string& program) {
     const std::lock_guard lock(mutex_);
-    statementsLeft_ = std::max<std::uint64_t>(statements, 1);
+    statementsLeft_ = statements;
     statementMessage_ = std::move(message);
+    statementProgram_ = program;
 }
 
 void Faults::delayRequests(std::chrono::milliseconds delay) {
@@ -139,6 +142,11 @@ Faults::Verdict Faults::meet(RequestInfo& request) {
         const std::lock_guard lock(mutex_);
         request.serverNumber = ++requests_;
         verdict.delay = delay_;
+        if (statementsLeft_ && *statementsLeft_ == 0 && aims(statementProgram_, request.program)) {
+            statementsLeft_.reset();
+            verdict.action = statementMessage_ ? FaultAction::Fail : FaultAction::DropBefore;
+            if (statementMessage_) verdict.message = *std::exchange(statementMessage_, std::nullopt);
+        }
         for (Active& a : rules_) {
             if (!matches(a.rule.match, request)) continue;
             const std::uint64_t place = a.met++;
@@ -157,11 +165,12 @@ Faults::Verdict Faults::meet(RequestInfo& request) {
     return verdict;
 }
 
-Faults::StatementVerdict Faults::statementEnded() {
+Faults::StatementVerdict Faults::statementEnded(const std::string& program) {
     const std::lock_guard lock(mutex_);
     ++statements_;
     StatementVerdict verdict;
-    if (!statementsLeft_ || --*statementsLeft_ > 0) return verdict;
+    if (!statementsLeft_ || !aims(statementProgram_, program)) return verdict;
+    if (*statementsLeft_ > 0 && --*statementsLeft_ > 0) return verdict;
     statementsLeft_.reset();
     verdict.drop = true;
     verdict.message = std::exchange(statementMessage_, std::nullopt);
@@ -170,7 +179,7 @@ Faults::StatementVerdict Faults::statementEnded() {
 
 std::optional<std::uint64_t> Faults::sending(std::uint64_t bytes, const std::string& program) {
     const std::lock_guard lock(mutex_);
-    if (!bytesLeft_ || (!bytesProgram_.empty() && !sameName(bytesProgram_, program))) return std::nullopt;
+    if (!bytesLeft_ || !aims(bytesProgram_, program)) return std::nullopt;
     if (bytes < *bytesLeft_) {
         *bytesLeft_ -= bytes;
         return std::nullopt;

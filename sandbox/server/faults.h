@@ -72,9 +72,10 @@ public:
 
     // The connection that reaches the number of bytes sent since this call is cut at exactly that byte, once.
     void dropAfterBytes(std::uint64_t bytes, const std::string& program = {});
-    // The connection is cut when so many more statements have ended on the server, before the next one begins. With a
-    // message, the batch ends with that error instead.
-    void dropAfterStatements(std::uint64_t statements, std::optional<Message> message = {});
+    // The connection is cut when so many more statements have ended, on the server or for one program, before the next
+    // one begins. With a message, the batch ends with that error instead. 0: before the next request's first one.
+    void dropAfterStatements(std::uint64_t statements, std::optional<Message> message = {},
+                             const std::string& program = {});
     // Every request waits so long before it is executed.
     void delayRequests(std::chrono::milliseconds delay);
 
@@ -105,7 +106,7 @@ public:
     [[nodiscard]] std::optional<Message> takeLoginRefusal(const std::string& user);
     void loggedIn();
     [[nodiscard]] Verdict meet(RequestInfo& request);  // counts and numbers it, tells the observers
-    [[nodiscard]] StatementVerdict statementEnded();
+    [[nodiscard]] StatementVerdict statementEnded(const std::string& program);
     // How many of `bytes` may be sent before the connection is to be cut; none: all of them.
     [[nodiscard]] std::optional<std::uint64_t> sending(std::uint64_t bytes, const std::string& program);
 
@@ -133,6 +134,7 @@ private:
     std::string bytesProgram_;
     std::optional<std::uint64_t> statementsLeft_;
     std::optional<Message> statementMessage_;
+    std::string statementProgram_;
     std::chrono::milliseconds delay_{0};
     std::uint64_t requests_ = 0;
     std::uint64_t statements_ = 0;

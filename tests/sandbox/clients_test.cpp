@@ -311,6 +311,26 @@ TEST_F(Program, SaysWhereItListensAndEndsCleanlyWhenAsked) {
     EXPECT_TRUE(folder.read("out").starts_with("listening on 127.0.0.1:"));
 }
 
+TEST_F(Program, DemoChainListensOnItsPortsAndTellsThem) {
+    TemporaryFolder folder;
+    folder.write(
+        "run.sh",
+        program + " --chain departments=1,tills=2,days=1 --sa-password secret >" + folder.file("out") +
+            " & pid=$!\n"
+            "until grep -q 'data link' " +
+            folder.file("out") +
+            "; do kill -0 $pid || exit 9; done\n"
+            "for port in $(sed -n 's/.* on 127.0.0.1[:,]\\([0-9]*\\).*/\\1/p' " +
+            folder.file("out") +
+            ")\n"
+            "do printf 'SELECT @@SERVERNAME AS s\\ngo\\nexit\\n' | tsql -o q -H 127.0.0.1 -p $port -U sa -P secret | tail -1; done\n"
+            "kill -INT $pid; wait $pid; echo ended $?\n");
+    const Ran ran = runProgram("sh " + folder.file("run.sh"));
+    EXPECT_TRUE(ran.output.ends_with("ended 0\n")) << ran.output;
+    EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), 4) << ran.output;
+    EXPECT_NE(folder.read("out").find("Initial Catalog=TorvikBackOffice"), std::string::npos);
+}
+
 TEST_F(Program, BadArgumentsAreExplained) {
     struct {
         const char* arguments;

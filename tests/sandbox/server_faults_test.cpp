@@ -206,6 +206,15 @@ TEST_F(ServerFaults, BatchIsEndedBetweenTwoStatements) {
     EXPECT_EQ(rowsOfTable(), "row 1");
 }
 
+TEST_F(ServerFaults, FirstStatementOfOneProgramCanFail) {
+    faults.dropAfterStatements(0, fault(9002, "The transaction log is full.", 17), "till");
+    TdsClient other = loggedIn(server, "other");
+    TdsClient till = loggedIn(server, "till");
+    EXPECT_EQ(other.batch("SELECT 1 AS a").back(), "done 1");
+    EXPECT_EQ(till.batch("SELECT 1 AS a"), (Lines{"error 9002 17 1 1 The transaction log is full.", "done error"}));
+    EXPECT_EQ(till.batch("SELECT 1 AS a").back(), "done 1");
+}
+
 TEST_F(ServerFaults, ClearTakesAllBack) {
     faults.refuseLogins(5, fault(1, "no"));
     faults.refuseUser("sa");
