@@ -128,7 +128,7 @@ bool Connection::handle(tds::Packet packet) {
         });
     }
     bulk_->forget();
-    const auto message = collect(std::move(packet));
+    std::optional<std::vector<std::uint8_t>> message = collect(std::move(packet));
     if (!message) return true;
     switch (type) {
         case tds::PacketType::SqlBatch: {
@@ -145,6 +145,7 @@ bool Connection::handle(tds::Packet packet) {
                     reply_.procedureDone();
                 });
             }
+            message.reset();  // a large one need not lie twice in memory while it runs
             std::string text;
             for (const tds::Call& call : list) text += (text.empty() ? "" : "\n") + CallHandler::describe(call);
             return answer(request(kindOf(type), text), [&] { calls(list); });
