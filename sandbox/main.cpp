@@ -131,8 +131,8 @@ void tellTills(const sandbox::chain::DemoChain& chain) {
     for (std::size_t i = 0; i < chain.model().tills.size(); ++i) {
         const sandbox::chain::Till& till = chain.model().tills[i];
         const sandbox::chain::TillAddress address = chain.addressOf(i);
-        std::cout << "till " << chain.model().departmentOf(till).number << '/' << till.number << " on " << address.server
-                  << " database " << address.database << " version " << till.version << std::endl;
+        std::cout << "till " << chain.model().departmentOf(till).number << '/' << till.number << " on "
+                  << address.server << " database " << address.database << " version " << till.version << std::endl;
     }
 }
 

@@ -41,7 +41,7 @@ struct Server::State {
     void stopListening();
     void acceptClients();
     void start(Socket client);
-    void run(std::shared_ptr<Connection> connection);
+    void run(const std::shared_ptr<Connection>& connection);
     void joinFinished();
 
     Options options;
@@ -171,7 +171,7 @@ void Server::State::start(Socket client) {
     }
 }
 
-void Server::State::run(std::shared_ptr<Connection> connection) {
+void Server::State::run(const std::shared_ptr<Connection>& connection) {
     servesConnection = true;
     connection->run();
     const std::lock_guard lock(mutex);
