@@ -11,44 +11,44 @@ namespace {
 
 // One type as systypes lists it.
 struct TypeRow {
-    TypeId id;
-    bool numericName;
     std::string_view name;
     int systemId;
     int userId;
     int bytes;
     int precision;
     int scale;
+    TypeId id;
+    bool numericName = false;
 };
 
 constexpr TypeRow kTypes[] = {
-    {TypeId::Image, false, "image", 34, 34, 16, 0, 0},
-    {TypeId::Text, false, "text", 35, 35, 16, 0, 0},
-    {TypeId::UniqueIdentifier, false, "uniqueidentifier", 36, 36, 16, 0, 0},
-    {TypeId::Date, false, "date", 40, 40, 3, 10, 0},
-    {TypeId::Time, false, "time", 41, 41, 5, 16, 7},
-    {TypeId::DateTime2, false, "datetime2", 42, 42, 8, 27, 7},
-    {TypeId::TinyInt, false, "tinyint", 48, 48, 1, 3, 0},
-    {TypeId::SmallInt, false, "smallint", 52, 52, 2, 5, 0},
-    {TypeId::Int, false, "int", 56, 56, 4, 10, 0},
-    {TypeId::SmallDateTime, false, "smalldatetime", 58, 58, 4, 16, 0},
-    {TypeId::Real, false, "real", 59, 59, 4, 24, 0},
-    {TypeId::Money, false, "money", 60, 60, 8, 19, 4},
-    {TypeId::DateTime, false, "datetime", 61, 61, 8, 23, 3},
-    {TypeId::Float, false, "float", 62, 62, 8, 53, 0},
-    {TypeId::NText, false, "ntext", 99, 99, 16, 0, 0},
-    {TypeId::Bit, false, "bit", 104, 104, 1, 1, 0},
-    {TypeId::Decimal, false, "decimal", 106, 106, 17, 38, 38},
-    {TypeId::Decimal, true, "numeric", 108, 108, 17, 38, 38},
-    {TypeId::SmallMoney, false, "smallmoney", 122, 122, 4, 10, 4},
-    {TypeId::BigInt, false, "bigint", 127, 127, 8, 19, 0},
-    {TypeId::VarBinary, false, "varbinary", 165, 165, 8000, 0, 0},
-    {TypeId::VarChar, false, "varchar", 167, 167, 8000, 0, 0},
-    {TypeId::Binary, false, "binary", 173, 173, 8000, 0, 0},
-    {TypeId::Char, false, "char", 175, 175, 8000, 0, 0},
-    {TypeId::NVarChar, false, "nvarchar", 231, 231, 8000, 0, 0},
-    {TypeId::NChar, false, "nchar", 239, 239, 8000, 0, 0},
-    {TypeId::NVarChar, false, "sysname", 231, 256, 256, 0, 0},
+    {"image", 34, 34, 16, 0, 0, TypeId::Image},
+    {"text", 35, 35, 16, 0, 0, TypeId::Text},
+    {"uniqueidentifier", 36, 36, 16, 0, 0, TypeId::UniqueIdentifier},
+    {"date", 40, 40, 3, 10, 0, TypeId::Date},
+    {"time", 41, 41, 5, 16, 7, TypeId::Time},
+    {"datetime2", 42, 42, 8, 27, 7, TypeId::DateTime2},
+    {"tinyint", 48, 48, 1, 3, 0, TypeId::TinyInt},
+    {"smallint", 52, 52, 2, 5, 0, TypeId::SmallInt},
+    {"int", 56, 56, 4, 10, 0, TypeId::Int},
+    {"smalldatetime", 58, 58, 4, 16, 0, TypeId::SmallDateTime},
+    {"real", 59, 59, 4, 24, 0, TypeId::Real},
+    {"money", 60, 60, 8, 19, 4, TypeId::Money},
+    {"datetime", 61, 61, 8, 23, 3, TypeId::DateTime},
+    {"float", 62, 62, 8, 53, 0, TypeId::Float},
+    {"ntext", 99, 99, 16, 0, 0, TypeId::NText},
+    {"bit", 104, 104, 1, 1, 0, TypeId::Bit},
+    {"decimal", 106, 106, 17, 38, 38, TypeId::Decimal},
+    {"numeric", 108, 108, 17, 38, 38, TypeId::Decimal, true},
+    {"smallmoney", 122, 122, 4, 10, 4, TypeId::SmallMoney},
+    {"bigint", 127, 127, 8, 19, 0, TypeId::BigInt},
+    {"varbinary", 165, 165, 8000, 0, 0, TypeId::VarBinary},
+    {"varchar", 167, 167, 8000, 0, 0, TypeId::VarChar},
+    {"binary", 173, 173, 8000, 0, 0, TypeId::Binary},
+    {"char", 175, 175, 8000, 0, 0, TypeId::Char},
+    {"nvarchar", 231, 231, 8000, 0, 0, TypeId::NVarChar},
+    {"nchar", 239, 239, 8000, 0, 0, TypeId::NChar},
+    {"sysname", 231, 256, 256, 0, 0, TypeId::NVarChar},
 };
 
 int decimalBytes(int precision) {

@@ -68,10 +68,10 @@ std::vector<std::string> createIndexSql(std::string_view schema, const ObjectDef
         const std::string name = quoteIdentifier(column->name);
         keys.push_back(name + (key.descending ? " DESC" : ""));
         if (mayBeNull(table, key)) {
-            const std::string collate =
-                isCharacter(column->type.id) ? " COLLATE " + sqliteCollation(column->collation) : std::string();
+            std::string value = "ifnull(" + name + ", 0)";
+            if (isCharacter(column->type.id)) value += " COLLATE " + sqliteCollation(column->collation);
             keysWithNulls.push_back(name + " IS NULL");
-            keysWithNulls.push_back("ifnull(" + name + ", 0)" + collate);
+            keysWithNulls.push_back(std::move(value));
             someNull.push_back(name + " IS NULL");
         } else {
             keysWithNulls.push_back(name);

@@ -141,7 +141,8 @@ void TakenKeys::cascadeUpdate(Reference& reference) {
         }
     }
     std::vector<const ColumnDef*> written;
-    for (const std::string& column : columns) written.push_back(reference.child.object->findColumn(column));
+    std::transform(columns.begin(), columns.end(), std::back_inserter(written),
+                   [&](const std::string& column) { return reference.child.object->findColumn(column); });
     changeRows(context_, reference.child, written, changes, "UPDATE");
 }
 
