@@ -63,8 +63,8 @@ void TOppgjor::Execute() {
     reportUnsettledSales();
     openList();
     if (!torvikPos_.IsEnterprise && !torvikPos_.OnlyOppgjor) {
-        updateAnsatte();
-        seedPosOppgjor();
+        UpdateAnsatte();
+        SeedPosOppgjor();
         torvikPos_.LoadVareTable();
         torvikPos_.LoadVareAliasTable();
     }

@@ -61,12 +61,12 @@ private:
     void postOpenSettlements();
     void postSettlement();
     void createCreditOrders();
-    void clearBeholdningstransaksjoner();
-    void markOppgjorDone();
+    void ClearBeholdningstransaksjoner();
+    void MarkOppgjorDone();
     void reportEnd();
     // A single back office's own registers: oppgjor_single.cpp.
-    void updateAnsatte();
-    void seedPosOppgjor();
+    void UpdateAnsatte();
+    void SeedPosOppgjor();
 
     // Transactions on the pair of sessions, and their log lines.
     void startTransactions();

@@ -65,8 +65,8 @@ void TOppgjor::postSettlement() {
     createCreditOrders();
     torvikPos_.Seam.pumpMessages();
     if (joinPoints_.PostStoreSales) joinPoints_.PostStoreSales(*this);
-    clearBeholdningstransaksjoner();
-    markOppgjorDone();
+    ClearBeholdningstransaksjoner();
+    MarkOppgjorDone();
     torvikPos_.Seam.pumpMessages();
     GlobalLogger().LogInformation(
         QStringLiteral("Hentet oppgjør {Oppgjorsnummer} for avdeling {Avdeling} kassenummer {Kassenummer}"),
@@ -101,13 +101,13 @@ void TOppgjor::createCreditOrders() {
 
 // The lines go behind whatever the general query still holds, which runs with them; they pile up from settlement to
 // settlement.
-void TOppgjor::clearBeholdningstransaksjoner() {
+void TOppgjor::ClearBeholdningstransaksjoner() {
     FqryGeneralTarget.Close();
     for (const char* line : kClearBeholdningstransaksjoner) FqryGeneralTarget.SQL << QString::fromUtf8(line);
     FqryGeneralTarget.ExecSQL();
 }
 
-void TOppgjor::markOppgjorDone() {
+void TOppgjor::MarkOppgjorDone() {
     const qint64 id = FqryOppgjor.FieldByName(QStringLiteral("Op_Id")).AsInteger();
     FqryGeneralSource.Close();
     FqryGeneralSource.SQL =

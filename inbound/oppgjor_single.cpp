@@ -30,7 +30,7 @@ constexpr char kSelectFirstSettlement[] =
 
 }  // namespace
 
-void TOppgjor::updateAnsatte() {
+void TOppgjor::UpdateAnsatte() {
     torvikPos_.AddLog(QStringLiteral("Oppdaterer Ansatte..."));
     FqryGeneralSource.Close();
     FqryGeneralSource.SQL = QStringList{QString::fromUtf8(kStaffOfTill)};
@@ -61,7 +61,7 @@ void TOppgjor::updateAnsatte() {
     torvikPos_.TestCancel();
 }
 
-void TOppgjor::seedPosOppgjor() {
+void TOppgjor::SeedPosOppgjor() {
     FqryGeneralSource.Close();
     FqryGeneralSource.SQL = QStringList{QString::fromUtf8(kLastPostedOnTill)};
     FqryGeneralSource.Open();

@@ -13,24 +13,13 @@ namespace sandbox::chain {
 namespace {
 
 // Keeps the first error of a batch; rows go nowhere.
-class FirstError final : public Reply {
+class FirstError final : public SilentReply {
 public:
-    void columns(std::span<const ResultColumn>) override {}
-    void row(std::span<const Value>) override {}
-    void statementDone(std::optional<std::int64_t>, bool) override {}
     void error(const Message& message) override {
         if (text_.empty())
             text_ = message.text + " (error " + std::to_string(message.number) + ", line " +
                     std::to_string(message.line) + ")";
     }
-    void info(const Message&) override {}
-    void databaseChanged(const std::string&, const std::string&) override {}
-    void transactionBegan(std::uint64_t) override {}
-    void transactionCommitted(std::uint64_t) override {}
-    void transactionRolledBack(std::uint64_t) override {}
-    void returnStatus(std::int32_t) override {}
-    void outputParameter(int, const std::string&, const Typed&) override {}
-    void procedureDone() override {}
 
     [[nodiscard]] const std::string& text() const { return text_; }
 

@@ -15,7 +15,7 @@ struct Message {
     int state = 1;
     std::string text{};
     std::string procedure{};  // empty outside a procedure
-    int line = 0;           // 1-based line of the batch or procedure; 0: filled in by the statement that fails
+    int line = 0;             // 1-based line of the batch or procedure; 0: filled in by the statement that fails
 };
 
 // What an error does beyond ending its statement. The interpreter decides on it; the thrower knows it.

@@ -49,14 +49,14 @@ struct Type {
     friend bool operator==(const Type&, const Type&) = default;
 };
 
-[[nodiscard]] bool isInteger(TypeId id);    // bit, tinyint, smallint, int, bigint
+[[nodiscard]] bool isInteger(TypeId id);       // bit, tinyint, smallint, int, bigint
 [[nodiscard]] bool isExactNumeric(TypeId id);  // the integers, money and decimal
-[[nodiscard]] bool isNumeric(TypeId id);    // exact and approximate
-[[nodiscard]] bool isCharacter(TypeId id);  // char, varchar, nchar, nvarchar, text, ntext
-[[nodiscard]] bool isUnicode(TypeId id);    // nchar, nvarchar, ntext
-[[nodiscard]] bool isBinary(TypeId id);     // binary, varbinary, image
-[[nodiscard]] bool isLob(TypeId id);        // text, ntext, image
-[[nodiscard]] bool isTemporal(TypeId id);   // date, time, smalldatetime, datetime, datetime2
+[[nodiscard]] bool isNumeric(TypeId id);       // exact and approximate
+[[nodiscard]] bool isCharacter(TypeId id);     // char, varchar, nchar, nvarchar, text, ntext
+[[nodiscard]] bool isUnicode(TypeId id);       // nchar, nvarchar, ntext
+[[nodiscard]] bool isBinary(TypeId id);        // binary, varbinary, image
+[[nodiscard]] bool isLob(TypeId id);           // text, ntext, image
+[[nodiscard]] bool isTemporal(TypeId id);      // date, time, smalldatetime, datetime, datetime2
 
 // "int", "varchar": the bare name, as error messages and sys.types show it.
 [[nodiscard]] std::string typeName(const Type& type);

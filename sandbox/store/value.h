@@ -24,7 +24,8 @@ struct Decimal {
 };
 
 using Bytes = std::vector<std::uint8_t>;
-using Guid = std::array<std::uint8_t, 16>;  // in wire order ([MS-TDS] 2.2.5.5.1.1: the first three groups little-endian)
+using Guid =
+    std::array<std::uint8_t, 16>;  // in wire order ([MS-TDS] 2.2.5.5.1.1: the first three groups little-endian)
 
 // What stands for which type:
 //   bit, tinyint .. bigint          int64
@@ -34,13 +35,14 @@ using Guid = std::array<std::uint8_t, 16>;  // in wire order ([MS-TDS] 2.2.5.5.1
 //   char .. ntext                   std::string, UTF-8, blanks as they stand
 //   binary, varbinary, image        Bytes
 //   uniqueidentifier                Guid
-//   datetime, smalldatetime         int64, ticks of 1/300 s since 1900-01-01 00:00 (smalldatetime: whole minutes of them)
-//   date                            int64, days since 0001-01-01
-//   time                            int64, units of 100 ns since midnight
-//   datetime2                       int64, units of 100 ns since 0001-01-01 00:00
+//   datetime, smalldatetime         int64, ticks of 1/300 s since 1900-01-01 00:00 (smalldatetime: whole minutes of
+//   them) date                            int64, days since 0001-01-01 time                            int64, units of
+//   100 ns since midnight datetime2                       int64, units of 100 ns since 0001-01-01 00:00
 using Value = std::variant<Null, std::int64_t, double, Decimal, std::string, Bytes, Guid>;
 
-[[nodiscard]] inline bool isNull(const Value& v) { return std::holds_alternative<Null>(v); }
+[[nodiscard]] inline bool isNull(const Value& v) {
+    return std::holds_alternative<Null>(v);
+}
 
 struct Typed {
     Type type;

@@ -47,4 +47,21 @@ public:
     virtual void procedureDone() = 0;  // DONEPROC
 };
 
+// Takes all and keeps nothing: for what runs without a client that listens, and for replies that want a part only.
+class SilentReply : public Reply {
+public:
+    void columns(std::span<const ResultColumn>) override {}
+    void row(std::span<const Value>) override {}
+    void statementDone(std::optional<std::int64_t>, bool) override {}
+    void error(const Message&) override {}
+    void info(const Message&) override {}
+    void databaseChanged(const std::string&, const std::string&) override {}
+    void transactionBegan(std::uint64_t) override {}
+    void transactionCommitted(std::uint64_t) override {}
+    void transactionRolledBack(std::uint64_t) override {}
+    void returnStatus(std::int32_t) override {}
+    void outputParameter(int, const std::string&, const Typed&) override {}
+    void procedureDone() override {}
+};
+
 }  // namespace sandbox

@@ -57,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(
                   {true, 1.5, static_cast<const void*>(nullptr), QVariant()},
                   "true1.5falsenull",
                   R"(,"A":true,"B":1.5,"C":false,"D":null)"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& test) { return std::string(test.param.name); });
 
 TEST(LogEntry, ExceptionStandsInBothForms) {
     const TLogEntry entry(TLogLevel::llError, QStringLiteral("Hei"), {}, QStringLiteral("gikk galt"), kMoment);
