@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "sandbox/server/names.h"
+#include "sandbox/store/locks.h"
 
 namespace sandbox::server {
 namespace {
@@ -64,6 +65,8 @@ void BulkLoad::begin(std::string_view statement, ReplyWriter& reply) {
         reply.statementDone(std::nullopt, false);
     } catch (const SqlError& e) {
         tell(e, reply);
+    } catch (const StatementCancelled&) {
+        // the attention that cancelled it is acknowledged with the request's end
     }
 }
 
@@ -104,6 +107,9 @@ BulkLoad::End BulkLoad::receive(tds::Packet packet, ReplyWriter& reply) {
                 failed = true;
                 forget();
                 tell(e, reply);
+            } catch (const StatementCancelled&) {  // the attention itself is still to come
+                failed = true;
+                forget();
             }
         }
         if (last) return End::Done;
