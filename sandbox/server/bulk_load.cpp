@@ -58,7 +58,7 @@ bool BulkLoad::announces(std::string_view batch) {
     return takeWord(batch, "insert") && takeWord(batch, "bulk");
 }
 
-void BulkLoad::begin(std::string_view statement, ReplyWriter& reply) {
+bool BulkLoad::begin(std::string_view statement, ReplyWriter& reply) {
     forget();
     try {
         target_ = session_.beginBulk(statement);
@@ -66,8 +66,9 @@ void BulkLoad::begin(std::string_view statement, ReplyWriter& reply) {
     } catch (const SqlError& e) {
         tell(e, reply);
     } catch (const StatementCancelled&) {
-        // the attention that cancelled it is acknowledged with the request's end
+        return false;
     }
+    return true;
 }
 
 void BulkLoad::forget() {
@@ -80,6 +81,7 @@ BulkLoad::End BulkLoad::receive(tds::Packet packet, ReplyWriter& reply) {
     if (!target_) throw tds::StreamError("bulk rows that no statement announced");
     tds::BulkReader rows(reply.version(), maxRow_);
     bool failed = false;
+    bool cancelled = false;
     ended_ = false;
     while (true) {
         if (packet.type == tds::PacketType::Attention) {
@@ -108,11 +110,11 @@ BulkLoad::End BulkLoad::receive(tds::Packet packet, ReplyWriter& reply) {
                 forget();
                 tell(e, reply);
             } catch (const StatementCancelled&) {  // the attention itself is still to come
-                failed = true;
+                failed = cancelled = true;
                 forget();
             }
         }
-        if (last) return End::Done;
+        if (last) return cancelled ? End::Cancelled : End::Done;
         std::optional<tds::Packet> next = inbox_.take();
         if (!next) {
             forget();

@@ -18,14 +18,15 @@ public:
     // Whether a batch announces a bulk load: INSERT BULK is a request of the protocol and no statement among others.
     [[nodiscard]] static bool announces(std::string_view batch);
 
-    // Errors go to the reply.
-    void begin(std::string_view statement, ReplyWriter& reply);
+    // Errors go to the reply. False: it was cancelled.
+    [[nodiscard]] bool begin(std::string_view statement, ReplyWriter& reply);
     [[nodiscard]] bool announced() const { return target_.has_value(); }
     void forget();  // another request came instead of the rows
 
-    enum class End { Done, Attention, Lost };
-    // Reads the message that begins with `first` to its end and stores its rows. Lost: the connection is gone. Raises
-    // StreamError, after which the load is undone.
+    enum class End { Done, Cancelled, Attention, Lost };
+    // Reads the message that begins with `first` to its end and stores its rows. Cancelled: nothing was stored, and the
+    // attention is still to be read. Attention: it came within the message and has been read. Lost: the connection is
+    // gone. Raises StreamError, after which the load is undone.
     [[nodiscard]] End receive(tds::Packet first, ReplyWriter& reply);
 
 private:

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "sandbox/server/login_handler.h"
+#include "sandbox/store/locks.h"
 
 namespace sandbox::server {
 namespace {
@@ -24,9 +25,10 @@ RequestKind kindOf(tds::PacketType type) {
 
 }  // namespace
 
-Connection::Connection(const ServerContext& server, Socket socket, std::uint64_t id)
+Connection::Connection(const ServerContext& server, Socket socket, std::uint64_t id, bool hangs)
     : server_(server),
       id_(id),
+      hangs_(hangs),
       channel_(std::move(socket), server.faults),
       reply_(channel_, server.engine.serverName()) {
     reply_.onStatement = [this] { return statementEnded(); };
@@ -36,7 +38,7 @@ Connection::Connection(const ServerContext& server, Socket socket, std::uint64_t
 void Connection::run() {
     try {
         channel_.socket().setReceiveTimeout(kLoginTime);
-        if (server_.faults.takeHang()) {
+        if (hangs_) {
             channel_.socket().setReceiveTimeout(std::chrono::milliseconds(0));
             while (!channel_.receive(kReceiveSize).empty()) continue;
         } else {
@@ -124,7 +126,9 @@ bool Connection::handle(tds::Packet packet) {
     reset(packet.status);
     if (type == tds::PacketType::BulkLoad) {
         return answer(request(RequestKind::Bulk, {}), [&] {
-            if (bulk_->receive(std::move(packet), reply_) == BulkLoad::End::Attention) attentionTaken_ = true;
+            const BulkLoad::End end = bulk_->receive(std::move(packet), reply_);
+            attentionTaken_ = end == BulkLoad::End::Attention;
+            cutShort_ = attentionTaken_ || end == BulkLoad::End::Cancelled;
         });
     }
     bulk_->forget();
@@ -182,17 +186,21 @@ std::optional<std::vector<std::uint8_t>> Connection::collect(tds::Packet packet)
 }
 
 bool Connection::answer(RequestInfo request, const std::function<void()>& execute) {
-    attentionTaken_ = false;
+    attentionTaken_ = cutShort_ = false;
     const Faults::Verdict verdict = server_.faults.meet(request);
     inbox_->beginRequest();
     if (verdict.delay.count() > 0) inbox_->pause(verdict.delay, false);
     bool goesOn = true;
-    const bool skipped = inbox_->interrupted() && request.kind != RequestKind::Bulk;
     if (verdict.action) {
         goesOn = showFault(verdict, execute);
-    } else if (!skipped) {
+    } else if (inbox_->interrupted() && request.kind != RequestKind::Bulk) {
+        cutShort_ = true;
+    } else {
         try {
             execute();
+            cutShort_ = cutShort_ || session_->cancelled();
+        } catch (const StatementCancelled&) {
+            cutShort_ = true;
         } catch (const SqlError&) {
             goesOn = false;  // of a severity that ends the connection; the reply has it already
         }
@@ -203,7 +211,7 @@ bool Connection::answer(RequestInfo request, const std::function<void()>& execut
         const std::lock_guard lock(infoMutex_);
         info_->database = session_->database();
     }
-    reply_.finish(attention && (skipped || session_->cancelled()));
+    reply_.finish(attention && cutShort_);
     if (attention) reply_.acknowledgeAttention();
     if (!goesOn) channel_.closeGently();
     return goesOn;
@@ -238,7 +246,7 @@ bool Connection::showFault(const Faults::Verdict& verdict, const std::function<v
 
 void Connection::batch(const std::string& text) {
     if (BulkLoad::announces(text)) {
-        bulk_->begin(text, reply_);
+        cutShort_ = !bulk_->begin(text, reply_);
     } else {
         session_->batch(text, reply_);
     }

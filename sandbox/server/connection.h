@@ -30,7 +30,8 @@ struct ServerContext {
 
 class Connection {
 public:
-    Connection(const ServerContext& server, Socket socket, std::uint64_t id);
+    // hangs: it is never answered.
+    Connection(const ServerContext& server, Socket socket, std::uint64_t id, bool hangs);
 
     // The connection's thread. Returns when it is closed and its session has ended; raises nothing.
     void run();
@@ -57,6 +58,7 @@ private:
 
     ServerContext server_;
     const std::uint64_t id_;
+    const bool hangs_;
     Channel channel_;
     ReplyWriter reply_;
     std::unique_ptr<Session> session_;
@@ -65,6 +67,7 @@ private:
     std::unique_ptr<BulkLoad> bulk_;
     std::string language_;         // that the login asked for
     bool attentionTaken_ = false;  // the running request has read its attention itself
+    bool cutShort_ = false;        // the running request did not come to its end
     std::size_t largestPacket_ = tds::kDefaultPacket;
 
     mutable std::mutex infoMutex_;

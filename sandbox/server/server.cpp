@@ -162,8 +162,9 @@ void Server::State::start(Socket client) {
     const std::lock_guard lock(mutex);
     if (running.size() >= options.maxConnections) return;  // the socket closes
     const std::uint64_t id = nextId++;
-    auto connection = std::make_shared<Connection>(
-        ServerContext{options, engine, faults, logins, tls ? &*tls : nullptr}, std::move(client), id);
+    auto connection =
+        std::make_shared<Connection>(ServerContext{options, engine, faults, logins, tls ? &*tls : nullptr},
+                                     std::move(client), id, faults.takeHang());
     try {
         running[id] = {connection, std::thread([this, connection] { run(connection); })};
     } catch (const std::system_error&) {

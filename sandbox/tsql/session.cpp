@@ -43,6 +43,7 @@ void Session::execute(std::string_view text, std::string_view declarations, std:
 }
 
 std::vector<ResultColumn> Session::describe(std::string_view text, std::string_view declarations) {
+    state_->connection->clearInterrupt();
     SilentReply silent;
     return Interpreter(*state_, silent).describe(text, declarations);
 }
@@ -50,6 +51,8 @@ std::vector<ResultColumn> Session::describe(std::string_view text, std::string_v
 // ---- bulk load
 
 BulkTarget Session::beginBulk(std::string_view statement) {
+    state_->cancelled = false;
+    state_->connection->clearInterrupt();
     const ast::InsertBulk parsed = parseInsertBulk(statement);
     auto load = std::make_unique<BulkLoad>(*state_);
     load->bind = load->interpreter.bindContext(load->unit, 0);
