@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "sandbox/server/server.h"
-#include "tests/sandbox/tds_client.h"
+#include "tests/support/tds_client.h"
 
 namespace sandbox::test {
 

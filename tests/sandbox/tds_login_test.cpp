@@ -3,7 +3,7 @@
 
 #include "sandbox/tds/login.h"
 #include "sandbox/tds/prelogin.h"
-#include "tests/sandbox/tds_client.h"
+#include "tests/support/tds_client.h"
 
 namespace sandbox::tds {
 namespace {

@@ -9,7 +9,7 @@
 #include "sandbox/tds/prelogin.h"
 #include "sandbox/tds/requests.h"
 #include "sandbox/tds/values.h"
-#include "tests/sandbox/tds_client.h"
+#include "tests/support/tds_client.h"
 
 namespace sandbox::tds {
 namespace {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "sandbox/tds/tokens.h"
-#include "tests/sandbox/tds_client.h"
+#include "tests/support/tds_client.h"
 
 namespace sandbox::tds {
 namespace {

@@ -4,7 +4,7 @@
 #include <limits>
 
 #include "sandbox/tds/values.h"
-#include "tests/sandbox/tds_client.h"
+#include "tests/support/tds_client.h"
 
 namespace sandbox::tds {
 namespace {

@@ -1,5 +1,5 @@
 // The bare client.
-#include "tests/sandbox/tds_client.h"
+#include "tests/support/tds_client.h"
 
 #include <arpa/inet.h>
 #include <netinet/in.h>
