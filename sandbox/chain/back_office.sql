@@ -8,7 +8,11 @@ CREATE TABLE Innstillinger (
   In_DagligJobbFlagg int NULL,
   In_Anonym_Ku_ID int NULL,
   In_KlikkOgHent_Ku_ID int NULL,
-  In_Hoved_Ik_Ku_Id int NULL
+  In_Hoved_Ik_Ku_Id int NULL,
+  In_Rpos_Or_Status_Import int NOT NULL CONSTRAINT DF_Innstillinger_Rpos_Or_Status DEFAULT (0),
+  In_Kredittsalg_An_ID char(10) NULL,
+  In_Direkteordre_Le_ID int NULL,
+  In_Fakturagebyr_Va_ID char(15) NULL
 )
 
 CREATE TABLE Kunde (
@@ -16,7 +20,21 @@ CREATE TABLE Kunde (
   Ku_Navn varchar(50) NOT NULL,
   Ku_Adresse1 varchar(50) NULL,
   Ku_Adresse2 varchar(50) NULL,
-  Ku_Postnr varchar(10) NULL
+  Ku_Postnr varchar(10) NULL,
+  Ku_Pi_Id int NULL,
+  Ku_Lb_Id int NULL,
+  Ku_Bb_Id int NULL,
+  Ku_Kav_Id int NULL,
+  Ku_Mvaberegnes tinyint NOT NULL CONSTRAINT DF_Kunde_Mvaberegnes DEFAULT (1),
+  Ku_FjernGebyr tinyint NOT NULL CONSTRAINT DF_Kunde_FjernGebyr DEFAULT (0)
+)
+
+-- Which customer or department stands in which relation to which other; a department is supplied by its warehouse.
+CREATE TABLE KundeRelasjon (
+  Krl_Fra_Ku_Id int NOT NULL CONSTRAINT FK_KundeRelasjon_Fra REFERENCES Kunde (Ku_Id),
+  Krl_Til_Ku_Id int NOT NULL CONSTRAINT FK_KundeRelasjon_Til REFERENCES Kunde (Ku_Id),
+  Krl_Type varchar(10) NOT NULL,
+  CONSTRAINT PK_KundeRelasjon PRIMARY KEY (Krl_Fra_Ku_Id, Krl_Til_Ku_Id, Krl_Type)
 )
 
 CREATE TABLE Internkunde (

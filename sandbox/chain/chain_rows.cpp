@@ -24,6 +24,13 @@ Cell cell(int v) {
     return asInt(v);
 }
 
+// Customers of the back office that are neither a department nor a buyer with a name of their own.
+constexpr int kAnonymousCustomer = 500;
+constexpr int kClickAndCollectCustomer = 501;
+constexpr int kWarehouse = 900;
+constexpr int kHeadOffice = 1000;
+constexpr int kUnknownCustomer = 12000;
+
 struct SettlementTables {
     TableData heads{"OPPGJOR",
                     {"OP_ID", "OP_AN_ID", "OP_TIDSPUNKT", "OP_OPPDATERTTIDSPUNKT", "OP_TYPE", "OP_STATUS",
@@ -139,7 +146,11 @@ void addOrders(const Till& till, OrderTables& t, PaymentTables& payments, TableD
 }  // namespace
 
 std::vector<TableData> backOfficeTables(const Chain& chain, const std::function<TillAddress(const Till&)>& addressOf) {
-    TableData settings{"Innstillinger", {"In_Id", "In_DbVersjon", "In_DagligJobbFlagg"}, {{cell(1), 1100.0, cell(0)}}};
+    TableData settings{"Innstillinger",
+                       {"In_Id", "In_DbVersjon", "In_DagligJobbFlagg", "In_Anonym_Ku_ID", "In_KlikkOgHent_Ku_ID",
+                        "In_Hoved_Ik_Ku_Id", "In_Rpos_Or_Status_Import", "In_Direkteordre_Le_ID"},
+                       {{cell(1), 1100.0, cell(0), cell(kAnonymousCustomer), cell(kClickAndCollectCustomer),
+                         cell(kHeadOffice), cell(2), cell(1)}}};
     TableData customers{"Kunde", {"Ku_Id", "Ku_Navn", "Ku_Adresse1"}, {}};
     TableData departments{
         "Internkunde", {"Ik_Ku_Id", "Ik_Avdelingsnummer", "Ik_AntallKasser", "Ik_Butikktype", "Ik_Foretaksnummer"}, {}};
@@ -148,11 +159,20 @@ std::vector<TableData> backOfficeTables(const Chain& chain, const std::function<
                      "Ikk_Passord", "Ikk_AutentiseringType", "Ikk_Provider"},
                     {}};
     TableData staff{"InternKundeAnsatt", {"Ika_Id", "Ika_Ik_Ku_Id", "Ika_Navn", "Ika_Visningsnavn"}, {}};
+    TableData relations{"KundeRelasjon", {"Krl_Fra_Ku_Id", "Krl_Til_Ku_Id", "Krl_Type"}, {}};
     TableData items{"Vare", {"Va_Id", "Va_Navn", "Va_Kostpris", "Va_Pris"}, {}};
     TableData aliases{"VareAlias", {"Vr_Id", "Vr_Va_Id"}, {}};
 
+    const auto text = [](const char* s) { return Cell(std::string(s)); };
+    customers.rows = {{cell(kAnonymousCustomer), text("Anonym kunde"), std::monostate{}},
+                      {cell(kClickAndCollectCustomer), text("Klikk og hent"), std::monostate{}},
+                      {cell(kHeadOffice), text("Torvik hovedkontor AS"), text("Torvik hovedkontor")},
+                      {cell(kWarehouse), text("Torvik sentrallager AS"), text("Torvik sentrallager")},
+                      {cell(kUnknownCustomer), text("Diverse kredittkunder"), std::monostate{}}};
+    departments.rows = {{cell(kHeadOffice), text("100"), cell(0), cell(0), text("910001000")}};
     for (std::size_t d = 0; d < chain.departments.size(); ++d) {
         const Department& department = chain.departments[d];
+        relations.rows.push_back({cell(department.id), cell(kWarehouse), text("LAGER")});
         std::int64_t count = 0;
         for (const Till& till : chain.tills) count += asInt(till.department == static_cast<int>(d));
         customers.rows.push_back({cell(department.id), department.name + " AS", department.name});
@@ -169,7 +189,7 @@ std::vector<TableData> backOfficeTables(const Chain& chain, const std::function<
             {e.id, cell(chain.departments[static_cast<std::size_t>(e.department)].id), e.name, e.name});
     for (const Item& item : chain.items) items.rows.push_back({item.id, item.name, item.cost, item.price});
     aliases.rows.push_back({std::string("7030000000017"), chain.items.front().id});
-    return {settings, customers, departments, tills, staff, items, aliases};
+    return {settings, customers, departments, relations, tills, staff, items, aliases};
 }
 
 std::vector<TableData> tillRegisters(const Chain& chain, const Till& till) {

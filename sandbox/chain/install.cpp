@@ -21,6 +21,7 @@ void insertAll(const std::vector<TableData>& tables, const RunBatch& run) {
 void installBackOffice(const Chain& chain, const std::function<TillAddress(const Till&)>& addressOf,
                        const RunBatch& run) {
     runScript("back_office", run);
+    runScript("back_office_sales", run);
     runScript("back_office_procedures", run);
     insertAll(backOfficeTables(chain, addressOf), run);
 }

@@ -1,5 +1,4 @@
-// The T-SQL scripts of the demo chain, built into the library: back_office, back_office_procedures, till,
-// till_<version>.
+// The T-SQL scripts of the demo chain, built into the library: back_office..., till, till_<version>.
 #pragma once
 
 #include <span>
