@@ -27,6 +27,7 @@
 #include "shell/icons.h"
 #include "shell/ini_file.h"
 #include "shell/log_pane_view.h"
+#include "shell/main_threads.h"
 #include "shell/settings.h"
 #include "shell/settings_panel.h"
 #include "shell/status_view.h"
@@ -95,6 +96,7 @@ void MainWindow::createEngine() {
         command([&failure] { std::rethrow_exception(failure); });
     };
     joinAutomaticRun();
+    threads_ = std::make_unique<MainThreads>(engine, *this);
     SelectTills = [this](TKasseCollection& tills) {
         TfrmVelgInternkundeKasse dialog(msConnTarget, this);
         return dialog.Execute(tills);
@@ -205,12 +207,14 @@ void MainWindow::readSettings() {
     trayAction_->setChecked(store_.read("SystemTray").toBool());
 }
 
-// A run that is under way is cancelled first, and the window closes once it has ended.
+// Workers that run are only warned of: they end with the window. A run that is under way is cancelled first, and the
+// window closes once it has ended.
 void MainWindow::closeEvent(QCloseEvent* event) {
     constexpr int kLookAgainMs = 100;
+    const bool first = !std::exchange(closing_, true);
+    if (const QString warning = threads_->ClosingWarning(); first && !warning.isEmpty()) threads_->ShowMessage(warning);
     if (running()) {
-        if (!closing_) {
-            closing_ = true;
+        if (first) {
             settings_->setAutoStart(false);
             torvikPos_->SetCancelRequest(true);
         }

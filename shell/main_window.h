@@ -18,6 +18,7 @@ class QTabWidget;
 namespace torvik {
 
 class LogPaneView;
+class MainThreads;
 class SettingsPanel;
 class SettingsStore;
 class StatusView;
@@ -33,6 +34,7 @@ public:
     ~MainWindow() override;
 
     [[nodiscard]] TTorvikPos& TorvikPos1() { return *torvikPos_; }
+    [[nodiscard]] MainThreads& Threads() { return *threads_; }
     // Fills the collection with the tills of a command; false when the operator thinks better of it. The dialog, unless
     // replaced.
     std::function<bool(TKasseCollection&)> SelectTills;
@@ -75,6 +77,7 @@ private:
     db::Session msConnTarget;
     db::Session msConnSource;
     std::unique_ptr<TTorvikPos> torvikPos_;
+    std::unique_ptr<MainThreads> threads_;  // ends its workers before the engine goes
 
     QTabWidget* panes_ = nullptr;
     StatusView* statusView_ = nullptr;

@@ -27,8 +27,7 @@ INSERT INTO Innstillinger VALUES (3, 12.5)
 )";
 
 const char kTillSchema[] = R"(
-CREATE TABLE innstillinger (in_dbversion char(20))
-INSERT INTO innstillinger VALUES ('213')
+CREATE TABLE innstillinger (in_dbversion char(20), in_avdnr char(10), in_kassenr char(10))
 CREATE TABLE OPPGJOR (OP_ID int, OP_TYPE varchar(20))
 )";
 
@@ -67,6 +66,12 @@ SmallChain::SmallChain() : server(options()), _requests(std::make_shared<Request
 
 QString SmallChain::address() const {
     return QStringLiteral("127.0.0.1,%1").arg(server.port());
+}
+
+QString SmallChain::connectString(const QString& database) const {
+    db::Session session;
+    connect(session, database);
+    return session.ConnectString();
 }
 
 void SmallChain::connect(db::Session& session, const QString& database) const {
@@ -121,7 +126,9 @@ void SmallChain::till(const Till& t) {
     const bool reachable = !t.database.isEmpty();
     if (reachable) {
         run(QStringLiteral("master"), QStringLiteral("CREATE DATABASE ") + t.database);
-        run(t.database, QString::fromUtf8(kTillSchema));
+        run(t.database,
+            QString::fromUtf8(kTillSchema) + QStringLiteral("INSERT INTO innstillinger VALUES ('213', %1, %2)")
+                                                 .arg(quoted(QString::number(t.department)), quoted(t.number)));
     }
     run(kBackOffice, QStringLiteral("IF NOT EXISTS (SELECT * FROM KasseType WHERE Kt_Navn = %1) "
                                     "INSERT INTO KasseType SELECT COUNT(*) + 1, %1 FROM KasseType")

@@ -44,6 +44,8 @@ public:
     [[nodiscard]] int requestsWith(const std::string& text) const;
 
     [[nodiscard]] QString address() const;
+    // OLE DB text of one of the databases, as a data-link file holds it.
+    [[nodiscard]] QString connectString(const QString& database) const;
     // The pulled cable: connections are cut, new ones refused.
     void cutServer();
 

@@ -16,7 +16,10 @@
 #include "engine/avdeling.h"
 #include "engine/oppgjor_status.h"
 #include "sandbox/chain/demo_chain.h"
+#include "shell/main_threads.h"
 #include "shell/settings.h"
+#include "tests/engine/scripted_worker.h"
+#include "tests/support/qt_print.h"
 
 namespace torvik {
 namespace {
@@ -159,6 +162,26 @@ TEST_F(WindowOverAChain, ClosingSavesTheTextOfThePanes) {
     QFile log(folder.filePath(QStringLiteral("TorvikPos.log")));
     ASSERT_TRUE(log.open(QIODevice::ReadOnly));
     EXPECT_TRUE(log.readAll().trimmed().endsWith("  : en linje"));
+}
+
+TEST_F(WindowOverAChain, ClosingWhileAWorkerRunsShowsTheWarningAndCloses) {
+    QStringList messages;
+    std::atomic<bool> ended = false;
+    {
+        MainWindow window(path(), store);
+        window.show();
+        window.Threads().ShowMessage = [&](const QString& text) { messages.append(text); };
+        auto* worker = new test::ScriptedWorker(true, window.Threads().MainThreadList, [&](auto& self) {
+            test::untilTerminated(self);
+            ended = true;
+        });
+        worker->ResumeToItsJob();
+        window.close();
+        EXPECT_FALSE(window.isVisible());
+        EXPECT_EQ(messages, QStringList{QStringLiteral("Du kan ikke avslutte programmet, fordi det er fortsatt 1 "
+                                                       "prosesser (trÃ¥der) aktive")});
+    }
+    EXPECT_TRUE(ended) << "the window ends its workers as it goes";
 }
 
 TEST_F(WindowOverAChain, BrokenDataLinkStopsTheStart) {
