@@ -136,6 +136,8 @@ public:
     TTorvikPosIniReceivedEvent OnTorvikPosIniReceivedEvent;
     TVareOppdatert OnVareOppdatert;
     TNewLogMessageEvent OnAddLog;
+    // Puts a warning to the operator that is answered with yes or no. Unset, the answer is no.
+    std::function<bool(const QString& Text)> OnAskOperator;
 
     // What higher boxes do for the engine's runs. An operation that is missing when it is needed is an error.
     TEngineOperation OnFetchTill;                      // fetch the settlements of the roster's current till

@@ -5,6 +5,7 @@
 #include "engine/avdeling.h"
 #include "engine/db/session.h"
 #include "engine/torvik_pos.h"
+#include "inbound/butikksalg.h"
 #include "inbound/dm_pos_to_torvik.h"
 #include "logging/logger.h"
 
@@ -27,7 +28,11 @@ SELECT * FROM OppgjorBetaling WHERE Ob_Op_Id=@Op_Id)";
 }  // namespace
 
 TOppgjor::TOppgjor(TAvdeling& avdeling, OppgjorJoinPoints joinPoints)
-    : QObject(&avdeling), Avdeling(avdeling), torvikPos_(avdeling.TorvikPOS()), joinPoints_(std::move(joinPoints)) {
+    : QObject(&avdeling),
+      Avdeling(avdeling),
+      torvikPos_(avdeling.TorvikPOS()),
+      joinPoints_(std::move(joinPoints)),
+      Butikksalg(new TButikksalg(*this)) {
     for (db::Query* query : {&FqryGeneralTarget, &FqryGeneralSource, &FqryOppgjor, &FqryOppgjorBetaling}) {
         query->CommandTimeout = kQueryTimeout;
         query->ParamCheck = false;

@@ -14,22 +14,20 @@
 namespace torvik {
 
 class TAvdeling;
+class TButikksalg;
 class TTorvikPos;
 class TOppgjor;
 
-// What other pieces do within the walk. One that is not set is left out.
+// What other boxes do within the walk.
 struct OppgjorJoinPoints {
-    std::function<void(TOppgjor&)> ImportGiftCardsAndCreditNotes;  // phase one, in a chain installation only
-    std::function<void(TOppgjor&)> CreateCreditOrders;             // for the list's current settlement
-    std::function<void(TOppgjor&)> PostStoreSales;                 // likewise
-    std::function<int(TOppgjor&)> DaysSinceLastBackup;             // -1: not known
+    std::function<int(TOppgjor&)> DaysSinceLastBackup;  // -1, as when it is not set: not known
 };
 
 class TOppgjor : public QObject {
     Q_OBJECT
 
 public:
-    // Owned by the roster, whose current row is the till.
+    // Owned by the roster, whose current row is the till; the till is connected to.
     TOppgjor(TAvdeling& avdeling, OppgjorJoinPoints joinPoints = {});
 
     bool IncludeLastBackupStatus = false;
@@ -40,6 +38,12 @@ public:
 
     // Raises what failed, after both transactions have been rolled back.
     void Execute();
+
+    // The steps of Execute that go with other pages: credit orders for the list's current settlement, and what has
+    // changed of gift cards and credit notes where the run's options include them. They need Execute's transactions.
+    void CreateCreditOrders();
+    void ImportGavekort();
+    void ImportTilgodelapp();
 
     [[nodiscard]] TAvdeling& Roster() const { return Avdeling; }
     [[nodiscard]] TTorvikPos& TorvikPos() const { return torvikPos_; }
@@ -60,7 +64,8 @@ private:
     // Phase two: oppgjor_posting.cpp.
     void postOpenSettlements();
     void postSettlement();
-    void createCreditOrders();
+    void invoiceCreditSales();
+    void postStoreSales();
     void ClearBeholdningstransaksjoner();
     void MarkOppgjorDone();
     void reportEnd();
@@ -87,6 +92,7 @@ private:
     db::Query FqryGeneralSource;
     db::Query FqryOppgjor;
     db::Query FqryOppgjorBetaling;
+    TButikksalg* Butikksalg;  // owned
     int FileNameID = 0;
     int daysSinceBackup_ = -1;
     int fetched_ = 0;

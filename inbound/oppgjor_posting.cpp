@@ -6,6 +6,7 @@
 #include "engine/db/session.h"
 #include "engine/log_pane.h"
 #include "engine/torvik_pos.h"
+#include "inbound/butikksalg.h"
 #include "inbound/oppgjor.h"
 #include "logging/logger.h"
 
@@ -62,9 +63,9 @@ void TOppgjor::postSettlement() {
                                              .AsDateTime()
                                              .toString(QStringLiteral("dd.MM.yyyy")),
                                          avd()));
-    createCreditOrders();
+    invoiceCreditSales();
     torvikPos_.Seam.pumpMessages();
-    if (joinPoints_.PostStoreSales) joinPoints_.PostStoreSales(*this);
+    postStoreSales();
     ClearBeholdningstransaksjoner();
     MarkOppgjorDone();
     torvikPos_.Seam.pumpMessages();
@@ -73,9 +74,9 @@ void TOppgjor::postSettlement() {
         {id, avd(), till()});
 }
 
-void TOppgjor::createCreditOrders() {
+void TOppgjor::invoiceCreditSales() {
     if (torvikPos_.IsFakturaVedBackOffice(FqryOppgjor.FieldByName(QStringLiteral("In_Avdnr")).AsString().trimmed())) {
-        if (joinPoints_.CreateCreditOrders) joinPoints_.CreateCreditOrders(*this);
+        CreateCreditOrders();
     } else if (torvikPos_.IsEnterprise) {
         // The list has no such column, so this raises the field error and the till stops at its first open settlement.
         const qint64 number = FqryOppgjor.FieldByName(QStringLiteral("Or_Op_Id")).AsInteger();
@@ -97,6 +98,14 @@ void TOppgjor::createCreditOrders() {
                 .arg(avd()),
             false, kls_Warning);
     }
+}
+
+void TOppgjor::postStoreSales() {
+    Butikksalg->SetOp_Id(static_cast<int>(FqryOppgjor.FieldByName(QStringLiteral("Op_Id")).AsInteger()));
+    Butikksalg->SetAvdelingsnummer(FqryOppgjor.FieldByName(QStringLiteral("In_Avdnr")).AsString().trimmed());
+    Butikksalg->KasseNr = till();
+    Butikksalg->Dato = FqryOppgjor.FieldByName(QStringLiteral("OP_TIDSPUNKT")).AsDateTime();
+    Butikksalg->Execute();
 }
 
 // The lines go behind whatever the general query still holds, which runs with them; they pile up from settlement to

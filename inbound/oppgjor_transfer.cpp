@@ -61,8 +61,10 @@ void TOppgjor::openList() {
 void TOppgjor::transfer() {
     try {
         startTransactions();
-        if (torvikPos_.IsEnterprise && joinPoints_.ImportGiftCardsAndCreditNotes)
-            joinPoints_.ImportGiftCardsAndCreditNotes(*this);
+        if (torvikPos_.IsEnterprise) {
+            ImportGavekort();
+            ImportTilgodelapp();
+        }
         if (!dmPOStoTorvik) dmPOStoTorvik = std::make_unique<TdmPOStoTorvik>();
         try {
             runDataModule();

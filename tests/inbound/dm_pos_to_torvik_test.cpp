@@ -3,31 +3,12 @@
 
 #include <QDir>
 #include <QFile>
-#include <mutex>
 
+#include "tests/inbound/one_till.h"
 #include "tests/inbound/till_transfer.h"
 
 namespace torvik::test {
 namespace {
-
-// The texts of the requests that a server has been sent.
-class Requests {
-public:
-    explicit Requests(sandbox::Server& server) {
-        server.faults().observe([this](const sandbox::RequestInfo& request) {
-            const std::lock_guard lock(mutex_);
-            texts_ << QString::fromStdString(request.text);
-        });
-    }
-    [[nodiscard]] int count(const QString& part) {
-        const std::lock_guard lock(mutex_);
-        return static_cast<int>(texts_.filter(part).size());
-    }
-
-private:
-    std::mutex mutex_;
-    QStringList texts_;
-};
 
 TEST(TillTransfer, StartsAtTheFirstSettlementWhereNoneIsSynchronised) {
     TillTransfer transfer;

@@ -6,11 +6,8 @@
 #include <QDir>
 #include <QFile>
 
-#include "engine/abort.h"
-#include "engine/avdeling.h"
-#include "engine/db/query.h"
 #include "engine/oppgjor_status.h"
-#include "tests/support/chain_run.h"
+#include "tests/inbound/one_till.h"
 
 namespace torvik::test {
 namespace {
@@ -18,36 +15,14 @@ namespace {
 const char* const kOpenOnTill =
     "SELECT COUNT(*) FROM OPPGJOR WHERE OP_TYPE = 'NORMAL' AND OP_OPPDATERTTIDSPUNKT IS NULL";
 
-sandbox::chain::ChainOptions oneTill() {
-    return {.departments = 1, .tills = 1, .days = 2, .versions = {213}};
-}
-
-// The roster stands on the one till, and both sessions are open.
-class OneTill : public testing::Test {
+class OppgjorTest : public OneTill {
 protected:
-    OneTill() : run(oneTill()) {
-        run.target.Open();
-        run.engine.Avdeling->Open();
-        EXPECT_TRUE(run.engine.ConnectSource());
-    }
-
-    QString execute(OppgjorJoinPoints joinPoints = {}) {
-        TOppgjor oppgjor(*run.engine.Avdeling, std::move(joinPoints));
-        try {
-            oppgjor.Execute();
-        } catch (const std::exception& e) {
-            return ErrorText(e);
-        }
-        return {};
-    }
     [[nodiscard]] const OppgjorStatusRow& status() const {
         return run.engine.ffraOppgjorStatus->memOppgjorStatus.Row(0);
     }
-
-    ChainRun run;
 };
 
-TEST_F(OneTill, PostsEachOpenSettlementAndMarksItDone) {
+TEST_F(OppgjorTest, PostsEachOpenSettlementAndMarksItDone) {
     EXPECT_EQ(execute(), QString());
     EXPECT_TRUE(run.postedWhole());
     EXPECT_EQ(run.tillValue(0, kOpenOnTill), "0");
@@ -56,7 +31,7 @@ TEST_F(OneTill, PostsEachOpenSettlementAndMarksItDone) {
     EXPECT_EQ(run.log().filter(QStringLiteral("Transaksjon commit for")).size(), 6);
 }
 
-TEST_F(OneTill, CommitsTheTillBeforeTheBackOffice) {
+TEST_F(OppgjorTest, CommitsTheTillBeforeTheBackOffice) {
     execute();
     const QStringList commits = run.log().filter(QStringLiteral("Transaksjon commit for"));
     for (qsizetype i = 0; i < commits.size(); ++i)
@@ -64,40 +39,40 @@ TEST_F(OneTill, CommitsTheTillBeforeTheBackOffice) {
                                          : QStringLiteral("Transaksjon commit for måldatabase"));
 }
 
-TEST_F(OneTill, WithoutAnOpenSettlementSaysSoAndCountsAsFetched) {
+TEST_F(OppgjorTest, WithoutAnOpenSettlementSaysSoAndCountsAsFetched) {
     run.chain.runInTill(0, "UPDATE OPPGJOR SET OP_OPPDATERTTIDSPUNKT = GETDATE()");
     EXPECT_EQ(execute(), QString());
     EXPECT_EQ(status().Hentet, true);
     EXPECT_EQ(status().Melding, QStringLiteral("Ikke noe noe oppgjør å hente. Status OK.,"));
 }
 
-TEST_F(OneTill, TheDtsOptionChoosesOnlyTheWords) {
+TEST_F(OppgjorTest, TheDtsOptionChoosesOnlyTheWords) {
     run.engine.IncludeDTS_TorvikPOS = true;
     run.chain.runInTill(0, "UPDATE OPPGJOR SET OP_OPPDATERTTIDSPUNKT = GETDATE()");
     EXPECT_EQ(execute(), QString());
     EXPECT_EQ(status().Melding, QStringLiteral("Ikke noe noe oppgjør å hente. DTS er kjørt OK.,"));
 }
 
-TEST_F(OneTill, SettlementMarkedByAnotherRunRollsBackAndStopsTheTill) {
-    int posted = 0;
-    const QString failure = execute({.PostStoreSales = [&](TOppgjor& oppgjor) {
-        if (++posted < 2) return;
-        // within the till's own transaction: the mark of the second settlement is there already
-        db::Query mark(run.engine.SourceConnection);
-        mark.SQL = QStringList{QStringLiteral("UPDATE Oppgjor SET OP_OPPDATERTTIDSPUNKT = GETDATE() WHERE OP_ID = %1")
-                                   .arg(oppgjor.qryOppgjor().FieldByName(QStringLiteral("Op_Id")).AsInteger())};
-        mark.ExecSQL();
-    }});
+TEST_F(OppgjorTest, SettlementMarkedByAnotherRunRollsBackAndStopsTheTill) {
+    bool marked = false;
+    run.engine.Seam.pumpMessages = [&] {
+        if (marked || !run.logPane.Lines().contains(QStringLiteral("oppgjør 2 (03.03.2026) for avd 101"))) return;
+        marked = true;
+        onTill("UPDATE OPPGJOR SET OP_OPPDATERTTIDSPUNKT = GETDATE() WHERE OP_ID = 2");
+    };
+
+    const QString failure = execute();
 
     EXPECT_EQ(failure, QStringLiteral("Det ble oppdatert 0 rader. Forventet 1"));
-    EXPECT_EQ(run.tillValue(0, kOpenOnTill), "1");
+    EXPECT_EQ(run.tillValue(0, kOpenOnTill), "0");
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(DISTINCT Ts_Dato) FROM timesalg"), "1");  // of the first one alone
     EXPECT_EQ(run.errors(),
               QStringList({"<<<  Det ble oppdatert 0 rader. Forventet 1 >>>",
                            "Transaksjon rollback for måldatabase. Det ble oppdatert 0 rader. Forventet 1",
                            "Transaksjon rollback for kildedatabase. Det ble oppdatert 0 rader. Forventet 1"}));
 }
 
-TEST_F(OneTill, CancelDuringTheTransferRollsBothSidesBack) {
+TEST_F(OppgjorTest, CancelDuringTheTransferRollsBothSidesBack) {
     run.engine.OnProgress = [this](QObject*, int, const QString& text) {
         if (text == QStringLiteral("Start Ordre: ")) run.engine.SetCancelRequest(true);
     };
@@ -116,7 +91,7 @@ TEST_F(OneTill, CancelDuringTheTransferRollsBothSidesBack) {
         QStringLiteral("DTS feilet: Feil ved overføring til avd 1001 kassenr 1. Ordre feilet (p=14)")));
 }
 
-TEST_F(OneTill, DepartmentThatInvoicesItselfStopsAtItsFirstSettlementInAChain) {
+TEST_F(OppgjorTest, DepartmentThatInvoicesItselfStopsAtItsFirstSettlementInAChain) {
     run.chain.runInBackOffice("UPDATE Internkunde SET Ik_Fakturaregel = 2");
     EXPECT_TRUE(execute().contains(QStringLiteral("Or_Op_Id")));
     EXPECT_EQ(run.tillValue(0, kOpenOnTill), "2");
@@ -127,30 +102,19 @@ TEST_F(OneTill, DepartmentThatInvoicesItselfStopsAtItsFirstSettlementInAChain) {
     EXPECT_TRUE(run.postedWhole());
 }
 
-TEST_F(OneTill, JoinPointsAreCalledInTheirPlaces) {
-    QStringList calls;
-    const QString failure = execute({
-        .ImportGiftCardsAndCreditNotes = [&](TOppgjor&) { calls << QStringLiteral("gift cards"); },
-        .CreateCreditOrders = [&](TOppgjor&) { calls << QStringLiteral("credit orders"); },
-        .PostStoreSales = [&](TOppgjor&) { calls << QStringLiteral("store sales"); },
-    });
-    EXPECT_EQ(failure, QString());
-    EXPECT_EQ(calls, QStringList({"gift cards", "credit orders", "store sales", "credit orders", "store sales"}));
-}
-
-TEST_F(OneTill, ClearsTheStockMovementsWhereTheBackOfficeHasThem) {
+TEST_F(OppgjorTest, ClearsTheStockMovementsWhereTheBackOfficeHasThem) {
     run.chain.runInBackOffice(
         "INSERT Posbeholdningstransaksjoner (Pbt_Ik_Ku_Id, Pbt_Va_Id, Pbt_Antall) VALUES (1001, '100000', 1)");
     EXPECT_EQ(execute(), QString());
     EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM Posbeholdningstransaksjoner"), "0");
 }
 
-TEST_F(OneTill, BackOfficeWithoutStockMovementsIsNoFailure) {
+TEST_F(OppgjorTest, BackOfficeWithoutStockMovementsIsNoFailure) {
     run.chain.runInBackOffice("DROP TABLE Posbeholdningstransaksjoner");
     EXPECT_EQ(execute(), QString());
 }
 
-TEST_F(OneTill, ListsTheOpenSettlementsAndLeavesTheQueryAsItWas) {
+TEST_F(OppgjorTest, ListsTheOpenSettlementsAndLeavesTheQueryAsItWas) {
     TOppgjor oppgjor(*run.engine.Avdeling);
     QStringList list{QStringLiteral("old")};
     oppgjor.GetList(list);
@@ -158,7 +122,7 @@ TEST_F(OneTill, ListsTheOpenSettlementsAndLeavesTheQueryAsItWas) {
     EXPECT_FALSE(oppgjor.qryOppgjor().Active());
 }
 
-TEST_F(OneTill, SavesTheTextThatMarksASettlement) {
+TEST_F(OppgjorTest, SavesTheTextThatMarksASettlement) {
     EXPECT_EQ(execute(), QString());
     QFile file(run.folder.filePath(QStringLiteral("Oppgjor.1.txt")));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -166,7 +130,7 @@ TEST_F(OneTill, SavesTheTextThatMarksASettlement) {
         "update Oppgjor set OP_OPPDATERTTIDSPUNKT=GETDATE() where OP_OPPDATERTTIDSPUNKT is null and Op_Id=1"));
 }
 
-TEST_F(OneTill, LogsItsEventsWithTheirValues) {
+TEST_F(OppgjorTest, LogsItsEventsWithTheirValues) {
     EXPECT_EQ(execute(), QString());
     const QStringList events = run.structured.lines();
     EXPECT_TRUE(events.contains(QStringLiteral(

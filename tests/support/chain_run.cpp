@@ -165,6 +165,14 @@ std::string ChainRun::tillValue(std::size_t till, const std::string& sql) const 
     return onlyValue(*tillSession(till), sql);
 }
 
+std::vector<std::string> ChainRun::backOfficeRows(const std::string& sql) const {
+    return lines(*backOfficeSession(), qt(sql));
+}
+
+std::vector<std::string> ChainRun::tillRows(std::size_t till, const std::string& sql) const {
+    return lines(*tillSession(till), qt(sql));
+}
+
 QStringList ChainRun::errors() const {
     return withoutTimes(errorPane.Lines());
 }

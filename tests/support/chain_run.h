@@ -41,6 +41,9 @@ public:
     // The first column of the first row; NULL for null.
     [[nodiscard]] std::string backOfficeValue(const std::string& sql) const;
     [[nodiscard]] std::string tillValue(std::size_t till, const std::string& sql) const;
+    // Each row as "a | b | NULL", in the order of the statement.
+    [[nodiscard]] std::vector<std::string> backOfficeRows(const std::string& sql) const;
+    [[nodiscard]] std::vector<std::string> tillRows(std::size_t till, const std::string& sql) const;
 
     // The error pane's lines, without their times.
     [[nodiscard]] QStringList errors() const;
