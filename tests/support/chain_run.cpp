@@ -1,12 +1,9 @@
 // See chain_run.h.
 #include "tests/support/chain_run.h"
 
-#include <QDir>
 #include <algorithm>
 
-#include "engine/avdeling.h"
 #include "engine/db/query.h"
-#include "engine/oppgjor_status.h"
 #include "sandbox/chain/posted_rows.h"
 
 namespace torvik::test {
@@ -94,42 +91,10 @@ std::string contents(db::Session& session) {
     return text;
 }
 
-QStringList withoutTimes(const QStringList& pane) {
-    QStringList texts;
-    for (const QString& line : pane) texts << line.section(QStringLiteral("  : "), 1);
-    return texts;
-}
-
 }  // namespace
 
 ChainRun::ChainRun(const sandbox::chain::ChainOptions& options)
-    : chain({.chain = options}), workingDirectory_(QDir::currentPath()) {
-    QDir::setCurrent(folder.path());
-    engine.Seam.tempFolder = [this] { return folder.path(); };
-    engine.Seam.sleep = [](int) {};
-    engine.RetryWaitTime = 0;
-    engine.RetryCount = 1;
-    engine.IsEnterprise = true;
-    engine.Log = &logPane;
-    engine.ErrorLog = &errorPane;
-    engine.SourceConnection = &source;
-    target.SetConnectString(qt(chain.dataLink()));
-    engine.SetTargetConnection(&target);
-    joinFetching(engine);
-}
-
-ChainRun::~ChainRun() {
-    QDir::setCurrent(workingDirectory_);
-}
-
-void ChainRun::fetch() {
-    engine.Tasks = TTasks{taHent};
-    target.Close();
-    target.Open();
-    engine.Avdeling->ClearFilter();
-    engine.Avdeling->SetKasseCollection(std::make_shared<TKasseCollection>());
-    engine.ExecuteOppgjor();
-}
+    : RunningChain{sandbox::chain::DemoChain({.chain = options})}, ChainProgram(chain.dataLink()) {}
 
 testing::AssertionResult ChainRun::posted(const std::set<std::size_t>& tills) const {
     const auto session = backOfficeSession();
@@ -171,14 +136,6 @@ std::vector<std::string> ChainRun::backOfficeRows(const std::string& sql) const 
 
 std::vector<std::string> ChainRun::tillRows(std::size_t till, const std::string& sql) const {
     return lines(*tillSession(till), qt(sql));
-}
-
-QStringList ChainRun::errors() const {
-    return withoutTimes(errorPane.Lines());
-}
-
-QStringList ChainRun::log() const {
-    return withoutTimes(logPane.Lines());
 }
 
 std::unique_ptr<db::Session> ChainRun::backOfficeSession() const {

@@ -1,33 +1,26 @@
-// The whole program without its window over a demo chain: an engine with its two sessions and the fetch joined to it.
-// Tests of whole runs and of faults start from it. Waits take no time; the clock is the real one.
+// The program over a demo chain of its own, with the chain's tables at hand. Tests of whole runs start from it.
 #pragma once
 
 #include <gtest/gtest.h>
 
-#include <QTemporaryDir>
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "engine/db/session.h"
-#include "engine/log_pane.h"
-#include "engine/torvik_pos.h"
-#include "inbound/fetch_till.h"
 #include "sandbox/chain/demo_chain.h"
-#include "tests/support/recording_sink.h"
+#include "tests/support/chain_program.h"
 
 namespace torvik::test {
 
-class ChainRun {
+// A base, so that the chain stands before the program begins and ends after it.
+struct RunningChain {
+    sandbox::chain::DemoChain chain;
+};
+
+class ChainRun : public RunningChain, public ChainProgram {
 public:
     explicit ChainRun(const sandbox::chain::ChainOptions& options = {});
-    ~ChainRun();
-    ChainRun(const ChainRun&) = delete;
-    ChainRun& operator=(const ChainRun&) = delete;
-
-    // One settlement run over all tills, from a fresh back-office session, as the command in the window does it.
-    void fetch();
 
     // What the back office holds of the tills' sales, against what the model says of those fetched: the first table
     // that differs is shown whole, line by line.
@@ -45,24 +38,9 @@ public:
     [[nodiscard]] std::vector<std::string> backOfficeRows(const std::string& sql) const;
     [[nodiscard]] std::vector<std::string> tillRows(std::size_t till, const std::string& sql) const;
 
-    // The error pane's lines, without their times.
-    [[nodiscard]] QStringList errors() const;
-    [[nodiscard]] QStringList log() const;
-
-    sandbox::chain::DemoChain chain;
-    QTemporaryDir folder;  // the temporary folder, and the working directory while this stands
-    RecordedLog structured;
-    db::Session target;
-    db::Session source;
-    TTorvikPos engine;
-    StringListPane logPane;
-    StringListPane errorPane;
-
 private:
     [[nodiscard]] std::unique_ptr<db::Session> backOfficeSession() const;
     [[nodiscard]] std::unique_ptr<db::Session> tillSession(std::size_t till) const;
-
-    QString workingDirectory_;
 };
 
 }  // namespace torvik::test

@@ -1,0 +1,41 @@
+// The whole program without its window: an engine with its two sessions and the fetch joined to it, on any chain whose
+// back office a data link names. Waits take no time; the clock is the real one. ChainRun is one beside its chain.
+#pragma once
+
+#include <QTemporaryDir>
+#include <string>
+
+#include "engine/db/session.h"
+#include "engine/log_pane.h"
+#include "engine/torvik_pos.h"
+#include "tests/support/recording_sink.h"
+
+namespace torvik::test {
+
+class ChainProgram {
+public:
+    explicit ChainProgram(const std::string& dataLink);
+    ~ChainProgram();
+    ChainProgram(const ChainProgram&) = delete;
+    ChainProgram& operator=(const ChainProgram&) = delete;
+
+    // One settlement run over all tills, from a fresh back-office session, as the command in the window does it.
+    void fetch();
+
+    // The lines of the panes, without their times.
+    [[nodiscard]] QStringList errors() const;
+    [[nodiscard]] QStringList log() const;
+
+    QTemporaryDir folder;  // the temporary folder, and the working directory while this stands
+    RecordedLog structured;
+    db::Session target;
+    db::Session source;
+    TTorvikPos engine;
+    StringListPane logPane;
+    StringListPane errorPane;
+
+private:
+    QString workingDirectory_;
+};
+
+}  // namespace torvik::test
