@@ -62,6 +62,7 @@ bool BulkLoad::begin(std::string_view statement, ReplyWriter& reply) {
     forget();
     try {
         target_ = session_.beginBulk(statement);
+        statement_ = statement;
         reply.statementDone(std::nullopt, false);
     } catch (const SqlError& e) {
         tell(e, reply);
@@ -72,6 +73,7 @@ bool BulkLoad::begin(std::string_view statement, ReplyWriter& reply) {
 }
 
 void BulkLoad::forget() {
+    statement_.clear();
     if (!target_) return;
     target_.reset();
     session_.abortBulk();
@@ -122,6 +124,16 @@ BulkLoad::End BulkLoad::receive(tds::Packet packet, ReplyWriter& reply) {
         }
         packet = std::move(*next);
     }
+}
+
+BulkLoad::End BulkLoad::readOver(tds::Packet packet) {
+    forget();
+    while (packet.type == tds::PacketType::BulkLoad && !packet.last()) {
+        std::optional<tds::Packet> next = inbox_.take();
+        if (!next) return End::Lost;
+        packet = std::move(*next);
+    }
+    return packet.type == tds::PacketType::Attention ? End::Attention : End::Done;
 }
 
 void BulkLoad::store(tds::BulkReader& rows) {

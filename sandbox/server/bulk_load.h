@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "sandbox/server/inbox.h"
@@ -20,7 +21,8 @@ public:
 
     // Errors go to the reply. False: it was cancelled.
     [[nodiscard]] bool begin(std::string_view statement, ReplyWriter& reply);
-    [[nodiscard]] bool announced() const { return target_.has_value(); }
+    // The statement that announced the rows to come, or empty.
+    [[nodiscard]] const std::string& announced() const { return statement_; }
     void forget();  // another request came instead of the rows
 
     enum class End { Done, Cancelled, Attention, Lost };
@@ -28,6 +30,8 @@ public:
     // attention is still to be read. Attention: it came within the message and has been read. Lost: the connection is
     // gone. Raises StreamError, after which the load is undone.
     [[nodiscard]] End receive(tds::Packet first, ReplyWriter& reply);
+    // Reads the message to its end and stores nothing.
+    [[nodiscard]] End readOver(tds::Packet first);
 
 private:
     void check(const std::vector<tds::BulkColumn>& columns) const;
@@ -38,6 +42,7 @@ private:
     Inbox& inbox_;
     std::size_t maxRow_;
     std::optional<BulkTarget> target_;
+    std::string statement_;
     bool ended_ = false;
 };
 

@@ -23,6 +23,19 @@ RequestKind kindOf(tds::PacketType type) {
     }
 }
 
+std::string textOf(const tds::TransactionRequest& request) {
+    const auto named = [&](const char* verb) {
+        return std::string(verb) + " TRANSACTION" + (request.name.empty() ? "" : " " + request.name);
+    };
+    switch (request.step) {
+        case tds::TransactionStep::Begin: return named("BEGIN");
+        case tds::TransactionStep::Commit: return named("COMMIT");
+        case tds::TransactionStep::Rollback: return named("ROLLBACK");
+        case tds::TransactionStep::Save: return named("SAVE");
+        default: return "BEGIN DISTRIBUTED TRANSACTION";
+    }
+}
+
 }  // namespace
 
 Connection::Connection(const ServerContext& server, Socket socket, std::uint64_t id, bool hangs)
@@ -80,6 +93,7 @@ void Connection::serve() {
     inbox_ = std::make_unique<Inbox>([this] { session_->cancel(); });
     calls_ = std::make_unique<CallHandler>(*session_);
     bulk_ = std::make_unique<BulkLoad>(*session_, *inbox_, server_.options.maxMessageBytes);
+    session_->watch(this);
     std::thread reader([this] { read(); });
     try {
         while (std::optional<tds::Packet> packet = inbox_->take()) {
@@ -125,11 +139,14 @@ bool Connection::handle(tds::Packet packet) {
     }
     reset(packet.status);
     if (type == tds::PacketType::BulkLoad) {
-        return answer(request(RequestKind::Bulk, {}), [&] {
-            const BulkLoad::End end = bulk_->receive(std::move(packet), reply_);
-            attentionTaken_ = end == BulkLoad::End::Attention;
-            cutShort_ = attentionTaken_ || end == BulkLoad::End::Cancelled;
-        });
+        return answer(
+            request(RequestKind::Bulk, bulk_->announced()),
+            [&] {
+                const BulkLoad::End end = bulk_->receive(std::move(packet), reply_);
+                attentionTaken_ = end == BulkLoad::End::Attention;
+                cutShort_ = attentionTaken_ || end == BulkLoad::End::Cancelled;
+            },
+            [&] { attentionTaken_ = bulk_->readOver(std::move(packet)) == BulkLoad::End::Attention; });
     }
     bulk_->forget();
     std::optional<std::vector<std::uint8_t>> message = collect(std::move(packet));
@@ -156,7 +173,7 @@ bool Connection::handle(tds::Packet packet) {
         }
         case tds::PacketType::TransactionManager: {
             const tds::TransactionRequest step = tds::readTransaction(*message);
-            return answer(request(kindOf(type), {}), [&] { transaction(step); });
+            return answer(request(kindOf(type), textOf(step)), [&] { transaction(step); });
         }
         default: throw tds::StreamError("a message that has no place after the login");
     }
@@ -185,15 +202,19 @@ std::optional<std::vector<std::uint8_t>> Connection::collect(tds::Packet packet)
     return message;
 }
 
-bool Connection::answer(RequestInfo request, const std::function<void()>& execute) {
-    attentionTaken_ = cutShort_ = false;
+bool Connection::answer(RequestInfo request, const std::function<void()>& execute,
+                        const std::function<void()>& passOver) {
+    attentionTaken_ = cutShort_ = logged_ = false;
     const Faults::Verdict verdict = server_.faults.meet(request);
+    const RequestKind kind = request.kind;
+    running_ = {std::move(request), {}, false, false};
+    errorsBefore_ = reply_.errors();
     inbox_->beginRequest();
     if (verdict.delay.count() > 0) inbox_->pause(verdict.delay, false);
     bool goesOn = true;
     if (verdict.action) {
-        goesOn = showFault(verdict, execute);
-    } else if (inbox_->interrupted() && request.kind != RequestKind::Bulk) {
+        goesOn = showFault(verdict, execute, passOver);
+    } else if (inbox_->interrupted() && kind != RequestKind::Bulk) {
         cutShort_ = true;
     } else {
         try {
@@ -206,7 +227,9 @@ bool Connection::answer(RequestInfo request, const std::function<void()>& execut
         }
     }
     const bool attention = inbox_->endRequest() || attentionTaken_;
-    if (channel_.isCut() || inbox_->closed()) return false;
+    const bool lost = channel_.isCut() || inbox_->closed();
+    tellLog(lost);
+    if (lost) return false;
     {
         const std::lock_guard lock(infoMutex_);
         info_->database = session_->database();
@@ -218,11 +241,15 @@ bool Connection::answer(RequestInfo request, const std::function<void()>& execut
 }
 
 // False: the connection ends.
-bool Connection::showFault(const Faults::Verdict& verdict, const std::function<void()>& execute) {
+bool Connection::showFault(const Faults::Verdict& verdict, const std::function<void()>& execute,
+                           const std::function<void()>& passOver) {
     constexpr int kEndsConnection = 20;
     switch (*verdict.action) {
         case FaultAction::Fail: {
-            if (verdict.rollBack) session_->batch("IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION", reply_);
+            if (passOver) passOver();
+            if (verdict.rollBack) {
+                unwatched([&] { session_->batch("IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION", reply_); });
+            }
             Message message = verdict.message;
             if (message.line == 0) message.line = 1;
             reply_.error(message);
@@ -231,7 +258,7 @@ bool Connection::showFault(const Faults::Verdict& verdict, const std::function<v
         case FaultAction::DropAfter:
             reply_.discardRest();
             execute();
-            channel_.cut();
+            cutByFault();
             return false;
         case FaultAction::Hang:
             (void)inbox_->endRequest();
@@ -240,8 +267,61 @@ bool Connection::showFault(const Faults::Verdict& verdict, const std::function<v
         case FaultAction::DropBefore:
         case FaultAction::Delay: break;
     }
-    channel_.cut();
+    cutByFault();
     return false;
+}
+
+void Connection::begins(std::string_view text) {
+    constexpr int kEndsConnection = 20;
+    ++statements_;
+    ++depth_;
+    if (!server_.faults.watchesStatements()) return;
+    RequestInfo statement = running_.request;
+    statement.number = statements_;
+    if (!text.empty()) statement.text = text;
+    running_.statements.push_back(statement.text);
+    const Faults::Verdict verdict = server_.faults.meetStatement(statement);
+    if (verdict.delay.count() > 0) inbox_->pause(verdict.delay, false);
+    if (!verdict.action) return;
+    if (*verdict.action == FaultAction::DropAfter) {
+        if (cutBelow_ == 0) cutBelow_ = depth_;
+        return;
+    }
+    --depth_;
+    if (*verdict.action == FaultAction::Fail) {
+        const Message& m = verdict.message;
+        throw SqlError(m, m.severity >= kEndsConnection ? Effect::Connection
+                          : verdict.rollBack            ? Effect::Batch
+                                                        : Effect::Statement);
+    }
+    if (*verdict.action == FaultAction::Hang) inbox_->pause(std::nullopt, true);
+    cutByFault();
+    throw StatementCancelled();
+}
+
+void Connection::ended() noexcept {
+    if (depth_-- != cutBelow_) return;
+    cutByFault();
+    if (session_) session_->cancel();
+}
+
+void Connection::unwatched(const std::function<void()>& action) {
+    session_->watch(nullptr);
+    action();
+    session_->watch(this);
+}
+
+void Connection::cutByFault() {
+    tellLog(true);
+    channel_.cut();
+}
+
+// Before the client hears of it, so that a test that has its reply finds the request logged.
+void Connection::tellLog(bool cut) {
+    if (std::exchange(logged_, true)) return;
+    running_.failed = reply_.errors() != errorsBefore_;
+    running_.cut = cut;
+    server_.faults.ended(std::move(running_));
 }
 
 void Connection::batch(const std::string& text) {
@@ -263,7 +343,9 @@ void Connection::transaction(const tds::TransactionRequest& request) {
     static constexpr std::array<const char*, 6> kLevels = {
         "", "READ UNCOMMITTED", "READ COMMITTED", "REPEATABLE READ", "SERIALIZABLE", "SNAPSHOT"};
     if (request.isolation != 0) {
-        session_->batch(std::string("SET TRANSACTION ISOLATION LEVEL ") + kLevels[request.isolation], reply_);
+        unwatched([&] {
+            session_->batch(std::string("SET TRANSACTION ISOLATION LEVEL ") + kLevels[request.isolation], reply_);
+        });
     }
     switch (request.step) {
         case tds::TransactionStep::Begin: return session_->beginTransaction(request.name, reply_);
@@ -289,7 +371,7 @@ void Connection::reset(std::uint8_t status) {
     bulk_->forget();
     calls_->reset();
     session_->reset((status & tds::kResetKeepingTransaction) != 0);
-    (void)applyLanguage(*session_, language_);
+    unwatched([&] { (void)applyLanguage(*session_, language_); });
     if (session_->database() != before) reply_.databaseChanged(before, session_->database());
     reply_.tokens().connectionReset();
 }
@@ -307,7 +389,7 @@ bool Connection::statementEnded() {
         if (message.line == 0) message.line = 1;
         reply_.error(message);
     } else {
-        channel_.cut();
+        cutByFault();
     }
     session_->cancel();
     return false;

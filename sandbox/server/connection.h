@@ -28,7 +28,7 @@ struct ServerContext {
     const TlsContext* tls;  // none where TLS is not supported
 };
 
-class Connection {
+class Connection : private StatementWatch {
 public:
     // hangs: it is never answered.
     Connection(const ServerContext& server, Socket socket, std::uint64_t id, bool hangs);
@@ -46,8 +46,15 @@ private:
     void read();
     bool handle(tds::Packet packet);
     [[nodiscard]] std::optional<std::vector<std::uint8_t>> collect(tds::Packet first);
-    bool answer(RequestInfo request, const std::function<void()>& execute);
-    bool showFault(const Faults::Verdict& verdict, const std::function<void()>& execute);
+    // passOver: reads what has still to come of a request that is not executed.
+    bool answer(RequestInfo request, const std::function<void()>& execute, const std::function<void()>& passOver = {});
+    bool showFault(const Faults::Verdict& verdict, const std::function<void()>& execute,
+                   const std::function<void()>& passOver);
+    void begins(std::string_view text) override;
+    void ended() noexcept override;
+    void unwatched(const std::function<void()>& action);  // what the client did not ask for
+    void cutByFault();
+    void tellLog(bool cut);
     void batch(const std::string& text);
     void calls(const std::vector<tds::Call>& calls);
     void transaction(const tds::TransactionRequest& request);
@@ -69,6 +76,12 @@ private:
     bool attentionTaken_ = false;  // the running request has read its attention itself
     bool cutShort_ = false;        // the running request did not come to its end
     std::size_t largestPacket_ = tds::kDefaultPacket;
+    LoggedRequest running_;
+    bool logged_ = false;
+    std::uint64_t errorsBefore_ = 0;  // the running request
+    std::uint64_t statements_ = 0;    // begun, since the login
+    int depth_ = 0;                   // statements in hand, each within the one before
+    int cutBelow_ = 0;                // a fault cuts the connection when the statement at this depth ends; 0: none
 
     mutable std::mutex infoMutex_;
     std::optional<ConnectionInfo> info_;

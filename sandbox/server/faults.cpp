@@ -21,7 +21,8 @@ bool aims(const std::string& wanted, const std::string& have) {
 
 bool matches(const RequestMatch& m, const RequestInfo& r) {
     return aims(m.user, r.user) && aims(m.program, r.program) && aims(m.database, r.database) &&
-           (m.number == 0 || m.number == r.number) && (!m.kind || *m.kind == r.kind) &&
+           (m.number == 0 || m.number == r.number) && (m.connection == 0 || m.connection == r.connection) &&
+           (!m.kind || *m.kind == r.kind) &&
            (m.textContains.empty() || lowerName(r.text).find(lowerName(m.textContains)) != std::string::npos);
 }
 
@@ -51,12 +52,14 @@ void Faults::hangLogins(int count) {
 int Faults::add(FaultRule rule) {
     const std::lock_guard lock(mutex_);
     rules_.push_back({nextId_, std::move(rule)});
+    tellWatches();
     return nextId_++;
 }
 
 void Faults::remove(int rule) {
     const std::lock_guard lock(mutex_);
     std::erase_if(rules_, [&](const Active& a) { return a.id == rule; });
+    tellWatches();
 }
 
 void Faults::dropAfterBytes(std::uint64_t bytes, const std::string& program) {
@@ -77,6 +80,14 @@ void Faults::delayRequests(std::chrono::milliseconds delay) {
     delay_ = delay;
 }
 
+void Faults::fillDisk(std::int64_t writes) {
+    engine_.limitWrites(writes);
+}
+
+void Faults::freeDisk() {
+    engine_.limitWrites(std::nullopt);
+}
+
 void Faults::clear() {
     const std::lock_guard lock(mutex_);
     loginsToRefuse_ = loginsToHang_ = 0;
@@ -86,6 +97,30 @@ void Faults::clear() {
     statementsLeft_.reset();
     statementMessage_.reset();
     delay_ = {};
+    freeDisk();
+    tellWatches();
+}
+
+void Faults::keepLog() {
+    const std::lock_guard lock(mutex_);
+    if (!log_) log_.emplace();
+    tellWatches();
+}
+
+std::vector<LoggedRequest> Faults::log() const {
+    const std::lock_guard lock(mutex_);
+    return log_.value_or(std::vector<LoggedRequest>());
+}
+
+void Faults::ended(LoggedRequest request) {
+    const std::lock_guard lock(mutex_);
+    if (log_) log_->push_back(std::move(request));
+}
+
+// So that statements cost nothing where nobody asks for them.
+void Faults::tellWatches() {
+    watchesStatements_ = log_ || std::any_of(rules_.begin(), rules_.end(),
+                                             [](const Active& a) { return a.rule.level == FaultLevel::Statement; });
 }
 
 int Faults::observe(std::function<void(const RequestInfo&)> observer) {
@@ -141,27 +176,38 @@ Faults::Verdict Faults::meet(RequestInfo& request) {
     {
         const std::lock_guard lock(mutex_);
         request.serverNumber = ++requests_;
-        verdict.delay = delay_;
+        verdict = metRules(FaultLevel::Request, request);
+        verdict.delay += delay_;
         if (statementsLeft_ && *statementsLeft_ == 0 && aims(statementProgram_, request.program)) {
             statementsLeft_.reset();
             verdict.action = statementMessage_ ? FaultAction::Fail : FaultAction::DropBefore;
             if (statementMessage_) verdict.message = *std::exchange(statementMessage_, std::nullopt);
         }
-        for (Active& a : rules_) {
-            if (!matches(a.rule.match, request)) continue;
-            const std::uint64_t place = a.met++;
-            if (place < a.rule.skip || (a.rule.times != 0 && place - a.rule.skip >= a.rule.times)) continue;
-            if (a.rule.action == FaultAction::Delay) {
-                verdict.delay += a.rule.delay;
-            } else if (!verdict.action) {
-                verdict.action = a.rule.action;
-                verdict.message = a.rule.message;
-                verdict.rollBack = a.rule.rollBack;
-            }
-        }
     }
     const std::lock_guard lock(observerMutex_);
     for (const Observer& o : observers_) o.call(request);
+    return verdict;
+}
+
+Faults::Verdict Faults::meetStatement(const RequestInfo& statement) {
+    const std::lock_guard lock(mutex_);
+    return metRules(FaultLevel::Statement, statement);
+}
+
+Faults::Verdict Faults::metRules(FaultLevel level, const RequestInfo& met) {
+    Verdict verdict;
+    for (Active& a : rules_) {
+        if (a.rule.level != level || !matches(a.rule.match, met)) continue;
+        const std::uint64_t place = a.met++;
+        if (place < a.rule.skip || (a.rule.times != 0 && place - a.rule.skip >= a.rule.times)) continue;
+        if (a.rule.action == FaultAction::Delay) {
+            verdict.delay += a.rule.delay;
+        } else if (!verdict.action) {
+            verdict.action = a.rule.action;
+            verdict.message = a.rule.message;
+            verdict.rollBack = a.rule.rollBack;
+        }
+    }
     return verdict;
 }
 

@@ -56,6 +56,7 @@ void ReplyWriter::statementDone(std::optional<std::int64_t> count, bool inProced
 }
 
 void ReplyWriter::error(const Message& message) {
+    ++errors_;
     if (discarding_) return;
     tokens().error(message);
     failed_ = true;

@@ -33,6 +33,7 @@ public:
     // From now to the end of the message nothing is written.
     void discardRest() { discarding_ = true; }
     [[nodiscard]] bool discarding() const { return discarding_; }
+    [[nodiscard]] std::uint64_t errors() const { return errors_; }  // of all messages, those not written too
 
     void columns(std::span<const ResultColumn> columns) override { describe(columns, false); }
     // With a last column of row states, as cursors' fetches have; it is hidden from clients that look at the flag.
@@ -72,6 +73,7 @@ private:
     std::optional<tds::DoneToken> held_;
     bool described_ = false;  // a row set is open
     bool failed_ = false;     // an error was told since the last DONE
+    std::uint64_t errors_ = 0;
     bool discarding_ = false;
 };
 

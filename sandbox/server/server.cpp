@@ -46,7 +46,7 @@ struct Server::State {
 
     Options options;
     Engine engine;
-    Faults faults;
+    Faults faults{engine};
     Logins logins;
     std::optional<TlsContext> tls;
 

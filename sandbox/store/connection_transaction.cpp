@@ -189,6 +189,7 @@ void Connection::resetBusyStatements() {
 // ---- Write
 
 Write::Write(Connection& connection, Database& database) : connection_(connection) {
+    if (!database.temporary() && connection_.writeDepth_ == 0) connection_.databases_.takeRoom(database);
     connection_.startWriting(database);
     if (connection_.inTransaction_ || connection_.writeDepth_ > 0) connection_.pushSavePoint(0);
     ++connection_.writeDepth_;

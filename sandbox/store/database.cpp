@@ -244,6 +244,18 @@ std::shared_ptr<Database> Databases::open(Database::Facts facts) {
     return database;
 }
 
+void Databases::takeRoom(const Database& database) {
+    std::int64_t left = writesLeft_;
+    while (left > 0 && !writesLeft_.compare_exchange_weak(left, left - 1)) continue;
+    if (left != 0) return;
+    throw SqlError(Message{
+        .number = 9002,
+        .severity = 17,
+        .state = 2,
+        .text = "The transaction log for database '" + database.name() + "' is full due to 'NOTHING'.",
+    });
+}
+
 void Databases::fillMsdb(Database& msdb) {
     sqlite3* sqlite = keepers_.at(msdb.id());
     auto catalog = std::make_shared<Catalog>();

@@ -91,6 +91,10 @@ public:
     [[nodiscard]] LockManager& locks() { return locks_; }
     [[nodiscard]] ProcessList& processes() { return processes_; }
 
+    // A disk that is full after so many more writing statements; none: it has room. From any thread.
+    void limitWrites(std::optional<std::int64_t> left) { writesLeft_ = left.value_or(-1); }
+    void takeRoom(const Database& database);  // for one writing statement; raises 9002
+
 private:
     std::shared_ptr<Database> open(Database::Facts facts);
     std::shared_ptr<Database> make(const std::string& name, int id, const std::string& collation);
@@ -100,7 +104,8 @@ private:
     std::string collation_;
     bool keepsData_ = false;
     int lastSerial_ = 0;
-    std::mutex creating_;  // one CREATE or DROP at a time
+    std::atomic<std::int64_t> writesLeft_{-1};  // below 0: no limit
+    std::mutex creating_;                       // one CREATE or DROP at a time
     mutable std::mutex mutex_;
     std::map<int, std::shared_ptr<Database>> databases_;  // by id
     sqlite3* registry_ = nullptr;                         // the list of databases, where data is kept

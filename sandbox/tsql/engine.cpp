@@ -12,6 +12,10 @@ const std::string& Engine::serverName() const {
     return shared_->options.serverName;
 }
 
+void Engine::limitWrites(std::optional<std::int64_t> left) {
+    shared_->databases.limitWrites(left);
+}
+
 std::vector<std::string> Engine::databases() const {
     std::vector<std::string> names;
     for (const auto& database : shared_->databases.all()) names.push_back(database->name());

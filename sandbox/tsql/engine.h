@@ -27,6 +27,9 @@ public:
     [[nodiscard]] const std::string& serverName() const;
     [[nodiscard]] std::vector<std::string> databases() const;
 
+    // The disk is full after so many more writing statements; none: it has room again. From any thread.
+    void limitWrites(std::optional<std::int64_t> left);
+
     struct Shared;  // what sessions use; defined in the .cpp files' internal header
     [[nodiscard]] Shared& shared() { return *shared_; }
 

@@ -131,7 +131,10 @@ void Interpreter::transactionRequest(const std::vector<ast::Transaction>& steps)
     guarded([&] {
         line_ = 1;
         try {
-            for (const ast::Transaction& step : steps) runTransaction(step);
+            for (const ast::Transaction& step : steps) {
+                const WatchedStatement watched(session_.watch, {});
+                runTransaction(step);
+            }
         } catch (const SqlError& e) {
             fail(e, nullptr, false);
         }

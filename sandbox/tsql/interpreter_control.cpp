@@ -6,10 +6,35 @@
 
 namespace sandbox {
 
+namespace {
+
+// Whether a statement does something by itself, and is worth telling to a watch.
+bool acts(const ast::Statement& s) {
+    return std::visit(ast::Overloaded{
+                          [](const ast::Block&) { return false; },
+                          [](const ast::If&) { return false; },
+                          [](const ast::While&) { return false; },
+                          [](const ast::TryCatch&) { return false; },
+                          [](const ast::Break&) { return false; },
+                          [](const ast::Continue&) { return false; },
+                          [](const ast::Label&) { return false; },
+                          [](const ast::Goto&) { return false; },
+                          [](const ast::Return&) { return false; },
+                          [](const ast::Declare&) { return false; },
+                          [](const auto&) { return true; },
+                      },
+                      s.node);
+}
+
+}  // namespace
+
 Flow Interpreter::run(const ast::Statement& s) {
     checkCancelled();
     line_ = s.place.line;
     try {
+        if (!session_.watch || !acts(s)) return dispatch(s);
+        const std::string_view text = frame().unit->text;
+        const WatchedStatement watched(session_.watch, text.substr(s.text.begin, s.text.end - s.text.begin));
         return dispatch(s);
     } catch (const CompileError& e) {
         fail(e.error, &s, true);

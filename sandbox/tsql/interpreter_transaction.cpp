@@ -78,6 +78,14 @@ void Interpreter::runTransaction(const ast::Transaction& n) {
 }
 
 SqlError Interpreter::ofSqlite(const SqliteError& error) {
+    if ((error.code & 0xFF) == SQLITE_FULL) {
+        return SqlError(
+            Message{.number = 9002,
+                    .severity = 17,
+                    .state = 2,
+                    .text = "The transaction log for database '" + session_.database() + "' is full due to 'NOTHING'."},
+            Effect::Batch);
+    }
     return SqlError(Message{.number = 8630,
                             .severity = 17,
                             .state = 1,

@@ -29,6 +29,10 @@ Session::Session(Engine& engine, const LoginInfo& login) : state_(std::make_uniq
 
 Session::~Session() = default;
 
+void Session::watch(StatementWatch* watch) {
+    state_->watch = watch;
+}
+
 void Session::batch(std::string_view text, Reply& reply) {
     Interpreter(*state_, reply).runBatch(text);
 }
@@ -89,6 +93,7 @@ BulkTarget Session::beginBulk(std::string_view statement) {
     };
     load->execute = std::make_unique<ExecuteContext>(load->interpreter.executeContext(load->bind));
     state_->startStatement();
+    load->watched.emplace(state_->watch, statement);
     load->insert = std::make_unique<BulkInsert>(
         *load->execute, bindInsertRows(load->bind, *found, names, load->types, keepIdentity),
         BulkInsert::Options{.checkConstraints = has("CHECK_CONSTRAINTS"), .keepNulls = has("KEEP_NULLS")});

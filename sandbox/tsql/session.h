@@ -46,6 +46,17 @@ struct BulkTarget {
     std::vector<Column> columns;
 };
 
+// Is told of each statement that does something as it begins and as it has ended, those of procedures and texts too,
+// and whatever NOCOUNT says. Control flow and declarations do nothing by themselves; a bulk load and a transaction
+// request are a statement each.
+class StatementWatch {
+public:
+    virtual ~StatementWatch() = default;
+    // Its text, none for a transaction request. Raises SqlError: the statement fails with it and is not run.
+    virtual void begins(std::string_view text) = 0;
+    virtual void ended() noexcept = 0;  // once for each that begins has let run, whatever became of it
+};
+
 class Session {
 public:
     // Raises SqlError 4060 when the database does not exist.
@@ -53,6 +64,8 @@ public:
     ~Session();  // rolls an open transaction back and drops the temporary tables
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
+
+    void watch(StatementWatch* watch);  // outlives the session, or is none
 
     // Runs a batch to its end. Errors go to the reply; nothing is thrown but for Effect::Connection.
     void batch(std::string_view text, Reply& reply);

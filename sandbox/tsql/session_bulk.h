@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "sandbox/tsql/interpreter.h"
@@ -19,6 +20,7 @@ struct BulkLoad {
     std::unique_ptr<ExecuteContext> execute;
     std::vector<Type> types;
     std::unique_ptr<BulkInsert> insert;
+    std::optional<WatchedStatement> watched;
 };
 
 }  // namespace sandbox

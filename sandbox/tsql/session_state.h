@@ -27,6 +27,22 @@ namespace sandbox {
 
 struct BulkLoad;
 
+// Tells a watch, where there is one, of a statement from its beginning to its end.
+class WatchedStatement {
+public:
+    WatchedStatement(StatementWatch* watch, std::string_view text) : watch_(watch) {
+        if (watch_) watch_->begins(text);
+    }
+    ~WatchedStatement() {
+        if (watch_) watch_->ended();
+    }
+    WatchedStatement(const WatchedStatement&) = delete;
+    WatchedStatement& operator=(const WatchedStatement&) = delete;
+
+private:
+    StatementWatch* watch_;
+};
+
 // The texts that a session has run lately, parsed and bound. Least recently used goes first.
 class UnitCache {
 public:
@@ -78,6 +94,7 @@ struct SessionState {
     std::map<std::string, std::shared_ptr<Cursor>> cursors;  // global ones by folded name
 
     std::unique_ptr<BulkLoad> bulk;
+    StatementWatch* watch = nullptr;
 
     // A number that changes whenever a name may have come to mean something else.
     [[nodiscard]] std::uint64_t stamp();

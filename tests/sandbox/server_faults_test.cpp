@@ -270,5 +270,128 @@ TEST_F(ServerFaults, StoppedListenerRefusesAndStartsAgainOnItsPort) {
     EXPECT_EQ(loggedIn(server).batch("SELECT 1 AS a").back(), "done 1");
 }
 
+// Statements of one connection: those of batches, procedures, bulk loads and transaction requests alike.
+class StatementFaults : public ServerFaults {
+protected:
+    StatementFaults() {
+        makeTable();
+        TdsClient client = loggedIn(server);
+        (void)client.batch("USE shop");
+        (void)client.batch(
+            "CREATE PROCEDURE three AS SET NOCOUNT ON INSERT t VALUES (1) IF 1 = 1 INSERT t VALUES (2) "
+            "INSERT t VALUES (3)");
+    }
+    void meetStatement(FaultAction action, std::uint64_t number, const Message& message = {}) {
+        FaultRule r = rule(action, number);
+        r.level = FaultLevel::Statement;
+        r.match.program = "till";
+        r.message = message;
+        faults.add(r);
+    }
+};
+
+TEST_F(StatementFaults, ConnectionIsCutBeforeTheStatementOfAProcedure) {
+    meetStatement(FaultAction::DropBefore, 4);  // EXEC, SET, INSERT, INSERT
+    EXPECT_EQ(loggedIn(server, "till").batch("EXEC shop..three"), (Lines{"closed"}));
+    EXPECT_EQ(rowsOfTable(), "row 1");
+}
+
+TEST_F(StatementFaults, ConnectionIsCutAfterTheStatementOfAProcedure) {
+    meetStatement(FaultAction::DropAfter, 4);
+    EXPECT_EQ(loggedIn(server, "till").batch("EXEC shop..three"), (Lines{"closed"}));
+    EXPECT_EQ(rowsOfTable(), "row 2");
+}
+
+TEST_F(StatementFaults, FailedStatementIsLikeOneThatFailsByItself) {
+    meetStatement(FaultAction::Fail, 1, fault(547, "The INSERT statement conflicted with a constraint."));
+    EXPECT_EQ(loggedIn(server, "till").batch("INSERT shop..t VALUES (1)\nSELECT @@ERROR AS e"),
+              (Lines{"error 547 16 1 1 The INSERT statement conflicted with a constraint.",
+                     "info 3621 0 0 1 The statement has been terminated.", "done more error", "cols e int not null",
+                     "row 547", "done 1"}));
+    EXPECT_EQ(rowsOfTable(), "row 0");
+}
+
+TEST_F(StatementFaults, FailedStatementIsCaught) {
+    meetStatement(FaultAction::Fail, 2, fault(9002, "The transaction log is full.", 17));
+    EXPECT_EQ(loggedIn(server, "till")
+                  .batch("BEGIN TRY EXEC shop..three END TRY BEGIN CATCH SELECT ERROR_NUMBER() AS n "
+                         "END CATCH")
+                  .at(1),
+              "row 9002");
+}
+
+TEST_F(StatementFaults, CommitAsARequestIsAStatement) {
+    for (const FaultAction action : {FaultAction::DropBefore, FaultAction::DropAfter}) {
+        faults.clear();
+        meetStatement(action, 3);
+        TdsClient client = loggedIn(server, "till");
+        tds::Writer begin, commit;
+        tds::appendHeaders(begin);
+        begin.u16(5), begin.u8(0), begin.u8(0);
+        tds::appendHeaders(commit, 1);
+        commit.u16(7), commit.u8(0), commit.u8(0);
+        client.send(tds::PacketType::TransactionManager, begin.view());
+        (void)client.reply();
+        (void)client.batch("INSERT shop..t VALUES (1)");
+        client.send(tds::PacketType::TransactionManager, commit.view());
+        EXPECT_EQ(client.reply(), (Lines{"closed"}));
+        EXPECT_EQ(rowsOfTable(), action == FaultAction::DropBefore ? "row 0" : "row 1");
+    }
+}
+
+TEST_F(StatementFaults, RuleAimsAtOneDatabaseAndCountsOnTheWholeServer) {
+    FaultRule r = rule(FaultAction::Fail);
+    r.level = FaultLevel::Statement;
+    r.match.database = "shop";
+    r.skip = 1;
+    r.message = fault(1222, "Lock request time out period exceeded.");
+    faults.add(r);
+    LoginFields shop;
+    shop.database = "shop";
+    TdsClient first(server.port()), second(server.port());
+    (void)first.login(shop);
+    (void)second.login(shop);
+    EXPECT_EQ(loggedIn(server).batch("SELECT 1 AS a").back(), "done 1");
+    EXPECT_EQ(first.batch("SELECT 1 AS a").back(), "done 1");
+    EXPECT_TRUE(second.batch("SELECT 1 AS a").front().starts_with("error 1222"));
+    EXPECT_EQ(second.batch("SELECT 1 AS a").back(), "done 1");
+}
+
+TEST_F(ServerFaults, FullDiskFailsWritingStatementsUntilThereIsRoom) {
+    makeTable();
+    TdsClient client = loggedIn(server);
+    (void)client.batch("USE shop CREATE TABLE #mine (a int)");
+    (void)client.batch("BEGIN TRANSACTION");
+    faults.fillDisk(1);
+    EXPECT_EQ(client.batch("INSERT t VALUES (1)").back(), "done 1");
+    EXPECT_EQ(client.batch("INSERT t VALUES (2)").front(),
+              "error 9002 17 2 1 The transaction log for database 'shop' is full due to 'NOTHING'.");
+    EXPECT_EQ(client.batch("INSERT #mine SELECT a FROM t").back(), "done 1");
+    EXPECT_EQ(client.batch("SELECT @@TRANCOUNT AS n").at(1), "row 1");
+    faults.freeDisk();
+    EXPECT_EQ(client.batch("INSERT t VALUES (3)").back(), "done 1");
+    EXPECT_EQ(client.batch("COMMIT").back(), "done");
+    EXPECT_EQ(rowsOfTable(), "row 2");
+}
+
+TEST_F(ServerFaults, LogTellsRequestsTheirStatementsAndHowTheyEnded) {
+    makeTable();
+    faults.keepLog();
+    TdsClient client = loggedIn(server);
+    (void)client.batch("USE shop IF 1 = 1 INSERT t VALUES (1)");
+    (void)client.batch("SELECT * FROM missing");
+    FaultRule r = rule(FaultAction::DropAfter);
+    r.match.textContains = "delete";
+    faults.add(r);
+    EXPECT_EQ(client.batch("DELETE t"), (Lines{"closed"}));
+    Lines seen;
+    for (const LoggedRequest& logged : faults.log()) {
+        seen.push_back(logged.request.text + (logged.failed ? " failed" : "") + (logged.cut ? " cut" : ""));
+        for (const std::string& text : logged.statements) seen.push_back("- " + text);
+    }
+    EXPECT_EQ(seen, (Lines{"USE shop IF 1 = 1 INSERT t VALUES (1)", "- USE shop", "- INSERT t VALUES (1)",
+                           "SELECT * FROM missing failed", "- SELECT * FROM missing", "DELETE t cut", "- DELETE t"}));
+}
+
 }  // namespace
 }  // namespace sandbox::test

@@ -279,6 +279,21 @@ TEST_F(ServerRequests, BulkThatIsCancelledStoresNothing) {
     EXPECT_EQ(client.batch("SELECT COUNT(*) AS n FROM ##b").at(1), "row 0");
 }
 
+TEST_F(ServerRequests, BulkThatAFaultFailsStoresNothingAndTheConnectionGoesOn) {
+    (void)client.batch("CREATE TABLE ##b (a int NULL)");
+    (void)client.batch("INSERT BULK ##b (a int)");
+    FaultRule fail;
+    fail.match.kind = RequestKind::Bulk;
+    fail.match.textContains = "##b";
+    fail.action = FaultAction::Fail;
+    fail.message.number = 1204;
+    fail.message.text = "No lock resource is available.";
+    server.faults().add(fail);
+    client.send(PacketType::BulkLoad, bulkRows(TypeId::Int, 5000), 512);
+    EXPECT_EQ(client.reply(), (Lines{"error 1204 16 1 1 No lock resource is available.", "done error"}));
+    EXPECT_EQ(client.batch("SELECT COUNT(*) AS n FROM ##b").at(1), "row 0");
+}
+
 TEST_F(ServerRequests, BulkRowsThatNothingAnnouncedEndTheConnection) {
     client.send(PacketType::BulkLoad, bulkRows(TypeId::Int, 1));
     EXPECT_TRUE(client.closes());
