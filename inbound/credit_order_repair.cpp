@@ -113,6 +113,7 @@ void createMissingOfTill(TTorvikPos& torvikPos, const QDateTime& from) {
         QStringList missing;
         CreateCreditOrdersEx(torvikPos, from, missing);
         for (const QString& order : std::as_const(missing)) CreateCreditOrder(torvikPos, order.toInt());
+        torvikPos.SourceConnection->Close();
     } catch (const std::exception& e) {
         torvikPos.AddLog(
             QStringLiteral("En feil oppstod i TTorvikPOS.CreateCreditOrdersEx (avd. %1, kasse %2). Feil: %3")

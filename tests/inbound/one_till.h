@@ -80,20 +80,28 @@ protected:
 class Requests {
 public:
     explicit Requests(sandbox::Server& server) {
-        server.faults().observe([this](const sandbox::RequestInfo& request) {
-            const std::lock_guard lock(mutex_);
-            texts_ << QString::fromStdString(request.text);
+        // The server may be sent more when this has gone.
+        server.faults().observe([seen = seen_](const sandbox::RequestInfo& request) {
+            const std::lock_guard lock(seen->mutex);
+            seen->texts << QString::fromStdString(request.text);
         });
     }
-    [[nodiscard]] QStringList with(const QString& part) {
-        const std::lock_guard lock(mutex_);
-        return texts_.filter(part);
+    [[nodiscard]] QStringList with(const QString& part) const {
+        const std::lock_guard lock(seen_->mutex);
+        return seen_->texts.filter(part);
     }
-    [[nodiscard]] int count(const QString& part) { return static_cast<int>(with(part).size()); }
+    [[nodiscard]] int count(const QString& part) const { return static_cast<int>(with(part).size()); }
+    void forget() {
+        const std::lock_guard lock(seen_->mutex);
+        seen_->texts.clear();
+    }
 
 private:
-    std::mutex mutex_;
-    QStringList texts_;
+    struct Seen {
+        std::mutex mutex;
+        QStringList texts;
+    };
+    std::shared_ptr<Seen> seen_ = std::make_shared<Seen>();
 };
 
 }  // namespace torvik::test

@@ -1,0 +1,159 @@
+// Gift cards and credit notes: what has changed on the till reaches the back office's copies, and is marked.
+#include <gtest/gtest.h>
+
+#include "tests/inbound/one_till.h"
+
+namespace torvik::test {
+namespace {
+
+const char* const kCards =
+    "SELECT GA_ID, RTRIM(GA_AVDNR), RTRIM(GA_KASSENR), RTRIM(GA_AN_ID), GA_OL_ID, GA_BELOP, GA_GYLDIGTIL, "
+    "RTRIM(GA_BET_AVDNR), RTRIM(GA_BET_KASSENR), RTRIM(GA_BET_AN_ID), GA_BT_ID FROM POSGAVEKORT ORDER BY GA_ID";
+const char* const kNotes =
+    "SELECT TG_ID, RTRIM(TG_AVDNR), RTRIM(TG_KASSENR), RTRIM(TG_AN_ID), TG_OR_ID, TG_BELOP, TG_GYLDIGTIL, "
+    "RTRIM(TG_BET_AVDNR), RTRIM(TG_BET_KASSENR), RTRIM(TG_BET_AN_ID), TG_BT_ID FROM POSTilgodelapp ORDER BY TG_ID";
+const char* const kUnmarked = "SELECT COUNT(*) FROM GAVEKORT WHERE GA_SYNKTIDSPUNKT IS NULL";
+
+class Vouchers : public OneTill {
+protected:
+    Vouchers() : OneTill(213, 0) {
+        run.engine.IncludeGiftVoucherOnOppgjor = true;
+        run.engine.IncludeCreditCouponOnOppgjor = true;
+    }
+
+    // `rest` is what follows the issuing columns: the value, the last day, and the four of the redemption.
+    void card(const std::string& id, const std::string& rest) {
+        onTill("INSERT GAVEKORT VALUES ('" + id + "', '101', '1', '100', 17, " + rest + ", NULL)");
+    }
+    [[nodiscard]] QStringList batches(Requests& requests) { return requests.with(QStringLiteral("INSERT INTO POS")); }
+};
+
+TEST_F(Vouchers, NewCardIsCreatedWithItsIssue) {
+    card("G1", "250.5, '20270302 12:30:00.123', NULL, NULL, NULL, NULL");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice(kCards),
+              Rows({"G1 | 101 | 1 | 100 | 17 | 250.5 | 2027-03-02 12:30:00.123 | NULL | NULL | NULL | NULL"}));
+    EXPECT_EQ(backOffice("SELECT COUNT(*) FROM POSGAVEKORT WHERE GA_SYNKTIDSPUNKT IS NULL"), Rows({"0"}));
+    EXPECT_EQ(till(kUnmarked), Rows({"0"}));
+    EXPECT_TRUE(run.log().contains(QStringLiteral("Importerer gavekort G1")));
+}
+
+TEST_F(Vouchers, CardRedeemedBeforeTheBackOfficeSawItIsWhole) {
+    card("G1", "250, NULL, '102', '3', '205', 88");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice(kCards), Rows({"G1 | 101 | 1 | 100 | 17 | 250 | NULL | 102 | 3 | 205 | 88"}));
+}
+
+TEST_F(Vouchers, KnownCardKeepsItsIssueAndTakesItsRedemption) {
+    inBackOffice(
+        "INSERT POSGAVEKORT VALUES ('G1', '101', '1', '100', 17, 250, NULL, '103', '1', '300', 5, '20260101')");
+    card("G1", "999, '20300101', '102', '3', '205', 88");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice(kCards), Rows({"G1 | 101 | 1 | 100 | 17 | 250 | NULL | 102 | 3 | 205 | 88"}));
+}
+
+TEST_F(Vouchers, CardWithoutRedemptionSetsFourNulls) {
+    card("G1", "250, NULL, NULL, NULL, NULL, NULL");
+    Requests requests(run.chain.backOffice());
+    EXPECT_EQ(execute(), QString());
+    ASSERT_EQ(batches(requests).size(), 1);
+    EXPECT_EQ(
+        batches(requests).first().split(QStringLiteral("\r\n")),
+        QStringList({"INSERT INTO POSGAVEKORT (GA_ID,GA_AVDNR,GA_KASSENR,GA_AN_ID,GA_OL_ID,GA_BELOP,GA_GYLDIGTIL,"
+                     "GA_BET_AVDNR,GA_BET_KASSENR,GA_BET_AN_ID,GA_BT_ID,GA_SYNKTIDSPUNKT) SELECT "
+                     "'G1','101','1','100',17,250,NULL,NULL,NULL,NULL,NULL,GETDATE()",
+                     "WHERE NOT EXISTS ( SELECT 1 FROM POSGAVEKORT WHERE GA_ID='G1' AND GA_AVDNR='101' AND "
+                     "GA_KASSENR='1')",
+                     "UPDATE POSGAVEKORT set GA_BET_AVDNR=NULL,GA_BET_KASSENR=NULL,GA_BET_AN_ID=NULL,GA_BT_ID=NULL ",
+                     "WHERE Ga_ID='G1' AND Ga_AvdNr='101' AND Ga_Kassenr = '1'"}));
+}
+
+TEST_F(Vouchers, CreditNoteIsCreatedAndRedeemed) {
+    onTill(
+        "INSERT TILGODELAPP VALUES ('T1', '101', '1', '100', 4, 99.5, '20270302', NULL, NULL, NULL, NULL, NULL)\n"
+        "INSERT TILGODELAPP VALUES ('T2', '101', '1', '100', 5, 10, NULL, '101', '1', '100', 9, NULL)");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice(kNotes),
+              Rows({"T1 | 101 | 1 | 100 | 4 | 99.5 | 2027-03-02 00:00:00.000 | NULL | NULL | NULL | NULL",
+                    "T2 | 101 | 1 | 100 | 5 | 10 | NULL | 101 | 1 | 100 | 9"}));
+    EXPECT_EQ(till("SELECT COUNT(*) FROM TILGODELAPP WHERE TG_SYNKTIDSPUNKT IS NULL"), Rows({"0"}));
+    EXPECT_TRUE(run.log().contains(QStringLiteral("Importerer tilgodelapp T2")));
+}
+
+TEST_F(Vouchers, WithoutChangesNothingRunsAtTheBackOfficeAndTheMarkStillRuns) {
+    onTill("INSERT GAVEKORT VALUES ('G1', '101', '1', '100', 17, 250, NULL, NULL, NULL, NULL, NULL, '20260101')");
+    Requests backOfficeRequests(run.chain.backOffice());
+    Requests tillRequests(run.chain.till(0));
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(batches(backOfficeRequests), QStringList());
+    EXPECT_EQ(tillRequests.count(QStringLiteral("UPDATE gavekort SET GA_SYNKTIDSPUNKT=GETDATE()")), 1);
+    EXPECT_EQ(till("SELECT GA_SYNKTIDSPUNKT FROM GAVEKORT"), Rows({"2026-01-01 00:00:00.000"}));
+}
+
+struct BatchCase {
+    int cards;
+    std::vector<qsizetype> lines;
+};
+
+TEST_F(Vouchers, SixteenCardsAreABatch) {
+    const BatchCase cases[] = {{15, {60}}, {16, {64}}, {17, {64, 4}}, {32, {64, 64}}};
+    Requests requests(run.chain.backOffice());
+    int number = 0;
+    for (const BatchCase& c : cases) {
+        for (int i = 0; i < c.cards; ++i) card("G" + std::to_string(++number), "250, NULL, NULL, NULL, NULL, NULL");
+        requests.forget();
+        EXPECT_EQ(execute(), QString());
+        std::vector<qsizetype> lines;
+        for (const QString& batch : batches(requests)) lines.push_back(batch.split(u'\n').size());
+        EXPECT_EQ(lines, c.lines) << c.cards;
+    }
+    EXPECT_EQ(backOffice("SELECT COUNT(*) FROM POSGAVEKORT"), Rows({std::to_string(number)}));
+}
+
+TEST_F(Vouchers, FailingFullBatchIsDroppedAndItsCardsMarked) {
+    for (int i = 0; i < 16; ++i) card("G" + std::to_string(10 + i), "250, NULL, NULL, NULL, NULL, NULL");
+    card("G5", "250, NULL, NULL, NULL, NULL, NULL");
+    onTill("UPDATE GAVEKORT SET GA_ID = 'G''10' WHERE GA_ID = 'G10'");
+
+    EXPECT_EQ(execute(), QString());
+
+    EXPECT_EQ(run.errors().size(), 1);
+    EXPECT_EQ(backOffice("SELECT GA_ID FROM POSGAVEKORT"), Rows({"G5"}));
+    EXPECT_EQ(till(kUnmarked), Rows({"0"}));
+}
+
+TEST_F(Vouchers, FailingLastBatchRollsThePhaseBack) {
+    card("G''1", "250, NULL, NULL, NULL, NULL, NULL");
+    EXPECT_NE(execute(), QString());
+    EXPECT_EQ(till(kUnmarked), Rows({"1"}));
+    EXPECT_EQ(backOffice("SELECT COUNT(*) FROM PosOppgjor"), Rows({"0"}));
+}
+
+TEST_F(Vouchers, FailureLaterInThePhaseTakesTheMarkBack) {
+    card("G1", "250, NULL, NULL, NULL, NULL, NULL");
+    onTill("ALTER TABLE ORDRELINJE DROP COLUMN OL_KORREKSJON");
+    EXPECT_NE(execute(), QString());
+    EXPECT_EQ(till(kUnmarked), Rows({"1"}));
+    EXPECT_EQ(backOffice(kCards), Rows());
+}
+
+TEST_F(Vouchers, StayOnTheTillUnlessIncluded) {
+    card("G1", "250, NULL, NULL, NULL, NULL, NULL");
+    onTill("INSERT TILGODELAPP VALUES ('T1', '101', '1', '100', 4, 99.5, NULL, NULL, NULL, NULL, NULL, NULL)");
+    run.engine.IncludeGiftVoucherOnOppgjor = false;
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice(kCards), Rows());
+    EXPECT_EQ(backOffice(kNotes).size(), 1u);
+    EXPECT_EQ(till(kUnmarked), Rows({"1"}));
+}
+
+TEST_F(Vouchers, AreAChainsAlone) {
+    card("G1", "250, NULL, NULL, NULL, NULL, NULL");
+    run.engine.IsEnterprise = false;
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice(kCards), Rows());
+    EXPECT_EQ(till(kUnmarked), Rows({"1"}));
+}
+
+}  // namespace
+}  // namespace torvik::test
