@@ -7,7 +7,7 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 
-option(TORVIK_SANITIZE "Build with the address and undefined-behaviour sanitizers" OFF)
+set(TORVIK_SANITIZE "" CACHE STRING "Sanitizers to build with: 'address,undefined' or 'thread'")
 
 find_program(TORVIK_CCACHE ccache)
 if(TORVIK_CCACHE)
@@ -31,8 +31,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
 endif()
 
 if(TORVIK_SANITIZE)
-    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
-    add_link_options(-fsanitize=address,undefined)
+    add_compile_options(-fsanitize=${TORVIK_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${TORVIK_SANITIZE})
     # g++ 12 takes the members of a std::variant for uninitialised once the sanitizers have rewritten the code.
     add_compile_options(-Wno-maybe-uninitialized)
 endif()

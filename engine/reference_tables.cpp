@@ -38,14 +38,13 @@ QString TTorvikPos::ResolveVaId(const QString& Va_Id) {
     };
     const auto aliasTarget = [this] { return VareAlias->FieldByName(QStringLiteral("VR_VA_ID")).AsString().trimmed(); };
 
-    QString number = Va_Id.trimmed();
+    const QString number = Va_Id.trimmed();
     const QString replacement = ReplacementVa_Id.trimmed();
     if (isItem(number)) return number;
     if (isAlias(number)) return changedTo(aliasTarget());
     if (isItem(replacement)) return changedTo(replacement);
     if (isAlias(replacement)) return changedTo(aliasTarget());
-    throw EngineError(
-        QStringLiteral("Finner ikke varenummer %1 eller erstatningsnummer %2").arg(Va_Id, ReplacementVa_Id));
+    throw EngineError(QStringLiteral("Finner ikke varenummer %1 eller erstatningsnummer %2").arg(Va_Id, replacement));
 }
 
 }  // namespace torvik

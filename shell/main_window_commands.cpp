@@ -84,8 +84,11 @@ bool MainWindow::running() const {
     return commandsRunning_ > 0 || torvikPos_->TimerBusy();
 }
 
-// The common opening of a command: disarm, start from a fresh session, and ask for the tills.
+// The common opening of a command: disarm, start from a fresh session, and ask for the tills. A run pumps messages, so
+// a command can come in the middle of one; it would take the run's sessions and roster away.
 bool MainWindow::ApplyKasseCollection() {
+    if (commandsRunning_ > 1 || torvikPos_->TimerBusy())
+        throw EngineError(QStringLiteral("Det er allerede en kjøring i gang"));
     settings_->setAutoStart(false);
     msConnTarget.Close();
     progressBar_->reset();

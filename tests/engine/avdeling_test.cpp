@@ -117,6 +117,46 @@ TEST_F(Roster, GetIkKuIdOpensAClosedRoster) {
     EXPECT_TRUE(roster().Qry().Active());
 }
 
+TEST_F(Roster, EmptyRosterHasNoDepartmentAndEmptyNumbers) {
+    chain.run(chain.kBackOffice, QStringLiteral("DELETE FROM Internkundekasse"));
+    EXPECT_EQ(opened(), QString());
+    EXPECT_EQ(roster().Avdelingsnummer(), QString());
+    EXPECT_EQ(roster().Ikk_Kassenummer(), QString());
+    EXPECT_EQ(roster().GetIk_Ku_Id(QStringLiteral("1")), -1);
+}
+
+TEST_F(Roster, TillNumberWithTrailingBlanksMatchesInSqlAndInTheTillsLogOnlyAsItStands) {
+    auto workList = std::make_shared<TKasseCollection>();
+    for (const char16_t* kassenr : {u"1", u"1         "}) {
+        TKasseItem& till = workList->Add();
+        till.Ik_Ku_ID = 12;
+        till.Kassenr = QString::fromUtf16(kassenr);
+    }
+    roster().SetKasseCollection(workList);
+    EXPECT_EQ(opened(), QStringLiteral("2/1"));
+    roster().Qry().First();
+    chain.engine.AddLog(QStringLiteral("linje"));
+    EXPECT_EQ((*workList)[0].LogItems.Count(), 0);
+    EXPECT_EQ((*workList)[1].LogItems.Count(), 1);
+}
+
+TEST_F(Roster, FilterOfATillNumber) {
+    chain.till({.department = 11, .number = QStringLiteral("2")});
+    roster().SetKu_Id(11);  // a chosen department keeps its filters through Open
+    roster().SetIkk_Kassenummer(QStringLiteral("2"));
+    EXPECT_EQ(opened(), QStringLiteral("1/2"));
+    roster().SetIkk_Kassenummer({});
+    EXPECT_EQ(roster().Qry().RecordCount(), 2);
+}
+
+TEST_F(Roster, WorkListSetWhileADepartmentIsChosenDoesNotFilter) {
+    roster().SetKu_Id(11);
+    auto workList = std::make_shared<TKasseCollection>();
+    workList->Add().Ik_Ku_ID = 12;
+    roster().SetKasseCollection(workList);
+    EXPECT_EQ(opened(), QStringLiteral("1/1"));
+}
+
 TEST_F(Roster, FailingQueryRaisesToTheCaller) {
     roster().SetExcludePosListSQL(QStringLiteral("AND finnes_ikke = 1"));
     EXPECT_ANY_THROW(roster().Open());

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/abort.h"
+#include "engine/db/errors.h"
 #include "engine/db/mem_table.h"
 #include "tests/engine/small_chain.h"
 
@@ -59,13 +60,28 @@ TEST_F(ReferenceTables, ReplacementMayBeAnAlias) {
 }
 
 TEST_F(ReferenceTables, NeitherItemNorReplacementRaises) {
-    chain.engine.ReplacementVa_Id = QStringLiteral("888");
+    chain.engine.ReplacementVa_Id = QStringLiteral(" 888 ");
     try {
         (void)resolved("777");
         FAIL() << "no exception";
     } catch (const EngineError& error) {
         EXPECT_EQ(ErrorText(error), QStringLiteral("Finner ikke varenummer 777 eller erstatningsnummer 888"));
     }
+}
+
+TEST_F(ReferenceTables, TablesThatAreNotLoadedAreAnErrorAndNotAnUnknownItem) {
+    TTorvikPos fresh;
+    EXPECT_THROW((void)fresh.ResolveVaId(QStringLiteral("100")), db::UsageError);
+}
+
+TEST_F(ReferenceTables, LoadingAgainReplacesWhatWasLoaded) {
+    chain.run(chain.kBackOffice, QStringLiteral("DELETE FROM Vare WHERE Va_Id = 'abc'"));
+    chain.engine.LoadVareTable();
+    EXPECT_EQ(chain.engine.VareTable().RecordCount(), 2);
+    chain.run(chain.kBackOffice, QStringLiteral("DELETE FROM VareAlias"));
+    chain.engine.LoadVareAliasTable();
+    EXPECT_TRUE(chain.engine.VareAliasTable().IsEmpty());
+    EXPECT_THROW((void)resolved("200"), EngineError);
 }
 
 TEST_F(ReferenceTables, CheckCostsNoRoundTrip) {

@@ -76,6 +76,47 @@ TEST_F(ShowKasseLogs, WithoutAFrameOnlyMarksTheItemsAsShown) {
     EXPECT_TRUE(f.log.Lines().isEmpty());
 }
 
+TEST_F(ShowKasseLogs, TillsOfTheListKeepTheirOrderAndTheirLines) {
+    TKasseItem& other = tills.Add();
+    other.Ik_Ku_ID = 8;
+    other.Kassenr = QStringLiteral("3");
+    other.LogItems.AddLogEntry(kls_Error, 17, QStringLiteral("c"), QDateTime(QDate(2026, 1, 2), QTime(1, 2, 3)));
+    log(kls_OK, QStringLiteral("a"));
+    log(klsNone, QStringLiteral("b"));
+    show();
+    QStringList rows;
+    for (int i = 0; i < frame.memLogEntries.RecordCount(); ++i) {
+        const LogEntryRow& row = frame.memLogEntries.Row(i);
+        rows.append(QStringLiteral("%1 %2/%3 %4 %5 %6 %7")
+                        .arg(QString::number(row.RecId), QString::number(row.Ik_Ku_Id), row.Kassenr,
+                             QString::number(row.Severity), QString::number(row.MsgNo),
+                             row.DateAndTime.toString(u"hh:mm:ss"), row.Msg));
+    }
+    EXPECT_EQ(rows, (QStringList{QStringLiteral("1 7/1 1 0 23:04:05 a"), QStringLiteral("2 7/1 0 0 23:04:05 b"),
+                                 QStringLiteral("3 8/3 3 17 01:02:03 c")}));
+}
+
+TEST_F(ShowKasseLogs, ErrorOfAnEarlierRoundStillGivesIconThree) {
+    status(ostHentet, oksTrue);
+    log(kls_Error);
+    show();
+    log(kls_OK);
+    show();
+    EXPECT_EQ(icon(), 3);
+    show(true, true);
+    EXPECT_EQ(icon(), 1) << "until the lines are cleared";
+}
+
+TEST_F(ShowKasseLogs, ErrorsOnlyFilterChangesNoIcon) {
+    status(ostHentet, oksTrue);
+    log(kls_Error);
+    log(kls_OK);
+    frame.SetErrorsOnly(true);
+    show();
+    EXPECT_EQ(icon(), 3);
+    EXPECT_EQ(frame.memLogEntries.RecordCount(), 2) << "the filter hides lines and drops none";
+}
+
 TEST_F(ShowKasseLogs, KeepsTheCurrentRowAndExpandsAll) {
     status(ostHentet, oksTrue);
     frame.SetStatus(8, QStringLiteral("13"), {}, QStringLiteral("1"), ostDoNotSet, oksNull, {}, QTime(), -1);

@@ -56,6 +56,14 @@ TEST_F(InvoiceAtBackOffice, RuleColumnDecidesWhereItExists) {
     EXPECT_EQ(answers(true), QStringLiteral("10")) << "a chain installation turns it round";
 }
 
+TEST_F(InvoiceAtBackOffice, DepartmentThatIsNotThereCountsAsNo) {
+    run("ALTER TABLE Internkunde ADD Ik_Fakturaregel int");
+    chain.engine.IsEnterprise = false;
+    EXPECT_FALSE(chain.engine.IsFakturaVedBackOffice(QStringLiteral("99")));
+    chain.engine.IsEnterprise = true;
+    EXPECT_TRUE(chain.engine.IsFakturaVedBackOffice(QStringLiteral("99")));
+}
+
 // The server compiles the whole batch before it runs any of it, so the branch for older back offices is never reached.
 TEST_F(InvoiceAtBackOffice, BackOfficeWithoutTheRuleColumnRefusesTheBatch) {
     try {

@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QPointer>
+#include <QTimer>
+#include <array>
+
 #include "engine/abort.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
@@ -32,6 +36,46 @@ TEST(TorvikPos, StartsWithTheDesignsValues) {
     EXPECT_EQ(engine.Avdeling->Qry().CommandTimeout, 600);
     ASSERT_NE(engine.Avdeling->KasseCollection(), nullptr);
     EXPECT_EQ(engine.Avdeling->KasseCollection()->Count(), 0);
+}
+
+TEST(TorvikPos, NumbersOfTheEnumerations) {
+    EXPECT_EQ((std::array<int, 2>{amTrusted, amSQL}), (std::array<int, 2>{0, 1}));
+    EXPECT_EQ((std::array<int, 3>{vopIngen, vopEndrede, vopAlle}), (std::array<int, 3>{0, 1, 2}));
+    EXPECT_EQ((std::array<int, 2>{taHent, taSend}), (std::array<int, 2>{0, 1}));
+    EXPECT_EQ((std::array<int, 4>{nutvOppgjor, nutvVare, nutvKunde, nutvAnsatt}), (std::array<int, 4>{0, 1, 2, 3}));
+    EXPECT_EQ((std::array<int, 4>{ostDoNotSet, ostHentet, ostSendt, ostHentetNull}), (std::array<int, 4>{0, 1, 2, 3}));
+    EXPECT_EQ((std::array<int, 2>{svTorvikPosSync, svDotNetV1}), (std::array<int, 2>{0, 1}));
+}
+
+TEST(TorvikPos, ClockTicksEveryThirtySecondsWhileTheAutomaticRunIsArmed) {
+    TTorvikPos engine;
+    const auto* clock = engine.findChild<QTimer*>();
+    ASSERT_NE(clock, nullptr);
+    EXPECT_EQ(clock->interval(), 30000);
+    EXPECT_FALSE(clock->isActive());
+    engine.SetAutoCommunicate(true);
+    EXPECT_TRUE(clock->isActive());
+    engine.SetAutoCommunicate(false);
+    EXPECT_FALSE(clock->isActive());
+}
+
+TEST(TorvikPos, RunAsServiceIsRememberedBeyondTheEngine) {
+    {
+        TTorvikPos engine;
+        engine.SetRunAsService(true);
+    }
+    EXPECT_TRUE(TTorvikPos::LastRunAsService());
+    TTorvikPos engine;
+    EXPECT_FALSE(engine.RunAsService());
+    engine.SetRunAsService(false);
+    EXPECT_FALSE(TTorvikPos::LastRunAsService());
+}
+
+TEST(TorvikPos, GoesWithItsOwner) {
+    auto owner = std::make_unique<QObject>();
+    const QPointer<TTorvikPos> engine = new TTorvikPos(owner.get());
+    owner.reset();
+    EXPECT_TRUE(engine.isNull());
 }
 
 TEST(TorvikPos, SecondNameOfTheItemSelectionIsTheSameValue) {

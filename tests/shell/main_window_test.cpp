@@ -3,68 +3,20 @@
 
 #include <gtest/gtest.h>
 
-#include <QAction>
 #include <QCheckBox>
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
 #include <QSpinBox>
 #include <QTabWidget>
-#include <QTemporaryDir>
 #include <QTreeView>
 
 #include "engine/avdeling.h"
 #include "engine/oppgjor_status.h"
-#include "sandbox/chain/demo_chain.h"
-#include "shell/main_threads.h"
-#include "shell/settings.h"
-#include "tests/engine/scripted_worker.h"
-#include "tests/support/qt_print.h"
+#include "tests/shell/window_over_a_chain.h"
 
 namespace torvik {
 namespace {
 
-class WindowOverAChain : public testing::Test {
-protected:
-    WindowOverAChain()
-        : chain({.chain = {.departments = 2, .tills = 2, .days = 1}}),
-          store(folder.filePath(QStringLiteral("settings.ini"))) {
-        QDir::setCurrent(folder.path());
-        writeDataLink(QString::fromStdString(chain.dataLink()));
-        store.write("Timeout", 1);
-    }
-    ~WindowOverAChain() override { QDir::setCurrent(QDir::rootPath()); }
-
-    void writeDataLink(const QString& text) {
-        QFile file(folder.filePath(QStringLiteral("Torvik.UDL")));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        const QString content =
-            QChar(0xFEFF) + QStringLiteral("[oledb]\r\n; comment\r\n") + text + QStringLiteral("\r\n");
-        file.write(reinterpret_cast<const char*>(content.utf16()), content.size() * 2);
-    }
-    [[nodiscard]] QString path() const { return folder.path() + QLatin1Char('/'); }
-
-    static void click(MainWindow& window, const char* action) {
-        auto* found = window.findChild<QAction*>(QString::fromUtf8(action));
-        ASSERT_NE(found, nullptr) << action;
-        ASSERT_TRUE(found->isEnabled()) << action;
-        found->trigger();
-    }
-    static void allTills(MainWindow& window) {
-        window.SelectTills = [](TKasseCollection& tills) {
-            for (int department : {1001, 1002}) {
-                TKasseItem& item = tills.Add();
-                item.Ik_Ku_ID = department;
-                item.Kassenr = QStringLiteral("1         ");
-            }
-            return true;
-        };
-    }
-
-    QTemporaryDir folder;
-    sandbox::chain::DemoChain chain;
-    SettingsStore store;
-};
+using test::WindowOverAChain;
 
 TEST_F(WindowOverAChain, TitleTellsTheInstallationAndTheDatabase) {
     MainWindow window(path(), store);
@@ -152,36 +104,6 @@ TEST_F(WindowOverAChain, SavedSettingsComeBack) {
         click(window, "actiSaveRegistry");
     }
     EXPECT_EQ(store.read("Timeout").toInt(), 33);
-}
-
-TEST_F(WindowOverAChain, ClosingSavesTheTextOfThePanes) {
-    MainWindow window(path(), store);
-    window.show();
-    window.TorvikPos1().AddLog(QStringLiteral("en linje"));
-    window.close();
-    QFile log(folder.filePath(QStringLiteral("TorvikPos.log")));
-    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
-    EXPECT_TRUE(log.readAll().trimmed().endsWith("  : en linje"));
-}
-
-TEST_F(WindowOverAChain, ClosingWhileAWorkerRunsShowsTheWarningAndCloses) {
-    QStringList messages;
-    std::atomic<bool> ended = false;
-    {
-        MainWindow window(path(), store);
-        window.show();
-        window.Threads().ShowMessage = [&](const QString& text) { messages.append(text); };
-        auto* worker = new test::ScriptedWorker(true, window.Threads().MainThreadList, [&](auto& self) {
-            test::untilTerminated(self);
-            ended = true;
-        });
-        worker->ResumeToItsJob();
-        window.close();
-        EXPECT_FALSE(window.isVisible());
-        EXPECT_EQ(messages, QStringList{QStringLiteral("Du kan ikke avslutte programmet, fordi det er fortsatt 1 "
-                                                       "prosesser (trÃ¥der) aktive")});
-    }
-    EXPECT_TRUE(ended) << "the window ends its workers as it goes";
 }
 
 TEST_F(WindowOverAChain, BrokenDataLinkStopsTheStart) {

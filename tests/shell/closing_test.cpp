@@ -1,0 +1,150 @@
+// How the window ends: at rest, with workers, and with a run under way, which is cancelled and waited for.
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+
+#include "engine/abort.h"
+#include "engine/db/query.h"
+#include "shell/main_threads.h"
+#include "tests/engine/scripted_worker.h"
+#include "tests/shell/window_over_a_chain.h"
+#include "tests/support/pump.h"
+#include "tests/support/qt_print.h"
+
+namespace torvik {
+namespace {
+
+class Closing : public test::WindowOverAChain {
+protected:
+    // Presses the fetch command on all tills; the window is closed when the log's last line ends so.
+    void fetchAndCloseAt(MainWindow& window, const QString& line) {
+        TTorvikPos& engine = window.TorvikPos1();
+        const auto pump = engine.Seam.pumpMessages;
+        engine.Seam.pumpMessages = [&, pump, line] {
+            pump();
+            if (closed || engine.Log->Lines().isEmpty() || !engine.Log->Lines().last().endsWith(line)) return;
+            closed = true;
+            window.close();
+            EXPECT_TRUE(window.isVisible()) << "it waits for the run";
+        };
+        window.show();
+        allTills(window);
+        click(window, "actiOppgjorManually");
+        ASSERT_TRUE(closed) << "the run never came to " << line.toStdString();
+        EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
+    }
+    [[nodiscard]] static QStringList messages(MainWindow& window) {
+        QStringList texts;
+        for (const QString& line : window.TorvikPos1().Log->Lines())
+            texts.append(line.section(QStringLiteral("  : "), 1));
+        return texts;
+    }
+    // Transactions that any connection to the server holds open.
+    [[nodiscard]] static qint64 openTransactions(const QString& connectString) {
+        db::Session session;
+        session.SetConnectString(connectString);
+        session.Open();
+        db::Query query(&session);
+        query.SQL = QStringList{QStringLiteral("SELECT SUM(open_tran) FROM master..sysprocesses WHERE open_tran > 0")};
+        query.Open();
+        return query.Fields(0).AsInteger();
+    }
+    [[nodiscard]] QString tillString(std::size_t till) const {
+        const auto address = chain.addressOf(till);
+        return QStringLiteral("Data Source=%1;Initial Catalog=%2;User ID=%3;Password=%4")
+            .arg(QString::fromStdString(address.server), QString::fromStdString(address.database),
+                 QString::fromStdString(address.user), QString::fromStdString(address.password));
+    }
+    [[nodiscard]] QString savedLog() const {
+        QFile log(folder.filePath(QStringLiteral("TorvikPos.log")));
+        return log.open(QIODevice::ReadOnly) ? QString::fromUtf8(log.readAll()) : QString();
+    }
+
+    bool closed = false;
+};
+
+TEST_F(Closing, SavesTheTextOfThePanes) {
+    MainWindow window(path(), store);
+    window.show();
+    window.TorvikPos1().AddLog(QStringLiteral("en linje"));
+    window.close();
+    EXPECT_TRUE(savedLog().trimmed().endsWith(QStringLiteral("  : en linje")));
+}
+
+TEST_F(Closing, RunThatWaitsForTheNextDepartmentEndsAtOnce) {
+    store.write("Timeout", 3600);
+    QElapsedTimer timer;
+    timer.start();
+    MainWindow window(path(), store);
+    fetchAndCloseAt(window, QStringLiteral("Venter i 3600 sekunder på neste forsøk"));
+
+    EXPECT_LT(timer.elapsed(), 30000);
+    EXPECT_TRUE(window.TorvikPos1().Cancelled);
+    EXPECT_EQ(messages(window).mid(messages(window).size() - 2),
+              (QStringList{QStringLiteral("Avbrutt av bruker"),
+                           QStringLiteral("En feil oppstod i rutinen ExecuteOppgjor: ") + ErrorText(EAbort())}));
+    EXPECT_TRUE(savedLog().contains(QStringLiteral("Avbrutt av bruker"))) << "saved after the run's last words";
+    EXPECT_FALSE(window.TorvikPos1().SourceConnection->Connected());
+}
+
+TEST_F(Closing, RunInTheMiddleOfATillLeavesNoTransactionBehind) {
+    MainWindow window(path(), store);
+    fetchAndCloseAt(window, QStringLiteral("Transaksjon startet for måldatabase"));
+
+    EXPECT_TRUE(messages(window).contains(QStringLiteral("Avbrutt av bruker")));
+    EXPECT_EQ(openTransactions(QString::fromStdString(chain.dataLink())), 0);
+    EXPECT_EQ(openTransactions(tillString(0)), 0);
+    EXPECT_FALSE(window.TorvikPos1().AutoCommunicate());
+}
+
+TEST_F(Closing, SecondCloseWhileTheRunEndsIsTheSame) {
+    store.write("Timeout", 3600);
+    MainWindow window(path(), store);
+    TTorvikPos& engine = window.TorvikPos1();
+    engine.OnCancelRequestChanged = [&, told = engine.OnCancelRequestChanged](bool value) {
+        told(value);
+        if (value) window.close();
+    };
+    fetchAndCloseAt(window, QStringLiteral("Venter i 3600 sekunder på neste forsøk"));
+    EXPECT_EQ(messages(window).count(QStringLiteral("Avbrutt av bruker")), 1);
+}
+
+TEST_F(Closing, CommandDuringARunIsRefusedAndTheRunGoesOn) {
+    MainWindow window(path(), store);
+    TTorvikPos& engine = window.TorvikPos1();
+    bool clicked = false;
+    const auto pump = engine.Seam.pumpMessages;
+    engine.Seam.pumpMessages = [&] {
+        pump();
+        if (std::exchange(clicked, true)) return;
+        click(window, "actiOppgjorManually");
+    };
+    allTills(window);
+    click(window, "actiOppgjorManually");
+    EXPECT_EQ(messages(window).filter(QStringLiteral("Det er allerede en kjøring i gang")).size(), 1);
+    EXPECT_EQ(messages(window).count(QStringLiteral("STARTER oppgjør")), 1);
+    EXPECT_EQ(messages(window).last(), QStringLiteral("Fullført oppgjør"));
+}
+
+TEST_F(Closing, WorkerThatRunsIsWarnedOfAndTheWindowCloses) {
+    QStringList shown;
+    std::atomic<bool> ended = false;
+    {
+        MainWindow window(path(), store);
+        window.show();
+        window.Threads().ShowMessage = [&](const QString& text) { shown.append(text); };
+        auto* worker = new test::ScriptedWorker(true, window.Threads().MainThreadList, [&](auto& self) {
+            test::untilTerminated(self);
+            ended = true;
+        });
+        worker->ResumeToItsJob();
+        window.close();
+        EXPECT_FALSE(window.isVisible());
+        EXPECT_EQ(shown, QStringList{QStringLiteral("Du kan ikke avslutte programmet, fordi det er fortsatt 1 "
+                                                    "prosesser (trÃ¥der) aktive")});
+    }
+    EXPECT_TRUE(ended) << "the window ends its workers as it goes";
+}
+
+}  // namespace
+}  // namespace torvik
