@@ -86,6 +86,21 @@ TEST_F(NightJob, BusyTickReturnsAtOnce) {
     EXPECT_FALSE(chain.engine.TimerBusy());
 }
 
+// The window keeps ticks away by switching the clock off before a command; nothing else does.
+TEST_F(NightJob, TickDuringAManualRunIsNotKeptOut) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    chain.engine.StartTime = QTime(23, 0);
+    int tills = 0;
+    chain.engine.OnFetchTill = [&](TTorvikPos& engine) {
+        if (++tills > 1) return;
+        engine.DoOnTimer();
+        EXPECT_EQ(engine.Avdeling->KasseCollection()->Count(), engine.Avdeling->Qry().RecordCount());
+    };
+    chain.engine.Avdeling->KasseCollection()->Clear();
+    chain.engine.ExecuteOppgjor();
+    EXPECT_GT(chain.engine.Avdeling->KasseCollection()->Count(), 0);
+}
+
 TEST_F(NightJob, RunThatEndsWithinItsMinuteStartsAgain) {
     chain.around.now.setTime(QTime(5, 6, 0));
     chain.engine.DoOnTimer();

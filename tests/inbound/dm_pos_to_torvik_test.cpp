@@ -10,6 +10,17 @@
 namespace torvik::test {
 namespace {
 
+// The log types that the run has written, in order, as its own list tells them.
+QString marks(const TillTransfer& transfer) {
+    transfer.dm.SaveLog();
+    QFile file(QStringLiteral("PosToTorvikLog.txt"));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+    QStringList types;
+    for (const QString& line : QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts))
+        types << line.section(u',', 0, 0).section(u' ', 1);
+    return types.join(u' ');
+}
+
 TEST(TillTransfer, StartsAtTheFirstSettlementWhereNoneIsSynchronised) {
     TillTransfer transfer;
     Requests requests(transfer.run.chain.till(0));
@@ -108,6 +119,32 @@ TEST(TillTransfer, FailingPostingSaysSoWithItsNumber) {
     EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Ordre_Import"), "0");
 }
 
+TEST(TillTransfer, FailureBehindThePostingSaysSoAndWritesNoMark) {
+    TillTransfer transfer;
+    transfer.onTill("ALTER TABLE INNSTILLINGER DROP COLUMN IN_KLAR_HENT_TIMER");
+    const QString failure = transfer.execute();
+    EXPECT_TRUE(failure.startsWith(QStringLiteral(
+        "Feil ved overføring til avd 1001 kassenr 1. Oppdater Timer feilet (p=43): Invalid column name")))
+        << failure.toStdString();
+    EXPECT_EQ(marks(transfer), QStringLiteral("0 1 2 3"));
+}
+
+TEST(TillTransfer, FailureOfTheFailuresMarkTakesItsPlace) {
+    TillTransfer transfer;
+    transfer.run.chain.runInBackOffice("DELETE dts_loggtype WHERE dlt_id = 4");
+    transfer.onTill("ALTER TABLE ORDRELINJE DROP COLUMN OL_KORREKSJON");
+    const QString failure = transfer.execute();
+    EXPECT_TRUE(failure.contains(QStringLiteral("FK_dts_logg_dts_loggtype"))) << failure.toStdString();
+    EXPECT_FALSE(failure.contains(QStringLiteral("Feil ved overføring")));
+}
+
+TEST(TillTransfer, FailureOfTheMarkBeforeTheCopiesNamesTheStepBefore) {
+    TillTransfer transfer;
+    transfer.run.chain.runInBackOffice("DELETE dts_loggtype WHERE dlt_id = 1");
+    EXPECT_TRUE(transfer.execute().startsWith(
+        QStringLiteral("Feil ved overføring til avd 1001 kassenr 1. Startup feilet (p=4): ")));
+}
+
 TEST(TillTransfer, MissingColumnFailsAtItsStepWithTheServersText) {
     TillTransfer transfer;
     transfer.onTill("ALTER TABLE ORDRELINJE DROP COLUMN OL_KORREKSJON");
@@ -166,15 +203,74 @@ INSERT KUPONGORDRELINJE SELECT 9, MIN(OL_ID) FROM ORDRELINJE JOIN ORDRE ON OR_ID
     EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_KupongOrdrelinje_Import"), "2");
 }
 
+constexpr char kEndedTimeEntry[] = R"(INSERT TIMER (TI_ID, TI_AN_ID, TI_TIDINN, TI_TIDUT, TI_INNMETODE, TI_STATUS)
+SELECT 1, MIN(AN_ID), '20260302 08:00', '20260302 16:00', 1, 2 FROM ANSATT
+INSERT TIMERPRKODE VALUES (1, 5, NULL))";
+
 TEST(TillTransfer, TimeEntryIsFetchedOnce) {
     TillTransfer transfer;
-    transfer.onTill(R"(INSERT TIMER (TI_ID, TI_AN_ID, TI_TIDINN, TI_TIDUT, TI_INNMETODE, TI_STATUS)
-SELECT 1, MIN(AN_ID), '20260302 08:00', '20260302 16:00', 1, 2 FROM ANSATT
-INSERT TIMERPRKODE VALUES (1, 5, NULL))");
+    transfer.onTill(kEndedTimeEntry);
     EXPECT_EQ(transfer.execute(), QString());
     EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Timer_Import"), "1");
     EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Timerprkode_Import"), "1");
     EXPECT_EQ(transfer.run.tillValue(0, "SELECT TI_STATUS FROM TIMER"), "18");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Timer_Import"), "1");
+}
+
+TEST(TillTransfer, DepartmentOfReleasedTimeGetsNoneUntilTheTillReleasesIt) {
+    TillTransfer transfer;
+    transfer.run.chain.runInBackOffice("UPDATE Internkunde SET Ik_TimeImportType = 0 WHERE Ik_Ku_Id = 1001");
+    transfer.onTill(kEndedTimeEntry);
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Timer_Import"), "0");
+    EXPECT_EQ(transfer.run.tillValue(0, "SELECT TI_STATUS FROM TIMER"), "2");
+
+    transfer.onTill("UPDATE INNSTILLINGER SET IN_KLAR_HENT_TIMER = '20260302 08:00'");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Timer_Import"), "1");
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Timerprkode_Import"), "1");
+    EXPECT_EQ(transfer.run.tillValue(0, "SELECT TI_STATUS FROM TIMER"), "18");
+    EXPECT_EQ(transfer.run.tillValue(0, "SELECT IN_KLAR_HENT_TIMER FROM INNSTILLINGER"), "NULL");
+}
+
+TEST(TillTransfer, StaffThatTheBackOfficeHasAreNotSent) {
+    TillTransfer transfer;
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_TRUE(transfer.progress.contains(QStringLiteral("Start Ansatt: ")));
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_InternkundeAnsatt_Import"), "0");
+}
+
+TEST(TillTransfer, DepartmentWithoutStaffIsSentAllOfItsOwn) {
+    TillTransfer transfer;
+    transfer.run.chain.runInBackOffice("DELETE InternKundeAnsatt");
+    transfer.onTill(
+        "INSERT ANSATT (AN_ID, AN_NAVN, AN_AKTIV, AN_RABATT, AN_RABKUNPAAORDPRIS, AN_NIVAA, AN_AVDNR) VALUES "
+        "('900', 'Uten avdeling', 1, 0, 0, 1, NULL), ('901', 'En annens', 1, 0, 0, 1, '999')");
+    Requests requests(transfer.run.chain.till(0));
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(requests.count(QStringLiteral("An_Id NOT IN ('-1')")), 1);
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_InternkundeAnsatt_Import"), "4");
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_InternkundeAnsatt_Import WHERE tikai_id = '901'"), "0");
+}
+
+TEST(TillTransfer, TillWithoutPayOutsPassesThem) {
+    TillTransfer transfer(138);
+    EXPECT_EQ(transfer.run.tillValue(0, "SELECT COUNT(*) FROM sysobjects WHERE name = 'UTBETALING'"), "0");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_TRUE(transfer.progress.contains(QStringLiteral("Start UtbetalingImport: ")));
+    EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Utbetaling_Import"), "0");
+}
+
+TEST(TillTransfer, PayOutsOfTheFetchedSettlementsAreStagedAndListedOnTheTill) {
+    TillTransfer transfer;
+    transfer.onTill(
+        "INSERT UTBETALING (UB_BT_ID, UB_NAVN, UB_KONTO) SELECT MIN(BT_ID), 'Berit', '15031234567' FROM BETALING");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.staged("SELECT tui_kundenavn FROM Temp_Utbetaling_Import WHERE tui_status = 0"), "Berit");
+    EXPECT_EQ(transfer.run.tillValue(0, "SELECT iUB_NAVN FROM UTBETALINGIMPORT"), "Berit");
+    EXPECT_TRUE(transfer.progress.contains(QStringLiteral("Overfører Utbetalinger: 1 av 1")))
+        << transfer.progress.filter(QStringLiteral("Utbetalinger")).join(u'\n').toStdString();
 }
 
 }  // namespace

@@ -76,32 +76,33 @@ protected:
     ChainRun run;
 };
 
-// The texts of the requests that a server has been sent.
+// The texts of the requests that a server has been sent while this stands.
 class Requests {
 public:
-    explicit Requests(sandbox::Server& server) {
-        // The server may be sent more when this has gone.
-        server.faults().observe([seen = seen_](const sandbox::RequestInfo& request) {
-            const std::lock_guard lock(seen->mutex);
-            seen->texts << QString::fromStdString(request.text);
-        });
+    explicit Requests(sandbox::Server& server)
+        : server_(server), observer_(server.faults().observe([this](const sandbox::RequestInfo& request) {
+              const std::lock_guard lock(mutex_);
+              texts_ << QString::fromStdString(request.text);
+          })) {}
+    ~Requests() { server_.faults().forget(observer_); }
+    Requests(const Requests&) = delete;
+    Requests& operator=(const Requests&) = delete;
+
+    [[nodiscard]] QStringList with(const QString& part) {
+        const std::lock_guard lock(mutex_);
+        return texts_.filter(part);
     }
-    [[nodiscard]] QStringList with(const QString& part) const {
-        const std::lock_guard lock(seen_->mutex);
-        return seen_->texts.filter(part);
-    }
-    [[nodiscard]] int count(const QString& part) const { return static_cast<int>(with(part).size()); }
+    [[nodiscard]] int count(const QString& part) { return static_cast<int>(with(part).size()); }
     void forget() {
-        const std::lock_guard lock(seen_->mutex);
-        seen_->texts.clear();
+        const std::lock_guard lock(mutex_);
+        texts_.clear();
     }
 
 private:
-    struct Seen {
-        std::mutex mutex;
-        QStringList texts;
-    };
-    std::shared_ptr<Seen> seen_ = std::make_shared<Seen>();
+    sandbox::Server& server_;
+    std::mutex mutex_;
+    QStringList texts_;
+    int observer_;
 };
 
 }  // namespace torvik::test
