@@ -57,14 +57,17 @@ QString logLevelShortName(TLogLevel level) {
 }
 
 TLogEntry::TLogEntry(TLogLevel level, const QString& messageTemplate, std::span<const LogArg> values,
-                     const QString& exception, const QDateTime& timestamp)
-    : Level(level), Timestamp(timestamp.toUTC()), Exception(exception), Template(messageTemplate) {
+                     const std::exception* exception, const QDateTime& timestamp)
+    : Level(level),
+      Timestamp(timestamp.toUTC()),
+      Exception(exception ? QString::fromUtf8(exception->what()) : QString()),
+      Template(messageTemplate) {
     auto matches = placeholder().globalMatch(Template);
     for (const LogArg& value : values) {
         if (!matches.hasNext()) break;
         const QRegularExpressionMatch match = matches.next();
-        AddArgument({match.captured(1), std::make_shared<JsonValue>(value.json()),
-                     static_cast<int>(match.capturedStart()) + 1, static_cast<int>(match.capturedLength())});
+        AddArgument({match.captured(1), value.shared(), static_cast<int>(match.capturedStart()) + 1,
+                     static_cast<int>(match.capturedLength())});
     }
 }
 
@@ -78,7 +81,8 @@ ILogEntry& TLogEntry::WithArgument(const QString& name, const JsonValue& value) 
 }
 
 ILogEntry& TLogEntry::WithArgument(const QString& name, const QVariant& value) {
-    return WithArgument(name, LogArg(value).json());
+    AddArgument({name, LogArg(value).shared(), -1, 0});
+    return *this;
 }
 
 QString TLogEntry::FormatCompactJson() const {

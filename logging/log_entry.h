@@ -4,6 +4,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <exception>
 #include <memory>
 #include <span>
 #include <vector>
@@ -35,7 +36,6 @@ public:
 
     // Each appends a value that stands at no place in the template, and returns the same event.
     virtual ILogEntry& WithArgument(const QString& name, const JsonValue& value) = 0;
-    virtual ILogEntry& WithArgument(const QString& name, const QVariant& value) = 0;
     template <typename Object>
     requires requires(JsonValue& j, const Object& o) { to_json(j, o); }
     ILogEntry& WithArgument(const QString& name, const Object& object) {
@@ -43,6 +43,7 @@ public:
         to_json(value, object);
         return WithArgument(name, value);
     }
+    virtual ILogEntry& WithArgument(const QString& name, const QVariant& value) = 0;
 
     // One JSON object on one line (compact log event format: @t, @mt, @x, @l, then the values; the last of a name
     // stands).
@@ -54,10 +55,9 @@ public:
 
 class TLogEntry final : public ILogEntry {
 public:
-    // exception: its text, empty for none. Placeholders without a value stay text; values without a placeholder are
-    // dropped. timestamp is in UTC.
+    // exception may be null. Placeholders without a value stay text; values without a placeholder are dropped.
     TLogEntry(TLogLevel level, const QString& messageTemplate, std::span<const LogArg> values = {},
-              const QString& exception = {}, const QDateTime& timestamp = QDateTime::currentDateTimeUtc());
+              const std::exception* exception = nullptr, const QDateTime& timestamp = QDateTime::currentDateTimeUtc());
 
     void AddArgument(const TLogArgument& argument) override;
     using ILogEntry::WithArgument;
@@ -67,8 +67,8 @@ public:
     [[nodiscard]] QString FormatTemplate() const override;
 
     const TLogLevel Level;
-    const QDateTime Timestamp;
-    const QString Exception;
+    const QDateTime Timestamp;  // UTC
+    const QString Exception;    // its text; empty for none
     const QString Template;
     std::vector<TLogArgument> Arguments;
 };

@@ -4,11 +4,17 @@
 #include <QDateTime>
 #include <QLocale>
 #include <QMetaType>
+#include <cmath>
 #include <stdexcept>
+#include <utility>
 
 namespace torvik {
 
 namespace {
+
+[[noreturn]] void assertionFailure() {
+    throw std::logic_error("Assertion failure");
+}
 
 JsonValue fromVariant(const QVariant& v) {
     if (!v.isValid() || v.isNull()) return nullptr;
@@ -29,84 +35,130 @@ JsonValue fromVariant(const QVariant& v) {
     }
 }
 
-QString escaped(char16_t unit) {
-    switch (unit) {
-        case '\b': return QStringLiteral("\\b");
-        case '\t': return QStringLiteral("\\t");
-        case '\n': return QStringLiteral("\\n");
-        case '\f': return QStringLiteral("\\f");
-        case '\r': return QStringLiteral("\\r");
-        case '"': return QStringLiteral("\\\"");
-        case '\\': return QStringLiteral("\\\\");
-        default: break;
-    }
-    if (unit >= 0x20 && unit < 0x7F) return QString(QChar(unit));
-    return QStringLiteral("\\u%1").arg(static_cast<int>(unit), 4, 16, QLatin1Char('0'));
+// False for a null pointer, else what it points at; only an object or array will do.
+JsonValue fromShared(const std::shared_ptr<const JsonValue>& v) {
+    if (!v) return false;
+    if (!v->is_structured()) assertionFailure();
+    return *v;
 }
 
-template <typename Range, typename Write>
-QString joined(const Range& range, Write write) {
-    QString text;
-    for (const auto& item : range) {
-        if (!text.isEmpty()) text += QLatin1Char(',');
-        text += write(item);
+JsonValue fromAddress(const void* v) {
+    if (!v) return false;
+    return static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(v));
+}
+
+// The letter of a two-character escape; 0 for a unit that has none.
+char shortEscape(char16_t unit) {
+    switch (unit) {
+        case '\b': return 'b';
+        case '\t': return 't';
+        case '\n': return 'n';
+        case '\f': return 'f';
+        case '\r': return 'r';
+        case '"': return '"';
+        case '\\': return '\\';
+        default: return 0;
     }
-    return text;
+}
+
+void appendEscaped(QString& out, char16_t unit) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    if (const char letter = shortEscape(unit)) {
+        out += QLatin1Char('\\');
+        out += QLatin1Char(letter);
+    } else if (unit >= 0x20 && unit < 0x7F) {
+        out += QChar(unit);
+    } else {
+        out += QLatin1String("\\u");
+        for (int shift = 12; shift >= 0; shift -= 4) out += QLatin1Char(kDigits[(unit >> shift) & 0xF]);
+    }
+}
+
+void appendString(QString& out, const QString& text) {
+    out += QLatin1Char('"');
+    if (text.size() == 1 && text.at(0).isNull()) {
+        appendEscaped(out, 0);
+    } else {
+        for (const QChar c : text) {
+            if (c.isNull()) break;
+            appendEscaped(out, c.unicode());
+        }
+    }
+    out += QLatin1Char('"');
+}
+
+// Plain decimals in the range that people write so, an exponent outside it; as few digits as tell the number apart.
+QString floatText(double value) {
+    constexpr double kLeastPlain = 1e-5;
+    constexpr double kFirstTooLong = 1e15;
+    if (!std::isfinite(value)) return QStringLiteral("null");
+    const double size = std::abs(value);
+    const bool plain = size == 0 || (size >= kLeastPlain && size < kFirstTooLong);
+    return QString::number(value, plain ? 'f' : 'g', QLocale::FloatingPointShortest);
+}
+
+void append(QString& out, const JsonValue& value) {
+    switch (value.type()) {
+        case JsonValue::value_t::null: out += QLatin1String("null"); return;
+        case JsonValue::value_t::boolean: out += QLatin1String(value.get<bool>() ? "true" : "false"); return;
+        case JsonValue::value_t::number_integer: out += QString::number(value.get<qint64>()); return;
+        case JsonValue::value_t::number_unsigned: out += QString::number(value.get<quint64>()); return;
+        case JsonValue::value_t::number_float: out += floatText(value.get<double>()); return;
+        case JsonValue::value_t::string:
+            appendString(out, QString::fromStdString(value.get_ref<const std::string&>()));
+            return;
+        case JsonValue::value_t::array: {
+            QLatin1Char before('[');
+            for (const JsonValue& item : value) {
+                out += std::exchange(before, QLatin1Char(','));
+                append(out, item);
+            }
+            if (value.empty()) out += before;
+            out += QLatin1Char(']');
+            return;
+        }
+        case JsonValue::value_t::object: {
+            QLatin1Char before('{');
+            for (const auto& [key, item] : value.items()) {
+                out += std::exchange(before, QLatin1Char(','));
+                appendString(out, QString::fromStdString(key));
+                out += QLatin1Char(':');
+                append(out, item);
+            }
+            if (value.empty()) out += before;
+            out += QLatin1Char('}');
+            return;
+        }
+        default: throw std::logic_error("a binary value has no JSON text");
+    }
 }
 
 }  // namespace
 
-LogArg::LogArg(const QString& v) : json_(v.toStdString()) {}
+LogArg::LogArg(const QVariant& v) : LogArg(fromVariant(v)) {}
 
-LogArg::LogArg(const QVariant& v) : json_(fromVariant(v)) {}
+LogArg::LogArg(const void* v) : LogArg(fromAddress(v)) {}
 
-LogArg::LogArg(const void* v) {
-    if (v)
-        json_ = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(v));
-    else
-        json_ = false;
+LogArg::LogArg(const std::shared_ptr<const JsonValue>& v) : LogArg(fromShared(v)) {}
+
+LogArg::LogArg(const wchar_t*) {
+    assertionFailure();
 }
 
-LogArg::LogArg(const std::shared_ptr<const JsonValue>& v) {
-    if (!v)
-        json_ = false;
-    else if (v->is_structured())
-        json_ = *v;
-    else
-        throw std::logic_error("Assertion failure");
+LogArg::LogArg(const char16_t*) {
+    assertionFailure();
 }
 
 QString jsonStringText(const QString& text) {
-    QString out = QStringLiteral("\"");
-    if (text.size() == 1 && text.at(0).isNull()) return QStringLiteral("\"\\u0000\"");
-    for (const QChar c : text) {
-        if (c.isNull()) break;
-        out += escaped(c.unicode());
-    }
-    return out + QLatin1Char('"');
+    QString out;
+    appendString(out, text);
+    return out;
 }
 
 QString jsonText(const JsonValue& value) {
-    switch (value.type()) {
-        case JsonValue::value_t::null: return QStringLiteral("null");
-        case JsonValue::value_t::boolean: return value.get<bool>() ? QStringLiteral("true") : QStringLiteral("false");
-        case JsonValue::value_t::number_integer: return QString::number(value.get<qint64>());
-        case JsonValue::value_t::number_unsigned: return QString::number(value.get<quint64>());
-        case JsonValue::value_t::number_float:
-            return QString::number(value.get<double>(), 'g', QLocale::FloatingPointShortest);
-        case JsonValue::value_t::string: return jsonStringText(QString::fromStdString(value.get<std::string>()));
-        case JsonValue::value_t::array:
-            return QLatin1Char('[') + joined(value, [](const JsonValue& v) { return jsonText(v); }) + QLatin1Char(']');
-        case JsonValue::value_t::object:
-            return QLatin1Char('{') +
-                   joined(value.items(),
-                          [](const auto& pair) {
-                              return jsonStringText(QString::fromStdString(pair.key())) + QLatin1Char(':') +
-                                     jsonText(pair.value());
-                          }) +
-                   QLatin1Char('}');
-        default: throw std::logic_error("a binary value has no JSON text");
-    }
+    QString out;
+    append(out, value);
+    return out;
 }
 
 }  // namespace torvik

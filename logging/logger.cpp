@@ -47,8 +47,7 @@ void TLogger::Log(const std::shared_ptr<ILogEntry>& entry) {
 }
 
 void TLogger::Log(TLogLevel level, const std::exception* exception, const QString& messageTemplate, Args args) {
-    const QString text = exception ? QString::fromUtf8(exception->what()) : QString();
-    Log(std::make_shared<TLogEntry>(level, messageTemplate, std::span(args.begin(), args.size()), text));
+    Log(std::make_shared<TLogEntry>(level, messageTemplate, std::span(args.begin(), args.size()), exception));
 }
 
 void TLogger::LogDebug(const QString& messageTemplate, Args args) {

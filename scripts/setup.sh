@@ -7,7 +7,7 @@ packages=(
     g++ cmake ninja-build ccache mold git python3 clang-format clang-tidy
     qt6-base-dev libgl1-mesa-dev
     unixodbc-dev tdsodbc freetds-dev freetds-bin
-    libsqlite3-dev libicu-dev libssl-dev nlohmann-json3-dev libsimpleini-dev
+    libsqlite3-dev libicu-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev libsimpleini-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     python3-pyodbc python3-pymssql
     xvfb xauth xdotool imagemagick fonts-dejavu-core

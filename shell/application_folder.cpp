@@ -3,7 +3,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include "shell/ini_file.h"
+#include "logging/ini_file.h"
 
 namespace torvik {
 
@@ -11,7 +11,7 @@ QString applicationFolder(const QString& executableFolder) {
     QString folder = QDir::cleanPath(executableFolder);
     const QString deploy = folder + QStringLiteral("/deploy.ini");
     if (QFileInfo::exists(deploy)) {
-        QString named = iniValue(deploy, "deploy", "folder", QStringLiteral("."));
+        QString named = IniFile(deploy).value("deploy", "folder", QStringLiteral("."));
         named.replace(QLatin1Char('\\'), QLatin1Char('/'));
         folder = QDir::cleanPath(QDir(folder).absoluteFilePath(named));
     }

@@ -25,7 +25,7 @@
 #include "engine/oppgjor_status.h"
 #include "inbound/fetch_till.h"
 #include "shell/icons.h"
-#include "shell/ini_file.h"
+#include "logging/ini_file.h"
 #include "shell/log_pane_view.h"
 #include "shell/main_threads.h"
 #include "shell/settings.h"
@@ -88,7 +88,7 @@ void MainWindow::createEngine() {
     setWindowTitle(windowTitle() + (singleBackOffice ? QStringLiteral(" BackOffice") : QStringLiteral(" Enterprise")));
 
     engine.Avdeling->SetButikktyper(
-        iniValue(folder_ + QStringLiteral("TorvikPosSync.ini"), "Filter", "Butikktyper", QString()));
+        IniFile(folder_ + QStringLiteral("TorvikPosSync.ini")).value("Filter", "Butikktyper"));
     engine.IncludeDTS_TorvikPOS = true;
 
     joinFetching(engine);
