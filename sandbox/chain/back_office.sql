@@ -1,6 +1,7 @@
--- The back office of a retail chain, as far as the tills concern it: customers, departments, tills, staff and items, the
--- copies of what the tills have sold (Pos...), and the staging tables that the fetch fills but does not make.
--- Plain T-SQL for SQL Server 2016 and later; run it in a new, empty database.
+-- The back office of a retail chain, as far as the tills concern it: its registers. Customers, departments, tills, staff,
+-- items with their prices, offers and discounts. The other back_office scripts follow: back_office_pos (what the tills
+-- have sold), back_office_sales (what is made of it), back_office_procedures (posting a fetch), back_office_send (what
+-- goes to the tills). Plain T-SQL for SQL Server 2016 and later; run them in a new, empty database, in this order.
 
 CREATE TABLE Innstillinger (
   In_Id int NOT NULL CONSTRAINT PK_Innstillinger PRIMARY KEY,
@@ -12,21 +13,68 @@ CREATE TABLE Innstillinger (
   In_Rpos_Or_Status_Import int NOT NULL CONSTRAINT DF_Innstillinger_Rpos_Or_Status DEFAULT (0),
   In_Kredittsalg_An_ID char(10) NULL,
   In_Direkteordre_Le_ID int NULL,
-  In_Fakturagebyr_Va_ID char(15) NULL
+  In_Fakturagebyr_Va_ID char(15) NULL,
+  In_SendValutaTilkasse bit NULL,
+  In_Slett_Va_ID char(15) NULL,
+  In_Gavekort_Va_ID char(15) NULL
 )
 
+CREATE TABLE Land (
+  La_Id int NOT NULL CONSTRAINT PK_Land PRIMARY KEY,
+  La_Navn varchar(25) NOT NULL
+)
+
+CREATE TABLE Poststed (
+  Po_Id varchar(15) NOT NULL,
+  Po_La_Id int NOT NULL CONSTRAINT FK_Poststed_Land REFERENCES Land (La_Id),
+  Po_Navn varchar(50) NOT NULL,
+  CONSTRAINT PK_Poststed PRIMARY KEY (Po_Id, Po_La_Id)
+)
+
+CREATE TABLE Valuta (
+  Vu_ID char(3) NOT NULL CONSTRAINT PK_Valuta PRIMARY KEY,
+  Vu_Navn char(50) NOT NULL,
+  Vu_Kurs float NOT NULL,
+  Vu_Forhold int NOT NULL
+)
+
+CREATE TABLE Priskategori (
+  Pi_ID int NOT NULL CONSTRAINT PK_Priskategori PRIMARY KEY,
+  Pi_Navn varchar(20) NOT NULL,
+  Pi_InklMva bit NOT NULL
+)
+
+-- Buyers, departments and warehouses alike. Type 0 is none of the tills' business.
 CREATE TABLE Kunde (
   Ku_Id int NOT NULL CONSTRAINT PK_Kunde PRIMARY KEY,
-  Ku_Navn varchar(50) NOT NULL,
-  Ku_Adresse1 varchar(50) NULL,
-  Ku_Adresse2 varchar(50) NULL,
-  Ku_Postnr varchar(10) NULL,
-  Ku_Pi_Id int NULL,
+  Ku_Navn varchar(100) NOT NULL,
+  Ku_Adresse1 varchar(100) NULL,
+  Ku_Adresse2 varchar(100) NULL,
+  Ku_Po_Id varchar(15) NULL,
+  Ku_La_Id int NULL,
+  Ku_Telefon varchar(20) NULL,
+  Ku_Telefax varchar(20) NULL,
+  Ku_Type int NOT NULL CONSTRAINT DF_Kunde_Type DEFAULT (0),
+  Ku_Sperret bit NOT NULL CONSTRAINT DF_Kunde_Sperret DEFAULT (0),
+  Ku_UpdDato datetime NOT NULL CONSTRAINT DF_Kunde_UpdDato DEFAULT (GETDATE()),
+  Ku_Pi_Id int NULL CONSTRAINT FK_Kunde_Priskategori REFERENCES Priskategori (Pi_ID),
   Ku_Lb_Id int NULL,
   Ku_Bb_Id int NULL,
   Ku_Kav_Id int NULL,
   Ku_Mvaberegnes tinyint NOT NULL CONSTRAINT DF_Kunde_Mvaberegnes DEFAULT (1),
-  Ku_FjernGebyr tinyint NOT NULL CONSTRAINT DF_Kunde_FjernGebyr DEFAULT (0)
+  Ku_FjernGebyr bit NOT NULL CONSTRAINT DF_Kunde_FjernGebyr DEFAULT (0),
+  CONSTRAINT FK_Kunde_Poststed FOREIGN KEY (Ku_Po_Id, Ku_La_Id) REFERENCES Poststed (Po_Id, Po_La_Id)
+)
+
+CREATE TABLE KundeGruppe (
+  Kg_Id int NOT NULL CONSTRAINT PK_KundeGruppe PRIMARY KEY,
+  Kg_Navn varchar(50) NOT NULL
+)
+
+CREATE TABLE KundeKundegruppe (
+  Kk_Ku_Id int NOT NULL CONSTRAINT FK_KundeKundegruppe_Kunde REFERENCES Kunde (Ku_Id),
+  Kk_Kg_Id int NOT NULL CONSTRAINT FK_KundeKundegruppe_KundeGruppe REFERENCES KundeGruppe (Kg_Id),
+  CONSTRAINT PK_KundeKundegruppe PRIMARY KEY (Kk_Ku_Id, Kk_Kg_Id)
 )
 
 -- Which customer or department stands in which relation to which other; a department is supplied by its warehouse.
@@ -79,656 +127,188 @@ CREATE TABLE Internkundekasse (
   CONSTRAINT PK_Internkundekasse PRIMARY KEY (Ikk_Ik_Ku_Id, Ikk_Kassenummer)
 )
 
+CREATE TABLE POSTIMEPROFIL (
+  Pos_Tp_Id int NOT NULL CONSTRAINT PK_POSTIMEPROFIL PRIMARY KEY,
+  Pos_Tp_Navn varchar(30) NOT NULL,
+  Pos_Tp_Stemplingsregel int NULL
+)
+
 CREATE TABLE InternKundeAnsatt (
   Ika_Id char(10) NOT NULL CONSTRAINT PK_InternKundeAnsatt PRIMARY KEY,
   Ika_Ik_Ku_Id int NOT NULL CONSTRAINT FK_InternKundeAnsatt_Internkunde REFERENCES Internkunde (Ik_Ku_Id),
   Ika_Navn varchar(50) NOT NULL,
   Ika_Visningsnavn varchar(50) NULL,
-  Ika_Kortnummer varchar(50) NULL,
+  Ika_Kortnummer varchar(30) NULL,
   Ika_Aktiv tinyint NOT NULL CONSTRAINT DF_InternKundeAnsatt_Aktiv DEFAULT (1),
   Ika_Rabatt float NOT NULL CONSTRAINT DF_InternKundeAnsatt_Rabatt DEFAULT (0),
   Ika_RabattKunPaaOrdPris tinyint NOT NULL CONSTRAINT DF_InternKundeAnsatt_RabattKun DEFAULT (0),
-  Ika_Nivaa tinyint NOT NULL CONSTRAINT DF_InternKundeAnsatt_Nivaa DEFAULT (0)
+  Ika_Nivaa tinyint NOT NULL CONSTRAINT DF_InternKundeAnsatt_Nivaa DEFAULT (0),
+  Ika_AnsattDato datetime NULL,
+  Ika_Pos_Tp_Id int NULL CONSTRAINT FK_InternKundeAnsatt_POSTIMEPROFIL REFERENCES POSTIMEPROFIL (Pos_Tp_Id),
+  Ika_Pi_Id int NULL CONSTRAINT FK_InternKundeAnsatt_Priskategori REFERENCES Priskategori (Pi_ID),
+  Ika_Maks_Rabatt decimal(18, 4) NULL
+)
+go
+
+CREATE TABLE Leverandor (
+  Le_Id int NOT NULL CONSTRAINT PK_Leverandor PRIMARY KEY,
+  Le_Navn varchar(50) NOT NULL,
+  Le_PostAdr varchar(50) NULL,
+  Le_PostPostnr varchar(10) NULL,
+  Le_PostSted varchar(50) NULL,
+  Le_Post_La_Id int NULL CONSTRAINT FK_Leverandor_Land REFERENCES Land (La_Id),
+  Le_Telefon varchar(20) NULL,
+  Le_Telefax varchar(20) NULL,
+  Le_Email varchar(30) NULL
+)
+
+CREATE TABLE Varegruppe (
+  Vg_Id char(4) NOT NULL CONSTRAINT PK_Varegruppe PRIMARY KEY,
+  Vg_Navn varchar(30) NOT NULL,
+  Vg_Hoved_Vg_ID char(4) NULL CONSTRAINT FK_Varegruppe_Hoved REFERENCES Varegruppe (Vg_Id),
+  Vg_Root_Vg_ID char(4) NULL CONSTRAINT FK_Varegruppe_Root REFERENCES Varegruppe (Vg_Id)
+)
+
+-- A product comes in items of several colours and sizes.
+CREATE TABLE Produkt (
+  P_Id varchar(20) NOT NULL CONSTRAINT PK_Produkt PRIMARY KEY,
+  P_Navn varchar(100) NOT NULL,
+  P_InfoIntern varchar(1024) NULL,
+  P_InfoEkstern varchar(1024) NULL,
+  P_InfoRegel tinyint NULL
 )
 
 CREATE TABLE Vare (
   Va_Id char(15) NOT NULL CONSTRAINT PK_Vare PRIMARY KEY,
   Va_Navn varchar(50) NOT NULL,
   Va_Kostpris float NOT NULL,
-  Va_Pris float NOT NULL
+  Va_Pris float NOT NULL,
+  Va_VeilPris float NULL,
+  Va_Mvasats float NOT NULL CONSTRAINT DF_Vare_Mvasats DEFAULT (25),
+  Va_Utgaatt smallint NOT NULL CONSTRAINT DF_Vare_Utgaatt DEFAULT (0),
+  Va_Slettet bit NOT NULL CONSTRAINT DF_Vare_Slettet DEFAULT (0),
+  Va_Nummertype varchar(20) NULL,
+  Va_Vg_Id char(4) NULL CONSTRAINT FK_Vare_Varegruppe REFERENCES Varegruppe (Vg_Id),
+  Va_Le_Id int NULL CONSTRAINT FK_Vare_Leverandor REFERENCES Leverandor (Le_Id),
+  Va_P_ID varchar(20) NULL CONSTRAINT FK_Vare_Produkt REFERENCES Produkt (P_Id),
+  Va_Fargenavn varchar(50) NULL,
+  Va_Storrelsenavn varchar(50) NULL,
+  Va_Minlager float NULL,
+  Va_Makslager float NULL,
+  Va_Prislapp int NULL,
+  Va_MaksRabatt int NULL,
+  Va_SendTilButikkKasser bit NOT NULL CONSTRAINT DF_Vare_SendTilButikkKasser DEFAULT (0)
 )
 
 CREATE TABLE VareAlias (
-  Vr_Id char(15) NOT NULL CONSTRAINT PK_VareAlias PRIMARY KEY,
-  Vr_Va_Id char(15) NOT NULL CONSTRAINT FK_VareAlias_Vare REFERENCES Vare (Va_Id)
+  Vr_Id varchar(50) NOT NULL,
+  Vr_Va_Id char(15) NOT NULL CONSTRAINT FK_VareAlias_Vare REFERENCES Vare (Va_Id),
+  Vr_Navn varchar(20) NULL,
+  CONSTRAINT PK_VareAlias PRIMARY KEY (Vr_Id, Vr_Va_Id)
+)
+
+CREATE TABLE Delvare (
+  Dv_Hoved_Va_ID char(15) NOT NULL CONSTRAINT FK_Delvare_Hovedvare REFERENCES Vare (Va_Id),
+  Dv_Delvare_Va_ID char(15) NOT NULL CONSTRAINT FK_Delvare_Vare REFERENCES Vare (Va_Id),
+  Dv_Antall float NULL,
+  Dv_Pris float NULL,
+  Dv_Utskriftsregel int NULL,
+  CONSTRAINT PK_Delvare PRIMARY KEY (Dv_Hoved_Va_ID, Dv_Delvare_Va_ID)
+)
+
+-- Items with a special place in a department, by type: EKS are offered beside other sales.
+CREATE TABLE Kundevare (
+  Kv_Ik_Ku_Id int NOT NULL CONSTRAINT FK_Kundevare_Internkunde REFERENCES Internkunde (Ik_Ku_Id),
+  Kv_Va_Id char(15) NOT NULL CONSTRAINT FK_Kundevare_Vare REFERENCES Vare (Va_Id),
+  Kv_Kvt_Id char(3) NOT NULL,
+  Kv_FraDato datetime NOT NULL,
+  Kv_TilDato datetime NOT NULL,
+  CONSTRAINT PK_Kundevare PRIMARY KEY (Kv_Ik_Ku_Id, Kv_Va_Id, Kv_Kvt_Id, Kv_FraDato)
+)
+
+CREATE TABLE Pris (
+  Ps_Va_Id char(15) NOT NULL CONSTRAINT FK_Pris_Vare REFERENCES Vare (Va_Id),
+  Ps_Pi_Id int NOT NULL CONSTRAINT FK_Pris_Priskategori REFERENCES Priskategori (Pi_ID),
+  Ps_Prisen float NOT NULL,
+  Ps_UpdDato datetime NOT NULL CONSTRAINT DF_Pris_UpdDato DEFAULT (GETDATE()),
+  CONSTRAINT PK_Pris PRIMARY KEY (Ps_Va_Id, Ps_Pi_Id)
 )
 go
 
--- What the tills have sold and settled. Every key of a till is unique on that till only, so department and till stand in
--- every key here.
-
-CREATE TABLE PosOppgjor (
-  Pos_Op_Ik_Ku_Id int NOT NULL,
-  Pos_Op_Kassenr varchar(20) NOT NULL,
-  Pos_Op_Id int NOT NULL,
-  Pos_Op_Ika_Id char(10) NULL,
-  Pos_Op_Tidspunkt datetime NOT NULL,
-  Pos_Op_OppdatertTidspunkt datetime NULL,
-  Pos_Op_Type varchar(15) NOT NULL,
-  Pos_Op_Status int NOT NULL,
-  Pos_Op_TidspunktFerdig datetime NULL,
-  Pos_Op_AntKunderInnom int NULL,
-  Pos_Op_Nattsafe_Innkastnr varchar(50) NULL,
-  Pos_Op_Kommentar varchar(1024) NULL,
-  Pos_Op_Synkronisert datetime NULL,
-  CONSTRAINT PK_PosOppgjor PRIMARY KEY (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id)
+CREATE TABLE PristilbudStatus (
+  Pst_Id int NOT NULL CONSTRAINT PK_PristilbudStatus PRIMARY KEY,
+  Pst_Navn varchar(50) NOT NULL
 )
 
-CREATE TABLE PosOppgjorlinje (
-  Pos_Opl_Ik_Ku_Id int NOT NULL,
-  Pos_Opl_Kassenr varchar(20) NOT NULL,
-  Pos_Opl_Id int NOT NULL,
-  Pos_Opl_Op_Id int NOT NULL,
-  Pos_Opl_Pe_Id int NOT NULL,
-  Pos_Opl_Vekslepenger float NOT NULL,
-  Pos_Opl_Opptalt float NOT NULL,
-  Pos_Opl_Faktisk float NOT NULL,
-  CONSTRAINT PK_PosOppgjorlinje PRIMARY KEY (Pos_Opl_Ik_Ku_Id, Pos_Opl_Kassenr, Pos_Opl_Id),
-  CONSTRAINT FK_PosOppgjorlinje_PosOppgjor FOREIGN KEY (Pos_Opl_Ik_Ku_Id, Pos_Opl_Kassenr, Pos_Opl_Op_Id)
-    REFERENCES PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id)
+CREATE TABLE Pristilbud (
+  Pr_Id int NOT NULL CONSTRAINT PK_Pristilbud PRIMARY KEY,
+  Pr_Navn varchar(50) NOT NULL,
+  Pr_FraDato datetime NOT NULL,
+  Pr_TilDato datetime NOT NULL,
+  Pr_Type int NOT NULL,
+  Pr_Beregningsmetode int NOT NULL,
+  Pr_Fast_Rabatt float NULL,
+  Pr_GjelderAlleAvd bit NOT NULL,
+  Pr_Pst_Id int NOT NULL CONSTRAINT FK_Pristilbud_PristilbudStatus REFERENCES PristilbudStatus (Pst_Id)
 )
 
-CREATE TABLE PosOppgjorbetaling (
-  Pos_Ob_Ik_Ku_Id int NOT NULL,
-  Pos_Ob_Kassenr varchar(20) NOT NULL,
-  Pos_Ob_Op_Id int NOT NULL,
-  Pos_Ob_Bf_Id int NOT NULL,
-  Pos_Ob_Belop float NOT NULL,
-  Pos_Ob_Opptalt float NOT NULL,
-  CONSTRAINT PK_PosOppgjorbetaling PRIMARY KEY (Pos_Ob_Ik_Ku_Id, Pos_Ob_Kassenr, Pos_Ob_Op_Id, Pos_Ob_Bf_Id),
-  CONSTRAINT FK_PosOppgjorbetaling_PosOppgjor FOREIGN KEY (Pos_Ob_Ik_Ku_Id, Pos_Ob_Kassenr, Pos_Ob_Op_Id)
-    REFERENCES PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id)
+CREATE TABLE Pristilbudlinje (
+  Pl_Pr_Id int NOT NULL CONSTRAINT FK_Pristilbudlinje_Pristilbud REFERENCES Pristilbud (Pr_Id),
+  Pl_Va_Id char(15) NOT NULL CONSTRAINT FK_Pristilbudlinje_Vare REFERENCES Vare (Va_Id),
+  Pl_Pris float NULL,
+  CONSTRAINT PK_Pristilbudlinje PRIMARY KEY (Pl_Pr_Id, Pl_Va_Id)
 )
 
-CREATE TABLE PosOrdre (
-  Pos_Or_Ik_Ku_Id int NOT NULL,
-  Pos_Or_KasseNr varchar(20) NOT NULL,
-  Pos_Or_Id int NOT NULL,
-  Pos_Or_Op_Id int NOT NULL,
-  Pos_Or_Ku_Id int NOT NULL,
-  Pos_Or_Ika_Id char(10) NOT NULL,
-  Pos_Or_Ra_Id char(20) NULL,
-  Pos_Or_Rabatt_Ika_Id char(10) NULL,
-  Pos_Or_Tidspunkt datetime NOT NULL,
-  Pos_Or_TidspunktFerdig datetime NOT NULL,
-  Pos_Or_Status int NOT NULL,
-  Pos_Or_Rekvisisjonsnummer varchar(30) NULL,
-  Pos_Or_Postnr varchar(10) NULL,
-  Pos_Or_Telefon varchar(20) NULL,
-  Pos_Or_Varetelling bit NULL,
-  Pos_Or_Torvik_Or_Id int NULL,
-  Pos_Or_EAN13 varchar(13) NULL,
-  Pos_Or_Statistikk_Ika_Id varchar(10) NULL,
-  Pos_Or_Kreditt_Or_Id int NULL,
-  Pos_Or_OppdatertBeholdning datetime NULL,
-  CONSTRAINT PK_PosOrdre PRIMARY KEY (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Id),
-  CONSTRAINT FK_PosOrdre_PosOppgjor FOREIGN KEY (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Op_Id)
-    REFERENCES PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id)
-)
-CREATE INDEX IX_PosOrdre_Oppgjor ON PosOrdre (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Op_Id)
-
-CREATE TABLE PosOrdrelinje (
-  Pos_Ol_Ik_Ku_Id int NOT NULL,
-  Pos_Ol_KasseNr varchar(20) NOT NULL,
-  Pos_Ol_Id int NOT NULL,
-  Pos_Ol_Or_Id int NOT NULL,
-  Pos_Ol_Va_Id char(15) NOT NULL,
-  Pos_Ol_Antall float NOT NULL,
-  Pos_Ol_Rabatt float NOT NULL,
-  Pos_Ol_Salgspris float NOT NULL,
-  Pos_Ol_Mvasats float NOT NULL,
-  Pos_Ol_Kostpris float NOT NULL,
-  Pos_Ol_Slettet bit NULL,
-  Pos_Ol_Mersalg bit NOT NULL,
-  Pos_Ol_Status tinyint NULL,
-  Pos_Ol_Torvik_Or_Id int NULL,
-  Pos_Ol_Torvik_Ku_Id int NULL,
-  Pos_Ol_Visningsvare bit NULL,
-  Pos_Ol_GjeldendePris float NULL,
-  CONSTRAINT PK_PosOrdrelinje PRIMARY KEY (Pos_Ol_Ik_Ku_Id, Pos_Ol_KasseNr, Pos_Ol_Id),
-  CONSTRAINT FK_PosOrdrelinje_PosOrdre FOREIGN KEY (Pos_Ol_Ik_Ku_Id, Pos_Ol_KasseNr, Pos_Ol_Or_Id)
-    REFERENCES PosOrdre (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Id)
-)
-CREATE INDEX IX_PosOrdrelinje_Ordre ON PosOrdrelinje (Pos_Ol_Ik_Ku_Id, Pos_Ol_KasseNr, Pos_Ol_Or_Id)
-
-CREATE TABLE PosOrdregrunn (
-  Pos_Og_Ik_Ku_Id int NOT NULL,
-  Pos_Og_KasseNr varchar(20) NOT NULL,
-  Pos_Og_Gr_Id int NOT NULL,
-  Pos_Og_Or_Id int NOT NULL,
-  CONSTRAINT PK_PosOrdregrunn PRIMARY KEY (Pos_Og_Ik_Ku_Id, Pos_Og_KasseNr, Pos_Og_Or_Id, Pos_Og_Gr_Id),
-  CONSTRAINT FK_PosOrdregrunn_PosOrdre FOREIGN KEY (Pos_Og_Ik_Ku_Id, Pos_Og_KasseNr, Pos_Og_Or_Id)
-    REFERENCES PosOrdre (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Id)
+CREATE TABLE PristilbudInternKunde (
+  Pb_Pr_Id int NOT NULL CONSTRAINT FK_PristilbudInternKunde_Pristilbud REFERENCES Pristilbud (Pr_Id),
+  Pb_Ik_Ku_Id int NOT NULL CONSTRAINT FK_PristilbudInternKunde_Internkunde REFERENCES Internkunde (Ik_Ku_Id),
+  CONSTRAINT PK_PristilbudInternKunde PRIMARY KEY (Pb_Pr_Id, Pb_Ik_Ku_Id)
 )
 
-CREATE TABLE PosOrdrelinjegrunn (
-  Pos_Olg_Ik_Ku_Id int NOT NULL,
-  Pos_Olg_KasseNr varchar(20) NOT NULL,
-  Pos_Olg_Gr_Id int NOT NULL,
-  Pos_Olg_Ol_Id int NOT NULL,
-  CONSTRAINT PK_PosOrdrelinjegrunn PRIMARY KEY (Pos_Olg_Ik_Ku_Id, Pos_Olg_KasseNr, Pos_Olg_Ol_Id, Pos_Olg_Gr_Id),
-  CONSTRAINT FK_PosOrdrelinjegrunn_PosOrdrelinje FOREIGN KEY (Pos_Olg_Ik_Ku_Id, Pos_Olg_KasseNr, Pos_Olg_Ol_Id)
-    REFERENCES PosOrdrelinje (Pos_Ol_Ik_Ku_Id, Pos_Ol_KasseNr, Pos_Ol_Id)
+-- Which tills an offer has been sent to.
+CREATE TABLE Pristilbudlogg (
+  Ptl_Id int IDENTITY(1, 1) NOT NULL CONSTRAINT PK_Pristilbudlogg PRIMARY KEY,
+  Ptl_Pl_Pr_ID int NOT NULL CONSTRAINT FK_Pristilbudlogg_Pristilbud REFERENCES Pristilbud (Pr_Id),
+  Ptl_Ikk_Ik_Ku_ID int NOT NULL,
+  Ptl_Ikk_Kassenummer char(10) NOT NULL,
+  Ptl_Tidspunkt datetime NOT NULL,
+  CONSTRAINT FK_Pristilbudlogg_Internkundekasse FOREIGN KEY (Ptl_Ikk_Ik_Ku_ID, Ptl_Ikk_Kassenummer)
+    REFERENCES Internkundekasse (Ikk_Ik_Ku_Id, Ikk_Kassenummer)
 )
 
-CREATE TABLE PosOrdrelinjetekst (
-  Pos_Olt_Ik_Ku_Id int NOT NULL,
-  Pos_Olt_KasseNr varchar(20) NOT NULL,
-  Pos_Olt_Ol_Id int NOT NULL,
-  Pos_Olt_Navn varchar(50) NOT NULL,
-  CONSTRAINT PK_PosOrdrelinjetekst PRIMARY KEY (Pos_Olt_Ik_Ku_Id, Pos_Olt_KasseNr, Pos_Olt_Ol_Id),
-  CONSTRAINT FK_PosOrdrelinjetekst_PosOrdrelinje FOREIGN KEY (Pos_Olt_Ik_Ku_Id, Pos_Olt_KasseNr, Pos_Olt_Ol_Id)
-    REFERENCES PosOrdrelinje (Pos_Ol_Ik_Ku_Id, Pos_Ol_KasseNr, Pos_Ol_Id)
+-- A discount card may be shared by several customers, or belong to none.
+CREATE TABLE POSRABATTKORT (
+  Pos_Ra_Nr int IDENTITY(1, 1) NOT NULL CONSTRAINT PK_POSRABATTKORT PRIMARY KEY,
+  Pos_Ra_ID char(20) NOT NULL,
+  Pos_Ra_Navn varchar(50) NULL,
+  Pos_Ra_GyldigTil datetime NULL,
+  Pos_Ra_Rabatt float NOT NULL,
+  Pos_Ra_Aktiv tinyint NOT NULL,
+  Pos_Ra_KunPaaOrdPris tinyint NOT NULL,
+  Pos_Ra_Ku_ID int NULL CONSTRAINT FK_POSRABATTKORT_Kunde REFERENCES Kunde (Ku_Id),
+  Pos_Ra_Ku_Kreditt_Prosent float NULL,
+  Pos_Ra_UpdDato datetime NOT NULL CONSTRAINT DF_POSRABATTKORT_UpdDato DEFAULT (GETDATE()),
+  CONSTRAINT UQ_POSRABATTKORT UNIQUE (Pos_Ra_ID, Pos_Ra_Ku_ID)
 )
 
-CREATE TABLE PosBetaling (
-  Pos_Bt_Ik_Ku_Id int NOT NULL,
-  Pos_Bt_KasseNr varchar(20) NOT NULL,
-  Pos_Bt_Id int NOT NULL,
-  Pos_Bt_Bf_Id int NOT NULL,
-  Pos_Bt_Or_Id int NOT NULL,
-  Pos_Bt_Belop float NOT NULL,
-  Pos_Bt_Vu_Kurs float NULL,
-  CONSTRAINT PK_PosBetaling PRIMARY KEY (Pos_Bt_Ik_Ku_Id, Pos_Bt_KasseNr, Pos_Bt_Id),
-  CONSTRAINT FK_PosBetaling_PosOrdre FOREIGN KEY (Pos_Bt_Ik_Ku_Id, Pos_Bt_KasseNr, Pos_Bt_Or_Id)
-    REFERENCES PosOrdre (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Id)
-)
-
-CREATE TABLE PosBetalingBankinfo (
-  Pos_Bbi_Ik_Ku_Id int NOT NULL,
-  Pos_Bbi_KasseNr varchar(20) NOT NULL,
-  Pos_Bbi_Id int NOT NULL,
-  Pos_Bbi_Bt_Id int NOT NULL,
-  Pos_Bbi_Ko_Id int NOT NULL,
-  Pos_Bbi_Kortdata varchar(25) NULL,
-  Pos_Bbi_Tidsstempel char(14) NULL,
-  Pos_Bbi_Lojalitetsinfo varchar(100) NULL,
-  Pos_Bbi_Avstem_Sesjonsnummer varchar(10) NULL,
-  Pos_Bbi_Tranid varchar(30) NULL,
-  Pos_Bbi_Auth varchar(30) NULL,
-  CONSTRAINT PK_PosBetalingBankinfo PRIMARY KEY (Pos_Bbi_Ik_Ku_Id, Pos_Bbi_KasseNr, Pos_Bbi_Id),
-  CONSTRAINT FK_PosBetalingBankinfo_PosBetaling FOREIGN KEY (Pos_Bbi_Ik_Ku_Id, Pos_Bbi_KasseNr, Pos_Bbi_Bt_Id)
-    REFERENCES PosBetaling (Pos_Bt_Ik_Ku_Id, Pos_Bt_KasseNr, Pos_Bt_Id)
-)
-
-CREATE TABLE PosKupong (
-  Pos_Kup_Ik_Ku_Id int NOT NULL,
-  Pos_Kup_KasseNr varchar(20) NOT NULL,
-  Pos_Kup_Id int NOT NULL,
-  Pos_Kup_Pr_Id int NOT NULL,
-  Pos_Kup_Aktivert datetime NULL,
-  Pos_Kup_Oppr_Antall int NULL,
-  Pos_Kup_Brukt_Antall int NULL,
-  Pos_Kup_Merket_Brukt bit NULL,
-  CONSTRAINT PK_PosKupong PRIMARY KEY (Pos_Kup_Ik_Ku_Id, Pos_Kup_KasseNr, Pos_Kup_Id)
-)
-
-CREATE TABLE PosKupongOrdrelinje (
-  Pos_Kol_Ik_Ku_Id int NOT NULL,
-  Pos_Kol_KasseNr varchar(20) NOT NULL,
-  Pos_Kol_Kup_Id int NOT NULL,
-  Pos_Kol_Ol_Id int NOT NULL,
-  CONSTRAINT PK_PosKupongOrdrelinje PRIMARY KEY (Pos_Kol_Ik_Ku_Id, Pos_Kol_KasseNr, Pos_Kol_Kup_Id, Pos_Kol_Ol_Id),
-  CONSTRAINT FK_PosKupongOrdrelinje_PosKupong FOREIGN KEY (Pos_Kol_Ik_Ku_Id, Pos_Kol_KasseNr, Pos_Kol_Kup_Id)
-    REFERENCES PosKupong (Pos_Kup_Ik_Ku_Id, Pos_Kup_KasseNr, Pos_Kup_Id),
-  CONSTRAINT FK_PosKupongOrdrelinje_PosOrdrelinje FOREIGN KEY (Pos_Kol_Ik_Ku_Id, Pos_Kol_KasseNr, Pos_Kol_Ol_Id)
-    REFERENCES PosOrdrelinje (Pos_Ol_Ik_Ku_Id, Pos_Ol_KasseNr, Pos_Ol_Id)
-)
-
-CREATE TABLE PosSignatur (
-  Pos_Si_Ik_Ku_Id int NOT NULL,
-  Pos_Si_Kassenummer varchar(20) NOT NULL,
-  Pos_Si_Id int NOT NULL,
-  Pos_Si_Bilde image NULL,
-  CONSTRAINT PK_PosSignatur PRIMARY KEY (Pos_Si_Ik_Ku_Id, Pos_Si_Kassenummer, Pos_Si_Id)
-)
-
-CREATE TABLE PosBetalingSignatur (
-  Pos_Btsi_Ik_Ku_Id int NOT NULL,
-  Pos_Btsi_KasseNr varchar(20) NOT NULL,
-  Pos_Btsi_Bt_Id int NOT NULL,
-  Pos_Btsi_Si_Id int NOT NULL,
-  Pos_Btsi_Sit_Id int NULL,
-  CONSTRAINT PK_PosBetalingSignatur PRIMARY KEY (Pos_Btsi_Ik_Ku_Id, Pos_Btsi_KasseNr, Pos_Btsi_Bt_Id, Pos_Btsi_Si_Id),
-  CONSTRAINT FK_PosBetalingSignatur_PosBetaling FOREIGN KEY (Pos_Btsi_Ik_Ku_Id, Pos_Btsi_KasseNr, Pos_Btsi_Bt_Id)
-    REFERENCES PosBetaling (Pos_Bt_Ik_Ku_Id, Pos_Bt_KasseNr, Pos_Bt_Id),
-  CONSTRAINT FK_PosBetalingSignatur_PosSignatur FOREIGN KEY (Pos_Btsi_Ik_Ku_Id, Pos_Btsi_KasseNr, Pos_Btsi_Si_Id)
-    REFERENCES PosSignatur (Pos_Si_Ik_Ku_Id, Pos_Si_Kassenummer, Pos_Si_Id)
-)
-
-CREATE TABLE PosOrdreSignatur (
-  Pos_Orsi_Ik_Ku_Id int NOT NULL,
-  Pos_Orsi_KasseNr varchar(20) NOT NULL,
-  Pos_Orsi_Or_Id int NOT NULL,
-  Pos_Orsi_Si_Id int NOT NULL,
-  Pos_Orsi_Sit_Id int NULL,
-  CONSTRAINT PK_PosOrdreSignatur PRIMARY KEY (Pos_Orsi_Ik_Ku_Id, Pos_Orsi_KasseNr, Pos_Orsi_Or_Id, Pos_Orsi_Si_Id),
-  CONSTRAINT FK_PosOrdreSignatur_PosOrdre FOREIGN KEY (Pos_Orsi_Ik_Ku_Id, Pos_Orsi_KasseNr, Pos_Orsi_Or_Id)
-    REFERENCES PosOrdre (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Id),
-  CONSTRAINT FK_PosOrdreSignatur_PosSignatur FOREIGN KEY (Pos_Orsi_Ik_Ku_Id, Pos_Orsi_KasseNr, Pos_Orsi_Si_Id)
-    REFERENCES PosSignatur (Pos_Si_Ik_Ku_Id, Pos_Si_Kassenummer, Pos_Si_Id)
-)
-
-CREATE TABLE PosOppgjorSignatur (
-  Pos_Opsi_Ik_Ku_Id int NOT NULL,
-  Pos_Opsi_KasseNr varchar(20) NOT NULL,
-  Pos_Opsi_Op_Id int NOT NULL,
-  Pos_Opsi_Si_Id int NOT NULL,
-  Pos_Opsi_Sit_Id int NULL,
-  CONSTRAINT PK_PosOppgjorSignatur PRIMARY KEY (Pos_Opsi_Ik_Ku_Id, Pos_Opsi_KasseNr, Pos_Opsi_Op_Id, Pos_Opsi_Si_Id),
-  CONSTRAINT FK_PosOppgjorSignatur_PosOppgjor FOREIGN KEY (Pos_Opsi_Ik_Ku_Id, Pos_Opsi_KasseNr, Pos_Opsi_Op_Id)
-    REFERENCES PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id),
-  CONSTRAINT FK_PosOppgjorSignatur_PosSignatur FOREIGN KEY (Pos_Opsi_Ik_Ku_Id, Pos_Opsi_KasseNr, Pos_Opsi_Si_Id)
-    REFERENCES PosSignatur (Pos_Si_Ik_Ku_Id, Pos_Si_Kassenummer, Pos_Si_Id)
-)
-
-CREATE TABLE PosVedlegg (
-  Pos_Vlg_Ik_Ku_Id int NOT NULL,
-  Pos_Vlg_KasseNr varchar(20) NOT NULL,
-  Pos_Vlg_Id int NOT NULL,
-  Pos_Vlg_Op_Id int NOT NULL,
-  Pos_Vlg_Filnavn varchar(255) NOT NULL,
-  Pos_Vlg_Innhold image NULL,
-  CONSTRAINT PK_PosVedlegg PRIMARY KEY (Pos_Vlg_Ik_Ku_Id, Pos_Vlg_KasseNr, Pos_Vlg_Id),
-  CONSTRAINT FK_PosVedlegg_PosOppgjor FOREIGN KEY (Pos_Vlg_Ik_Ku_Id, Pos_Vlg_KasseNr, Pos_Vlg_Op_Id)
-    REFERENCES PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id)
-)
-
-CREATE TABLE PosOrdreRetur (
-  Pos_Ore_Or_Ik_Ku_Id int NOT NULL,
-  Pos_Ore_Or_KasseNr varchar(20) NOT NULL,
-  Pos_Ore_Id int NOT NULL,
-  Pos_Ore_Or_Id int NOT NULL,
-  Pos_Ore_Retur_Or_Id int NULL,
-  Pos_Ore_Retur_Avdnr varchar(10) NULL,
-  Pos_Ore_Retur_Kassenr varchar(10) NULL,
-  CONSTRAINT PK_PosOrdreRetur PRIMARY KEY (Pos_Ore_Or_Ik_Ku_Id, Pos_Ore_Or_KasseNr, Pos_Ore_Id),
-  CONSTRAINT FK_PosOrdreRetur_PosOrdre FOREIGN KEY (Pos_Ore_Or_Ik_Ku_Id, Pos_Ore_Or_KasseNr, Pos_Ore_Or_Id)
-    REFERENCES PosOrdre (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Id)
-)
-
-CREATE TABLE PosVippsBetaling (
-  Pos_Vib_Bt_Ik_Ku_Id int NOT NULL,
-  Pos_Vib_Bt_KasseNr varchar(20) NOT NULL,
-  Pos_Vib_Bt_Id int NOT NULL,
-  Pos_Vib_Referanse varchar(50) NULL,
-  Pos_Vib_Ordrenummer varchar(50) NULL,
-  CONSTRAINT PK_PosVippsBetaling PRIMARY KEY (Pos_Vib_Bt_Ik_Ku_Id, Pos_Vib_Bt_KasseNr, Pos_Vib_Bt_Id),
-  CONSTRAINT FK_PosVippsBetaling_PosBetaling FOREIGN KEY (Pos_Vib_Bt_Ik_Ku_Id, Pos_Vib_Bt_KasseNr, Pos_Vib_Bt_Id)
-    REFERENCES PosBetaling (Pos_Bt_Ik_Ku_Id, Pos_Bt_KasseNr, Pos_Bt_Id)
-)
-
-CREATE TABLE Posbeholdningstransaksjoner (
-  Pbt_Id int IDENTITY(1, 1) NOT NULL CONSTRAINT PK_Posbeholdningstransaksjoner PRIMARY KEY,
-  Pbt_Ik_Ku_Id int NOT NULL,
-  Pbt_Va_Id char(15) NOT NULL,
-  Pbt_Antall float NOT NULL
+-- The discount that a customer group has on an item group, by the amount bought for.
+CREATE TABLE RabattMatrise (
+  Rm_Kg_Id int NOT NULL CONSTRAINT FK_RabattMatrise_KundeGruppe REFERENCES KundeGruppe (Kg_Id),
+  Rm_Vg_ID char(4) NOT NULL CONSTRAINT FK_RabattMatrise_Varegruppe REFERENCES Varegruppe (Vg_Id),
+  Rm_Fra float NOT NULL,
+  Rm_Til float NOT NULL,
+  Rm_Rabatt float NOT NULL,
+  CONSTRAINT PK_RabattMatrise PRIMARY KEY (Rm_Kg_Id, Rm_Vg_ID, Rm_Fra, Rm_Til)
 )
 go
 
--- The tills' registers and side records, as their last fetch told them.
+ALTER TABLE Innstillinger ADD
+  CONSTRAINT FK_Innstillinger_Anonym_Kunde FOREIGN KEY (In_Anonym_Ku_ID) REFERENCES Kunde (Ku_Id),
+  CONSTRAINT FK_Innstillinger_KlikkOgHent_Kunde FOREIGN KEY (In_KlikkOgHent_Ku_ID) REFERENCES Kunde (Ku_Id),
+  CONSTRAINT FK_Innstillinger_Hovedkontor FOREIGN KEY (In_Hoved_Ik_Ku_Id) REFERENCES Internkunde (Ik_Ku_Id),
+  CONSTRAINT FK_Innstillinger_Fakturagebyr FOREIGN KEY (In_Fakturagebyr_Va_ID) REFERENCES Vare (Va_Id),
+  CONSTRAINT FK_Innstillinger_Gavekort FOREIGN KEY (In_Gavekort_Va_ID) REFERENCES Vare (Va_Id)
 
-CREATE TABLE PosLoggtype (
-  Plt_Ik_Ku_Id int NOT NULL,
-  Plt_KasseNr varchar(20) NOT NULL,
-  Plt_Id int NOT NULL,
-  Plt_Navn char(50) NOT NULL,
-  CONSTRAINT PK_PosLoggtype PRIMARY KEY (Plt_Ik_Ku_Id, Plt_KasseNr, Plt_Id)
-)
-
-CREATE TABLE PosGrunntype (
-  Pgt_Ik_Ku_Id int NOT NULL,
-  Pgt_KasseNr varchar(20) NOT NULL,
-  Pgt_Id int NOT NULL,
-  Pgt_Navn varchar(50) NOT NULL,
-  CONSTRAINT PK_PosGrunntype PRIMARY KEY (Pgt_Ik_Ku_Id, Pgt_KasseNr, Pgt_Id)
-)
-
-CREATE TABLE PosGrunn (
-  Pgr_Ik_Ku_Id int NOT NULL,
-  Pgr_KasseNr varchar(20) NOT NULL,
-  Pgr_Id int NOT NULL,
-  Pgr_Gt_Id int NOT NULL,
-  Pgr_Navn varchar(50) NOT NULL,
-  Pgr_Utskriftsflagg tinyint NOT NULL,
-  CONSTRAINT PK_PosGrunn PRIMARY KEY (Pgr_Ik_Ku_Id, Pgr_KasseNr, Pgr_Id)
-)
-
-CREATE TABLE PosPengeenhet (
-  Ppe_Ik_Ku_Id int NOT NULL,
-  Ppe_KasseNr varchar(20) NOT NULL,
-  Ppe_Id int NOT NULL,
-  Ppe_Vu_Id char(3) NOT NULL,
-  Ppe_Navn varchar(30) NOT NULL,
-  Ppe_Verdi float NOT NULL,
-  Ppe_Mynt bit NOT NULL,
-  Ppe_Bilde image NULL,
-  CONSTRAINT PK_PosPengeenhet PRIMARY KEY (Ppe_Ik_Ku_Id, Ppe_KasseNr, Ppe_Id)
-)
-
-CREATE TABLE PosBetalingform (
-  Pbf_Ik_Ku_Id int NOT NULL,
-  Pbf_KasseNr varchar(20) NOT NULL,
-  Pbf_Id int NOT NULL,
-  Pbf_Ko_Id int NULL,
-  Pbf_Navn char(50) NOT NULL,
-  Pbf_Aktiv tinyint NOT NULL,
-  Pbf_Skuff tinyint NOT NULL,
-  Pbf_Synlig tinyint NOT NULL,
-  Pbf_Paavirkersalg tinyint NOT NULL,
-  Pbf_Vu_Id char(3) NOT NULL,
-  CONSTRAINT PK_PosBetalingform PRIMARY KEY (Pbf_Ik_Ku_Id, Pbf_KasseNr, Pbf_Id)
-)
-
-CREATE TABLE PosKortutsteder (
-  Pko_Ik_Ku_Id int NOT NULL,
-  Pko_KasseNr varchar(20) NOT NULL,
-  Pko_Id int NOT NULL,
-  Pko_Navn varchar(50) NOT NULL,
-  CONSTRAINT PK_PosKortutsteder PRIMARY KEY (Pko_Ik_Ku_Id, Pko_KasseNr, Pko_Id)
-)
-
-CREATE TABLE PosEkstraAnsattOppgjor (
-  Peao_Ik_Ku_Id int NOT NULL,
-  Peao_KasseNr varchar(20) NOT NULL,
-  Peao_Id int NOT NULL,
-  Peao_Op_Id int NOT NULL,
-  Peao_Ika_Id char(10) NOT NULL,
-  Peao_Utlev_Ika_Id char(10) NULL,
-  Peao_Navn varchar(50) NOT NULL,
-  Peao_Tidspunkt datetime NOT NULL,
-  CONSTRAINT PK_PosEkstraAnsattOppgjor PRIMARY KEY (Peao_Ik_Ku_Id, Peao_KasseNr, Peao_Id)
-)
-
-CREATE TABLE PosLogg (
-  Plo_Ik_Ku_Id int NOT NULL,
-  Plo_KasseNr varchar(20) NOT NULL,
-  Plo_Id int NOT NULL,
-  Plo_Op_Id int NULL,
-  Plo_Ika_Id char(10) NOT NULL,
-  Plo_Lt_Id int NOT NULL,
-  Plo_Tidspunkt datetime NOT NULL,
-  Plo_Merknader varchar(255) NULL,
-  CONSTRAINT PK_PosLogg PRIMARY KEY (Plo_Ik_Ku_Id, Plo_KasseNr, Plo_Id)
-)
-
-CREATE TABLE PosVaremottak (
-  Pvm_Ik_Ku_Id int NOT NULL,
-  Pvm_KasseNr varchar(20) NOT NULL,
-  Pvm_Id int NOT NULL,
-  Pvm_Op_Id int NOT NULL,
-  Pvm_Ika_Id char(10) NOT NULL,
-  Pvm_Tidspunkt smalldatetime NOT NULL,
-  Pvm_Referanse varchar(30) NULL,
-  CONSTRAINT PK_PosVaremottak PRIMARY KEY (Pvm_Ik_Ku_Id, Pvm_KasseNr, Pvm_Id)
-)
-
-CREATE TABLE PosVaremottaklinje (
-  Pvml_Ik_Ku_Id int NOT NULL,
-  Pvml_KasseNr varchar(20) NOT NULL,
-  Pvml_Id int NOT NULL,
-  Pvml_Vm_Id int NOT NULL,
-  Pvml_Va_Id char(15) NOT NULL,
-  Pvml_Antall float NULL,
-  Pvml_Pris float NULL,
-  CONSTRAINT PK_PosVaremottaklinje PRIMARY KEY (Pvml_Ik_Ku_Id, Pvml_KasseNr, Pvml_Id)
-)
-
-CREATE TABLE PosVarebestilling (
-  Pvb_Ik_Ku_Id int NOT NULL,
-  Pvb_KasseNr varchar(20) NOT NULL,
-  Pvb_Id int NOT NULL,
-  Pvb_Op_Id int NOT NULL,
-  Pvb_Ika_Id char(10) NOT NULL,
-  Pvb_Tidspunkt smalldatetime NOT NULL,
-  Pvb_Referanse varchar(30) NULL,
-  Pvb_Status int NULL,
-  CONSTRAINT PK_PosVarebestilling PRIMARY KEY (Pvb_Ik_Ku_Id, Pvb_KasseNr, Pvb_Id)
-)
-
-CREATE TABLE PosVarebestillinglinje (
-  Pvbl_Ik_Ku_Id int NOT NULL,
-  Pvbl_KasseNr varchar(20) NOT NULL,
-  Pvbl_Id int NOT NULL,
-  Pvbl_Vb_Id int NOT NULL,
-  Pvbl_Va_Id char(15) NOT NULL,
-  Pvbl_Antall float NULL,
-  CONSTRAINT PK_PosVarebestillinglinje PRIMARY KEY (Pvbl_Ik_Ku_Id, Pvbl_KasseNr, Pvbl_Id)
-)
-
-CREATE TABLE PosUtbetaling (
-  Pub_Ik_Ku_Id int NOT NULL,
-  Pub_KasseNr varchar(20) NOT NULL,
-  Pub_Bt_Id int NOT NULL,
-  Pub_Kundenavn varchar(25) NULL,
-  Pub_Telefon varchar(30) NULL,
-  Pub_Epost varchar(255) NULL,
-  Pub_Adresse varchar(512) NULL,
-  Pub_Konto char(11) NULL,
-  Pub_Status tinyint NOT NULL,
-  CONSTRAINT PK_PosUtbetaling PRIMARY KEY (Pub_Ik_Ku_Id, Pub_KasseNr, Pub_Bt_Id)
-)
-
-CREATE TABLE PosTimer (
-  Pti_Ik_Ku_Id int NOT NULL,
-  Pti_KasseNr varchar(20) NOT NULL,
-  Pti_Id int NOT NULL,
-  Pti_Ika_Id char(10) NOT NULL,
-  Pti_Godkjenn_Gr_Id int NULL,
-  Pti_TidInn smalldatetime NOT NULL,
-  Pti_TidUt smalldatetime NULL,
-  Pti_Tekst varchar(255) NULL,
-  Pti_InnMetode tinyint NOT NULL,
-  Pti_UtMetode tinyint NULL,
-  Pti_KorrigertTidInn smalldatetime NULL,
-  Pti_KorrigertTidUt smalldatetime NULL,
-  Pti_Status tinyint NOT NULL,
-  Pti_Manuell_Tk_Id int NULL,
-  Pti_TrekkPause tinyint NULL,
-  Pti_Syk_Gr_Id int NULL,
-  CONSTRAINT PK_PosTimer PRIMARY KEY (Pti_Ik_Ku_Id, Pti_KasseNr, Pti_Id)
-)
-
-CREATE TABLE PosTimerPrKode (
-  Ptpk_Ik_Ku_Id int NOT NULL,
-  Ptpk_KasseNr varchar(20) NOT NULL,
-  Ptpk_Ti_Id int NOT NULL,
-  Ptpk_Tk_Id int NOT NULL,
-  Ptpk_Tid smalldatetime NULL,
-  CONSTRAINT PK_PosTimerPrKode PRIMARY KEY (Ptpk_Ik_Ku_Id, Ptpk_KasseNr, Ptpk_Ti_Id, Ptpk_Tk_Id)
-)
-go
-
--- The log of the fetch.
-
-CREATE TABLE dts_loggtype (
-  dlt_id int NOT NULL CONSTRAINT PK_dts_loggtype PRIMARY KEY,
-  dlt_navn varchar(50) NOT NULL
-)
-
-CREATE TABLE dts_logg (
-  dl_id int IDENTITY(1, 1) NOT NULL CONSTRAINT PK_dts_logg PRIMARY KEY,
-  dl_dlt_id int NOT NULL CONSTRAINT FK_dts_logg_dts_loggtype REFERENCES dts_loggtype (dlt_id),
-  dl_ik_ku_id int NOT NULL,
-  dl_kassenr varchar(20) NOT NULL,
-  dl_tidspunkt datetime NOT NULL,
-  dl_dp_id int NOT NULL,
-  dl_info varchar(255) NULL
-)
-go
-
--- Staging tables that belong to the back office itself, and those whose later columns its upgrades have brought.
-
-CREATE TABLE Temp_Oppgjorbetaling_Import (
-  tobi_op_id int NOT NULL,
-  tobi_ik_ku_id int NOT NULL,
-  tobi_kassenr varchar(20) COLLATE Database_Default NOT NULL,
-  tobi_bf_id int NOT NULL,
-  tobi_belop float NOT NULL,
-  tobi_opptalt float NOT NULL,
-  tobi_inserted datetime NOT NULL,
-  tobi_unid uniqueidentifier NULL,
-  tobi_tidspunktferdig datetime NULL
-)
-CREATE INDEX t_oppgjorbetaling_i ON Temp_Oppgjorbetaling_Import (tobi_op_id)
-
-CREATE TABLE Temp_Ordre_Import (
-  toi_or_id int NOT NULL,
-  toi_ik_ku_id int NOT NULL,
-  toi_kassenr varchar(20) COLLATE Database_Default NOT NULL,
-  toi_ku_id int NOT NULL,
-  toi_op_id int NOT NULL,
-  toi_ika_id char(10) COLLATE Database_Default NOT NULL,
-  toi_ra_id char(20) COLLATE Database_Default NULL,
-  toi_rabatt_ika_id char(10) COLLATE Database_Default NULL,
-  toi_tidspunkt datetime NOT NULL,
-  toi_tidspunktferdig datetime NOT NULL,
-  toi_status int NOT NULL,
-  toi_rekvisisjonsnummer varchar(30) COLLATE Database_Default NULL,
-  toi_postnr varchar(10) COLLATE Database_Default NULL,
-  toi_telefon varchar(20) COLLATE Database_Default NULL,
-  toi_salgssum float NULL,
-  toi_rabatt float NULL,
-  toi_inserted datetime NOT NULL,
-  toi_unid uniqueidentifier NULL,
-  toi_statistikk_ika_id varchar(10) NULL,
-  toi_varetelling bit NULL,
-  toi_Or_Torvik_Or_Id int NULL,
-  toi_Or_EAN13 varchar(13) NULL
-)
-CREATE INDEX t_ordre_i ON Temp_Ordre_Import (toi_or_id)
-
-CREATE TABLE Temp_Ordrelinje_Import (
-  toli_ol_id int NOT NULL,
-  toli_ik_ku_id int NOT NULL,
-  toli_kassenr varchar(20) COLLATE Database_Default NOT NULL,
-  toli_or_id int NOT NULL,
-  toli_va_id char(15) COLLATE Database_Default NOT NULL,
-  toli_antall float NOT NULL,
-  toli_rabatt float NOT NULL,
-  toli_salgspris float NOT NULL,
-  toli_mvasats float NOT NULL,
-  toli_kostpris float NOT NULL,
-  toli_slettet bit NULL,
-  toli_mersalg bit NOT NULL,
-  toli_status tinyint NULL,
-  toli_inserted datetime NOT NULL,
-  toli_unid uniqueidentifier NULL,
-  toli_torvik_or_id int NULL,
-  toli_torvik_ku_id int NULL,
-  toli_visningsvare bit NULL,
-  toli_GjeldendePris float NULL
-)
-CREATE INDEX t_ordrelinje_i ON Temp_Ordrelinje_Import (toli_ol_id)
-
-CREATE TABLE Temp_VippsBetaling_Import (
-  tvib_Bt_Or_Ik_Ku_Id int NOT NULL,
-  tvib_Bt_Or_KasseNr varchar(20) NOT NULL,
-  tvib_BT_ID int NOT NULL,
-  tvib_REFERANSE varchar(50) NULL,
-  tvib_ORDRENUMMER varchar(50) NULL,
-  tvib_unid uniqueidentifier NULL
-)
-
-CREATE TABLE Temp_PosOrdreRetur_Import (
-  ti_ORE_ID int NOT NULL,
-  ti_ORE_OR_ID int NOT NULL,
-  ti_ORE_OR_IK_KU_ID int NOT NULL,
-  ti_ORE_OR_KASSENR varchar(20) NOT NULL,
-  ti_ORE_RETUR_OR_ID int NULL,
-  ti_ORE_RETUR_AVDNR varchar(10) NULL,
-  ti_ORE_RETUR_KASSENR varchar(10) NULL,
-  ti_inserted datetime NOT NULL,
-  ti_unid uniqueidentifier NULL
-)
-
-CREATE TABLE Temp_Kupong_Import (
-  tki_Kup_Id int NOT NULL,
-  tki_Kup_Ik_Ku_ID int NOT NULL,
-  tki_Kup_Kassenr varchar(20) NOT NULL,
-  tki_Kup_Pr_ID int NOT NULL,
-  tki_Kup_Aktivert datetime NULL,
-  tki_Kup_Oppr_Antall int NULL,
-  tki_Kup_Brukt_Antall int NULL,
-  tki_Kup_Merket_Brukt bit NULL,
-  tki_inserted datetime NOT NULL,
-  tki_unid uniqueidentifier NULL
-)
-
-CREATE TABLE Temp_KupongOrdrelinje_Import (
-  tkol_Kol_Kup_Id int NOT NULL,
-  tkol_Kol_Kup_Ik_Ku_ID int NOT NULL,
-  tkol_Kol_Kup_Kassenr varchar(20) NOT NULL,
-  tkol_Kup_Ol_Id int NOT NULL,
-  tkol_Kup_Ol_Or_Ik_Ku_ID int NOT NULL,
-  tkol_Kup_Ol_Or_KasseNr varchar(20) NOT NULL,
-  tkol_inserted datetime NOT NULL,
-  tkol_unid uniqueidentifier NULL
-)
-
-CREATE TABLE temp_POSSIGNATUR_Import (
-  imp_Pos_Si_Ik_Ku_ID int NOT NULL,
-  imp_Pos_Si_Kassenummer varchar(20) NOT NULL,
-  imp_Pos_Si_ID int NOT NULL,
-  imp_Pos_Si_Bilde image NULL,
-  imp_Pos_Si_Inserted datetime NOT NULL,
-  imp_Pos_Si_unid uniqueidentifier NULL
-)
-
-CREATE TABLE temp_POSBETALINGSIGNATUR_Import (
-  imp_Pos_Btsi_Bt_Id int NOT NULL,
-  imp_Pos_Btsi_Bt_Or_Ik_Ku_ID int NOT NULL,
-  imp_Pos_Btsi_Bt_Or_KasseNr varchar(20) NOT NULL,
-  imp_Pos_Btsi_Si_ID int NOT NULL,
-  imp_Pos_Btsi_Sit_ID int NULL,
-  imp_Pos_Btsi_Inserted datetime NOT NULL,
-  imp_Pos_Btsi_Unid uniqueidentifier NULL
-)
-
-CREATE TABLE temp_POSORDRESIGNATUR_Import (
-  imp_Pos_Orsi_Or_Id int NOT NULL,
-  imp_Pos_Orsi_Or_Ik_Ku_ID int NOT NULL,
-  imp_Pos_Orsi_Or_KasseNr varchar(20) NOT NULL,
-  imp_Pos_Orsi_Si_ID int NOT NULL,
-  imp_Pos_Orsi_Sit_ID int NULL,
-  imp_Pos_Orsi_Inserted datetime NOT NULL,
-  imp_Pos_Orsi_unid uniqueidentifier NULL
-)
-
-CREATE TABLE temp_POSOPPGJORSIGNATUR_Import (
-  imp_Pos_Opsi_Op_Id int NOT NULL,
-  imp_Pos_Opsi_Op_Ik_Ku_ID int NOT NULL,
-  imp_Pos_Opsi_Op_KasseNr varchar(20) NOT NULL,
-  imp_Pos_Opsi_Si_ID int NOT NULL,
-  imp_Pos_Opsi_Sit_ID int NULL,
-  imp_Pos_Opsi_Inserted datetime NOT NULL,
-  imp_Pos_Opsi_unid uniqueidentifier NULL
-)
-
-CREATE TABLE temp_POSVEDLEGG_import (
-  imp_Pos_Vlg_ID int NOT NULL,
-  imp_Pos_Vlg_Op_Id int NOT NULL,
-  imp_Pos_Vlg_Op_Ik_Ku_ID int NOT NULL,
-  imp_Pos_Vlg_Op_KasseNr varchar(20) NOT NULL,
-  imp_Pos_Vlg_Filnavn varchar(255) NOT NULL,
-  imp_Pos_Vlg_Innhold image NULL,
-  imp_Pos_Vlg_Inserted datetime NOT NULL,
-  imp_Pos_Vlg__Unid uniqueidentifier NULL
-)
-go
-
-INSERT dts_loggtype VALUES
-  (0, 'Overføring startet'), (1, 'Tilkoblet'), (2, 'Data lest inn'), (3, 'Data overført'), (4, 'Feil ved innlesing'),
-  (5, 'Timer oppdatert'), (6, 'Feil ved overføring'), (7, 'Overføring fullført')
 INSERT KasseType VALUES (1, 'TorvikPOS'), (2, 'Annen kasse')
+INSERT PristilbudStatus VALUES (0, 'Under arbeid'), (1, 'Til godkjenning'), (2, 'Endelig godkjent')
 go

@@ -1,7 +1,7 @@
 -- What the back office does with the rows that one fetch of one till has staged: posts them, and clears the stage.
 -- A fetch is known by department, till and run identifier. A row that stands in the back office already stays as it is,
--- so a settlement that comes a second time changes nothing; the till's registers are replaced by what came; settlements
--- become synchronised with the last statement.
+-- so a settlement that comes a second time changes nothing; what a till has in its registers and the chain has not is
+-- added to the chain's; settlements become synchronised with the last statement.
 -- The two procedures run in the caller's transaction and end none themselves.
 
 CREATE PROCEDURE ExecuteDtsFromPos @Ik_Ku_Id int, @KasseNr int, @UnId uniqueidentifier
@@ -229,60 +229,47 @@ JOIN Temp_Kupong_Import ON Pos_Kup_Ik_Ku_Id = tki_Kup_Ik_Ku_ID AND Pos_Kup_Kasse
 WHERE tki_Kup_Ik_Ku_ID = @Ik_Ku_Id AND tki_Kup_Kassenr = @KasseNr AND tki_unid = @UnId
 IF @@ERROR <> 0 RETURN -1
 
-DELETE FROM PosLoggtype WHERE Plt_Ik_Ku_Id = @Ik_Ku_Id AND Plt_KasseNr = @KasseNr
-INSERT INTO PosLoggtype (
-  Plt_Ik_Ku_Id, Plt_KasseNr, Plt_Id, Plt_Navn)
-SELECT
-  tlti_ik_ku_id, CONVERT(varchar(20), tlti_kassenr), tlti_id, tlti_navn
+INSERT INTO PosLoggtype (Pos_Lt_Id, Pos_Lt_Navn)
+SELECT tlti_id, tlti_navn
 FROM Temp_Loggtype_Import
 WHERE tlti_ik_ku_id = @Ik_Ku_Id AND tlti_kassenr = @KasseNr AND tlti_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosLoggtype WHERE Pos_Lt_Id = tlti_id)
 IF @@ERROR <> 0 RETURN -1
 
-DELETE FROM PosGrunntype WHERE Pgt_Ik_Ku_Id = @Ik_Ku_Id AND Pgt_KasseNr = @KasseNr
-INSERT INTO PosGrunntype (
-  Pgt_Ik_Ku_Id, Pgt_KasseNr, Pgt_Id, Pgt_Navn)
-SELECT
-  tgi_ik_ku_id, CONVERT(varchar(20), tgi_kassenr), tgi_id, tgi_navn
+INSERT INTO PosGrunntype (Pos_Gt_Id, Pos_Gt_Navn)
+SELECT tgi_id, tgi_navn
 FROM Temp_Grunntype_Import
 WHERE tgi_ik_ku_id = @Ik_Ku_Id AND tgi_kassenr = @KasseNr AND tgi_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosGrunntype WHERE Pos_Gt_Id = tgi_id)
 IF @@ERROR <> 0 RETURN -1
 
-DELETE FROM PosGrunn WHERE Pgr_Ik_Ku_Id = @Ik_Ku_Id AND Pgr_KasseNr = @KasseNr
-INSERT INTO PosGrunn (
-  Pgr_Ik_Ku_Id, Pgr_KasseNr, Pgr_Id, Pgr_Gt_Id, Pgr_Navn, Pgr_Utskriftsflagg)
-SELECT
-  tgi_ik_ku_id, CONVERT(varchar(20), tgi_kassenr), tgi_id, tgi_gt_id, tgi_navn, tgi_utskriftsflagg
+INSERT INTO PosGrunn (Pos_Gr_Id, Pos_Gr_Gt_Id, Pos_Gr_Navn, Pos_Gr_Utskriftsflagg)
+SELECT tgi_id, tgi_gt_id, tgi_navn, tgi_utskriftsflagg
 FROM Temp_Grunn_Import
 WHERE tgi_ik_ku_id = @Ik_Ku_Id AND tgi_kassenr = @KasseNr AND tgi_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosGrunn WHERE Pos_Gr_Id = tgi_id)
 IF @@ERROR <> 0 RETURN -1
 
-DELETE FROM PosPengeenhet WHERE Ppe_Ik_Ku_Id = @Ik_Ku_Id AND Ppe_KasseNr = @KasseNr
-INSERT INTO PosPengeenhet (
-  Ppe_Ik_Ku_Id, Ppe_KasseNr, Ppe_Id, Ppe_Vu_Id, Ppe_Navn, Ppe_Verdi, Ppe_Mynt, Ppe_Bilde)
-SELECT
-  tpi_ik_ku_id, CONVERT(varchar(20), tpi_kassenr), tpi_id, tpi_vu_id, tpi_navn, tpi_verdi, tpi_mynt, tpi_bilde
+INSERT INTO PosPengeenhet (Pos_Pe_Id, Pos_Pe_Vu_Id, Pos_Pe_Navn, Pos_Pe_Verdi, Pos_Pe_Mynt, Pos_Pe_Bilde)
+SELECT tpi_id, tpi_vu_id, tpi_navn, tpi_verdi, tpi_mynt, tpi_bilde
 FROM Temp_Pengeenhet_Import
 WHERE tpi_ik_ku_id = @Ik_Ku_Id AND tpi_kassenr = @KasseNr AND tpi_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosPengeenhet WHERE Pos_Pe_Id = tpi_id)
 IF @@ERROR <> 0 RETURN -1
 
-DELETE FROM PosBetalingform WHERE Pbf_Ik_Ku_Id = @Ik_Ku_Id AND Pbf_KasseNr = @KasseNr
-INSERT INTO PosBetalingform (
-  Pbf_Ik_Ku_Id, Pbf_KasseNr, Pbf_Id, Pbf_Ko_Id, Pbf_Navn, Pbf_Aktiv, Pbf_Skuff, Pbf_Synlig, Pbf_Paavirkersalg,
-  Pbf_Vu_Id)
-SELECT
-  tbfi_ik_ku_id, CONVERT(varchar(20), tbfi_kassenr), tbfi_id, tbfi_ko_id, tbfi_navn, tbfi_aktiv, tbfi_skuff,
-  tbfi_synlig, tbfi_paavirkersalg, tbfi_vu_id
-FROM Temp_Betalingform_Import
-WHERE tbfi_ik_ku_id = @Ik_Ku_Id AND tbfi_kassenr = @KasseNr AND tbfi_unid = @UnId
-IF @@ERROR <> 0 RETURN -1
-
-DELETE FROM PosKortutsteder WHERE Pko_Ik_Ku_Id = @Ik_Ku_Id AND Pko_KasseNr = @KasseNr
-INSERT INTO PosKortutsteder (
-  Pko_Ik_Ku_Id, Pko_KasseNr, Pko_Id, Pko_Navn)
-SELECT
-  tki_ik_ku_id, CONVERT(varchar(20), tki_kassenr), tki_id, tki_navn
+INSERT INTO PosKortutsteder (Pos_Ko_Id, Pos_Ko_Navn)
+SELECT tki_id, tki_navn
 FROM Temp_Kortutsteder_Import
 WHERE tki_ik_ku_id = @Ik_Ku_Id AND tki_kassenr = @KasseNr AND tki_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosKortutsteder WHERE Pos_Ko_Id = tki_id)
+IF @@ERROR <> 0 RETURN -1
+
+INSERT INTO PosBetalingform (Pos_Bf_Id, Pos_Bf_Ko_Id, Pos_Bf_Navn, Pos_Bf_Aktiv, Pos_Bf_Skuff, Pos_Bf_Synlig,
+  Pos_Bf_Paavirkersalg, Pos_Bf_Vu_Id)
+SELECT tbfi_id, tbfi_ko_id, tbfi_navn, tbfi_aktiv, tbfi_skuff, tbfi_synlig, tbfi_paavirkersalg, tbfi_vu_id
+FROM Temp_Betalingform_Import
+WHERE tbfi_ik_ku_id = @Ik_Ku_Id AND tbfi_kassenr = @KasseNr AND tbfi_unid = @UnId
+  AND NOT EXISTS (SELECT 1 FROM PosBetalingform WHERE Pos_Bf_Id = tbfi_id)
 IF @@ERROR <> 0 RETURN -1
 
 INSERT INTO PosEkstraAnsattOppgjor (

@@ -1,5 +1,5 @@
 -- What the back office makes of the tills' sales: invoiceable orders, store statistics and stock, and the central copies
--- of gift cards and credit notes. Run after back_office.sql.
+-- of gift cards and credit notes. Run after back_office_pos.sql.
 
 CREATE VIEW vLager AS
 SELECT Krl_Fra_Ku_Id, Krl_Til_Ku_Id FROM KundeRelasjon WHERE Krl_Type = 'LAGER'
@@ -90,15 +90,15 @@ go
 -- Gift cards and credit notes of all tills. Numbers are a till's own, so department and till stand in the key.
 
 CREATE TABLE POSGAVEKORT (
-  GA_ID varchar(30) NOT NULL,
-  GA_AVDNR char(10) NOT NULL,
-  GA_KASSENR char(10) NOT NULL,
+  GA_ID varchar(13) NOT NULL,
+  GA_AVDNR char(20) NOT NULL,
+  GA_KASSENR char(20) NOT NULL,
   GA_AN_ID char(10) NOT NULL,
-  GA_OL_ID int NOT NULL,
+  GA_OL_ID int NULL,
   GA_BELOP float NOT NULL,
   GA_GYLDIGTIL datetime NULL,
-  GA_BET_AVDNR char(10) NULL,
-  GA_BET_KASSENR char(10) NULL,
+  GA_BET_AVDNR char(20) NULL,
+  GA_BET_KASSENR char(20) NULL,
   GA_BET_AN_ID char(10) NULL,
   GA_BT_ID int NULL,
   GA_SYNKTIDSPUNKT datetime NULL,
@@ -106,15 +106,15 @@ CREATE TABLE POSGAVEKORT (
 )
 
 CREATE TABLE POSTilgodelapp (
-  TG_ID varchar(30) NOT NULL,
-  TG_AVDNR char(10) NOT NULL,
-  TG_KASSENR char(10) NOT NULL,
+  TG_ID varchar(13) NOT NULL,
+  TG_AVDNR char(20) NOT NULL,
+  TG_KASSENR char(20) NOT NULL,
   TG_AN_ID char(10) NOT NULL,
   TG_OR_ID int NOT NULL,
   TG_BELOP float NOT NULL,
   TG_GYLDIGTIL datetime NULL,
-  TG_BET_AVDNR char(10) NULL,
-  TG_BET_KASSENR char(10) NULL,
+  TG_BET_AVDNR char(20) NULL,
+  TG_BET_KASSENR char(20) NULL,
   TG_BET_AN_ID char(10) NULL,
   TG_BT_ID int NULL,
   TG_SYNKTIDSPUNKT datetime NULL,
@@ -242,5 +242,94 @@ FROM #Telt
 WHERE NOT EXISTS (
   SELECT 1 FROM Varetelling WHERE Vt_Ik_Ku_Id = Ku_Id AND Vt_Periode = @Periode AND Vt_Va_Id = Va_Id)
 IF @@ERROR <> 0 RETURN -1
+RETURN 0
+go
+
+-- Statistics, taken from what the tills have settled.
+
+CREATE TABLE PosDagsalg (
+  Pds_Ik_Ku_Id int NOT NULL CONSTRAINT FK_PosDagsalg_Internkunde REFERENCES Internkunde (Ik_Ku_Id),
+  Pds_Dato datetime NOT NULL,
+  Pds_AntallSalg int NOT NULL,
+  Pds_Omsetning float NOT NULL,
+  CONSTRAINT PK_PosDagsalg PRIMARY KEY (Pds_Ik_Ku_Id, Pds_Dato)
+)
+
+CREATE TABLE VareStatistikk (
+  Vst_Va_Id char(15) NOT NULL CONSTRAINT FK_VareStatistikk_Vare REFERENCES Vare (Va_Id),
+  Vst_Periode int NOT NULL,
+  Vst_Antall float NOT NULL,
+  Vst_Omsetning float NOT NULL,
+  CONSTRAINT PK_VareStatistikk PRIMARY KEY (Vst_Va_Id, Vst_Periode)
+)
+
+CREATE TABLE KundeStatistikk (
+  Kst_Ku_Id int NOT NULL,
+  Kst_Periode int NOT NULL,
+  Kst_AntallSalg int NOT NULL,
+  Kst_Omsetning float NOT NULL,
+  CONSTRAINT PK_KundeStatistikk PRIMARY KEY (Kst_Ku_Id, Kst_Periode)
+)
+go
+
+-- Adds settlements that wait (status below 8) to the days' sales of their departments and marks them as taken: those from
+-- @FraDato on, at most a thousand at a time, oldest first. Stock counts are no sales and never wait here.
+CREATE PROCEDURE AccumulatePosData @FraDato datetime
+AS
+SET NOCOUNT ON
+SELECT TOP (1000) Pos_Op_Ik_Ku_Id AS Ik_Ku_Id, Pos_Op_Kassenr AS Kassenr, Pos_Op_Id AS Op_Id,
+  CONVERT(datetime, CONVERT(char(8), Pos_Op_Tidspunkt, 112), 112) AS Dato
+INTO #Ventende
+FROM PosOppgjor
+WHERE Pos_Op_Status < 8 AND Pos_Op_Type = 'NORMAL' AND Pos_Op_Tidspunkt >= @FraDato
+ORDER BY Pos_Op_Tidspunkt
+
+SELECT v.Ik_Ku_Id, v.Dato, COUNT(DISTINCT v.Kassenr + '/' + CONVERT(varchar(10), Pos_Or_Id)) AS AntallSalg,
+  SUM(Pos_Ol_Antall * Pos_Ol_Salgspris * (100 - Pos_Ol_Rabatt) / 100) AS Omsetning
+INTO #Dager
+FROM #Ventende v
+JOIN PosOrdre ON Pos_Or_Ik_Ku_Id = v.Ik_Ku_Id AND Pos_Or_KasseNr = v.Kassenr AND Pos_Or_Op_Id = v.Op_Id
+JOIN PosOrdrelinje ON Pos_Ol_Ik_Ku_Id = Pos_Or_Ik_Ku_Id AND Pos_Ol_KasseNr = Pos_Or_KasseNr AND Pos_Ol_Or_Id = Pos_Or_Id
+WHERE Pos_Or_Status = 0
+GROUP BY v.Ik_Ku_Id, v.Dato
+
+BEGIN TRANSACTION
+UPDATE PosDagsalg SET Pds_AntallSalg = Pds_AntallSalg + AntallSalg, Pds_Omsetning = Pds_Omsetning + Omsetning
+FROM PosDagsalg
+JOIN #Dager ON Pds_Ik_Ku_Id = Ik_Ku_Id AND Pds_Dato = Dato
+
+INSERT INTO PosDagsalg (Pds_Ik_Ku_Id, Pds_Dato, Pds_AntallSalg, Pds_Omsetning)
+SELECT Ik_Ku_Id, Dato, AntallSalg, Omsetning
+FROM #Dager
+WHERE NOT EXISTS (SELECT 1 FROM PosDagsalg WHERE Pds_Ik_Ku_Id = Ik_Ku_Id AND Pds_Dato = Dato)
+
+UPDATE PosOppgjor SET Pos_Op_Status = 8
+FROM PosOppgjor
+JOIN #Ventende v ON Pos_Op_Ik_Ku_Id = v.Ik_Ku_Id AND Pos_Op_Kassenr = v.Kassenr AND Pos_Op_Id = v.Op_Id
+COMMIT TRANSACTION
+RETURN 0
+go
+
+-- Makes the statistics of items and customers anew, by month (YYYYMM).
+CREATE PROCEDURE UpdateVareStatistikk
+AS
+SET NOCOUNT ON
+BEGIN TRANSACTION
+DELETE FROM VareStatistikk
+INSERT INTO VareStatistikk (Vst_Va_Id, Vst_Periode, Vst_Antall, Vst_Omsetning)
+SELECT Bs_Va_Id, YEAR(Bs_Dato) * 100 + MONTH(Bs_Dato), SUM(Bs_Antall), SUM(Bs_Omsetning)
+FROM Butikksalg
+GROUP BY Bs_Va_Id, YEAR(Bs_Dato) * 100 + MONTH(Bs_Dato)
+
+DELETE FROM KundeStatistikk
+INSERT INTO KundeStatistikk (Kst_Ku_Id, Kst_Periode, Kst_AntallSalg, Kst_Omsetning)
+SELECT Pos_Or_Ku_Id, YEAR(Pos_Or_Tidspunkt) * 100 + MONTH(Pos_Or_Tidspunkt),
+  COUNT(DISTINCT CONVERT(varchar(10), Pos_Or_Ik_Ku_Id) + '/' + Pos_Or_KasseNr + '/' + CONVERT(varchar(10), Pos_Or_Id)),
+  SUM(Pos_Ol_Antall * Pos_Ol_Salgspris * (100 - Pos_Ol_Rabatt) / 100)
+FROM PosOrdre
+JOIN PosOrdrelinje ON Pos_Ol_Ik_Ku_Id = Pos_Or_Ik_Ku_Id AND Pos_Ol_KasseNr = Pos_Or_KasseNr AND Pos_Ol_Or_Id = Pos_Or_Id
+WHERE Pos_Or_Status = 0 AND Pos_Or_Varetelling = 0
+GROUP BY Pos_Or_Ku_Id, YEAR(Pos_Or_Tidspunkt) * 100 + MONTH(Pos_Or_Tidspunkt)
+COMMIT TRANSACTION
 RETURN 0
 go

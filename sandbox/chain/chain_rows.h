@@ -22,10 +22,11 @@ struct TillAddress {
 [[nodiscard]] std::vector<TableData> backOfficeTables(const Chain& chain,
                                                       const std::function<TillAddress(const Till&)>& addressOf);
 
-// A till's registers (staff, items, payment forms ...), parents first.
+// A till's registers (staff, items, payment forms ...) as before the first send, parents first.
 [[nodiscard]] std::vector<TableData> tillRegisters(const Chain& chain, const Till& till);
 
-// What a till has sold and settled, parents first. Tables and columns that the till's version lacks are left out.
-[[nodiscard]] std::vector<TableData> tillSales(const Till& till);
+// What a till has sold, settled and noted, parents first. Tables and columns that the till's version lacks are left
+// out.
+[[nodiscard]] std::vector<TableData> tillSales(const Chain& chain, const Till& till);
 
 }  // namespace sandbox::chain

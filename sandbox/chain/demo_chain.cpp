@@ -116,9 +116,9 @@ void DemoChain::runInTill(std::size_t index, std::string_view batch) {
 
 void DemoChain::sellAnotherDay(std::size_t index) {
     Till& till = chain_.tills.at(index);
-    const std::vector<TableData> before = tillSales(till);
+    const std::vector<TableData> before = tillSales(chain_, till);
     addDay(chain_, till);
-    for (const TableData& table : tillSales(till))
+    for (const TableData& table : tillSales(chain_, till))
         for (const std::string& batch : insertBatches(newRows(table, before))) runInTill(index, batch);
     for (const Voucher& voucher : till.vouchers)
         runInTill(index, "UPDATE KUPONG SET KUP_BRUKT_ANTALL = " + std::to_string(voucher.used) +

@@ -7,6 +7,9 @@ namespace sandbox::chain {
 
 namespace {
 
+constexpr const char* kBackOfficeScripts[] = {"back_office", "back_office_pos", "back_office_sales",
+                                              "back_office_procedures", "back_office_send"};
+
 void runScript(std::string_view name, const RunBatch& run) {
     for (const std::string_view batch : batchesOf(name)) run(batch);
 }
@@ -20,9 +23,7 @@ void insertAll(const std::vector<TableData>& tables, const RunBatch& run) {
 
 void installBackOffice(const Chain& chain, const std::function<TillAddress(const Till&)>& addressOf,
                        const RunBatch& run) {
-    runScript("back_office", run);
-    runScript("back_office_sales", run);
-    runScript("back_office_procedures", run);
+    for (const char* script : kBackOfficeScripts) runScript(script, run);
     insertAll(backOfficeTables(chain, addressOf), run);
 }
 
@@ -31,7 +32,7 @@ void installTill(const Chain& chain, const Till& till, const RunBatch& run) {
     run("UPDATE INNSTILLINGER SET IN_AVDNR = '" + chain.departmentOf(till).number + "', IN_KASSENR = '" + till.number +
         "', IN_NAVN = '" + chain.departmentOf(till).name + "'");
     insertAll(tillRegisters(chain, till), run);
-    insertAll(tillSales(till), run);
+    insertAll(tillSales(chain, till), run);
 }
 
 }  // namespace sandbox::chain

@@ -8,15 +8,6 @@ namespace sandbox::chain {
 
 namespace {
 
-Cell integer(std::int64_t v) {
-    return v;
-}
-
-template <typename T>
-Cell integerOrNull(const std::optional<T>& v) {
-    return v ? integer(static_cast<std::int64_t>(*v)) : Cell(std::monostate{});
-}
-
 // char(n) as it comes back.
 std::string wide(const std::string& text, std::size_t length) {
     return text + std::string(length - text.size(), ' ');
@@ -91,6 +82,39 @@ struct Posted {
         "PosVippsBetaling",
         {"Pos_Vib_Bt_Ik_Ku_Id", "Pos_Vib_Bt_KasseNr", "Pos_Vib_Bt_Id", "Pos_Vib_Referanse", "Pos_Vib_Ordrenummer"},
         {}};
+    TableData extraStaff{
+        "PosEkstraAnsattOppgjor",
+        {"Peao_Ik_Ku_Id", "Peao_KasseNr", "Peao_Id", "Peao_Op_Id", "Peao_Ika_Id", "Peao_Navn", "Peao_Tidspunkt"},
+        {}};
+    TableData log{"PosLogg",
+                  {"Plo_Ik_Ku_Id", "Plo_KasseNr", "Plo_Id", "Plo_Op_Id", "Plo_Ika_Id", "Plo_Lt_Id", "Plo_Tidspunkt",
+                   "Plo_Merknader"},
+                  {}};
+    TableData receipts{
+        "PosVaremottak",
+        {"Pvm_Ik_Ku_Id", "Pvm_KasseNr", "Pvm_Id", "Pvm_Op_Id", "Pvm_Ika_Id", "Pvm_Tidspunkt", "Pvm_Referanse"},
+        {}};
+    TableData receiptLines{
+        "PosVaremottaklinje",
+        {"Pvml_Ik_Ku_Id", "Pvml_KasseNr", "Pvml_Id", "Pvml_Vm_Id", "Pvml_Va_Id", "Pvml_Antall", "Pvml_Pris"},
+        {}};
+    TableData goodsOrders{"PosVarebestilling",
+                          {"Pvb_Ik_Ku_Id", "Pvb_KasseNr", "Pvb_Id", "Pvb_Op_Id", "Pvb_Ika_Id", "Pvb_Tidspunkt",
+                           "Pvb_Referanse", "Pvb_Status"},
+                          {}};
+    TableData goodsOrderLines{"PosVarebestillinglinje",
+                              {"Pvbl_Ik_Ku_Id", "Pvbl_KasseNr", "Pvbl_Id", "Pvbl_Vb_Id", "Pvbl_Va_Id", "Pvbl_Antall"},
+                              {}};
+    TableData payOuts{"PosUtbetaling",
+                      {"Pub_Ik_Ku_Id", "Pub_KasseNr", "Pub_Bt_Id", "Pub_Kundenavn", "Pub_Telefon", "Pub_Epost",
+                       "Pub_Konto", "Pub_Status"},
+                      {}};
+    TableData hours{"PosTimer",
+                    {"Pti_Ik_Ku_Id", "Pti_KasseNr", "Pti_Id", "Pti_Ika_Id", "Pti_TidInn", "Pti_TidUt", "Pti_Tekst",
+                     "Pti_InnMetode", "Pti_Status"},
+                    {}};
+    TableData hourCodes{
+        "PosTimerPrKode", {"Ptpk_Ik_Ku_Id", "Ptpk_KasseNr", "Ptpk_Ti_Id", "Ptpk_Tk_Id", "Ptpk_Tid"}, {}};
 };
 
 // Posts one till's sales.
@@ -112,6 +136,13 @@ public:
             if (usedVouchers.contains(v.id))
                 add(posted_.vouchers, {integer(v.id), integer(v.product), v.activated, integer(v.issued),
                                        integer(v.used), integer(v.used >= v.issued)});
+        // Time entries come when they are ended, whatever settlement is open.
+        for (const TimeEntry& e : till_.timeEntries)
+            if (e.out) {
+                add(posted_.hours,
+                    {integer(e.id), wide(e.employee, 10), e.in, *e.out, orNull(e.text), integer(0), integer(e.status)});
+                for (const int code : e.codes) add(posted_.hourCodes, {integer(e.id), integer(code), *e.out});
+            }
     }
 
 private:
@@ -139,6 +170,22 @@ private:
             for (const Attachment& a : s.attachments)
                 add(posted_.attachments, {integer(a.id), integer(s.id), a.fileName, a.content});
         signature(posted_.settlementSignatures, s.id, s.signature, 1);
+        for (const ExtraEmployee& e : s.extraStaff)
+            add(posted_.extraStaff, {integer(e.id), integer(s.id), wide(e.employee, 10), e.name, e.time});
+        for (const LogEntry& l : s.log)
+            add(posted_.log,
+                {integer(l.id), integer(s.id), wide(l.employee, 10), integer(l.type), l.time, orNull(l.remark)});
+        for (const Goods& g : s.receipts) {
+            add(posted_.receipts, {integer(g.id), integer(s.id), wide(g.employee, 10), g.time, orNull(g.reference)});
+            for (const GoodsLine& l : g.lines)
+                add(posted_.receiptLines, {integer(l.id), integer(g.id), wide(l.item, 15), l.quantity, l.price});
+        }
+        for (const Goods& g : s.goodsOrders) {
+            add(posted_.goodsOrders,
+                {integer(g.id), integer(s.id), wide(g.employee, 10), g.time, orNull(g.reference), integer(0)});
+            for (const GoodsLine& l : g.lines)
+                add(posted_.goodsOrderLines, {integer(l.id), integer(g.id), wide(l.item, 15), l.quantity});
+        }
     }
 
     void order(const Order& o, const std::string& type, std::set<int>& usedVouchers) {
@@ -164,7 +211,7 @@ private:
     void line(const Order& o, const OrderLine& l) {
         const Cell display = till_.version >= 194 ? integer(l.display.value_or(false)) : Cell(std::monostate{});
         add(posted_.lines, {integer(l.id), integer(o.id), wide(l.item, 15), l.quantity, l.discount, l.price, 25.0,
-                            l.cost, integer(0), integer(l.extraSale), integerOrNull(l.status), display, l.price});
+                            l.cost, integer(0), integer(l.extraSale), integer(l.status), display, l.price});
         if (l.reason) add(posted_.lineReasons, {integer(*l.reason), integer(l.id)});
         if (l.text) add(posted_.texts, {integer(l.id), *l.text});
         if (l.voucher) add(posted_.voucherLines, {integer(*l.voucher), integer(l.id)});
@@ -179,6 +226,9 @@ private:
                                told ? Cell(p.bank->authorisation) : Cell(std::monostate{})});
         }
         signature(posted_.paymentSignatures, p.id, p.signature, 2);
+        if (p.payOut && till_.version >= 149)
+            add(posted_.payOuts, {integer(p.id), p.payOut->name, orNull(p.payOut->telephone), orNull(p.payOut->email),
+                                  p.payOut->account, integer(0)});
         if (p.telephoneReference && till_.version >= 198)
             add(posted_.telephone, {integer(p.id), *p.telephoneReference, std::to_string(o.id)});
     }
@@ -194,16 +244,34 @@ private:
 std::vector<TableData> postedTables(const Chain& chain, const std::set<std::size_t>& fetched) {
     Posted p;
     for (const std::size_t index : fetched) Poster(chain, chain.tills.at(index), p).post();
-    return {p.settlements,     p.cash,
-            p.settled,         p.orders,
-            p.lines,           p.reasons,
-            p.lineReasons,     p.texts,
-            p.payments,        p.bank,
-            p.vouchers,        p.voucherLines,
-            p.signatures,      p.paymentSignatures,
-            p.orderSignatures, p.settlementSignatures,
-            p.attachments,     p.returns,
-            p.telephone};
+    return {p.settlements,
+            p.cash,
+            p.settled,
+            p.orders,
+            p.lines,
+            p.reasons,
+            p.lineReasons,
+            p.texts,
+            p.payments,
+            p.bank,
+            p.vouchers,
+            p.voucherLines,
+            p.signatures,
+            p.paymentSignatures,
+            p.orderSignatures,
+            p.settlementSignatures,
+            p.attachments,
+            p.returns,
+            p.telephone,
+            p.extraStaff,
+            p.log,
+            p.receipts,
+            p.receiptLines,
+            p.goodsOrders,
+            p.goodsOrderLines,
+            p.payOuts,
+            p.hours,
+            p.hourCodes};
 }
 
 std::vector<TableData> postedTables(const Chain& chain) {

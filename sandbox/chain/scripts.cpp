@@ -11,7 +11,7 @@ namespace sandbox::chain {
 
 namespace {
 
-constexpr int kOldestVersion = 137;  // what the script "till" itself makes
+constexpr int kOldestVersion = 71;  // what the script "till" itself makes
 constexpr std::string_view kUpgradePrefix = "till_";
 
 }  // namespace

@@ -86,7 +86,10 @@ std::string cellText(const Cell& cell) {
 }
 
 std::vector<std::string> insertBatches(const TableData& data) {
-    std::string head = "INSERT INTO " + data.table + " (";
+    const auto identityInsert = [&](const char* state) {
+        return data.identity ? "SET IDENTITY_INSERT " + data.table + state : std::string();
+    };
+    std::string head = identityInsert(" ON\n") + "INSERT INTO " + data.table + " (";
     for (std::size_t i = 0; i < data.columns.size(); ++i) head += (i ? ", " : "") + data.columns[i];
     head += ") VALUES";
 
@@ -98,6 +101,7 @@ std::vector<std::string> insertBatches(const TableData& data) {
         for (std::size_t i = 0; i < data.rows[r].size(); ++i) batch += (i ? ", " : "") + sqlLiteral(data.rows[r][i]);
         batch += ")";
     }
+    for (std::string& batch : batches) batch += identityInsert(" OFF").insert(0, data.identity ? "\n" : "");
     return batches;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -23,6 +24,7 @@ struct TableData {
     std::string table;
     std::vector<std::string> columns;
     std::vector<std::vector<Cell>> rows;
+    bool identity = false;  // one of the columns is the table's identity: it takes the rows' own numbers
 };
 
 // A cell as a T-SQL literal: NULL, 12, 1.5E0, 'text', '20260302 10:15:00.000', 0x00FF.
@@ -33,6 +35,20 @@ struct TableData {
 
 // INSERT batches of at most 500 rows each; none for a table without rows.
 [[nodiscard]] std::vector<std::string> insertBatches(const TableData& data);
+
+// Any whole number, bool included; NULL for an empty optional.
+template <typename T>
+[[nodiscard]] Cell integer(const T& value) {
+    return Cell(static_cast<std::int64_t>(value));
+}
+template <typename T>
+[[nodiscard]] Cell integer(const std::optional<T>& value) {
+    return value ? integer(*value) : Cell(std::monostate{});
+}
+
+[[nodiscard]] inline Cell text(std::string_view value) {
+    return Cell(std::string(value));
+}
 
 template <typename T>
 [[nodiscard]] Cell orNull(const std::optional<T>& value) {

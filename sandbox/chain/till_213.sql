@@ -1,4 +1,34 @@
--- Schema version 213: an order says itself whether it is a stock count, and carries its bar code.
+-- Schema version 213: an order says itself whether it is a stock count, and carries its bar code; payment forms have
+-- limits; the till has a password for the chain's services; the till resets itself.
 ALTER TABLE ORDRE ADD OR_VARETELLING bit NULL, OR_EAN13 varchar(13) NULL
+ALTER TABLE BETALINGFORM ADD
+  BF_MIN_BELOP decimal(18, 4) NULL,
+  BF_MAKS_BELOP decimal(18, 4) NULL,
+  BF_ER_KONTANT bit NULL
+ALTER TABLE INNSTILLINGER ADD IN_APIPASSORD varchar(128) NULL
+go
+-- Empties the till of what it has sold and noted; its registers stay. Signatures go here too, which a reset by single
+-- deletes leaves behind.
+CREATE PROCEDURE ResetDB
+AS
+SET NOCOUNT ON
+DELETE FROM LOGG
+DELETE FROM ORDRE
+DELETE FROM KASSEUTTAK
+DELETE FROM VAREMOTTAKLINJE
+DELETE FROM VAREMOTTAK
+DELETE FROM EKSTRAANSATTOPPGJOR
+DELETE FROM REKLAMASJONLINJE
+DELETE FROM REKLAMASJON
+DELETE FROM VEDLEGG
+DELETE FROM OPPGJOR
+DELETE FROM GAVEKORT
+DELETE FROM TILGODELAPP
+DELETE FROM TIMER
+DELETE FROM MELDING
+DELETE FROM GENERELLSIGNATUR
+DELETE FROM SIGNATUR
+RETURN 0
+go
 UPDATE INNSTILLINGER SET IN_DBVERSION = '213'
 go

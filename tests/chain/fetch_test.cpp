@@ -72,6 +72,18 @@ TEST(Fetch, TillsOfEverySchemaVersionAreFetchedWhole) {
     EXPECT_TRUE(run.postedWhole());
 }
 
+TEST(Fetch, EveryKindOfSaleAndSideRecordArrives) {
+    ChainRun run({.departments = 2, .tills = 4, .days = 2, .versions = {137, 149, 198, 229}, .everyKind = true});
+
+    run.fetch();
+    run.chain.sellAnotherDay(3);
+    run.fetch();
+
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_TRUE(run.postedWhole());
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM PosUtbetaling"), "7");
+}
+
 TEST(Fetch, UnsettledSalesStayOnTheTillAndAreCounted) {
     ChainRun run({.departments = 1, .tills = 1, .days = 1});
     run.fetch();
