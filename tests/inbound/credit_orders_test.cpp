@@ -26,6 +26,7 @@ protected:
             "(4999, 'Bare på kassen')\n"
             "UPDATE ANSATT SET AN_NAVN = 'Kari Ødegård' WHERE AN_ID = '100'");
         inBackOffice(
+            "INSERT Priskategori (Pi_ID, Pi_Navn, Pi_InklMva) VALUES (11, 'Bygg', 1)\n"
             "INSERT Kunde (Ku_Id, Ku_Navn, Ku_Pi_Id, Ku_Lb_Id, Ku_Bb_Id, Ku_Kav_Id, Ku_Mvaberegnes, Ku_FjernGebyr) "
             "VALUES (4001, 'Bygg AS', 11, 12, 13, 14, 1, 0), (4002, 'Rør AS', NULL, NULL, NULL, NULL, 0, 0)\n"
             "UPDATE Vare SET Va_Kostpris = 7.5 WHERE Va_Id = '100000'");
