@@ -37,8 +37,13 @@ Status refuse(Interpreter&, const SystemProcedure& self, std::vector<CallArgumen
 std::string unicodeText(const CallArgument& argument, std::string_view parameter, const SystemProcedure& self) {
     const bool fits = isUnicode(argument.value.type.id) || argument.value.type.id == TypeId::Null;
     if (!fits) {
-        raise(214, 2, "Procedure expects parameter '" + std::string(parameter) + "' of type 'ntext/nchar/nvarchar'.",
-              self.name);
+        throw SqlError(Message{
+            .number = 214,
+            .severity = 16,
+            .state = 2,
+            .text = "Procedure expects parameter '" + std::string(parameter) + "' of type 'ntext/nchar/nvarchar'.",
+            .procedure = std::string(self.name),
+            .line = 1});
     }
     const auto* text = std::get_if<std::string>(&argument.value.value);
     return text ? *text : std::string();
