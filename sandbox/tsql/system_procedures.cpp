@@ -6,6 +6,7 @@
 #include "sandbox/store/collation.h"
 #include "sandbox/store/convert.h"
 #include "sandbox/tsql/procedures.h"
+#include "sandbox/tsql/system_procedures_keys.h"
 #include "sandbox/tsql/system_procedures_texts.h"
 
 namespace sandbox {
@@ -107,13 +108,16 @@ constexpr auto kProcedures = std::to_array<SystemProcedure>({
     {"sp_datatype_info", &runText, texts::kTypesParameters, texts::kTypes},
     {"sp_datatype_info_90", &runText, texts::kTypesParameters, texts::kTypes},
     {"sp_datatype_info_100", &runText, texts::kTypesParameters, texts::kTypes},
-    {"sp_statistics", &refuse, {}, {}},
-    {"sp_statistics_100", &refuse, {}, {}},
-    {"sp_special_columns", &refuse, {}, {}},
-    {"sp_special_columns_100", &refuse, {}, {}},
-    {"sp_fkeys", &refuse, {}, {}},
-    {"sp_stored_procedures", &refuse, {}, {}},
-    {"sp_sproc_columns", &refuse, {}, {}},
+    {"sp_statistics", &runText, texts::kStatisticsParameters, texts::kStatistics},
+    {"sp_statistics_100", &runText, texts::kStatisticsParameters, texts::kStatistics},
+    {"sp_special_columns", &runText, texts::kSpecialColumnsParameters, texts::kSpecialColumns},
+    {"sp_special_columns_90", &runText, texts::kSpecialColumnsParameters, texts::kSpecialColumns},
+    {"sp_special_columns_100", &runText, texts::kSpecialColumnsParameters, texts::kSpecialColumns},
+    {"sp_fkeys", &runText, texts::kForeignKeysParameters, texts::kForeignKeys},
+    {"sp_stored_procedures", &runText, texts::kProceduresParameters, texts::kProcedures},
+    {"sp_sproc_columns", &runText, texts::kProcedureColumnsParameters, texts::kProcedureColumns},
+    {"sp_sproc_columns_90", &runText, texts::kProcedureColumnsParameters, texts::kProcedureColumns},
+    {"sp_sproc_columns_100", &runText, texts::kProcedureColumnsParameters, texts::kProcedureColumns},
     {"sp_describe_first_result_set", &refuse, {}, {}},
     {"sp_describe_undeclared_parameters", &refuse, {}, {}},
     {"sp_help", &refuse, {}, {}},
