@@ -5,9 +5,7 @@
 #include <QWidget>
 
 class QLabel;
-class QModelIndex;
 class QPlainTextEdit;
-class QTimer;
 class QTreeView;
 
 namespace torvik {
@@ -24,15 +22,11 @@ public:
 private:
     void showSums();
     void showMelding();
-    void spanLines(const QModelIndex& till, int first);
-    void expandTills();
-    void fitSoon();
-    void fitColumns();
+    void showTree();
 
     TfraOppgjorStatus& status_;
     StatusTreeModel* model_;
     QTreeView* tree_;
-    QTimer* fit_;
     QPlainTextEdit* melding_;
     QLabel* sums_;
     QLabel* empty_;

@@ -77,7 +77,8 @@ Order& Clerk::creditSale(int settlement, const Customer& customer) {
 Order& Clerk::unpaidSale(int settlement, const Customer& customer) {
     Order& order = newOrder(settlement);
     order.customer = customer.id;
-    order.requisition = "Best. " + std::to_string(order.id);
+    // Till and all: an order of the back office is known again by time, receipt and requisition.
+    order.requisition = "Best. " + till_.number + "-" + std::to_string(order.id);
     for (int i = 0; i < 2; ++i) {
         const Item& item = chain_.items[static_cast<std::size_t>(chance_.below(static_cast<int>(chain_.tillItems())))];
         newLine(order, item, 1 + chance_.below(3), item.price);

@@ -59,10 +59,7 @@ ast::ColumnDefinition Parser::columnDefinition() {
         column.computedText = textOf(column.computed->text);
         column.persisted = acceptWord("PERSISTED");
     } else {
-        if (seesSymbol(",") || seesSymbol(")")) {
-            fail(173, "The definition for column '" + column.name + "' must include a data type.", column.place);
-        }
-        column.type = typeName(TypeUse::Declared, "column '" + column.name + "'");
+        column.type = typeName(TypeUse::Declared);
     }
     while (columnOption(column)) {
     }

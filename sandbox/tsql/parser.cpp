@@ -108,14 +108,9 @@ ast::Batch Parser::batch() {
     while (acceptSymbol(";")) {
     }
     first_ = at_;
-    try {
-        ast::Batch batch{statements()};
-        if (peek().kind != TokenKind::End) unexpected();
-        return batch;
-    } catch (SqlError& error) {
-        for (Message& message : error.messages) message.procedure = module_;
-        throw;
-    }
+    ast::Batch batch{statements()};
+    if (peek().kind != TokenKind::End) unexpected();
+    return batch;
 }
 
 ast::ExprPtr Parser::wholeExpression() {

@@ -194,7 +194,6 @@ void SessionState::reset(bool keepTransaction) {
     settings = Settings{};
     identityInsert.clear();
     identity.reset();
-    batchIdentity.reset();
     error = 0;
     rowCount = 0;
     connection->dropAllTemporaryTables();

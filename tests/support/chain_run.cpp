@@ -75,6 +75,15 @@ std::string columnList(const TableData& table) {
     return list;
 }
 
+testing::AssertionResult holds(db::Session& session, const TableData& table) {
+    auto actual = lines(session, qt("SELECT " + columnList(table) + " FROM " + table.table));
+    std::sort(actual.begin(), actual.end());
+    const auto expected = expectedLines(table);
+    if (actual == expected) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << table.table << " (" << columnList(table) << "), expected -, found +\n"
+                                       << difference(expected, actual);
+}
+
 std::string contents(db::Session& session) {
     std::string text;
     for (const std::string& table :
@@ -96,20 +105,19 @@ std::string contents(db::Session& session) {
 ChainRun::ChainRun(const sandbox::chain::ChainOptions& options)
     : RunningChain{sandbox::chain::DemoChain({.chain = options})}, ChainProgram(chain.dataLink()) {}
 
-ChainRun::ChainRun(sandbox::chain::Chain model)
-    : RunningChain{sandbox::chain::DemoChain({.model = std::move(model)})}, ChainProgram(chain.dataLink()) {}
-
 testing::AssertionResult ChainRun::posted(const std::set<std::size_t>& tills) const {
     const auto session = backOfficeSession();
-    for (const TableData& table : sandbox::chain::postedTables(chain.model(), tills)) {
-        auto actual = lines(*session, qt("SELECT " + columnList(table) + " FROM " + table.table));
-        std::sort(actual.begin(), actual.end());
-        const auto expected = expectedLines(table);
-        if (actual != expected)
-            return testing::AssertionFailure() << table.table << " (" << columnList(table) << "), expected -, found +\n"
-                                               << difference(expected, actual);
-    }
+    for (const TableData& table : sandbox::chain::postedTables(chain.model(), tills))
+        if (auto held = holds(*session, table); !held) return held;
     return testing::AssertionSuccess();
+}
+
+testing::AssertionResult ChainRun::backOfficeHolds(const TableData& table) const {
+    return holds(*backOfficeSession(), table);
+}
+
+testing::AssertionResult ChainRun::tillHolds(std::size_t till, const TableData& table) const {
+    return holds(*tillSession(till), table);
 }
 
 testing::AssertionResult ChainRun::postedWhole() const {

@@ -21,12 +21,15 @@ struct RunningChain {
 class ChainRun : public RunningChain, public ChainProgram {
 public:
     explicit ChainRun(const sandbox::chain::ChainOptions& options = {});
-    explicit ChainRun(sandbox::chain::Chain model);
 
     // What the back office holds of the tills' sales, against what the model says of those fetched: the first table
     // that differs is shown whole, line by line.
     [[nodiscard]] testing::AssertionResult posted(const std::set<std::size_t>& tills) const;
     [[nodiscard]] testing::AssertionResult postedWhole() const;
+
+    // The rows of one table, which may be a join, and its columns, which may be expressions, against what they must be.
+    [[nodiscard]] testing::AssertionResult backOfficeHolds(const sandbox::chain::TableData& table) const;
+    [[nodiscard]] testing::AssertionResult tillHolds(std::size_t till, const sandbox::chain::TableData& table) const;
 
     // Everything that the back office and the tills hold, table by table, but for columns that tell a moment of the run
     // itself: to be compared with itself after something that must change nothing.

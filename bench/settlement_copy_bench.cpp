@@ -1,0 +1,97 @@
+// A settlement of 100,000 order lines through the transfer, against the same SELECTs and INSERTs as a plain loop, and
+// the memory that it takes. The posting procedures do nothing here: the copy is what is measured.
+#include <QCoreApplication>
+
+#include "bench/big_settlement.h"
+#include "bench/chain_process.h"
+#include "bench/figure.h"
+#include "bench/plain_copy.h"
+#include "engine/avdeling.h"
+#include "engine/db/query.h"
+#include "inbound/dm_pos_to_torvik.h"
+#include "inbound/transfer_steps.h"
+#include "tests/support/chain_program.h"
+
+namespace {
+
+using namespace torvik;
+
+constexpr int kOrders = 25'000;
+constexpr int kLines = 4 * kOrders;
+
+void fill(sandbox::chain::DemoChain& chain) {
+    bench::addBigSettlement(chain, 0, kOrders);
+    for (const char* procedure : {"ExecuteDtsFromPos", "DeleteFromTemp"})
+        chain.runInBackOffice(std::string("ALTER PROCEDURE ") + procedure +
+                              " @Ik_Ku_Id int, @KasseNr int, @UnId uniqueidentifier AS RETURN 0");
+}
+
+// How many lines were staged; the stage is emptied.
+qint64 takeStaged(db::Session& session) {
+    db::Query query(&session);
+    query.ParamCheck = false;
+    query.SQL = QStringList{QStringLiteral("SELECT COUNT(*) FROM Temp_Ordrelinje_Import WHERE toli_ol_id >= 1000000")};
+    query.Open();
+    const qint64 lines = query.Fields(0).AsInteger();
+    query.Close();
+    query.SQL.clear();
+    for (const TableMap* map : allTableMaps())
+        query.SQL << QStringLiteral("TRUNCATE TABLE ") + QString::fromUtf8(map->target);
+    query.ExecSQL();
+    return lines;
+}
+
+void transfer(test::ChainProgram& program) {
+    program.source.StartTransaction();
+    program.target.StartTransaction();
+    TdmPOStoTorvik dm;
+    dm.SetSourceConnection(&program.source);
+    dm.SetDestinationConnection(&program.target);
+    dm.Ik_Ku_ID = 1001;
+    dm.SetKasseNr(program.engine.Avdeling->Ikk_Kassenummer());
+    dm.Execute();
+    program.source.Commit();
+    program.target.Commit();
+}
+
+db::ConnectSettings settingsOf(const db::Session& session) {
+    db::ConnectSettings settings;
+    settings.Server = session.Server();
+    settings.Database = session.Database();
+    settings.Username = session.Username();
+    settings.Password = session.Password();
+    return settings;
+}
+
+void plain(const test::ChainProgram& program) {
+    bench::PlainConnection from(settingsOf(program.source));
+    bench::PlainConnection to(settingsOf(program.target));
+    for (const TableMap* map : allTableMaps()) bench::PlainCopy(from, to, *map, 1001, "1").run();
+    from.commit();
+    to.commit();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const bench::ChainProcess chain({.departments = 1, .tills = 1, .days = 0, .versions = {213}}, fill);
+    const QCoreApplication application(argc, argv);
+    test::ChainProgram program(chain.dataLink());
+    program.target.Open();
+    program.engine.Avdeling->Open();
+    if (!program.engine.ConnectSource()) return 1;
+
+    const double before = bench::processMegabytes("VmRSS");
+    const double transferred = bench::seconds([&] { transfer(program); });
+    const double most = bench::processMegabytes("VmHWM");
+    if (takeStaged(program.target) != kLines) return 1;
+    const double looped = bench::seconds([&] { plain(program); });
+    if (takeStaged(program.target) != kLines) return 1;
+
+    bench::tell({"settlement of 100,000 order lines, plain prepared-statement loop", looped, "s", {}, {}});
+    bench::tell({"settlement of 100,000 order lines, transfer", transferred, "s", "times as fast as the plain loop",
+                 looped / transferred});
+    bench::tell("the same, order lines", kLines / transferred, "lines/s", "plain loop", kLines / looped);
+    bench::tell("the same, most memory resident", most, "MB", "250 MB at most", 250);
+    bench::tell({"the same, memory resident before it", before, "MB", {}, {}});
+}
