@@ -1,8 +1,35 @@
 #!/usr/bin/env bash
 # Installs what is needed, builds everything and runs every test. Ends with ctest's own summary.
+#   --long   first runs, for most of an hour: the suite under the sanitizers, a minute of fuzzing of each target under
+#            them, and 10,000 connections one after another
 set -euo pipefail
 cd "$(dirname "$0")"
-scripts/setup.sh
+
+fuzz() {
+    local target=$1 found=build/fuzz/found/$1
+    mkdir -p "$found/corpus"
+    TORVIK_SEEDS=$found/seeds "build/fuzz/bin/fuzz_$target" -max_total_time=60 -timeout=20 -rss_limit_mb=4096 \
+        -print_final_stats=1 -artifact_prefix="$found/" "$found/corpus" "$found/seeds" "tests/fuzz/corpus/$target" \
+        >"$found/log" 2>&1 || { tail -n 40 "$found/log"; echo "fuzz_$target found something: see $found"; return 1; }
+    echo "fuzz_$target: $(sed -n 's/^stat::number_of_executed_units: *//p' "$found/log") inputs, nothing found"
+}
+
+case "${1:-}" in
+    "") scripts/setup.sh ;;
+    --long)
+        scripts/setup.sh --fuzz
+        cmake --preset fuzz >/dev/null
+        cmake --build --preset fuzz
+        for target in packets login requests parser batch; do mkdir -p "build/fuzz/found/$target/seeds"; fuzz "$target"; done
+        cmake --preset asan >/dev/null
+        cmake --build --preset asan
+        ctest --preset asan -j "$(nproc)"
+        ;;
+    *) echo "usage: ./test.sh [--long]" >&2; exit 2 ;;
+esac
 cmake --preset dev >/dev/null
 cmake --build --preset dev
+if [ "${1:-}" = --long ]; then
+    TORVIK_SOAK_CONNECTIONS=10000 build/dev/bin/test_sandbox --gtest_filter='ServerSoak.*'
+fi
 exec ctest --preset dev -j "$(nproc)"

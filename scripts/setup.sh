@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs everything that building, testing and trying needs on a bare Debian 12. Safe to run again: it asks apt only
-# when a package is missing.
+# Installs everything that building, testing and trying needs on a bare Debian 12; with --fuzz also what fuzzing needs.
+# Safe to run again: it asks apt only when a package is missing.
 set -euo pipefail
 
 packages=(
@@ -9,9 +9,10 @@ packages=(
     unixodbc-dev tdsodbc freetds-dev freetds-bin
     libsqlite3-dev libicu-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev libsimpleini-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    python3-pyodbc python3-pymssql
+    python3-pyodbc python3-pymssql default-jre-headless libjtds-java bsh
     xvfb xauth xdotool imagemagick fonts-dejavu-core
 )
+[ "${1:-}" != --fuzz ] || packages+=(clang-14 libclang-rt-14-dev)
 
 missing=()
 for package in "${packages[@]}"; do

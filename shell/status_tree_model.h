@@ -1,5 +1,6 @@
-// The run status as one tree: a row for each till in the master grid's order, and under it that till's log lines. Made
-// of the engine's two status tables, which it follows. docs/run-status.md tells the columns.
+// The run status as one tree: a row for each till in the master grid's order, and under it that till's log lines that
+// the filter lets through. Follows the engine's two status tables row by row, so that a long run over many tills costs
+// no more at its end than at its start. docs/run-status.md tells the columns.
 #pragma once
 
 #include <QAbstractItemModel>
@@ -29,12 +30,10 @@ public:
         ColumnCount
     };
 
+    // The status must outlive the model.
     explicit StatusTreeModel(TfraOppgjorStatus& status, QObject* parent = nullptr);
 
-    // Takes over what has changed in the tables now; otherwise it is done once a turn of the message loop.
-    void follow();
-
-    // The row of memOppgjorStatus behind an index of either level.
+    // The row of memOppgjorStatus behind an index of either level, -1 for none.
     [[nodiscard]] int statusRow(const QModelIndex& index) const;
 
     [[nodiscard]] QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
@@ -48,16 +47,25 @@ public:
 private:
     struct Till {
         int statusRow = 0;
+        int ikKuId = 0;   // with the till number what its log lines go by
+        QString kassenr;  // trimmed
         std::vector<int> logRows;
     };
-    void changed();
-    void rebuild();
+
+    [[nodiscard]] Till tillOf(int statusRow) const;
+    [[nodiscard]] bool comesBefore(const Till& a, const Till& b) const;
+    [[nodiscard]] int positionOf(int statusRow) const { return positions_[static_cast<std::size_t>(statusRow)]; }
+    void listAnew();
+    void numberPositions(std::size_t from);
+    void tillsAdded(int first, int last);
+    void tillsChanged(int first, int last);
+    void linesAdded(int first, int last);
     [[nodiscard]] QVariant tillData(int statusRow, int column, int role) const;
     [[nodiscard]] QVariant logData(int logRow, int column, int role) const;
 
     TfraOppgjorStatus& status_;
-    std::vector<Till> tills_;
-    bool stale_ = false;  // the tables have changed since: their row numbers may be gone
+    std::vector<Till> tills_;     // in the order shown
+    std::vector<int> positions_;  // of each row of memOppgjorStatus in tills_
 };
 
 }  // namespace torvik

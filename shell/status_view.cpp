@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QPlainTextEdit>
+#include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
 
@@ -19,6 +20,7 @@ namespace {
 
 constexpr int kPreviewLines = 4;
 constexpr int kStatusWidth = 72;
+constexpr int kFitAfterMs = 500;
 
 }  // namespace
 
@@ -27,6 +29,7 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
       status_(status),
       model_(new StatusTreeModel(status, this)),
       tree_(new QTreeView(this)),
+      fit_(new QTimer(this)),
       melding_(new QPlainTextEdit(this)),
       sums_(new QLabel(this)),
       empty_(new QLabel(TfraOppgjorStatus::NoDataText(), tree_)) {
@@ -34,10 +37,11 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
     tree_->setModel(model_);
     tree_->setUniformRowHeights(true);
     tree_->setAlternatingRowColors(true);
-    // The first column holds the log lines too, and must not grow with them.
-    for (int column = 1; column < StatusTreeModel::ColumnCount; ++column)
-        tree_->header()->setSectionResizeMode(column, QHeaderView::ResizeToContents);
+    tree_->header()->setResizeContentsPrecision(0);
     tree_->header()->resizeSection(StatusTreeModel::Status, kStatusWidth);
+    fit_->setSingleShot(true);
+    fit_->setInterval(kFitAfterMs);
+    fitColumns();
     tree_->setContextMenuPolicy(Qt::CustomContextMenu);
     empty_->setAlignment(Qt::AlignCenter);
     empty_->setEnabled(false);
@@ -50,6 +54,7 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
     optionsLayout->addStretch();
     optionsLayout->addWidget(sums_);
 
+    sums_->setObjectName(QStringLiteral("sums"));
     melding_->setReadOnly(true);
     melding_->setObjectName(QStringLiteral("melding"));
     melding_->setMaximumHeight(melding_->fontMetrics().lineSpacing() * (kPreviewLines + 1));
@@ -59,17 +64,31 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
     layout->addWidget(melding_);
 
     connect(errorsOnly, &QCheckBox::toggled, this, [this](bool on) { status_.SetErrorsOnly(on); });
-    connect(&status_, &TfraOppgjorStatus::AllExpanded, tree_, &QTreeView::expandAll);
+    connect(&status_, &TfraOppgjorStatus::AllExpanded, this, &StatusView::expandTills);
     connect(&status_, &TfraOppgjorStatus::AllCollapsed, tree_, &QTreeView::collapseAll);
-    connect(&status_, &TfraOppgjorStatus::RefreshWanted, this, [this] {
-        model_->follow();
-        repaint();
-    });
+    connect(&status_, &TfraOppgjorStatus::RefreshWanted, this, [this] { repaint(); });
+    connect(&status_, &TfraOppgjorStatus::CurrentRowChanged, this, &StatusView::showMelding);
     connect(model_, &QAbstractItemModel::modelReset, this, [this] {
-        showTree();
+        for (int till = 0; till < model_->rowCount(); ++till) spanLines(model_->index(till, 0), 0);
+        expandTills();
         showSums();
         showMelding();
     });
+    connect(model_, &QAbstractItemModel::rowsInserted, this, [this](const QModelIndex& till, int first) {
+        if (till.isValid()) {
+            spanLines(till, first);
+        } else {
+            spanLines(model_->index(first, 0), 0);
+            showSums();
+            fitSoon();
+        }
+    });
+    connect(model_, &QAbstractItemModel::dataChanged, this, [this] {
+        showSums();
+        showMelding();
+        fitSoon();
+    });
+    connect(fit_, &QTimer::timeout, this, &StatusView::fitColumns);
     connect(tree_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex& current) {
         status_.SetCurrentRow(model_->statusRow(current));
         showMelding();
@@ -83,19 +102,34 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
     showSums();
 }
 
-void StatusView::showTree() {
+// A log line is shown over all columns.
+void StatusView::spanLines(const QModelIndex& till, int first) {
+    for (int line = first; line < model_->rowCount(till); ++line) tree_->setFirstColumnSpanned(line, till, true);
+}
+
+// Only those that are not: the tree lists all rows anew for each.
+void StatusView::expandTills() {
     for (int till = 0; till < model_->rowCount(); ++till) {
-        const QModelIndex parent = model_->index(till, 0);
-        for (int line = 0; line < model_->rowCount(parent); ++line) tree_->setFirstColumnSpanned(line, parent, true);
+        const QModelIndex row = model_->index(till, 0);
+        if (model_->rowCount(row) > 0 && !tree_->isExpanded(row)) tree_->expand(row);
     }
-    tree_->expandAll();
-    empty_->setVisible(model_->rowCount() == 0);
-    empty_->resize(tree_->viewport()->size());
+}
+
+void StatusView::fitSoon() {
+    if (!fit_->isActive()) fit_->start();
+}
+
+// Now and then, and by the rows in sight: a header that follows each change by itself measures every row each time. The
+// first column holds the log lines too, and must not grow with them.
+void StatusView::fitColumns() {
+    for (int column = StatusTreeModel::Status + 1; column < StatusTreeModel::ColumnCount; ++column)
+        tree_->resizeColumnToContents(column);
 }
 
 void StatusView::showSums() {
     const OppgjorStatusSums sums = status_.memOppgjorStatus.Sums();
     empty_->setVisible(sums.Count == 0);
+    empty_->resize(tree_->viewport()->size());
     sums_->setText(QStringLiteral("Antall: %1     Ant. ikke oppgjorte salg: %2     Tid brukt: %3")
                        .arg(sums.Count)
                        .arg(sums.AntSalgIkkeOppgjort)

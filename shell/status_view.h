@@ -5,7 +5,9 @@
 #include <QWidget>
 
 class QLabel;
+class QModelIndex;
 class QPlainTextEdit;
+class QTimer;
 class QTreeView;
 
 namespace torvik {
@@ -22,11 +24,15 @@ public:
 private:
     void showSums();
     void showMelding();
-    void showTree();
+    void spanLines(const QModelIndex& till, int first);
+    void expandTills();
+    void fitSoon();
+    void fitColumns();
 
     TfraOppgjorStatus& status_;
     StatusTreeModel* model_;
     QTreeView* tree_;
+    QTimer* fit_;
     QPlainTextEdit* melding_;
     QLabel* sums_;
     QLabel* empty_;

@@ -66,7 +66,9 @@ TableData newRows(TableData table, const std::vector<TableData>& before) {
 
 }  // namespace
 
-DemoChain::DemoChain(DemoChainOptions options) : options_(std::move(options)), chain_(makeChain(options_.chain)) {
+DemoChain::DemoChain(DemoChainOptions options)
+    : options_(std::move(options)), chain_(options_.model ? std::move(*options_.model) : makeChain(options_.chain)) {
+    options_.model.reset();
     for (const Till& till : chain_.tills) {
         tills_.push_back(start(till.database, 0));
         fill(*tills_.back(), till.database, [&](const RunBatch& run) { installTill(chain_, till, run); });

@@ -17,6 +17,7 @@ namespace sandbox::chain {
 
 struct DemoChainOptions {
     ChainOptions chain;
+    std::optional<Chain> model;  // a chain that is made already, in place of `chain`
     std::string host = "127.0.0.1";
     std::uint16_t port = 0;                        // of the back office; the tills take any free ones
     std::string saPassword = "Torvik-Sandbox-1";   // of every server

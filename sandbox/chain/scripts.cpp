@@ -3,16 +3,30 @@
 
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <stdexcept>
 #include <string>
-#include <utility>
 
 namespace sandbox::chain {
 
 namespace {
 
 constexpr int kOldestVersion = 71;  // what the script "till" itself makes
+constexpr std::string_view kOldestScript = "till";
 constexpr std::string_view kUpgradePrefix = "till_";
+
+// The scripts that go on from an older version, by the version that they make.
+std::map<int, std::string_view> upgrades() {
+    std::map<int, std::string_view> all;
+    for (const EmbeddedScript& script : embeddedScripts()) {
+        if (!script.name.starts_with(kUpgradePrefix)) continue;
+        const std::string_view digits = script.name.substr(kUpgradePrefix.size());
+        int made = 0;
+        std::from_chars(digits.data(), digits.data() + digits.size(), made);
+        all.emplace(made, script.name);
+    }
+    return all;
+}
 
 }  // namespace
 
@@ -34,21 +48,20 @@ std::vector<std::string_view> batchesOf(std::string_view script) {
 }
 
 std::vector<std::string_view> tillScripts(int version) {
-    std::vector<std::pair<int, std::string_view>> upgrades;
-    for (const EmbeddedScript& script : embeddedScripts()) {
-        if (!script.name.starts_with(kUpgradePrefix)) continue;
-        int made = 0;
-        const std::string_view digits = script.name.substr(kUpgradePrefix.size());
-        std::from_chars(digits.data(), digits.data() + digits.size(), made);
-        if (made <= version) upgrades.emplace_back(made, script.name);
-    }
-    std::sort(upgrades.begin(), upgrades.end());
-    if ((upgrades.empty() ? kOldestVersion : upgrades.back().first) != version)
+    const auto all = upgrades();
+    if (version != kOldestVersion && !all.contains(version))
         throw std::invalid_argument("no script makes a till of version " + std::to_string(version));
 
-    std::vector<std::string_view> names{"till"};
-    for (const auto& [made, name] : upgrades) names.push_back(name);
+    std::vector<std::string_view> names{kOldestScript};
+    for (const auto& [made, name] : all)
+        if (made <= version) names.push_back(name);
     return names;
+}
+
+std::vector<int> tillVersions() {
+    std::vector<int> versions{kOldestVersion};
+    for (const auto& [made, name] : upgrades()) versions.push_back(made);
+    return versions;
 }
 
 }  // namespace sandbox::chain

@@ -17,6 +17,9 @@ struct EmbeddedScript {
 // The batches of a script, between its lines "go". Raises std::invalid_argument for a name that is not there.
 [[nodiscard]] std::vector<std::string_view> batchesOf(std::string_view script);
 
+// The versions that there are scripts for, oldest first.
+[[nodiscard]] std::vector<int> tillVersions();
+
 // The scripts that make a till of `version`, in order: till, then each till_<v> up to it. Raises std::invalid_argument
 // when no script makes exactly that version.
 [[nodiscard]] std::vector<std::string_view> tillScripts(int version);

@@ -121,7 +121,7 @@ void Cursors::run(const Statement& statement, const std::vector<Argument>& value
             cursor.count = std::min(fetchSize, static_cast<std::int64_t>(cursor.rows.size()));
             sendRows(cursor, reply);
         } else {
-            reply.columns(cursor.columns);
+            describe(cursor, reply);
             reply.statementDone(0, true);
         }
     }
@@ -171,8 +171,8 @@ void Cursors::fetch(const CallArguments& arguments, ReplyWriter& reply) {
     end(reply);
 }
 
-void Cursors::sendRows(const Cursor& cursor, ReplyWriter& reply) {
-    constexpr std::int64_t kFetched = 1;
+// The state of each row, which every fetch gives too, stands behind the statement's own columns.
+void Cursors::describe(const Cursor& cursor, ReplyWriter& reply) {
     std::vector<ResultColumn> columns = cursor.columns;
     ResultColumn state;
     state.name = "ROWSTAT";
@@ -180,6 +180,11 @@ void Cursors::sendRows(const Cursor& cursor, ReplyWriter& reply) {
     state.nullable = false;
     columns.push_back(state);
     reply.describe(columns, true);
+}
+
+void Cursors::sendRows(const Cursor& cursor, ReplyWriter& reply) {
+    constexpr std::int64_t kFetched = 1;
+    describe(cursor, reply);
     for (std::int64_t i = 0; i < cursor.count; ++i) {
         std::vector<Value> cells = cursor.rows[static_cast<std::size_t>(cursor.first - 1 + i)];
         cells.emplace_back(kFetched);

@@ -51,6 +51,7 @@ private:
     void run(const Statement& statement, const std::vector<Argument>& values, const Outputs& outputs,
              std::int32_t scrollOption, std::int64_t fetchSize, ReplyWriter& reply);
     Cursor& find(std::int32_t handle);
+    void describe(const Cursor& cursor, ReplyWriter& reply);
     void sendRows(const Cursor& cursor, ReplyWriter& reply);
 
     Session& session_;

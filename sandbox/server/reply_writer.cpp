@@ -22,6 +22,7 @@ void ReplyWriter::describe(std::span<const ResultColumn> columns, bool lastIsHid
     }
     if (lastIsHidden && !columns_.empty()) columns_.back().hidden = true;
     tokens().columns(columns_);
+    if (lastIsHidden) tokens().columnOrigins(columns_);
     described_ = true;
 }
 

@@ -36,7 +36,8 @@ public:
     [[nodiscard]] std::uint64_t errors() const { return errors_; }  // of all messages, those not written too
 
     void columns(std::span<const ResultColumn> columns) override { describe(columns, false); }
-    // With a last column of row states, as cursors' fetches have; it is hidden from clients that look at the flag.
+    // With a last column of row states, as cursors have; it is hidden from clients that look at the flag, or at
+    // COLINFO.
     void describe(std::span<const ResultColumn> columns, bool lastIsHidden);
     void row(std::span<const Value> cells) override;
     void statementDone(std::optional<std::int64_t> count, bool inProcedure) override;

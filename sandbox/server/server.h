@@ -30,7 +30,7 @@ struct ServerOptions {
     TlsMode tls = TlsMode::Offered;
     std::filesystem::path certificateFile;  // PEM; none: one is made and signed by itself at start
     std::filesystem::path keyFile;
-    std::size_t maxConnections = 512;          // further ones are closed at once
+    std::size_t maxConnections = 32767;        // further ones are closed at once
     std::size_t maxMessageBytes = 512U << 20;  // a longer request closes its connection
 };
 

@@ -147,6 +147,11 @@ std::optional<FoundObject> Connection::findByText(std::string_view text) {
 void Connection::setCatalogHooks() {
     functions_.objectId = [this](std::string_view name, std::string_view kind) -> std::optional<std::int32_t> {
         if (const auto found = findByText(name)) {
+            // Temporary tables are tempdb's: another database's name for one means nothing.
+            const std::optional<NameParts> written = splitName(name);
+            const bool named = written && !written->database.empty();
+            const bool inTempdb = sameName(named ? written->database : current_->name(), "tempdb");
+            if (found->object->name.starts_with('#') && !inTempdb) return std::nullopt;
             std::string wanted(kind);
             wanted.erase(wanted.find_last_not_of(' ') + 1);
             const bool view = found->object->system || found->object->kind == ObjectKind::View;

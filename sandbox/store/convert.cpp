@@ -108,6 +108,7 @@ bool looksLikeDate(std::string_view text, const ConvertContext& context) {
 bool looksLikeNumber(std::string_view text) {
     const std::string_view trimmed = trimBlanks(text);
     if (trimmed.empty()) return false;
+    if (trimmed == ".") return true;  // money takes it
     const Value value = std::string(trimmed);
     const Type varchar{.id = TypeId::VarChar, .length = Type::kMax};
     for (const Type& type : {Type{.id = TypeId::Float}, Type{.id = TypeId::Money}}) {

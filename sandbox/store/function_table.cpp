@@ -137,7 +137,7 @@ constexpr FunctionRow kFunctions[] = {
     // Text
     {"LEN", 1, 1, "x", sizeResult, "t_len", "1"},
     {"DATALENGTH", 1, 1, "a", sizeResult, "t_datalength", "1"},
-    {"SUBSTRING", 3, 3, "xbb", likeFirst, "t_substring"},
+    {"SUBSTRING", 3, 3, "obb", likeFirst, "t_substring"},
     {"LEFT", 2, 2, "tb", likeFirst, "t_left"},
     {"RIGHT", 2, 2, "tb", likeFirst, "t_right"},
     {"LTRIM", 1, 1, "t", likeFirst, "t_ltrim"},
@@ -200,7 +200,7 @@ constexpr FunctionRow kFunctions[] = {
     {"GETUTCDATE", 0, 0, "", kDateTime, "t_getutcdate", "", false},
     {"SYSDATETIME", 0, 0, "", asIs<TypeId::DateTime2, 0, 7>, "t_sysdatetime", "", false},
     {"SYSUTCDATETIME", 0, 0, "", asIs<TypeId::DateTime2, 0, 7>, "t_sysutcdatetime", "", false},
-    {"DATEADD", 3, 3, "pbd", dateResult, "t_dateadd", "3"},
+    {"DATEADD", 3, 3, "pid", dateResult, "t_dateadd", "3"},
     {"DATEDIFF", 3, 3, "pdd", kInt, "t_datediff", "23"},
     {"DATEPART", 2, 2, "pd", kInt, "t_datepart", "2"},
     {"DATENAME", 2, 2, "pd", asIs<TypeId::NVarChar, 30>, "t_datename", "2"},
@@ -269,6 +269,9 @@ Type argumentType(const FunctionRow& row, char letter, const Type& given, int pl
         case 'b': return fixed(TypeId::BigInt);
         case 'f': return fixed(TypeId::Float);
         case 'n': return fixed(TypeId::NVarChar, kMostWide);
+        case 'o':
+            if (isBinary(given.id) || isCharacter(given.id)) return given;
+            throw errors::invalidArgument(given, place, lowered(row.name));
         case 'x':
             if (isBinary(given.id)) return given;
             [[fallthrough]];

@@ -23,6 +23,7 @@ enum class CallForm : std::uint8_t {
 
 // One function. `arguments` has a letter for each argument, the last one repeated for more:
 //   t  text: character types as they are, others become varchar     x  text or binary, as it is
+//   o  the same, and nothing else becomes text
 //   i  int      b  bigint      f  float      a  any, as it is        e  numbers as they are, text becomes float
 //   d  date or time as it is, text and numbers become datetime       p  a date part's name (datePart(), as an integer)
 //   n  nvarchar                                                     s  the result's type

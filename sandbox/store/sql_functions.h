@@ -18,6 +18,8 @@
 //                                         side is nchar or nvarchar, so that trailing blanks count
 //   t_cmp(a, b, collation)                -1, 0, 1
 //   t_var(slot)                           FunctionContext::variable, asked anew for each row
+//   t_rows(n, limit)                      n; raises where TOP, OFFSET or FETCH cannot have so many (RowLimit)
+//   t_depth(n, most)                      n; 530 where a recursion is deeper than most (0: no limit)
 //   t_nn(x)                               x; notes a NULL for warning 8153 (nullEliminated)
 //   t_scalar(x)                           aggregate: the one value of a subquery, NULL of none, 512 of more:
 //                                         (SELECT t_scalar(c) FROM (SELECT ... AS c ... LIMIT 2))
@@ -79,6 +81,9 @@ struct FunctionContext {
     std::uint64_t randState = 0x9E3779B97F4A7C15u;
     std::optional<SqlError> failure;  // what a function raised before SQLite's step failed
 };
+
+// What t_rows(n, limit) checks: a number of rows must be one that its clause takes (127, 1031, 10742, 10744).
+enum class RowLimit { Count, Percent, Offset, Fetch };
 
 // Registers all functions, aggregates and collations on the connection. context must outlive it.
 void registerFunctions(sqlite3* database, FunctionContext& context);

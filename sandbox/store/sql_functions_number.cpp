@@ -244,7 +244,44 @@ void checksum(Call& call) {
     call.integer64(static_cast<std::int32_t>(sum));
 }
 
+[[noreturn]] void raiseRows(int number, std::string text) {
+    throw errors::make(number, 15, 1, std::move(text));
+}
+
+// NULL counts as none, as it does in TOP.
+void rowLimit(Call& call) {
+    const double rows = call.real(0);
+    switch (static_cast<RowLimit>(call.integer(1))) {
+        case RowLimit::Count:
+            if (rows < 0) raiseRows(127, "A TOP N or FETCH rowcount value may not be negative.");
+            break;
+        case RowLimit::Percent:
+            if (rows < 0 || rows > 100) raiseRows(1031, "Percent values must be between 0 and 100.");
+            break;
+        case RowLimit::Offset:
+            if (rows < 0) raiseRows(10742, "The offset specified in a OFFSET clause may not be negative.");
+            break;
+        case RowLimit::Fetch:
+            if (rows < 1) raiseRows(10744, "The number of rows provided for a FETCH clause must be greater then zero.");
+            break;
+    }
+    if (call.isNull(0)) return call.integer64(0);
+    call.same(0);
+}
+
+void recursionDepth(Call& call) {
+    const std::int64_t most = call.integer(1);
+    if (most > 0 && call.integer(0) > most) {
+        throw errors::make(530, 16, 1,
+                           "The statement terminated. The maximum recursion " + std::to_string(most) +
+                               " has been exhausted before statement completion.");
+    }
+    call.same(0);
+}
+
 constexpr Registration kNumbers[] = {
+    {"t_rows", 2, always<rowLimit>},
+    {"t_depth", 2, always<recursionDepth>},
     {"t_abs", 2, strict<absolute>},
     {"t_sign", 2, strict<sign>},
     {"t_round", 3, strict<round>},

@@ -37,6 +37,7 @@ enum class Version : std::uint8_t { V71, V72, V73, V74 };
 enum class Token : std::uint8_t {
     ReturnStatus = 0x79,
     ColMetadata = 0x81,
+    ColInfo = 0xA5,
     Order = 0xA9,
     Error = 0xAA,
     Info = 0xAB,

@@ -150,6 +150,17 @@ void TokenWriter::columns(std::span<const ColumnToken> columns) {
     }
 }
 
+void TokenWriter::columnOrigins(std::span<const ColumnToken> columns) {
+    constexpr std::uint8_t kNoTable = 0, kExpression = 0x04, kHiddenColumn = 0x10;
+    const std::size_t at = begin(Token::ColInfo);
+    for (std::size_t i = 0; i < columns.size() && i < 255; ++i) {
+        out_.u8(static_cast<std::uint8_t>(i + 1));
+        out_.u8(kNoTable);
+        out_.u8(columns[i].hidden ? kExpression | kHiddenColumn : kExpression);
+    }
+    out_.patchLength16(at);
+}
+
 void TokenWriter::row(std::span<const ColumnToken> columns, std::span<const Value> cells) {
     if (columns.size() != cells.size()) throw std::logic_error("a row has more or fewer cells than columns were told");
     out_.u8(static_cast<std::uint8_t>(Token::Row));

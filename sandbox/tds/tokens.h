@@ -53,6 +53,9 @@ public:
     void connectionReset();
 
     void columns(std::span<const ColumnToken> columns);
+    // COLINFO, which follows the columns of a cursor: all are taken for expressions, and hidden ones are marked.
+    // Clients of cursors look here for hidden columns.
+    void columnOrigins(std::span<const ColumnToken> columns);
     void row(std::span<const ColumnToken> columns, std::span<const Value> cells);
     void done(const DoneToken& done);
     void error(const Message& message) { this->message(Token::Error, message); }

@@ -119,10 +119,11 @@ struct Cast {
     bool isTry = false;
 };
 
-// OVER (...). Frames (ROWS, RANGE) are refused by the parser.
+// OVER (...).
 struct Over {
     ExprList partitionBy;
     std::vector<OrderItem> orderBy;
+    std::string frame;  // "ROWS BETWEEN 1 PRECEDING AND CURRENT ROW", or empty
 };
 
 // Functions and aggregates; also COALESCE, NULLIF, IIF (whose first argument is a condition), and CURRENT_TIMESTAMP,

@@ -136,6 +136,10 @@ struct BoundDelete {
     BoundQuery source;
 };
 
+// Leaves only the errors that SQL Server finds while it parses (severity 15), where there are such: a text that has one
+// is not looked at any further. False where there is none.
+bool keepParseErrors(std::vector<Message>& errors);
+
 // The @@ variables and their types; the session knows their values.
 struct GlobalVariable {
     std::string_view name;

@@ -100,7 +100,7 @@ std::string rowsOf(Binder& binder, const ChangeSource& source, const std::string
     if (!condition.empty()) sql += " WHERE " + condition;
     if (!top) return sql;
     if (source.joined) sql += " GROUP BY " + row;
-    const std::string count = binder.rowCount(*top->count, top->percent);
+    const std::string count = binder.rowCount(*top->count, top->percent ? RowLimit::Percent : RowLimit::Count);
     if (!top->percent) return sql + " LIMIT " + count;
     return sql + " LIMIT (SELECT CAST(count(*) * " + count + " / 100.0 + 0.999999999 AS INTEGER) FROM (" + sql + "))";
 }
@@ -205,6 +205,23 @@ private:
     std::string values_;
 };
 
+// What is wrong with a change whatever its table may be, which is not there. Raises that, or that it is missing.
+void raiseForMissingTarget(Binder& binder, Scope& scope, const std::vector<ast::Assignment>& assignments,
+                           const ast::ExprPtr& where) {
+    Source unknown;
+    unknown.missing = true;
+    scope.sources.push_back(&unknown);
+    for (const ast::Assignment& assignment : assignments) {
+        if (!assignment.variable.empty()) {
+            (void)binder.assignableVariable(assignment.variable, assignment.place.line);
+        }
+        if (!ast::as<ast::DefaultValue>(*assignment.expr)) (void)binder.value(*assignment.expr, scope);
+    }
+    scope.clause = Clause::Where;
+    if (where) (void)binder.condition(*where, scope);
+    binder.throwIfFailed();
+}
+
 }  // namespace
 
 BoundUpdate bindUpdate(const BindContext& context, const ast::Update& statement) {
@@ -215,7 +232,7 @@ BoundUpdate bindUpdate(const BindContext& context, const ast::Update& statement)
     Scope scope;
     const ChangeSource source = changeSource(binder, statement.target, statement.from, scope, "UPDATE");
     if (source.target == nullptr) {
-        binder.throwIfFailed();
+        raiseForMissingTarget(binder, scope, statement.assignments, statement.where);
         return out;
     }
     out.target = *source.target->object;
@@ -245,7 +262,7 @@ BoundDelete bindDelete(const BindContext& context, const ast::Delete& statement)
     Scope scope;
     const ChangeSource source = changeSource(binder, statement.target, statement.from, scope, "DELETE");
     if (source.target == nullptr) {
-        binder.throwIfFailed();
+        raiseForMissingTarget(binder, scope, {}, statement.where);
         return out;
     }
     out.target = *source.target->object;

@@ -133,12 +133,38 @@ TableText Binder::view(const ResolvedObject& found, const ast::NamedTable& node,
         out.sources.push_back(&source);
         return out;
     }
-    const ast::Batch batch = parseBatch(found.object->text);
-    const auto& create = std::get<ast::CreateView>(batch.statements.front()->node);
-    const Restore<std::string> database(database_, found.database);
-    const Restore<const CteFrame*> ctes(ctes_, nullptr);
-    const Restore<int> depth(viewDepth_, viewDepth_ + 1);
-    out = derived(query(*create.query, nullptr), exposed, create.columns, line);
+    const std::size_t errors = errors_.size();
+    const bool complete = missing_.empty();
+    {
+        const ast::Batch batch = parseBatch(found.object->text);
+        const auto& create = std::get<ast::CreateView>(batch.statements.front()->node);
+        const Restore<std::string> database(database_, found.database);
+        const Restore<const CteFrame*> ctes(ctes_, nullptr);
+        const Restore<int> depth(viewDepth_, viewDepth_ + 1);
+        const Restore<std::string> name(view_, found.object->name);
+        QueryNodePtr rows = query(*create.query, nullptr);
+        // A "*" stands for the columns of the moment when the view was made.
+        const std::vector<ColumnDef>& made = found.object->columns;
+        std::vector<std::string> names = create.columns;
+        if (!made.empty() && !rows->failed && rows->columns.size() < made.size()) {
+            fail(4502, 16, 1, create.query->place.line,
+                 "View or function '" + found.object->name + "' has more column names specified than columns defined.");
+        } else if (!made.empty() && !rows->failed) {
+            rows->columns.resize(made.size());
+            names.clear();
+            for (const ColumnDef& column : made) names.push_back(column.name);
+        }
+        out = derived(std::move(rows), exposed, names, line);
+    }
+    const Message useless{
+        .number = 4413,
+        .severity = 16,
+        .state = 1,
+        .text = "Could not use view or function '" + node.name.written() + "' because of binding errors.",
+        .procedure = view_,
+        .line = line};
+    if (complete && !missing_.empty()) missing_.push_back(useless);
+    if (errors_.size() > errors) report(useless);
     Source& source = *out.sources.front();
     source.hasAlias = !node.alias.empty();
     source.name = node.name;
@@ -153,6 +179,7 @@ TableText Binder::cte(const CteFrame& frame, const std::string& alias) {
         Source* source = addDerived(*frame.recursiveColumns, frame.cte->columns, alias, line);
         out.sources.push_back(source);
         out.sql = quoted(frame.recursiveName) + " AS " + quoted(source->alias);
+        frame.recursiveAlias = source->alias;
         return out;
     }
     const auto* operation = std::get_if<ast::SetOperation>(&frame.cte->query->body->node);
@@ -196,8 +223,21 @@ TableText Binder::recursiveCte(const CteFrame& frame, const std::string& alias) 
     Source* source = addDerived(anchor->columns, frame.cte->columns, alias, line);
     source->missing = source->missing || anchor->failed || step->failed;
     out.sources.push_back(source);
-    out.sql = "(WITH RECURSIVE " + quoted(inside.recursiveName) + " (" + names + ") AS (" + render(*anchor) +
-              " UNION ALL " + render(*step) + ") SELECT * FROM " + quoted(inside.recursiveName) + ") AS " +
+    // The depth of each row is a column behind the others.
+    if (!step->isSet()) {
+        Bound depth;
+        depth.sql = "t_depth(" + quoted(inside.recursiveAlias) + ".depth + 1, " + std::to_string(maxRecursion_) + ")";
+        depth.type.id = TypeId::Int;
+        step->items.push_back(std::move(depth));
+    } else {
+        fail(252, 16, 1, line,
+             "Recursive common table expression '" + frame.cte->name +
+                 "' does not contain a top-level UNION ALL operator.");
+    }
+    const std::string first = newAlias('w');
+    out.sql = "(WITH RECURSIVE " + quoted(inside.recursiveName) + " (" + names + ", depth) AS (SELECT " +
+              quoted(first) + ".*, 0 FROM (" + render(*anchor) + ") AS " + quoted(first) + " UNION ALL " +
+              render(*step) + ") SELECT " + names + " FROM " + quoted(inside.recursiveName) + ") AS " +
               quoted(source->alias);
     return out;
 }

@@ -219,6 +219,29 @@ std::string selectText(Binder& binder, InsertBinder& insert, const ObjectDef& ta
     return "SELECT " + insert.listOrNull(list) + " FROM (" + binder::render(*node) + ") AS q" + limit;
 }
 
+// What is wrong with the rows whatever the table may be, which is not there.
+void parseErrorsOfSource(Binder& binder, const ast::Insert& statement) {
+    static const ObjectDef kUnknown;
+    const int line = statement.target.place.line;
+    const bool hasList = !statement.columns.empty();
+    Scope scope;
+    scope.clause = Clause::Values;
+    if (const auto* rows = std::get_if<ast::Insert::Rows>(&statement.source)) {
+        for (const ast::ExprList& row : *rows) {
+            for (const ast::ExprPtr& cell : row) {
+                if (!ast::as<ast::DefaultValue>(*cell)) (void)binder.value(*cell, scope);
+            }
+            if (hasList) checkCount(binder, kUnknown, true, statement.columns.size(), row.size(), false, line);
+        }
+    } else if (const auto* query = std::get_if<ast::QueryPtr>(&statement.source)) {
+        binder::SelectExtras extras;
+        const binder::QueryNodePtr node = binder.query(**query, nullptr, &extras);
+        if (hasList && !node->failed) {
+            checkCount(binder, kUnknown, true, statement.columns.size(), node->columns.size(), true, line);
+        }
+    }
+}
+
 }  // namespace
 
 BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement) {
@@ -230,6 +253,7 @@ BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement)
     const std::optional<ResolvedObject> target = resolveTarget(binder, statement.target);
     if (target && isView(*target)) reportNotSupported(binder, "INSERT into a view", line);
     if (!target || isView(*target)) {
+        if (!target) parseErrorsOfSource(binder, statement);
         binder.throwIfFailed();
         return out;
     }
@@ -241,7 +265,7 @@ BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement)
     const bool listFailed = !statement.columns.empty() && listed.size() != statement.columns.size();
     InsertBinder insert(binder, out, std::move(listed));
     std::string limit;
-    if (statement.top) limit = " LIMIT " + binder.rowCount(*statement.top->count, false);
+    if (statement.top) limit = " LIMIT " + binder.rowCount(*statement.top->count, RowLimit::Count);
     std::string sql;
     if (defaultsOnly) {
         sql = "SELECT " + insert.listOrNull(insert.defaults(true));

@@ -122,12 +122,15 @@ void Binder::orderSet(const std::vector<ast::OrderItem>& orderBy, QueryNode& nod
     }
 }
 
-std::string Binder::rowCount(const ast::Expr& expr, bool percent) {
-    if (const std::optional<std::int64_t> number = wholeNumber(expr)) return std::to_string(*number);
+std::string Binder::rowCount(const ast::Expr& expr, RowLimit limit) {
+    if (const std::optional<std::int64_t> number = wholeNumber(expr); number && limit == RowLimit::Count) {
+        return std::to_string(*number);
+    }
     Scope nothing;
     const Bound count = value(expr, nothing);
+    const bool percent = limit == RowLimit::Percent;
     const Bound number = converted(count, Type{.id = percent ? TypeId::Float : TypeId::BigInt}, expr.place.line);
-    return "max(ifnull(" + number.sql + ", 0), 0)";
+    return "t_rows(" + number.sql + ", " + std::to_string(static_cast<int>(limit)) + ")";
 }
 
 // SELECT @a = expr. Each row assigns while it is stepped over. Where rows are to come in an order, they are ordered

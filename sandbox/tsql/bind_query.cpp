@@ -60,14 +60,18 @@ QueryNodePtr Binder::subquery(const ast::Query& query, Scope& scope) {
 QueryNodePtr Binder::query(const ast::Query& query, Scope* parent, SelectExtras* extras) {
     const CteGuard ctes = enterCtes(query.ctes);
     const int line = query.place.line;
+    constexpr std::string_view kMaxRecursion = "MAXRECURSION ";
+    for (const std::string& option : query.options) {
+        if (option.starts_with(kMaxRecursion)) maxRecursion_ = std::atoi(option.c_str() + kMaxRecursion.size());
+    }
     if (query.forXml) guard(line, [&] { throw SqlError(notSupported("FOR XML", line)); });
-    if (extras == nullptr && !query.orderBy.empty() && !limits(query)) {
+    if (extras == nullptr && !query.orderBy.empty() && !limits(query) && !query.forXml) {
         fail(1033, 15, 1, line, std::string(kTooComplexOrder));
     }
     QueryNodePtr node = body(*query.body, parent, &query.orderBy, extras);
     if (query.offset) {
-        node->limit.offset = rowCount(*query.offset, false);
-        node->limit.count = query.fetch ? rowCount(*query.fetch, false) : "-1";
+        node->limit.offset = rowCount(*query.offset, RowLimit::Offset);
+        node->limit.count = query.fetch ? rowCount(*query.fetch, RowLimit::Fetch) : "-1";
     }
     node->inlineable = node->inlineable && query.orderBy.empty() && node->limit.count.empty();
     return node;
@@ -111,7 +115,7 @@ QueryNodePtr Binder::select(const ast::Select& select, Scope* parent, const std:
     });
     node->distinct = select.distinct;
     if (select.top) {
-        node->limit.count = rowCount(*select.top->count, select.top->percent);
+        node->limit.count = rowCount(*select.top->count, select.top->percent ? RowLimit::Percent : RowLimit::Count);
         node->limit.percent = select.top->percent;
         node->limit.withTies = select.top->withTies;
         if (select.top->withTies && (orderBy == nullptr || orderBy->empty())) {
@@ -205,7 +209,7 @@ void Binder::selectItems(const ast::Select& select, Scope& scope, QueryNode& nod
             own.sources = scope.sources;
             Source* source = findSource(own, *item.table, database_);
             if (source == nullptr) {
-                if (!missing_) {
+                if (missing_.empty()) {
                     fail(107, 15, 1, line,
                          "The column prefix '" + item.table->written() +
                              "' does not match with a table name or alias name used in the query.");

@@ -8,6 +8,17 @@
 #include "sandbox/store/storage_codec.h"
 #include "sandbox/tsql/parser.h"
 
+namespace sandbox {
+
+bool keepParseErrors(std::vector<Message>& errors) {
+    const auto found = [](const Message& message) { return message.severity == 15; };
+    if (std::none_of(errors.begin(), errors.end(), found)) return false;
+    std::erase_if(errors, [&](const Message& message) { return !found(message); });
+    return true;
+}
+
+}  // namespace sandbox
+
 namespace sandbox::binder {
 
 Binder::Binder(const BindContext& context) : context_(context), database_(context.database) {}
@@ -17,8 +28,7 @@ int Binder::statementLine(int fallback) const {
 }
 
 void Binder::report(Message message) {
-    // A view's text has lines of its own; errors in it are told at the statement that uses it.
-    if (viewDepth_ > 0 && context_.line != 0) message.line = context_.line;
+    if (message.procedure.empty()) message.procedure = view_;
     errors_.push_back(std::move(message));
 }
 
@@ -35,13 +45,13 @@ Bound Binder::fail(int number, int severity, int state, int line, std::string te
 }
 
 void Binder::reportMissing(const ast::ObjectName& name) {
-    if (missing_) return;
-    missing_ = Message{.number = 208,
-                       .severity = 16,
-                       .state = name.isTemporary() ? 0 : 1,
-                       .text = "Invalid object name '" + name.written() + "'.",
-                       .procedure = {},
-                       .line = statementLine(name.place.line)};
+    if (!missing_.empty()) return;
+    missing_.push_back({.number = 208,
+                        .severity = 16,
+                        .state = name.isTemporary() ? 0 : 1,
+                        .text = "Invalid object name '" + name.written() + "'.",
+                        .procedure = view_,
+                        .line = statementLine(name.place.line)});
 }
 
 bool Binder::guard(int line, const std::function<void()>& action) {
@@ -58,7 +68,9 @@ bool Binder::guard(int line, const std::function<void()>& action) {
 }
 
 void Binder::throwIfFailed() {
-    if (missing_) throw MissingObject(*missing_, Effect::Scope);
+    // SQL Server finds errors of severity 15 while it parses, before it looks for any object.
+    if (keepParseErrors(errors_)) missing_.clear();
+    if (!missing_.empty()) throw MissingObject(std::move(missing_), Effect::Scope);
     if (errors_.empty()) return;
     // The same mistake may be met twice where an expression is looked at twice.
     std::vector<Message> told;
@@ -157,7 +169,10 @@ std::string Binder::stored(const Bound& bound, const ColumnDef& column, const st
     std::string sql;
     guard(line, [&] {
         requireImplicitConversion(bound.type, column.type);
-        sql = storeSql(bound.sql, bound.type, column.type, table, column.name);
+        // Without ANSI_WARNINGS text and binary are cut in silence.
+        const bool cuts = !context_.options.ansiWarnings && (isCharacter(column.type.id) || isBinary(column.type.id));
+        sql = cuts ? castSql(bound.sql, bound.type, column.type)
+                   : storeSql(bound.sql, bound.type, column.type, table, column.name);
     });
     return sql;
 }

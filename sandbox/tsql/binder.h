@@ -17,6 +17,7 @@
 
 #include "sandbox/store/convert_types.h"
 #include "sandbox/store/function_table.h"
+#include "sandbox/store/sql_functions.h"
 #include "sandbox/tsql/bind.h"
 #include "sandbox/tsql/scope.h"
 
@@ -96,6 +97,7 @@ struct CteFrame {
     // While its recursive branch is bound:
     std::string recursiveName;
     const std::vector<OutputColumn>* recursiveColumns = nullptr;
+    mutable std::string recursiveAlias{};  // of the table by which that branch reads what it has made so far
 };
 
 class Binder {
@@ -131,7 +133,7 @@ public:
     // ---- queries
     QueryNodePtr query(const ast::Query& query, Scope* parent, SelectExtras* extras = nullptr);
     QueryNodePtr subquery(const ast::Query& query, Scope& scope);
-    std::string rowCount(const ast::Expr& expr, bool percent);  // of TOP and FETCH
+    std::string rowCount(const ast::Expr& expr, RowLimit limit);
     QueryNodePtr values(const std::vector<ast::ExprList>& rows, Scope* parent, int line);
 
     // ---- tables (bind_from.cpp)
@@ -233,12 +235,14 @@ private:
     std::vector<Parameter> parameters_;
     std::vector<ResolvedObject> reads_;
     std::vector<Message> errors_;
-    std::optional<Message> missing_;
+    std::vector<Message> missing_;  // 208 of the first missing table; 4413 for each view that it stands in
     std::deque<Source> sources_;
     std::deque<ast::ExprPtr> parsed_;  // computed columns and defaults
     const CteFrame* ctes_ = nullptr;
+    int maxRecursion_ = 100;  // OPTION (MAXRECURSION n)
     int lastAlias_ = 0;
     int viewDepth_ = 0;
+    std::string view_;  // name of the view whose text is bound: errors are told under it
 };
 
 // A select item as a column of its query.

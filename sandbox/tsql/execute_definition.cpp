@@ -170,9 +170,15 @@ std::int64_t executeSelectInto(const ExecuteContext& context, const BoundQuery& 
 }
 
 void executeDrop(const ExecuteContext& context, const ast::DropObjects& statement) {
+    std::vector<Message> errors;  // the others of the list are dropped all the same
     for (const ast::ObjectName& name : statement.names) {
-        dropObject(context, name, kindOf(statement.kind), statement.ifExists);
+        try {
+            dropObject(context, name, kindOf(statement.kind), statement.ifExists);
+        } catch (const SqlError& e) {
+            errors.insert(errors.end(), e.messages.begin(), e.messages.end());
+        }
     }
+    if (!errors.empty()) throw SqlError(std::move(errors), Effect::Statement);
 }
 
 void executeTruncate(const ExecuteContext& context, const ast::Truncate& statement) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <set>
 
 #include "sandbox/store/collation.h"
 #include "sandbox/tsql/execute_errors.h"
@@ -138,7 +139,8 @@ void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
     ColumnDef column;
     column.name = from.name;
     column.type = from.type.type;
-    column.nullable = from.nullable.value_or(!from.identity.has_value());
+    const bool isName = sameName(from.type.written, "sysname");
+    column.nullable = from.nullable.value_or(!from.identity.has_value() && !isName);
     column.collation = collationOf(*database_, column.type, from.collation);
     column.columnId = ++table_.lastColumnId;
     if (from.identity) {
@@ -159,6 +161,9 @@ void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
                                       "Multiple identity columns specified for table '" + table_.name +
                                           "'. Only one identity column per table is allowed.");
             }
+        }
+        if (from.identity->increment == 0) {
+            throw definitionError(2753, 2, "Identity column '" + column.name + "' contains invalid INCREMENT.");
         }
         column.identity = true;
         column.identitySeed = from.identity->seed;
@@ -203,6 +208,7 @@ void TableBuilder::addKey(const ast::Constraint& constraint, const ast::ColumnDe
             throw constraintError(1911, 1,
                                   "Column name '" + key.column + "' does not exist in the target table or view.");
         }
+        if (!canBeKey(keyColumn->type)) throw constraintError(1919, 1, invalidKeyText(keyColumn->name));
         if (primary && keyColumn->nullable) {
             throw constraintError(
                 8111, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '" + table_.name + "'.");
@@ -220,6 +226,11 @@ void TableBuilder::addKey(const ast::Constraint& constraint, const ast::ColumnDe
     addIndex(std::move(index));
 }
 
+std::string TableBuilder::invalidKeyText(const std::string& column) const {
+    return "Column '" + column + "' in table '" + table_.name +
+           "' is of a type that is invalid for use as a key column in an index.";
+}
+
 void TableBuilder::addIndex(IndexDef index) {
     for (std::size_t i = 0; i < index.keys.size(); ++i) {
         const ColumnDef* column = findColumn(index.keys[i].column);
@@ -229,9 +240,7 @@ void TableBuilder::addIndex(IndexDef index) {
         }
         index.keys[i].column = column->name;
         if (!canBeKey(column->type)) {
-            throw definitionError(1919, 1,
-                                  "Column '" + column->name + "' in table '" + table_.name +
-                                      "' is of a type that is invalid for use as a key column in an index.");
+            throw definitionError(1919, 1, invalidKeyText(column->name));
         }
         for (std::size_t j = 0; j < i; ++j) {
             if (sameName(index.keys[j].column, column->name)) {
@@ -270,8 +279,21 @@ void TableBuilder::addCheck(const ast::Constraint& constraint, const ast::Column
     CheckDef check;
     check.id = database_->newObjectId();
     check.text = storedExpression(constraint.exprText);
-    if (column != nullptr) check.column = column->name;
-    check.name = constraintName(constraint.name, madeUpName("CK", check.column, check.id));
+    check.name = constraintName(constraint.name, madeUpName("CK", column != nullptr ? column->name : "", check.id));
+    std::set<std::string> used;  // the table's columns
+    ast::forEachExpr(*constraint.expr, [&](const ast::Expr& expr) {
+        const auto* reference = ast::as<ast::ColumnRef>(expr);
+        const ColumnDef* found = reference != nullptr ? findColumn(reference->name) : nullptr;
+        if (found == nullptr) return;
+        if (column != nullptr && !sameName(found->name, column->name)) {
+            throw constraintError(8141, 0,
+                                  "Column CHECK constraint for column '" + column->name +
+                                      "' references another column, table '" + table_.name + "'.");
+        }
+        used.insert(found->name);
+    });
+    // A condition over one column is that column's, wherever it was written.
+    if (used.size() == 1) check.column = *used.begin();
     table_.checks.push_back(std::move(check));
 }
 
@@ -299,6 +321,15 @@ void TableBuilder::addDefault(const ast::Constraint& constraint, const ast::Colu
     column->defaultId = database_->newObjectId();
     column->defaultText = storedExpression(constraint.exprText);
     column->defaultName = constraintName(constraint.name, madeUpName("DF", name, column->defaultId));
+    ast::forEachExpr(*constraint.expr, [](const ast::Expr& expr) {
+        const auto* reference = ast::as<ast::ColumnRef>(expr);
+        if (reference == nullptr) return;
+        throw definitionError(128, 1,
+                              "The name \"" + reference->written() +
+                                  "\" is not permitted in this context. Valid expressions are constants, constant "
+                                  "expressions, and (in some contexts) variables. Column names are not permitted.",
+                              15);
+    });
     (void)bindDefault(context_.bind, *column);
 }
 

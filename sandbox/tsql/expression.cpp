@@ -154,7 +154,7 @@ Bound Binder::columnRef(const ast::ColumnRef& node, Scope& scope, int line) {
         case Lookup::Result::Missing: return fail(207, 16, 1, line, "Invalid column name '" + node.name + "'.");
         case Lookup::Result::Ambiguous: return fail(209, 16, 1, line, "Ambiguous column name '" + node.name + "'.");
         case Lookup::Result::Unbound:
-            if (missing_) return failed;
+            if (!missing_.empty()) return failed;
             return fail(4104, 16, 1, line, "The multi-part identifier \"" + node.written() + "\" could not be bound.");
         case Lookup::Result::Found: break;
     }
@@ -211,9 +211,11 @@ Bound Binder::arithmetic(sandbox::BinaryOp op, const Bound& left, const Bound& r
     Bound out = combine(both);
     if (out.failed) return out;
     const bool ok = guard(line, [&] {
-        const auto beside = [](const Bound& side, const Bound& other) {
-            return side.literal && other.type.id == TypeId::Decimal ? literalBesideDecimal(side.type, *side.literal)
-                                                                    : side.type;
+        const bool isBit = op == BinaryOp::BitAnd || op == BinaryOp::BitOr || op == BinaryOp::BitXor;
+        const auto beside = [&](const Bound& side, const Bound& other) {
+            return side.literal && !isBit && other.type.id == TypeId::Decimal
+                       ? literalBesideDecimal(side.type, *side.literal)
+                       : side.type;
         };
         out.type = binaryResultType(op, beside(left, right), beside(right, left));
         if (left.type.id == TypeId::Null || right.type.id == TypeId::Null) {

@@ -182,6 +182,11 @@ Bound Binder::call(const ast::Call& node, Scope& scope, int line) {
 Bound Binder::nullIf(const ast::Call& node, Scope& scope, int line) {
     const Bound first = value(*node.arguments[0], scope);
     const Bound second = value(*node.arguments[1], scope);
+    if (isNullLiteral(first)) {
+        return fail(4151, 16, 1, line,
+                    "The type of the first argument to NULLIF cannot be the NULL constant because the type of the "
+                    "first argument has to be known.");
+    }
     Bound out = first;
     out.nullable = true;
     out.column = nullptr;
@@ -291,6 +296,9 @@ Bound Binder::ranking(const ast::Call& node, Scope& scope, int line) {
     if (node.over->orderBy.empty()) {
         return fail(4112, 15, 1, line, "The function '" + node.name.name + "' must have an OVER clause with ORDER BY.");
     }
+    if (!node.over->frame.empty() && function.shape != Shape::Edge) {
+        return fail(10752, 15, 1, line, "The function '" + node.name.name + "' may not have a window frame.");
+    }
     const std::size_t most = function.shape == Shape::Position ? 0 : function.shape == Shape::Neighbour ? 3 : 1;
     if (node.arguments.size() > most || (most > 0 && node.arguments.empty())) {
         return fail(174, 15, 1, line,
@@ -339,7 +347,7 @@ std::string Binder::over(const ast::Over& over, Scope& scope) {
         out += withCollation(value(*item.expr, scope));
         if (item.descending) out += " DESC";
     }
-    return out;
+    return over.frame.empty() ? out : out + " " + over.frame;
 }
 
 }  // namespace sandbox::binder

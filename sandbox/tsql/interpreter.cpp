@@ -109,6 +109,12 @@ void Interpreter::finishRequest() {
 void Interpreter::runBatch(std::string_view text) {
     guarded([&] {
         Frame frame;
+        frame.scopeIdentity = session_.batchIdentity;
+        struct Keep {
+            Interpreter& interpreter;
+            Frame& frame;
+            ~Keep() { interpreter.session_.batchIdentity = frame.scopeIdentity; }
+        } keep{*this, frame};
         line_ = 1;
         runFrame(frame, [&] { return unitOf(text, {}); });
     });

@@ -31,6 +31,18 @@ Message undeclared(std::string_view name, int state, int line) {
 
 }  // namespace
 
+std::vector<Message> unknownType(const std::string& variable, std::ptrdiff_t place, const std::string& type) {
+    return {
+        {.number = 2715,
+         .severity = 16,
+         .state = 3,
+         .text = "Column, parameter, or variable #" + std::to_string(place) + ": Cannot find data type " + type + "."},
+        {.number = 2724,
+         .severity = 16,
+         .state = 2,
+         .text = "Parameter or variable '" + variable + "' has an invalid data type."}};
+}
+
 std::shared_ptr<Unit> Interpreter::unitOf(std::string_view text, std::string_view declarations) {
     const std::string key = unitKey(text, declarations, session_);
     if (auto known = session_.texts.find(key)) return known;
@@ -160,16 +172,24 @@ private:
         return unit_.variables[static_cast<std::size_t>(*slot)].type;
     }
 
+    void checkType(const ast::Declare::Item& item, std::ptrdiff_t place) {
+        if (!item.type.known) {
+            for (Message& message : unknownType(item.name, place, item.type.written)) {
+                message.line = item.place.line;
+                errors.push_back(std::move(message));
+            }
+        } else if (isLob(item.type.type.id)) {
+            errors.push_back({.number = 2739,
+                              .severity = 16,
+                              .state = 1,
+                              .text = "The text, ntext, and image data types are invalid for local variables.",
+                              .line = item.place.line});
+        }
+    }
+
     void declare(const ast::Declare& d) {
         for (const auto& item : d.items) {
-            if (!item.table && !item.cursor && !item.type.known) {
-                errors.push_back({.number = 2715,
-                                  .severity = 16,
-                                  .state = 3,
-                                  .text = "Column, parameter, or variable " + item.name + ": Cannot find data type " +
-                                          item.type.written + ".",
-                                  .line = item.place.line});
-            }
+            if (!item.table && !item.cursor) checkType(item, &item - d.items.data() + 1);
             // A declaration's own value does not see it.
             scalar(item.value, item.type.type);
             ++visible_;
@@ -285,6 +305,7 @@ void Interpreter::compile(Unit& unit) {
     } restore{*this};
     CompilePass pass(*this, unit);
     pass.all(*unit.body);
+    keepParseErrors(pass.errors);
     if (!pass.errors.empty()) throw SqlError(std::move(pass.errors), Effect::Scope);
     unit.compiledAt = stamp;
     unit.compiledOptions = optionBits();

@@ -17,75 +17,29 @@ namespace {
     raise(40510, 16, 1, "Statement '" + what + "' is not supported in this version of SQL Server.");
 }
 
-// Errors of a module's body are told under its name.
+// Errors of a module's body, and of making it, are told under its name.
 SqlError named(SqlError error, const std::string& module) {
-    for (Message& m : error.messages) m.procedure = module;
+    for (Message& m : error.messages) {
+        if (m.procedure.empty()) m.procedure = module;
+    }
     error.effect = Effect::Scope;
     return error;
 }
 
-}  // namespace
-
-void Interpreter::define(const std::function<void(const ExecuteContext&)>& action) {
-    if (!session_.settings.formatOnly) {
-        beginImplicitly();
-        requireWritable();
-        const BindContext context = bindContext(*frame().unit, frame().unit->variables.size());
-        session_.startStatement();
-        action(executeContext(context));
-        session_.definitionsChanged();
-    }
-    succeed(0);
-    done(std::nullopt);
-}
-
-// Modules are kept as the text of the whole batch, so that the lines of their errors are its lines.
-std::string Interpreter::moduleText(const ast::Extent& verb) const {
-    std::string text = session_.frame->unit->text;
-    return text.replace(verb.begin, verb.end - verb.begin, "CREATE");
-}
-
-void Interpreter::runCreateProcedure(const ast::CreateProcedure& n) {
-    std::string text = moduleText(n.verbText);
-    const auto unit = parseProcedure(text, session_.settings.quotedIdentifier);
-    unit->database = session_.database();
-    std::vector<ParameterDef> parameters;
-    for (std::size_t i = 0; i < n.parameters.size(); ++i) {
-        const ast::Parameter& p = n.parameters[i];
-        if (!p.type.known) {
-            throw CompileError{
-                named(SqlError(Message{.number = 2715,
-                                       .severity = 16,
-                                       .state = 3,
-                                       .text = "Column, parameter, or variable #" + std::to_string(i + 1) +
-                                               ": Cannot find data type " + p.type.written + ".",
-                                       .line = p.place.line}),
-                      n.name.name)};
-        }
-        parameters.push_back({p.name, p.type.type, p.output, p.defaultValue != nullptr});
-    }
+void underName(const std::string& module, const std::function<void()>& action) {
     try {
-        compile(*unit);
+        action();
     } catch (const SqlError& e) {
-        throw CompileError{named(e, n.name.name)};
+        throw named(e, module);
     }
-    define([&](const ExecuteContext& context) {
-        executeCreateModule(context, ObjectKind::Procedure, n.verb, n.name, std::move(text), std::move(parameters));
-    });
 }
 
-void Interpreter::runCreateView(const ast::CreateView& n) {
-    BoundQuery query;
-    try {
-        query = bindSelect(bindContext(*frame().unit, 0), *n.query);
-    } catch (const SqlError& e) {
-        throw CompileError{named(e, n.name.name)};
-    }
+std::vector<ColumnDef> viewColumns(const ast::CreateView& n, const BoundQuery& query) {
     if (!n.columns.empty() && n.columns.size() != query.columns.size()) {
         const bool more = query.columns.size() > n.columns.size();
-        const std::string text = "'" + n.name.name + "' has more columns " +
-                                 (more ? "than were specified in the column list." : "specified than columns defined.");
-        raise(more ? 8158 : 8159, 16, 1, text);
+        raise(more ? 4501 : 4502, 16, 1,
+              "View or function '" + n.name.name + "' has more " +
+                  (more ? "columns defined than column names given." : "column names specified than columns defined."));
     }
     std::vector<ColumnDef> columns;
     for (std::size_t i = 0; i < query.columns.size(); ++i) {
@@ -108,8 +62,75 @@ void Interpreter::runCreateView(const ast::CreateView& n) {
         }
         columns.push_back(std::move(column));
     }
-    define([&](const ExecuteContext& context) {
-        executeCreateModule(context, ObjectKind::View, n.verb, n.name, moduleText(n.verbText), {}, std::move(columns));
+    return columns;
+}
+
+}  // namespace
+
+void Interpreter::define(const std::function<void(const ExecuteContext&)>& action) {
+    if (!session_.settings.formatOnly) {
+        beginImplicitly();
+        requireWritable();
+        const BindContext context = bindContext(*frame().unit, frame().unit->variables.size());
+        session_.startStatement();
+        try {
+            action(executeContext(context));
+        } catch (const SqlError&) {
+            session_.definitionsChanged();  // DROP of several objects may have dropped some
+            throw;
+        }
+        session_.definitionsChanged();
+    }
+    succeed(0);
+    done(std::nullopt);
+}
+
+// Modules are kept as the text of the whole batch, so that the lines of their errors are its lines.
+std::string Interpreter::moduleText(const ast::Extent& verb) const {
+    std::string text = session_.frame->unit->text;
+    return text.replace(verb.begin, verb.end - verb.begin, "CREATE");
+}
+
+void Interpreter::runCreateProcedure(const ast::CreateProcedure& n) {
+    std::string text = moduleText(n.verbText);
+    std::shared_ptr<Unit> unit;
+    underName(n.name.name, [&] { unit = parseProcedure(text, session_.settings.quotedIdentifier); });
+    unit->database = session_.database();
+    std::vector<ParameterDef> parameters;
+    for (std::size_t i = 0; i < n.parameters.size(); ++i) {
+        const ast::Parameter& p = n.parameters[i];
+        if (!p.type.known) {
+            std::vector<Message> messages = unknownType(p.name, static_cast<std::ptrdiff_t>(i) + 1, p.type.written);
+            for (Message& message : messages) message.line = p.place.line;
+            throw CompileError{named(SqlError(std::move(messages), Effect::Scope), n.name.name)};
+        }
+        parameters.push_back({p.name, p.type.type, p.output, p.defaultValue != nullptr});
+    }
+    try {
+        compile(*unit);
+    } catch (const SqlError& e) {
+        throw CompileError{named(e, n.name.name)};
+    }
+    underName(n.name.name, [&] {
+        define([&](const ExecuteContext& context) {
+            executeCreateModule(context, ObjectKind::Procedure, n.verb, n.name, std::move(text), std::move(parameters));
+        });
+    });
+}
+
+void Interpreter::runCreateView(const ast::CreateView& n) {
+    BoundQuery query;
+    try {
+        query = bindSelect(bindContext(*frame().unit, 0), *n.query);
+    } catch (const SqlError& e) {
+        throw CompileError{named(e, n.name.name)};
+    }
+    underName(n.name.name, [&] {
+        std::vector<ColumnDef> columns = viewColumns(n, query);
+        define([&](const ExecuteContext& context) {
+            executeCreateModule(context, ObjectKind::View, n.verb, n.name, moduleText(n.verbText), {},
+                                std::move(columns));
+        });
     });
 }
 

@@ -273,7 +273,12 @@ void Interpreter::runInsertExecute(const ast::Statement& s, const ast::Insert& n
     }
     beginImplicitly();
     requireWritable();
-    RowCollector collector(*reply_);
+    const ResolvedObject target = std::get<BoundInsert>(node(&s).bound).target;
+    const auto& all = target.object->columns;
+    const auto filled = std::count_if(all.begin(), all.end(), [](const ColumnDef& column) {
+        return column.computedText.empty() && !column.identity;
+    });
+    RowCollector collector(*reply_, n.columns.empty() ? static_cast<std::size_t>(filled) : n.columns.size());
     {
         struct Redirect {
             Interpreter& interpreter;
@@ -289,7 +294,6 @@ void Interpreter::runInsertExecute(const ast::Statement& s, const ast::Insert& n
         runExecute(call);
     }
     const BindContext context = bindContext(*frame().unit, node(&s).visible);
-    const auto& target = std::get<BoundInsert>(node(&s).bound).target;
     session_.startStatement();
     std::int64_t rows = 0;
     for (const auto& set : collector.sets()) {

@@ -126,7 +126,7 @@ void Interpreter::setValue(const std::string& name, const Typed& value) {
         settings.textSize = size < 0 ? kLongest : size == 0 ? kShortest : static_cast<int>(size);
     } else if (name == "DATEFIRST") {
         const std::int64_t day = number();
-        if (day < 1 || day > 7) raise(2744, 16, 1, "The SET DATEFIRST option must be from 1 to 7.");
+        if (day < 1 || day > 7) raise(2742, 16, 1, "SET DATEFIRST " + std::to_string(day) + " is out of range.");
         settings.dateFirst = static_cast<int>(day);
     } else if (name == "DATEFORMAT") {
         const auto* row = std::find_if(kDateFormats.begin(), kDateFormats.end(),

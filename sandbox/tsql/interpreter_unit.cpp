@@ -174,7 +174,14 @@ std::shared_ptr<Unit> parseUnit(std::string_view text, std::string_view declarat
     addParameters(*unit);
     check(unit->tree.statements, unit.get());
     for (auto& s : unit->tree.statements) {
-        if (auto* procedure = std::get_if<ast::CreateProcedure>(&s->node)) check(procedure->body, nullptr);
+        auto* procedure = std::get_if<ast::CreateProcedure>(&s->node);
+        if (!procedure) continue;
+        try {
+            check(procedure->body, nullptr);
+        } catch (SqlError& error) {
+            for (Message& message : error.messages) message.procedure = procedure->name.name;
+            throw;
+        }
     }
     unit->body = &unit->tree.statements;
     return unit;

@@ -59,6 +59,10 @@ struct Unit {
 // The unit that runs a procedure's body. text: its whole CREATE statement.
 [[nodiscard]] std::shared_ptr<Unit> parseProcedure(std::string_view text, bool quotedIdentifier);
 
+// Errors 2715 and 2724 of the variable or parameter at this place (from 1) of its list.
+[[nodiscard]] std::vector<Message> unknownType(const std::string& variable, std::ptrdiff_t place,
+                                               const std::string& type);
+
 // Whether the statement is that label or has it inside.
 [[nodiscard]] bool holdsLabel(const ast::Statement& statement, std::string_view label);
 

@@ -10,6 +10,9 @@ ast::DeclareCursor Parser::declareCursor() {
     ast::DeclareCursor node;
     node.name = identifier();
     while (seesAnyWord({"INSENSITIVE", "SCROLL"})) node.options.push_back(take().upper);
+    if (!seesWord("CURSOR") && peek().kind == TokenKind::Word) {
+        fail(155, "'" + peek().text + "' is not a recognized CURSOR option.", peek().place, 15, 2);
+    }
     expectWord("CURSOR");
     while (seesAnyWord({"LOCAL", "GLOBAL", "FORWARD_ONLY", "SCROLL", "STATIC", "KEYSET", "DYNAMIC", "FAST_FORWARD",
                         "READ_ONLY", "SCROLL_LOCKS", "OPTIMISTIC", "TYPE_WARNING"})) {

@@ -111,7 +111,38 @@ void Parser::callArguments(ast::Call& node) {
     for (ast::ExprPtr& argument : valueList()) node.arguments.push_back(std::move(argument));
 }
 
-// OVER ( [PARTITION BY value {, value}] [ORDER BY ...] )
+// bound := UNBOUNDED (PRECEDING | FOLLOWING) | CURRENT ROW | number (PRECEDING | FOLLOWING)
+std::string Parser::frameBound(bool isRange) {
+    if (acceptWord("CURRENT")) {
+        expectWord("ROW");
+        return "CURRENT ROW";
+    }
+    std::string distance = "UNBOUNDED";
+    if (!acceptWord("UNBOUNDED")) {
+        if (peek().kind != TokenKind::Integer) unexpected();
+        if (isRange) {
+            fail(4194, "RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters.", peek().place,
+                 16);
+        }
+        distance = take().text;
+    }
+    return distance + " " + expectAnyWord({"PRECEDING", "FOLLOWING"});
+}
+
+// (ROWS | RANGE) (bound | BETWEEN bound AND bound)
+std::string Parser::windowFrame(const ast::Over& over) {
+    if (over.orderBy.empty()) {
+        fail(10756, "Window frame with ROWS or RANGE must have an ORDER BY clause.", peek().place);
+    }
+    const std::string unit = expectAnyWord({"ROWS", "RANGE"});
+    const bool isRange = unit == "RANGE";
+    if (!acceptWord("BETWEEN")) return unit + " " + frameBound(isRange);
+    const std::string from = frameBound(isRange);
+    expectWord("AND");
+    return unit + " BETWEEN " + from + " AND " + frameBound(isRange);
+}
+
+// OVER ( [PARTITION BY value {, value}] [ORDER BY ...] [frame] )
 ast::Over Parser::over() {
     ast::Over node;
     expectSymbol("(");
@@ -120,7 +151,7 @@ ast::Over Parser::over() {
         node.partitionBy = valueList();
     }
     if (seesWord("ORDER")) node.orderBy = orderBy();
-    if (seesAnyWord({"ROWS", "RANGE"})) unsupported(peek().upper);
+    if (seesAnyWord({"ROWS", "RANGE"})) node.frame = windowFrame(node);
     expectSymbol(")");
     return node;
 }

@@ -98,6 +98,7 @@ Parser::Node Parser::view(ast::Verb verb, const ast::Extent& verbText) {
     expectWord("VIEW");
     ast::CreateView node{.verb = verb, .verbText = verbText};
     node.name = objectName();
+    module_ = node.name.name;
     if (!node.name.database.empty()) {
         fail(166, "'CREATE/ALTER VIEW' does not allow specifying the database name as a prefix to the object name.",
              node.name.place);
@@ -132,6 +133,7 @@ Parser::Node Parser::procedure(ast::Verb verb, const ast::Extent& verbText) {
     take();
     ast::CreateProcedure node{.verb = verb, .verbText = verbText};
     node.name = objectName();
+    module_ = node.name.name;
     if (!node.name.database.empty()) {
         fail(166,
              "'CREATE/ALTER PROCEDURE' does not allow specifying the database name as a prefix to the object name.",
@@ -180,7 +182,7 @@ ast::Parameter Parser::parameter() {
     node.place = peek().place;
     node.name = variableName();
     acceptWord("AS");
-    node.type = typeName(TypeUse::Declared);
+    node.type = typeName(TypeUse::Declared, "parameter '" + node.name + "'");
     acceptWord("NULL");
     if (acceptSymbol("=")) node.defaultValue = bareValue();
     node.output = acceptWord("OUTPUT") || acceptWord("OUT");

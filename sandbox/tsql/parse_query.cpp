@@ -165,7 +165,11 @@ std::optional<ast::Top> Parser::top() {
     ast::Top node;
     const ast::Place from = peek().place;
     if (acceptSymbol("(")) {
-        node.count = value();
+        if (seesWord("SELECT")) {
+            node.count = make(from, ast::Subquery{nestedQuery()});
+        } else {
+            node.count = value();
+        }
         expectSymbol(")");
     } else {
         if (peek().kind != TokenKind::Integer && peek().kind != TokenKind::Decimal && peek().kind != TokenKind::Float) {

@@ -196,11 +196,11 @@ void Parser::unexpected() const {
     const Token& near = offending();
     const std::string name = shortened(near.text, kMaxNear);
     if (here.kind == TokenKind::Word && here.upper == "WITH") {
-        fail(319,
-             "Incorrect syntax near the keyword '" + name +
-                 "'. If this statement is a common table expression, an xmlnamespaces clause or a change tracking "
-                 "context clause, the previous statement must be terminated with a semicolon.",
-             near.place);
+        fail(
+            319,
+            "Incorrect syntax near the keyword 'with'. If this statement is a common table expression, an xmlnamespaces clause or a change tracking "
+            "context clause, the previous statement must be terminated with a semicolon.",
+            near.place);
     }
     if (here.kind == TokenKind::Word && here.reserved) {
         fail(156, "Incorrect syntax near the keyword '" + name + "'.", near.place);

@@ -84,8 +84,9 @@ private:
     ast::ObjectName objectName();
     ast::ObjectName makeObjectName(const std::vector<std::string>& parts, const ast::Place& place) const;
     std::vector<std::string> nameParts();
-    ast::TypeName typeName(TypeUse use);
-    void typeSize(ast::TypeName& name, TypeUse use);
+    // whose: what a size is given to in errors ("column 'a'"); empty: the type itself
+    ast::TypeName typeName(TypeUse use, const std::string& whose = {});
+    void typeSize(ast::TypeName& name, TypeUse use, const std::string& whose);
     ast::Literal literal(const Token& token) const;
     ast::Literal integerLiteral(const Token& token) const;
     ast::Literal decimalLiteral(const Token& token) const;
@@ -123,6 +124,8 @@ private:
     ast::ExprPtr convert(bool isTry);
     ast::ExprPtr odbcEscape();
     ast::Over over();
+    std::string windowFrame(const ast::Over& over);
+    std::string frameBound(bool isRange);
     ast::ExprList valueList();  // value {, value}
     ast::ExprPtr valueOrDefault();
     void requireCondition(const ast::Expr& expr) const;
@@ -276,6 +279,7 @@ private:
     int links_ = 0;           // joins and set operations of this statement, which make trees deep without nesting
     bool ownSelect_ = false;  // within a SELECT statement's own query, where INTO and assignments may stand
     bool inProcedure_ = false;
+    std::string module_;  // name of the view or procedure that the batch makes, once it has been read
 };
 
 template <typename T>

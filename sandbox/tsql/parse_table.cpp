@@ -59,7 +59,10 @@ ast::ColumnDefinition Parser::columnDefinition() {
         column.computedText = textOf(column.computed->text);
         column.persisted = acceptWord("PERSISTED");
     } else {
-        column.type = typeName(TypeUse::Declared);
+        if (seesSymbol(",") || seesSymbol(")")) {
+            fail(173, "The definition for column '" + column.name + "' must include a data type.", column.place);
+        }
+        column.type = typeName(TypeUse::Declared, "column '" + column.name + "'");
     }
     while (columnOption(column)) {
     }

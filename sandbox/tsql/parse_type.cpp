@@ -67,7 +67,7 @@ const TypeRow* findType(std::string_view name) {
 }  // namespace
 
 // [schema.]name [(size)] | DOUBLE PRECISION | [NATIONAL] CHARACTER [VARYING] [(size)] | NATIONAL TEXT | BINARY VARYING
-ast::TypeName Parser::typeName(TypeUse use) {
+ast::TypeName Parser::typeName(TypeUse use, const std::string& whose) {
     ast::TypeName type;
     type.place = peek().place;
     if (acceptWord("DOUBLE")) {
@@ -87,12 +87,12 @@ ast::TypeName Parser::typeName(TypeUse use) {
             type.written = row->id == TypeId::Char ? "varchar" : row->id == TypeId::NChar ? "nvarchar" : "varbinary";
         }
     }
-    typeSize(type, use);
+    typeSize(type, use, whose);
     return type;
 }
 
 // ( digits [, digits] ) | ( MAX )
-void Parser::typeSize(ast::TypeName& name, TypeUse use) {
+void Parser::typeSize(ast::TypeName& name, TypeUse use, const std::string& whose) {
     const TypeRow* row = findType(name.written);
     std::int64_t first = -1;
     std::int64_t second = -1;
@@ -136,9 +136,10 @@ void Parser::typeSize(ast::TypeName& name, TypeUse use) {
             const std::int64_t limit = row->size == Size::Bytes ? 8000 : 4000;
             if (first > limit) {
                 fail(131,
-                     "The size (" + std::to_string(first) + ") given to the type '" + name.written +
-                         "' exceeds the maximum allowed for any data type (8000).",
-                     place, 15, 2);
+                     "The size (" + std::to_string(first) + ") given to the " +
+                         (whose.empty() ? "type '" + name.written + "'" : whose) +
+                         " exceeds the maximum allowed for any data type (8000).",
+                     place, 15, whose.starts_with("column") ? 2 : 3);
             }
             const int missing = use == TypeUse::Cast ? 30 : 1;
             type.length = max ? Type::kMax : first > 0 ? static_cast<int>(first) : missing;

@@ -108,9 +108,14 @@ ast::Batch Parser::batch() {
     while (acceptSymbol(";")) {
     }
     first_ = at_;
-    ast::Batch batch{statements()};
-    if (peek().kind != TokenKind::End) unexpected();
-    return batch;
+    try {
+        ast::Batch batch{statements()};
+        if (peek().kind != TokenKind::End) unexpected();
+        return batch;
+    } catch (SqlError& error) {
+        for (Message& message : error.messages) message.procedure = module_;
+        throw;
+    }
 }
 
 ast::ExprPtr Parser::wholeExpression() {

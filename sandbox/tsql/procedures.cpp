@@ -6,6 +6,7 @@
 
 #include "sandbox/store/collation.h"
 #include "sandbox/store/convert.h"
+#include "sandbox/store/convert_errors.h"
 #include "sandbox/tsql/system_procedures.h"
 
 namespace sandbox {
@@ -237,7 +238,15 @@ void Interpreter::fillParameters(Frame& callee, const std::vector<CallArgument>&
         const CallArgument* given = place < 0 ? nullptr : &arguments[static_cast<std::size_t>(place)];
         const Typed value = !given || given->useDefault ? defaultOf(*parameters[i].defaultValue) : given->value;
         const Type& type = parameters[i].type.type;
-        callee.variables[i] = convert(value.value, value.type, type, session_.connection->functions().convert);
+        try {
+            callee.variables[i] = convert(value.value, value.type, type, session_.connection->functions().convert);
+        } catch (const SqlError& e) {
+            constexpr int kClash = 206;
+            constexpr int kNotImplicit = 257;
+            if (e.messages.front().number == kClash || e.messages.front().number == kNotImplicit) throw;
+            Message message = errors::errorConverting(value.type, type).messages.front();
+            raiseAt(message.number, message.state, std::move(message.text), callee.unit->name);
+        }
     }
 }
 

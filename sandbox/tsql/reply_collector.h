@@ -14,10 +14,18 @@ public:
         std::vector<std::vector<Typed>> rows;
     };
 
-    explicit RowCollector(Reply& to) : to_(to) {}
+    // wanted: how many columns every row set must have (213).
+    RowCollector(Reply& to, std::size_t wanted) : to_(to), wanted_(wanted) {}
     [[nodiscard]] const std::vector<Set>& sets() const { return sets_; }
 
     void columns(std::span<const ResultColumn> columns) override {
+        if (columns.size() != wanted_) {
+            throw SqlError(Message{.number = 213,
+                                   .severity = 16,
+                                   .state = 7,
+                                   .text = "Column name or number of supplied values does not match table definition."},
+                           Effect::Batch);
+        }
         Set& set = sets_.emplace_back();
         for (const auto& column : columns) set.types.push_back(column.type);
     }
@@ -39,6 +47,7 @@ public:
 
 private:
     Reply& to_;
+    std::size_t wanted_;
     std::vector<Set> sets_;
 };
 

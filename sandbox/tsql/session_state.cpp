@@ -194,6 +194,7 @@ void SessionState::reset(bool keepTransaction) {
     settings = Settings{};
     identityInsert.clear();
     identity.reset();
+    batchIdentity.reset();
     error = 0;
     rowCount = 0;
     connection->dropAllTemporaryTables();

@@ -76,16 +76,17 @@ struct SessionState {
     TransactionState transaction;
     std::uint64_t descriptor = 0;  // of the open transaction
 
-    int error = 0;                         // @@ERROR
-    std::int64_t rowCount = 0;             // @@ROWCOUNT
-    std::optional<std::int64_t> identity;  // @@IDENTITY
-    int fetchStatus = 0;                   // @@FETCH_STATUS
-    std::int64_t cursorRows = 0;           // @@CURSOR_ROWS
-    std::vector<CaughtError> caught;       // of the CATCH blocks being run, innermost last
-    int tries = 0;                         // open TRY blocks of all frames
-    Frame* frame = nullptr;                // the one that runs
-    bool cancelled = false;                // the last batch was
-    bool collecting = false;               // the rows of an INSERT ... EXEC
+    int error = 0;                              // @@ERROR
+    std::int64_t rowCount = 0;                  // @@ROWCOUNT
+    std::optional<std::int64_t> identity;       // @@IDENTITY
+    std::optional<std::int64_t> batchIdentity;  // SCOPE_IDENTITY() of the last batch: the next one begins with it
+    int fetchStatus = 0;                        // @@FETCH_STATUS
+    std::int64_t cursorRows = 0;                // @@CURSOR_ROWS
+    std::vector<CaughtError> caught;            // of the CATCH blocks being run, innermost last
+    int tries = 0;                              // open TRY blocks of all frames
+    Frame* frame = nullptr;                     // the one that runs
+    bool cancelled = false;                     // the last batch was
+    bool collecting = false;                    // the rows of an INSERT ... EXEC
 
     UnitCache texts;
     std::map<std::pair<int, std::int32_t>, std::pair<std::shared_ptr<const ObjectDef>, std::shared_ptr<Unit>>>

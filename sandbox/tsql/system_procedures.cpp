@@ -6,6 +6,7 @@
 #include "sandbox/store/collation.h"
 #include "sandbox/store/convert.h"
 #include "sandbox/tsql/procedures.h"
+#include "sandbox/tsql/system_procedures_keys.h"
 #include "sandbox/tsql/system_procedures_texts.h"
 
 namespace sandbox {
@@ -37,8 +38,13 @@ Status refuse(Interpreter&, const SystemProcedure& self, std::vector<CallArgumen
 std::string unicodeText(const CallArgument& argument, std::string_view parameter, const SystemProcedure& self) {
     const bool fits = isUnicode(argument.value.type.id) || argument.value.type.id == TypeId::Null;
     if (!fits) {
-        raise(214, 2, "Procedure expects parameter '" + std::string(parameter) + "' of type 'ntext/nchar/nvarchar'.",
-              self.name);
+        throw SqlError(Message{
+            .number = 214,
+            .severity = 16,
+            .state = 2,
+            .text = "Procedure expects parameter '" + std::string(parameter) + "' of type 'ntext/nchar/nvarchar'.",
+            .procedure = std::string(self.name),
+            .line = 1});
     }
     const auto* text = std::get_if<std::string>(&argument.value.value);
     return text ? *text : std::string();
@@ -102,13 +108,16 @@ constexpr auto kProcedures = std::to_array<SystemProcedure>({
     {"sp_datatype_info", &runText, texts::kTypesParameters, texts::kTypes},
     {"sp_datatype_info_90", &runText, texts::kTypesParameters, texts::kTypes},
     {"sp_datatype_info_100", &runText, texts::kTypesParameters, texts::kTypes},
-    {"sp_statistics", &refuse, {}, {}},
-    {"sp_statistics_100", &refuse, {}, {}},
-    {"sp_special_columns", &refuse, {}, {}},
-    {"sp_special_columns_100", &refuse, {}, {}},
-    {"sp_fkeys", &refuse, {}, {}},
-    {"sp_stored_procedures", &refuse, {}, {}},
-    {"sp_sproc_columns", &refuse, {}, {}},
+    {"sp_statistics", &runText, texts::kStatisticsParameters, texts::kStatistics},
+    {"sp_statistics_100", &runText, texts::kStatisticsParameters, texts::kStatistics},
+    {"sp_special_columns", &runText, texts::kSpecialColumnsParameters, texts::kSpecialColumns},
+    {"sp_special_columns_90", &runText, texts::kSpecialColumnsParameters, texts::kSpecialColumns},
+    {"sp_special_columns_100", &runText, texts::kSpecialColumnsParameters, texts::kSpecialColumns},
+    {"sp_fkeys", &runText, texts::kForeignKeysParameters, texts::kForeignKeys},
+    {"sp_stored_procedures", &runText, texts::kProceduresParameters, texts::kProcedures},
+    {"sp_sproc_columns", &runText, texts::kProcedureColumnsParameters, texts::kProcedureColumns},
+    {"sp_sproc_columns_90", &runText, texts::kProcedureColumnsParameters, texts::kProcedureColumns},
+    {"sp_sproc_columns_100", &runText, texts::kProcedureColumnsParameters, texts::kProcedureColumns},
     {"sp_describe_first_result_set", &refuse, {}, {}},
     {"sp_describe_undeclared_parameters", &refuse, {}, {}},
     {"sp_help", &refuse, {}, {}},

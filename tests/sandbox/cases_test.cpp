@@ -11,7 +11,7 @@ namespace sandbox::test {
 namespace {
 
 std::vector<Case> allCases() {
-    const auto root = std::filesystem::absolute(__FILE__).parent_path().parent_path().parent_path();
+    const std::filesystem::path root = TORVIK_SOURCE_DIR;
     std::vector<Case> all;
     for (const auto& folder : {root / "tests/sandbox/cases", root.parent_path() / "shared/tsql-cases"}) {
         if (!std::filesystem::is_directory(folder)) continue;
@@ -39,6 +39,11 @@ class TsqlCase : public testing::TestWithParam<Case> {};
 
 TEST_P(TsqlCase, GivesTheReplyThatTheFileTells) {
     EXPECT_EQ(runCase(GetParam()), "");
+}
+
+TEST(TsqlCases, OfThisProjectAreFound) {
+    const std::vector<Case> all = allCases();
+    EXPECT_GE(std::count_if(all.begin(), all.end(), [](const Case& one) { return one.file == "statement_forms"; }), 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, TsqlCase, testing::ValuesIn(allCases()), testName);

@@ -38,7 +38,7 @@ constexpr Case kErrors[] = {
     {"SELECT a FROM t WHERE a = b = c",
      "102 15 line 1: Incorrect syntax near '='."},
     {"SELECT a = 1 WITH x AS (SELECT 1) SELECT * FROM x",
-     "319 15 line 1: Incorrect syntax near the keyword 'WITH'. If this statement is a common table expression, an xmlnamespaces clause or a change tracking context clause, the previous statement must be terminated with a semicolon."},
+     "319 15 line 1: Incorrect syntax near the keyword 'with'. If this statement is a common table expression, an xmlnamespaces clause or a change tracking context clause, the previous statement must be terminated with a semicolon."},
     {"UPDATE t SET WHERE a = 1",
      "156 15 line 1: Incorrect syntax near the keyword 'WHERE'."},
     {"UPDATE t SET a WHERE b = 1",

@@ -105,6 +105,9 @@ std::string contents(db::Session& session) {
 ChainRun::ChainRun(const sandbox::chain::ChainOptions& options)
     : RunningChain{sandbox::chain::DemoChain({.chain = options})}, ChainProgram(chain.dataLink()) {}
 
+ChainRun::ChainRun(sandbox::chain::Chain model)
+    : RunningChain{sandbox::chain::DemoChain({.model = std::move(model)})}, ChainProgram(chain.dataLink()) {}
+
 testing::AssertionResult ChainRun::posted(const std::set<std::size_t>& tills) const {
     const auto session = backOfficeSession();
     for (const TableData& table : sandbox::chain::postedTables(chain.model(), tills))

@@ -21,6 +21,7 @@ struct RunningChain {
 class ChainRun : public RunningChain, public ChainProgram {
 public:
     explicit ChainRun(const sandbox::chain::ChainOptions& options = {});
+    explicit ChainRun(sandbox::chain::Chain model);
 
     // What the back office holds of the tills' sales, against what the model says of those fetched: the first table
     // that differs is shown whole, line by line.

@@ -51,6 +51,7 @@ private:
         const auto token = static_cast<Token>(in_.u8());
         switch (token) {
             case Token::ColMetadata: return columns();
+            case Token::ColInfo: return columnOrigins();
             case Token::Row: return row();
             case Token::Done: return "done" + done();
             case Token::DoneProc: return "doneproc" + done();
@@ -63,6 +64,17 @@ private:
             case Token::ReturnValue: return output();
             default: throw std::runtime_error("unknown token " + std::to_string(static_cast<int>(token)));
         }
+    }
+
+    std::string columnOrigins() {
+        constexpr std::uint8_t kHidden = 0x10;
+        std::string line = "colinfo";
+        for (std::size_t left = in_.u16(); left > 0; left -= 3) {
+            line += " " + std::to_string(in_.u8());
+            in_.skip(1);
+            if ((in_.u8() & kHidden) != 0) line += " hidden";
+        }
+        return line;
     }
 
     std::string columns() {

@@ -2,7 +2,9 @@
 // "output", so that a test compares a session's whole answer as text.
 #pragma once
 
+#include <charconv>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -53,13 +55,12 @@ inline std::string escaped(const std::string& text) {
 }
 
 inline std::string floatText(double d, bool single) {
+    const bool plain = d == 0 || (std::abs(d) >= 1e-4 && std::abs(d) < 1e16);
+    const std::chars_format form = plain ? std::chars_format::fixed : std::chars_format::scientific;
     char text[40];
-    for (int precision = 1; precision <= 17; ++precision) {
-        std::snprintf(text, sizeof text, "%.*g", precision, d);
-        const double back = std::stod(text);
-        if (single ? static_cast<float>(back) == static_cast<float>(d) : back == d) break;
-    }
-    std::string out = text;
+    const char* const end = single ? std::to_chars(text, text + sizeof text, static_cast<float>(d), form).ptr
+                                   : std::to_chars(text, text + sizeof text, d, form).ptr;
+    std::string out(text, static_cast<std::size_t>(end - text));
     if (out.find_first_of(".en") == std::string::npos) out += ".0";
     return out;
 }
