@@ -1,9 +1,10 @@
 #include "shell/application_folder.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+
 #include "logging/ini_file.h"
+#include "logging/program_file.h"
 
 namespace torvik {
 
@@ -15,12 +16,17 @@ QString applicationFolder(const QString& executableFolder) {
         named.replace(QLatin1Char('\\'), QLatin1Char('/'));
         folder = QDir::cleanPath(QDir(folder).absoluteFilePath(named));
     }
-    return folder + QLatin1Char('/');
+    return folder.endsWith(QLatin1Char('/')) ? folder : folder + QLatin1Char('/');
 }
 
 QString applicationFolder() {
-    static const QString folder = applicationFolder(QCoreApplication::applicationDirPath());
+    static const QString folder = applicationFolder(QFileInfo(programFile()).path());
     return folder;
+}
+
+QString helpFile(const QString& executable) {
+    const QFileInfo file(executable);
+    return file.dir().filePath(file.completeBaseName() + QStringLiteral(".hlp"));
 }
 
 }  // namespace torvik

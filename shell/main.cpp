@@ -1,13 +1,15 @@
-// The program's start and end. It takes no arguments.
+// The program's start and end, in the order that docs/start-up.md tells. It takes no arguments.
 #include <QApplication>
+#include <QDate>
 #include <QFileInfo>
-#include <QMessageBox>
 
 #include "engine/abort.h"
-#include "logging/logger.h"
+#include "logging/program_file.h"
+#include "logging/setup_logging.h"
 #include "shell/application_folder.h"
 #include "shell/main_window.h"
 #include "shell/settings.h"
+#include "shell/start_message.h"
 #include "shell/termination.h"
 #include "torvik_version.h"
 
@@ -34,30 +36,53 @@ public:
     MainWindow* window = nullptr;
 };
 
+void setUpLogging(const QString& folder) {
+    const QDate today = QDate::currentDate();
+    SetupLogging(QStringLiteral("TorvikPosSync"), folder + QStringLiteral("TorvikPosSync.ini"),
+                 folder + QStringLiteral("Log/%1/%2/TorvikPosSync.log").arg(today.year()).arg(today.month()),
+                 QString());
+    GlobalLogger().WithProperty(QStringLiteral("TorvikPosSyncName"),
+                                JsonValue(QFileInfo(programFile()).fileName().toStdString()));
+}
+
+void runWindow(Application& application, const ShowMessage& showMessage) {
+    // A signal that comes while the window is made is served once the message loop runs.
+    onTerminationSignal([&application] {
+        if (application.window) application.window->close();
+    });
+    SettingsStore store;
+    const bool shown = !store.read("SystemTray").toBool();
+    MainWindow window(applicationFolder(), store, showMessage);
+    application.window = &window;
+    if (shown) window.show();
+    QApplication::exec();
+    application.window = nullptr;
+}
+
 int run(int argc, char** argv) {
-    Application application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("TorvikPosSync"));
     QApplication::setApplicationVersion(QStringLiteral(TORVIK_VERSION));
+    setUpLogging(applicationFolder());
+    int exitCode = 0;
+    Application application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setStyle(QStringLiteral("Fusion"));
-    GlobalLogger().WithProperty(QStringLiteral("TorvikPosSyncName"),
-                                JsonValue(QFileInfo(QApplication::applicationFilePath()).fileName().toStdString()));
-    int exitCode = 0;
+
+    bool told = false;
+    const auto tell = [&told](const QString& message) {
+        told = true;
+        showStartMessage(message);
+    };
     try {
-        SettingsStore store;
-        MainWindow window(applicationFolder(), store);
-        application.window = &window;
-        onTerminationSignal([&window] { window.close(); });
-        if (!store.read("SystemTray").toBool()) window.show();
-        QApplication::exec();
-        application.window = nullptr;
+        runWindow(application, tell);
         GlobalLogger().LogInformation(QStringLiteral("Done."));
     } catch (const std::exception& e) {
         exitCode = 1;
         application.window = nullptr;
         GlobalLogger().LogError(e, QStringLiteral("Error in TorvikPosSync"));
-        QMessageBox::critical(nullptr, QStringLiteral("TorvikPosSync"), ErrorText(e));
+        if (!told) tell(ErrorText(e));
     }
+    GlobalLogger().ClearSinks();  // what is still queued is written before the process ends
     return exitCode;
 }
 

@@ -4,19 +4,20 @@
 #include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QDesktopServices>
 #include <QDir>
 #include <QDockWidget>
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QLabel>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QProgressBar>
 #include <QScrollArea>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTimer>
 #include <QToolBar>
+#include <QUrl>
 
 #include "engine/abort.h"
 #include "engine/avdeling.h"
@@ -25,6 +26,7 @@
 #include "engine/oppgjor_status.h"
 #include "inbound/fetch_till.h"
 #include "logging/ini_file.h"
+#include "logging/logger.h"
 #include "shell/icons.h"
 #include "shell/log_pane_view.h"
 #include "shell/main_threads.h"
@@ -40,6 +42,8 @@ namespace {
 
 enum Pane { kStatusPane, kLogPane, kErrorLogPane };
 
+constexpr int kWidth = 1360;
+constexpr int kHeight = 820;
 constexpr int kDtsLevel = 91;  // databases below this compatibility level can run DTS
 
 constexpr char kCompatibilityLevel[] = "select compatibility_level from sys.databases where name=db_name()";
@@ -51,19 +55,22 @@ const QString kErrorLogNote =
 
 }  // namespace
 
-MainWindow::MainWindow(const QString& folder, SettingsStore& store)
-    : folder_(folder), logRootFolder_(folder + QStringLiteral("Log/")), store_(store) {
+MainWindow::MainWindow(const QString& folder, SettingsStore& store, const ShowMessage& showMessage)
+    : folder_(folder), LogRootFolder(folder + QStringLiteral("Log/")), store_(store) {
     setObjectName(QStringLiteral("MainWindow"));
     setWindowTitle(QStringLiteral("TorvikPosSync"));
     setWindowIcon(applicationIcon());
-    QDir().mkpath(logRootFolder_);
+    QDir().mkpath(LogRootFolder);
     createEngine();
     createPanes();
     createCommands();
     createStatusBar();
+    readDataLink(showMessage);
+    loadPreferences();
+    settings_->apply();
     connectBackOffice();
     createTrayIcon();
-    resize(1240, 780);
+    resize(kWidth, kHeight);
 }
 
 // The panes look at the engine's tables and the engine writes to the panes: neither is there for the other any more.
@@ -80,6 +87,8 @@ void MainWindow::createEngine() {
     TTorvikPos& engine = *torvikPos_;
     engine.SourceConnection = &msConnSource;
     engine.SetTargetConnection(&msConnTarget);
+    engine.IncludeGiftVoucherOnOppgjor = true;
+    engine.FlagAsSentAfterUpdate = false;
     engine.SourceAuthMethod = amTrusted;
     engine.Cancelled = false;
 
@@ -101,6 +110,7 @@ void MainWindow::createEngine() {
         TfrmVelgInternkundeKasse dialog(msConnTarget, this);
         return dialog.Execute(tills);
     };
+    OpenFile = [](const QString& file) { QDesktopServices::openUrl(QUrl::fromLocalFile(file)); };
 }
 
 void MainWindow::createPanes() {
@@ -149,7 +159,9 @@ void MainWindow::countLines(int tab, const QString& caption, int lines) {
 
 void MainWindow::createStatusBar() {
     auto* version = new QLabel(QStringLiteral("Versjon %1").arg(QApplication::applicationVersion()));
+    version->setObjectName(QStringLiteral("version"));
     progressText_ = new QLabel;
+    progressText_->setObjectName(QStringLiteral("progressText"));
     progressBar_ = new QProgressBar;
     progressBar_->setRange(0, 100);
     progressBar_->setMaximumWidth(220);
@@ -162,30 +174,43 @@ void MainWindow::createStatusBar() {
         progressBar_->setValue(percent);
         torvikPos_->Seam.pumpMessages();
     };
+    torvikPos_->OnDtsProgress = [this](QObject*, const QString& task, const QString& message, int) {
+        progressText_->setText(QStringLiteral("%1:   %2").arg(task, message));
+    };
+}
+
+// A missing file is told at once; reading it raises all the same, and that ends the start.
+void MainWindow::readDataLink(const ShowMessage& showMessage) {
+    const QString udl = folder_ + QStringLiteral("Torvik.UDL");
+    if (!QFileInfo::exists(udl))
+        showMessage(QStringLiteral("Filen %1 finnes ikke. Kan ikke koble til databasen").arg(udl));
+    msConnTarget.SetConnectString(db::ReadUdlFile(udl));
+}
+
+void MainWindow::loadPreferences() {
+    TTorvikPos& engine = *torvikPos_;
+    engine.SendCustomerAndPrice = store_.read("Smtp/SendPriceAndCustomer").toBool();
+    engine.SetDeleteItemsOnSend(store_.read("Smtp/DeleteItems").toBool());
+    engine.SynchonizedRun = store_.read("Smtp/SynchonizedRun").toBool();
+    engine.StartSendingTime = store_.read("Smtp/StartSendingTime").toTime();
 }
 
 void MainWindow::connectBackOffice() {
-    const QString udl = folder_ + QStringLiteral("Torvik.UDL");
-    if (!QFileInfo::exists(udl))
-        QMessageBox::critical(this, windowTitle(),
-                              QStringLiteral("Filen %1 finnes ikke. Kan ikke koble til databasen").arg(udl));
-    msConnTarget.SetConnectString(db::ReadUdlFile(udl));
     msConnTarget.Open();
 
     db::Query level(&msConnTarget);
     level.SQL = QStringList{QString::fromUtf8(kCompatibilityLevel)};
     level.Open();
-    isDTSCompatible_ = level.IsEmpty() || level.Fields(0).AsInteger() < kDtsLevel;
+    bIsDTSCompatible = level.IsEmpty() || level.Fields(0).AsInteger() < kDtsLevel;
 
     const QString where = torvikPos_->GetTargetServerAndDatabaseName();
     if (where.isEmpty()) throw EngineError(QStringLiteral("Klarer ikke Ã¥ koble til server"));
     setWindowTitle(QStringLiteral("%1 %2").arg(windowTitle(), where));
-    tillList_->load(msConnTarget);
-    settings_->apply();
+    command([this] { tillList_->load(msConnTarget); });  // for the eye only: its failure does not stop the start
 }
 
+// Also where there is no tray yet: at a log-on the tray may come later than the program, and the icon then joins it.
 void MainWindow::createTrayIcon() {
-    if (!QSystemTrayIcon::isSystemTrayAvailable()) return;
     trayIcon_ = new QSystemTrayIcon(applicationIcon(), this);
     trayIcon_->setToolTip(QStringLiteral("TorvikPosSync"));
     connect(trayIcon_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
@@ -203,7 +228,7 @@ void MainWindow::showEvent(QShowEvent* event) {
 }
 
 void MainWindow::readSettings() {
-    settings_->read(store_, isDTSCompatible_);
+    settings_->read(store_, bIsDTSCompatible);
     trayAction_->setChecked(store_.read("SystemTray").toBool());
 }
 
@@ -222,11 +247,21 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         event->ignore();
         return;
     }
-    log_->SaveLines(folder_ + QStringLiteral("TorvikPos.log"));
-    errorLog_->SaveLines(folder_ + QStringLiteral("TorvikPosError.log"));
+    savePane(*log_, "TorvikPos.log");
+    savePane(*errorLog_, "TorvikPosError.log");
     if (trayIcon_) trayIcon_->hide();
     event->accept();
     QApplication::quit();
+}
+
+// A pane that cannot be saved does not keep the window open.
+void MainWindow::savePane(const LogPaneView& pane, const char* name) {
+    const QString file = folder_ + QString::fromUtf8(name);
+    try {
+        pane.SaveLines(file);
+    } catch (const std::exception& e) {
+        GlobalLogger().LogError(e, QStringLiteral("Klarte ikke å lagre {Fil}"), {file});
+    }
 }
 
 void MainWindow::AppException(const std::exception& error) {

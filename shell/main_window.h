@@ -9,6 +9,7 @@
 
 #include "engine/db/session.h"
 #include "engine/torvik_pos.h"
+#include "shell/start_message.h"
 
 class QAction;
 class QLabel;
@@ -29,8 +30,9 @@ class MainWindow : public QMainWindow {
 
 public:
     // folder: the application folder, with a separator at its end. Connects to the back office through "Torvik.UDL";
-    // raises what stops the start: the data link's and the session's own errors.
-    MainWindow(const QString& folder, SettingsStore& store);
+    // raises what stops the start: the data link's and the session's own errors. showMessage tells of a missing data
+    // link before that raises.
+    MainWindow(const QString& folder, SettingsStore& store, const ShowMessage& showMessage = showStartMessage);
     ~MainWindow() override;
 
     [[nodiscard]] TTorvikPos& TorvikPos1() { return *torvikPos_; }
@@ -38,6 +40,8 @@ public:
     // Fills the collection with the tills of a command; false when the operator thinks better of it. The dialog, unless
     // replaced.
     std::function<bool(TKasseCollection&)> SelectTills;
+    // Opens a file with the program that the system has for it.
+    std::function<void(const QString& file)> OpenFile;
 
     // What the message loop's handler of exceptions calls: the text goes to both panes, in red.
     void AppException(const std::exception& error);
@@ -52,6 +56,8 @@ private:
     void createCommands();
     void createStatusBar();
     void createTrayIcon();
+    void readDataLink(const ShowMessage& showMessage);
+    void loadPreferences();
     void connectBackOffice();
     void joinAutomaticRun();
     void readSettings();
@@ -62,14 +68,17 @@ private:
     [[nodiscard]] bool running() const;  // a command or the automatic run is under way
     [[nodiscard]] bool ApplyKasseCollection();
     void actiOppgjorManually();
+    void actiAbout();
+    void helpContents();
     void onAutoStart();
     void onAutoStartDone();
+    void savePane(const LogPaneView& pane, const char* name);
 
     QString folder_;
-    QString logRootFolder_;
-    QString currentLogFolder_;
+    QString LogRootFolder;
+    QString CurrentLogFolder;
     SettingsStore& store_;
-    bool isDTSCompatible_ = false;
+    bool bIsDTSCompatible = false;
     bool settingsRead_ = false;
     bool closing_ = false;
     int commandsRunning_ = 0;

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProgressBar>
@@ -12,6 +13,8 @@
 #include "engine/abort.h"
 #include "engine/avdeling.h"
 #include "engine/oppgjor_status.h"
+#include "logging/program_file.h"
+#include "shell/application_folder.h"
 #include "shell/icons.h"
 #include "shell/log_pane_view.h"
 #include "shell/main_window.h"
@@ -35,6 +38,7 @@ void MainWindow::createCommands() {
     trayAction_->setCheckable(true);
     auto* save = action("actiSaveRegistry", QStringLiteral("Lagre standard innstillinger"));
     auto* exit = action("FileExit1", QStringLiteral("&Avslutt"));
+    auto* help = action("HelpContents1", QStringLiteral("&Innhold"));
     auto* about = action("actiAbout", QStringLiteral("Om TorvikPosSync"));
 
     QMenu* file = menuBar()->addMenu(QStringLiteral("&Fil"));
@@ -42,7 +46,7 @@ void MainWindow::createCommands() {
     file->addSeparator();
     file->addAction(exit);
     menuBar()->addMenu(QStringLiteral("TorvikPosSync"))->addAction(fetchAction_);
-    menuBar()->addMenu(QStringLiteral("&Hjelp"))->addAction(about);
+    menuBar()->addMenu(QStringLiteral("&Hjelp"))->addActions({help, about});
     QToolBar* bar = addToolBar(QStringLiteral("Manuell:"));
     bar->setObjectName(QStringLiteral("commands"));
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
@@ -57,12 +61,21 @@ void MainWindow::createCommands() {
         store_.write("SystemTray", trayAction_->isChecked());
         if (!store_.save()) torvikPos_->AddLog(QStringLiteral("Klarte ikke å lagre innstillingene"), true);
     });
-    connect(about, &QAction::triggered, this, [this] {
-        QMessageBox::about(this, QStringLiteral("Om TorvikPosSync"),
-                           QStringLiteral("TorvikPosSync utveksler data mellom Torvik BackOffice og TorvikPOS "
-                                          "kasseapparater.\n\nVersjon %1")
-                               .arg(QApplication::applicationVersion()));
-    });
+    connect(help, &QAction::triggered, this, [this] { command([this] { helpContents(); }); });
+    connect(about, &QAction::triggered, this, &MainWindow::actiAbout);
+}
+
+void MainWindow::helpContents() {
+    const QString file = helpFile(programFile());
+    if (!QFileInfo::exists(file)) throw EngineError(QStringLiteral("Finner ikke filen %1").arg(file));
+    OpenFile(file);
+}
+
+void MainWindow::actiAbout() {
+    QMessageBox::about(this, QStringLiteral("Om TorvikPosSync"),
+                       QStringLiteral("TorvikPosSync utveksler data mellom Torvik BackOffice og TorvikPOS "
+                                      "kasseapparater.\n\nVersjon %1")
+                           .arg(QApplication::applicationVersion()));
 }
 
 void MainWindow::command(const std::function<void()>& body) {
@@ -131,16 +144,16 @@ void MainWindow::joinAutomaticRun() {
 
 // Each night has a folder of its own.
 void MainWindow::onAutoStart() {
-    currentLogFolder_ =
-        logRootFolder_ + torvikPos_->Seam.now().toString(QStringLiteral("yyyyMMddHHmmss")) + QLatin1Char('/');
-    if (!QDir().mkpath(currentLogFolder_))
-        throw EngineError(QStringLiteral("Klarte ikke å lage mappen %1").arg(currentLogFolder_));
+    CurrentLogFolder =
+        LogRootFolder + torvikPos_->Seam.now().toString(QStringLiteral("yyyyMMddHHmmss")) + QLatin1Char('/');
+    if (!QDir().mkpath(CurrentLogFolder))
+        throw EngineError(QStringLiteral("Klarte ikke å lage mappen %1").arg(CurrentLogFolder));
 }
 
 void MainWindow::onAutoStartDone() {
     torvikPos_->AddLog(QStringLiteral("OnAutoStartDone"));
-    log_->SaveRichText(currentLogFolder_ + QStringLiteral("TorvikPos.rtf"));
-    errorLog_->SaveRichText(currentLogFolder_ + QStringLiteral("TorvikPosError.rtf"));
+    log_->SaveRichText(CurrentLogFolder + QStringLiteral("TorvikPos.rtf"));
+    errorLog_->SaveRichText(CurrentLogFolder + QStringLiteral("TorvikPosError.rtf"));
 }
 
 }  // namespace torvik

@@ -1,7 +1,6 @@
 #include "shell/settings.h"
 
 #include <QTime>
-#include <algorithm>
 #include <array>
 #include <optional>
 #include <stdexcept>
@@ -24,6 +23,35 @@ constexpr std::array<SettingRow, 12> kRows{{
     {"ChangeNumberOfDays", SettingType::Integer, "0"},
     {"cbAutoStart", SettingType::Boolean, "false"},
 }};
+
+// In the sub-key "Smtp", also those that have nothing to do with mail.
+constexpr std::array<SettingRow, 18> kPreferenceRows{{
+    {"Smtp/Active", SettingType::Boolean, "false"},
+    {"Smtp/Server", SettingType::Text, ""},
+    {"Smtp/Receipients", SettingType::Text, ""},
+    {"Smtp/Sender", SettingType::Text, ""},
+    {"Smtp/AutomaticAccumulate", SettingType::Boolean, "false"},
+    {"Smtp/AutomaticUpdateStatistics", SettingType::Boolean, "false"},
+    {"Smtp/SendPriceAndCustomer", SettingType::Boolean, "false"},
+    {"Smtp/DeleteItems", SettingType::Boolean, "false"},
+    {"Smtp/DeleteItemsDayOne", SettingType::Boolean, "false"},
+    {"Smtp/DeleteItemsDayTwo", SettingType::Boolean, "false"},
+    {"Smtp/DeleteItemsDayThree", SettingType::Boolean, "false"},
+    {"Smtp/DeleteItemsDayFour", SettingType::Boolean, "false"},
+    {"Smtp/DeleteItemsDayFive", SettingType::Boolean, "false"},
+    {"Smtp/DeleteItemsDaySix", SettingType::Boolean, "false"},
+    {"Smtp/DeleteItemsDaySeven", SettingType::Boolean, "false"},
+    {"Smtp/memExcludePOSListSQL", SettingType::Text, ""},
+    {"Smtp/SynchonizedRun", SettingType::Boolean, "false"},
+    {"Smtp/StartSendingTime", SettingType::Time, "03:00"},
+}};
+
+const SettingRow& rowOf(const char* name) {
+    for (const auto rows : {windowSettings(), preferenceSettings()})
+        for (const SettingRow& row : rows)
+            if (qstrcmp(row.name, name) == 0) return row;
+    throw std::invalid_argument(std::string("no setting is named ") + name);
+}
 
 std::optional<QVariant> parsed(SettingType type, const QVariant& stored) {
     const QString text = stored.toString().trimmed();
@@ -54,6 +82,10 @@ std::span<const SettingRow> windowSettings() {
     return kRows;
 }
 
+std::span<const SettingRow> preferenceSettings() {
+    return kPreferenceRows;
+}
+
 SettingsStore::SettingsStore()
     : settings_(std::make_unique<QSettings>(QStringLiteral("Vestmar"), QStringLiteral("TorvikPosSync"))) {}
 
@@ -61,13 +93,11 @@ SettingsStore::SettingsStore(const QString& file)
     : settings_(std::make_unique<QSettings>(file, QSettings::IniFormat)) {}
 
 QVariant SettingsStore::read(const char* name) const {
-    const auto row =
-        std::find_if(kRows.begin(), kRows.end(), [name](const SettingRow& r) { return qstrcmp(r.name, name) == 0; });
-    if (row == kRows.end()) throw std::invalid_argument(std::string("no setting is named ") + name);
+    const SettingRow& row = rowOf(name);
     const QVariant stored = settings_->value(QString::fromUtf8(name));
     if (stored.isValid())
-        if (const auto value = parsed(row->type, stored)) return *value;
-    return *parsed(row->type, QString::fromUtf8(row->defaultText));
+        if (const auto value = parsed(row.type, stored)) return *value;
+    return *parsed(row.type, QString::fromUtf8(row.defaultText));
 }
 
 void SettingsStore::write(const char* name, const QVariant& value) {

@@ -1,6 +1,6 @@
-// The settings of the main window as they are kept for the user: one row a setting, under the names that the store has
-// always had. On Windows the store is the registry key Software\Vestmar\TorvikPosSync of the current user, elsewhere
-// the file Vestmar/TorvikPosSync.conf in the user's configuration folder.
+// The settings of the main window and the preferences as they are kept for the user: one row a setting, under the names
+// that the store has always had. On Windows the store is the registry key Software\Vestmar\TorvikPosSync of the current
+// user, elsewhere the file Vestmar/TorvikPosSync.conf in the user's configuration folder.
 #pragma once
 
 #include <QSettings>
@@ -21,6 +21,7 @@ struct SettingRow {
 
 // The rows in the order in which they are read and written.
 [[nodiscard]] std::span<const SettingRow> windowSettings();
+[[nodiscard]] std::span<const SettingRow> preferenceSettings();  // named "Smtp/..."
 
 class SettingsStore {
 public:

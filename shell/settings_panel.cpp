@@ -42,6 +42,8 @@ SettingsPanel::SettingsPanel(TTorvikPos& torvikPos, QWidget* parent)
       cbSisteForst(box("cbSisteForst", QStringLiteral("Hent siste butikk først"))),
       cbBrukPlukkprioritet(box("cbBrukPlukkprioritet", QStringLiteral("Ta hensyn til plukkprioritet"))),
       cbKunHent(box("cbKunHent", QStringLiteral("Kun hent (ikke send)"))),
+      cbIncludeTelling(box("cbIncludeTelling", QStringLiteral("Ta med varetellinger, og bruk periode (YYYYMM):"))),
+      edVt_Periode(new QLineEdit(torvikPos.Seam.now().toString(QStringLiteral("yyyyMM")))),
       cbIncludeSladrerull(box("cbIncludeSladrerull", QStringLiteral("Bruk DTS (må være installert)"), true)),
       cbEndrevarenr(box("cbEndrevarenr", QStringLiteral("Hvis ikke varenr. finnes i Torvik, endre til:"))),
       edReplaceVa_Id(new QLineEdit),
@@ -57,6 +59,7 @@ SettingsPanel::SettingsPanel(TTorvikPos& torvikPos, QWidget* parent)
     edTimeout->setRange(1, 3600);
     edTimeout->setValue(5);
     edTimeout->setSuffix(QStringLiteral(" s"));
+    edVt_Periode->setObjectName(QStringLiteral("edVt_Periode"));
     edReplaceVa_Id->setObjectName(QStringLiteral("edReplaceVa_Id"));
     edReplaceVa_Id->setEnabled(false);
     cbVarer->setObjectName(QStringLiteral("cbVarer"));
@@ -102,6 +105,8 @@ QWidget* SettingsPanel::fetchGroup() {
         layout->addWidget(check);
     layout->addWidget(cbEndrevarenr);
     layout->addWidget(edReplaceVa_Id);
+    layout->addWidget(cbIncludeTelling);
+    layout->addWidget(edVt_Periode);
 
     connect(cbSisteForst, &QCheckBox::toggled, this, [this](bool on) { torvikPos_.ReverseProcessingOrder = on; });
     connect(cbBrukPlukkprioritet, &QCheckBox::toggled, this, [this](bool on) { torvikPos_.UsePlukkPrioritet = on; });
@@ -112,6 +117,10 @@ QWidget* SettingsPanel::fetchGroup() {
         edReplaceVa_Id->setEnabled(on);
         if (!on) edReplaceVa_Id->clear();
     });
+    connect(cbIncludeTelling, &QCheckBox::toggled, this,
+            [this](bool on) { torvikPos_.IncludeVaretellingOnOppgjor = on; });
+    connect(edVt_Periode, &QLineEdit::textChanged, this,
+            [this](const QString& text) { torvikPos_.VaretellingPeriode = text; });
     connect(edReplaceVa_Id, &QLineEdit::textChanged, this,
             [this](const QString& text) { torvikPos_.ReplacementVa_Id = text; });
     return group;
@@ -149,6 +158,8 @@ void SettingsPanel::apply() {
     torvikPos_.ReceiveDataOnly = cbKunHent->isChecked();
     torvikPos_.ReverseProcessingOrder = cbSisteForst->isChecked();
     torvikPos_.UsePlukkPrioritet = cbBrukPlukkprioritet->isChecked();
+    torvikPos_.IncludeVaretellingOnOppgjor = cbIncludeTelling->isChecked();
+    torvikPos_.VaretellingPeriode = edVt_Periode->text();
     torvikPos_.IncludeDTS_TorvikPOS = cbIncludeSladrerull->isChecked();
     torvikPos_.OnlyOppgjor = cbKunOppgjor->isChecked() && !torvikPos_.IsEnterprise;
     torvikPos_.ReplacementVa_Id = edReplaceVa_Id->text();
@@ -163,7 +174,8 @@ void SettingsPanel::read(const SettingsStore& store, bool dtsCompatible) {
     edReplaceVa_Id->setText(store.read("ReplacementProductNo").toString());
     edTimeout->setValue(store.read("Timeout").toInt());
     edStartTime->setTime(store.read("AutoStartTime").toTime());
-    cbVarer->setCurrentIndex(store.read("ProductsToSync").toInt());
+    const int products = store.read("ProductsToSync").toInt();
+    if (products >= 0 && products < cbVarer->count()) cbVarer->setCurrentIndex(products);
     cbKunHent->setChecked(store.read("KunHent").toBool());
     cbSisteForst->setChecked(store.read("HentSisteForst").toBool());
     cbIncludeSladrerull->setEnabled(dtsCompatible);

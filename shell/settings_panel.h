@@ -46,6 +46,8 @@ private:
     QCheckBox* cbSisteForst;
     QCheckBox* cbBrukPlukkprioritet;
     QCheckBox* cbKunHent;
+    QCheckBox* cbIncludeTelling;
+    QLineEdit* edVt_Periode;
     QCheckBox* cbIncludeSladrerull;
     QCheckBox* cbEndrevarenr;
     QLineEdit* edReplaceVa_Id;

@@ -5,13 +5,22 @@
 
 #include <QCheckBox>
 #include <QCoreApplication>
+#include <QDate>
+#include <QLabel>
 #include <QSpinBox>
+#include <QSystemTrayIcon>
 #include <QTabWidget>
+#include <QTime>
 #include <QTreeView>
 
 #include "engine/avdeling.h"
+#include "engine/db/errors.h"
 #include "engine/oppgjor_status.h"
+#include "logging/program_file.h"
+#include "shell/application_folder.h"
+#include "shell/settings_panel.h"
 #include "tests/shell/window_over_a_chain.h"
+#include "tests/support/recording_sink.h"
 
 namespace torvik {
 namespace {
@@ -106,12 +115,188 @@ TEST_F(WindowOverAChain, SavedSettingsComeBack) {
     EXPECT_EQ(store.read("Timeout").toInt(), 33);
 }
 
-TEST_F(WindowOverAChain, BrokenDataLinkStopsTheStart) {
+TEST_F(WindowOverAChain, MissingDataLinkIsToldBeforeItStopsTheStart) {
+    const QString udl = path() + QStringLiteral("Torvik.UDL");
+    ASSERT_TRUE(QFile::remove(udl));
+    QStringList told;
+    const auto tell = [&told](const QString& message) { told << message; };
+    try {
+        MainWindow(path(), store, tell);
+        FAIL() << "it started";
+    } catch (const db::UsageError& e) {
+        EXPECT_EQ(e.text(), QStringLiteral("The UDL file \"%1\" does not exist.").arg(udl));
+    }
+    EXPECT_EQ(told, QStringList{QStringLiteral("Filen %1 finnes ikke. Kan ikke koble til databasen").arg(udl)});
+}
+
+TEST_F(WindowOverAChain, BrokenDataLinkStopsTheStartWithoutAMessage) {
     QFile file(folder.filePath(QStringLiteral("Torvik.UDL")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write("Provider=SQLOLEDB.1");
     file.close();
-    EXPECT_THROW(MainWindow(path(), store), std::exception);
+    EXPECT_THROW(MainWindow(path(), store, [](const QString& message) { ADD_FAILURE() << message.toStdString(); }),
+                 db::UsageError);
+}
+
+TEST_F(WindowOverAChain, EngineStartsWithTheWindowsSettings) {
+    QFile ini(folder.filePath(QStringLiteral("TorvikPosSync.ini")));
+    ASSERT_TRUE(ini.open(QIODevice::WriteOnly));
+    ini.write("[Filter]\nButikktyper=1,7\n");
+    ini.close();
+    store.write("Smtp/SendPriceAndCustomer", true);
+    store.write("Smtp/SynchonizedRun", true);
+    store.write("Smtp/StartSendingTime", QTime(5, 30));
+    MainWindow window(path(), store);
+    const TTorvikPos& engine = window.TorvikPos1();
+    EXPECT_TRUE(engine.IncludeGiftVoucherOnOppgjor);
+    EXPECT_FALSE(engine.FlagAsSentAfterUpdate);
+    EXPECT_EQ(engine.SourceAuthMethod, amTrusted);
+    EXPECT_TRUE(engine.IncludeDTS_TorvikPOS);
+    EXPECT_TRUE(engine.IncludeExtraSaleProducts);
+    EXPECT_EQ(engine.RetryWaitTime, 5);
+    EXPECT_EQ(engine.StartTime, QTime(4, 0));
+    EXPECT_EQ(engine.VareOppdateringUtvalg, vopAlle);
+    EXPECT_EQ(engine.VaretellingPeriode, QDate::currentDate().toString(QStringLiteral("yyyyMM")));
+    EXPECT_TRUE(engine.SendCustomerAndPrice);
+    EXPECT_TRUE(engine.SynchonizedRun);
+    EXPECT_EQ(engine.StartSendingTime, QTime(5, 30));
+    EXPECT_EQ(engine.Avdeling->Butikktyper(), QStringLiteral("1,7"));
+    EXPECT_TRUE(QDir(folder.filePath(QStringLiteral("Log"))).exists());
+    EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("version"))->text(),
+              QStringLiteral("Versjon %1").arg(QCoreApplication::applicationVersion()));
+}
+
+TEST_F(WindowOverAChain, OnlyASingleBackOfficeOffersSettlementsOnly) {
+    {
+        MainWindow window(path(), store);
+        window.show();
+        EXPECT_FALSE(window.findChild<QCheckBox*>(QStringLiteral("cbKunOppgjor"))->isVisible());
+    }
+    QFile marker(folder.filePath(QStringLiteral("backoffice")));
+    ASSERT_TRUE(marker.open(QIODevice::WriteOnly));
+    MainWindow window(path(), store);
+    window.show();
+    EXPECT_TRUE(window.findChild<QCheckBox*>(QStringLiteral("cbKunOppgjor"))->isVisible());
+}
+
+// The demo chain's back office is at level 130.
+TEST_F(WindowOverAChain, DtsIsUntickedAndDisabledFromCompatibilityLevel91) {
+    store.write("IncludeDTS", true);
+    MainWindow window(path(), store);
+    const auto* dts = window.findChild<QCheckBox*>(QStringLiteral("cbIncludeSladrerull"));
+    EXPECT_TRUE(dts->isChecked());
+    window.show();
+    EXPECT_FALSE(dts->isChecked());
+    EXPECT_FALSE(dts->isEnabled());
+    EXPECT_FALSE(window.TorvikPos1().IncludeDTS_TorvikPOS);
+}
+
+TEST_F(WindowOverAChain, DtsIsTheUsersChoiceWhereTheBackOfficeCanRunIt) {
+    TTorvikPos engine;
+    SettingsPanel panel(engine);
+    const auto* dts = panel.findChild<QCheckBox*>(QStringLiteral("cbIncludeSladrerull"));
+    panel.read(store, true);
+    EXPECT_TRUE(dts->isEnabled());
+    EXPECT_TRUE(engine.IncludeDTS_TorvikPOS);
+    store.write("IncludeDTS", false);
+    panel.read(store, true);
+    EXPECT_FALSE(engine.IncludeDTS_TorvikPOS);
+}
+
+TEST_F(WindowOverAChain, ClickOnTheTrayIconShowsAndHidesTheWindowAndReadsTheSettingsOnce) {
+    store.write("cbAutoStart", true);
+    MainWindow window(path(), store);
+    auto* icon = window.findChild<QSystemTrayIcon*>();
+    ASSERT_NE(icon, nullptr);
+    EXPECT_TRUE(icon->isVisible());
+    EXPECT_EQ(icon->toolTip(), QStringLiteral("TorvikPosSync"));
+    EXPECT_FALSE(window.TorvikPos1().AutoCommunicate());
+
+    Q_EMIT icon->activated(QSystemTrayIcon::Trigger);
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(window.TorvikPos1().AutoCommunicate());
+    Q_EMIT icon->activated(QSystemTrayIcon::Context);
+    EXPECT_TRUE(window.isVisible());
+    Q_EMIT icon->activated(QSystemTrayIcon::Trigger);
+    EXPECT_FALSE(window.isVisible());
+    EXPECT_TRUE(window.TorvikPos1().AutoCommunicate());
+
+    window.TorvikPos1().SetAutoCommunicate(false);
+    Q_EMIT icon->activated(QSystemTrayIcon::Trigger);
+    EXPECT_FALSE(window.TorvikPos1().AutoCommunicate());
+}
+
+TEST_F(WindowOverAChain, SettingOfTheWrongTypeLeavesOnlyItselfAtItsDefault) {
+    store.write("Timeout", QStringLiteral("ofte"));
+    store.write("ProductsToSync", 7);
+    store.write("HentSisteForst", true);
+    MainWindow window(path(), store);
+    window.show();
+    EXPECT_EQ(window.TorvikPos1().RetryWaitTime, 5);
+    EXPECT_EQ(window.TorvikPos1().VareOppdateringUtvalg, vopAlle);
+    EXPECT_TRUE(window.TorvikPos1().ReverseProcessingOrder);
+}
+
+TEST_F(WindowOverAChain, StartsWithoutItsListOfTillsAndSaysWhy) {
+    chain.runInBackOffice("EXEC sp_rename 'KasseType', 'KasseTypeBorte'");
+    MainWindow window(path(), store);
+    ASSERT_EQ(window.TorvikPos1().ErrorLog->Lines().size(), 1);
+    EXPECT_TRUE(
+        window.TorvikPos1().ErrorLog->Lines()[0].endsWith(QStringLiteral("  : Invalid object name 'KasseType'.")));
+}
+
+// The start does not ask for it; the run that needs it names it and ends.
+TEST_F(WindowOverAChain, StartsWithoutInnstillingerAndTheRunNamesIt) {
+    chain.runInBackOffice("EXEC sp_rename 'Innstillinger', 'InnstillingerBorte'");
+    MainWindow window(path(), store);
+    window.show();
+    EXPECT_EQ(window.TorvikPos1().ErrorLog->Lines(), QStringList());
+    allTills(window);
+    click(window, "actiOppgjorManually");
+    EXPECT_TRUE(window.TorvikPos1().ErrorLog->Lines().join(u'\n').contains(QStringLiteral("nnstillinger'"),
+                                                                           Qt::CaseInsensitive))
+        << window.TorvikPos1().ErrorLog->Lines().join(u'\n').toStdString();
+    EXPECT_TRUE(window.isVisible());
+}
+
+TEST_F(WindowOverAChain, PaneThatCannotBeSavedDoesNotKeepTheWindowOpen) {
+    ASSERT_TRUE(QDir().mkdir(folder.filePath(QStringLiteral("TorvikPos.log"))));
+    const test::RecordedLog log;
+    MainWindow window(path(), store);
+    window.show();
+    EXPECT_TRUE(window.close());
+    EXPECT_FALSE(window.isVisible());
+    ASSERT_EQ(log.lines().size(), 1);
+    EXPECT_TRUE(log.lines()[0].startsWith(QStringLiteral("ERR Klarte ikke å lagre {Fil} Fil=")))
+        << log.lines()[0].toStdString();
+    EXPECT_TRUE(QFile::exists(folder.filePath(QStringLiteral("TorvikPosError.log"))));
+}
+
+TEST_F(WindowOverAChain, SettingsThatCannotBeSavedAreToldInTheErrorPane) {
+    QFile inTheWay(folder.filePath(QStringLiteral("fil")));
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    SettingsStore nowhere(folder.filePath(QStringLiteral("fil/settings.ini")));
+    MainWindow window(path(), nowhere);
+    window.show();
+    click(window, "actiSaveRegistry");
+    ASSERT_EQ(window.TorvikPos1().ErrorLog->Lines().size(), 1);
+    EXPECT_TRUE(
+        window.TorvikPos1().ErrorLog->Lines()[0].endsWith(QStringLiteral("  : Klarte ikke å lagre innstillingene")));
+}
+
+TEST_F(WindowOverAChain, DtsProgressStandsInTheStatusBar) {
+    MainWindow window(path(), store);
+    window.TorvikPos1().OnDtsProgress(nullptr, QStringLiteral("Kopier"), QStringLiteral("12 rader"), 40);
+    EXPECT_EQ(window.findChild<QLabel*>(QStringLiteral("progressText"))->text(), QStringLiteral("Kopier:   12 rader"));
+}
+
+TEST_F(WindowOverAChain, HelpThatIsMissingIsToldInTheErrorPane) {
+    MainWindow window(path(), store);
+    window.OpenFile = [](const QString& file) { ADD_FAILURE() << file.toStdString(); };
+    click(window, "HelpContents1");
+    ASSERT_EQ(window.TorvikPos1().ErrorLog->Lines().size(), 1);
+    EXPECT_TRUE(window.TorvikPos1().ErrorLog->Lines()[0].endsWith(
+        QStringLiteral("  : Finner ikke filen %1").arg(helpFile(programFile()))));
 }
 
 }  // namespace

@@ -27,11 +27,13 @@ protected:
 TEST_F(Settings, NamesAreUniqueAndDefaultsAreOfTheirType) {
     const SettingsStore store(folder.filePath(QStringLiteral("none.ini")));
     QSet<QString> names;
-    for (const SettingRow& row : windowSettings()) {
-        EXPECT_FALSE(names.contains(QString::fromUtf8(row.name))) << row.name;
-        names << QString::fromUtf8(row.name);
-        EXPECT_TRUE(store.read(row.name).isValid()) << row.name;
-    }
+    for (const auto rows : {windowSettings(), preferenceSettings()})
+        for (const SettingRow& row : rows) {
+            EXPECT_FALSE(names.contains(QString::fromUtf8(row.name))) << row.name;
+            names << QString::fromUtf8(row.name);
+            EXPECT_TRUE(store.read(row.name).isValid()) << row.name;
+        }
+    EXPECT_EQ(store.read("Smtp/StartSendingTime").toTime(), QTime(3, 0));
     EXPECT_EQ(store.read("AutoStartTime").toTime(), QTime(4, 0));
     EXPECT_EQ(store.read("Timeout").toInt(), 5);
 }
@@ -42,6 +44,30 @@ TEST_F(Settings, ValueOfTheWrongTypeLeavesThatSettingAtItsDefault) {
     EXPECT_EQ(store.read("Timeout").toInt(), 5);
     EXPECT_FALSE(store.read("KunHent").toBool());
     EXPECT_EQ(store.read("ProductsToSync").toInt(), 1);
+}
+
+TEST_F(Settings, PreferencesStandInASectionOfTheirOwn) {
+    const QString path = folder.filePath(QStringLiteral("s.ini"));
+    SettingsStore store(path);
+    store.write("Smtp/Receipients", QStringLiteral("a@b.no,c@d.no"));
+    ASSERT_TRUE(store.save());
+    EXPECT_EQ(QSettings(path, QSettings::IniFormat).value(QStringLiteral("Smtp/Receipients")).toString(),
+              QStringLiteral("a@b.no,c@d.no"));
+}
+
+TEST_F(Settings, HelpFileStandsBesideTheExecutable) {
+    EXPECT_EQ(helpFile(QStringLiteral("/opt/t/TorvikPosSync")), QStringLiteral("/opt/t/TorvikPosSync.hlp"));
+    EXPECT_EQ(helpFile(QStringLiteral("C:/t/TorvikPosSync.exe")), QStringLiteral("C:/t/TorvikPosSync.hlp"));
+}
+
+TEST_F(Settings, DeployFileWithoutAFolderMeansTheExecutables) {
+    write("deploy.ini", "[deploy]\n");
+    EXPECT_EQ(applicationFolder(folder.path()), folder.path() + QLatin1Char('/'));
+}
+
+TEST_F(Settings, DeployFileMayNameAnAbsoluteFolder) {
+    write("deploy.ini", "[deploy]\nfolder=/srv/torvik/./x/..\n");
+    EXPECT_EQ(applicationFolder(folder.path()), QStringLiteral("/srv/torvik/"));
 }
 
 TEST_F(Settings, DeployFileMovesTheApplicationFolder) {

@@ -1,0 +1,33 @@
+#include "shell/start_message.h"
+
+#include <QGuiApplication>
+#include <QMessageBox>
+#include <QTimer>
+#include <chrono>
+#include <iostream>
+
+#include "shell/icons.h"
+
+namespace torvik {
+
+namespace {
+
+constexpr std::chrono::seconds kBoxStands{10};
+
+bool hasScreen() {
+    const QString platform = QGuiApplication::platformName();
+    return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal");
+}
+
+}  // namespace
+
+void showStartMessage(const QString& message) {
+    std::cerr << message.toStdString() << std::endl;
+    if (!hasScreen()) return;
+    QMessageBox box(QMessageBox::Critical, QStringLiteral("TorvikPosSync"), message, QMessageBox::Ok);
+    box.setWindowIcon(applicationIcon());
+    QTimer::singleShot(kBoxStands, &box, &QMessageBox::accept);
+    box.exec();
+}
+
+}  // namespace torvik
