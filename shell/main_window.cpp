@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QProgressBar>
+#include <QScreen>
 #include <QScrollArea>
 #include <QStatusBar>
 #include <QTabWidget>
@@ -42,8 +43,8 @@ namespace {
 
 enum Pane { kStatusPane, kLogPane, kErrorLogPane };
 
-constexpr int kWidth = 1360;
-constexpr int kHeight = 820;
+constexpr QSize kSize(1400, 860);
+constexpr int kStatusBarMargin = 6;
 constexpr int kDtsLevel = 91;  // databases below this compatibility level can run DTS
 
 constexpr char kCompatibilityLevel[] = "select compatibility_level from sys.databases where name=db_name()";
@@ -70,7 +71,7 @@ MainWindow::MainWindow(const QString& folder, SettingsStore& store, const ShowMe
     settings_->apply();
     connectBackOffice();
     createTrayIcon();
-    resize(kWidth, kHeight);
+    resize(kSize.boundedTo(screen()->availableSize()));
 }
 
 // The panes look at the engine's tables and the engine writes to the panes: neither is there for the other any more.
@@ -148,9 +149,12 @@ void MainWindow::createPanes() {
         widget->setFeatures(QDockWidget::DockWidgetMovable);
         widget->setWidget(content);
         addDockWidget(Qt::LeftDockWidgetArea, widget);
+        return widget;
     };
-    dock(QStringLiteral("Kasser"), tillList_);
-    dock(QStringLiteral("Oppsett"), scroll);
+    QDockWidget* tills = dock(QStringLiteral("Kasser"), tillList_);
+    QDockWidget* setUp = dock(QStringLiteral("Oppsett"), scroll);
+    constexpr int kTillsHeight = 200;
+    resizeDocks({tills, setUp}, {kTillsHeight, settings_->sizeHint().height()}, Qt::Vertical);
 }
 
 void MainWindow::countLines(int tab, const QString& caption, int lines) {
@@ -165,6 +169,8 @@ void MainWindow::createStatusBar() {
     progressBar_ = new QProgressBar;
     progressBar_->setRange(0, 100);
     progressBar_->setMaximumWidth(220);
+    progressBar_->hide();  // until there is progress to show
+    statusBar()->setContentsMargins(kStatusBarMargin, 0, kStatusBarMargin, 0);
     statusBar()->addWidget(version);
     statusBar()->addWidget(progressText_, 1);
     statusBar()->addPermanentWidget(progressBar_);
@@ -172,6 +178,7 @@ void MainWindow::createStatusBar() {
         torvikPos_->Seam.pumpMessages();
         progressText_->setText(text);
         progressBar_->setValue(percent);
+        progressBar_->show();
         torvikPos_->Seam.pumpMessages();
     };
     torvikPos_->OnDtsProgress = [this](QObject*, const QString& task, const QString& message, int) {

@@ -45,6 +45,7 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
     tree_->setContextMenuPolicy(Qt::CustomContextMenu);
     empty_->setAlignment(Qt::AlignCenter);
     empty_->setEnabled(false);
+    (new QVBoxLayout(tree_->viewport()))->addWidget(empty_);
 
     auto* options = new QGroupBox(TfraOppgjorStatus::ViewOptionsCaption(), this);
     auto* errorsOnly = new QCheckBox(TfraOppgjorStatus::ErrorsOnlyCaption(), options);
@@ -129,7 +130,6 @@ void StatusView::fitColumns() {
 void StatusView::showSums() {
     const OppgjorStatusSums sums = status_.memOppgjorStatus.Sums();
     empty_->setVisible(sums.Count == 0);
-    empty_->resize(tree_->viewport()->size());
     sums_->setText(QStringLiteral("Antall: %1     Ant. ikke oppgjorte salg: %2     Tid brukt: %3")
                        .arg(sums.Count)
                        .arg(sums.AntSalgIkkeOppgjort)
