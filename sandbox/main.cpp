@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "sandbox/chain/demo_chain.h"
+#include "sandbox/chain/script_files.h"
 #include "sandbox/server/server.h"
 
 namespace {
@@ -32,6 +33,7 @@ cleanly on SIGINT and SIGTERM.
   --key FILE              PEM file of its key; without it the key is in the certificate's file
   --chain OPTIONS         a demo chain, such as departments=3,tills=5,days=2,seed=7: the back office
                           listens on the port given, each till is a server on a port of its own
+  --write-scripts DIR     writes the chain as scripts for a real server (--server-name) and ends
   --help                  this text
 )";
 
@@ -45,6 +47,7 @@ struct Arguments {
     sandbox::ServerOptions server;
     std::optional<sandbox::chain::ChainOptions> chain;
     std::vector<std::string> notForChains;  // options given that a chain does not take
+    std::optional<std::filesystem::path> scripts;
     bool help = false;
 };
 
@@ -97,6 +100,8 @@ Arguments parse(const std::vector<std::string>& words) {
             } catch (const std::invalid_argument& e) {
                 throw UsageError(std::string("--chain: ") + e.what());
             }
+        } else if (name == "--write-scripts") {
+            a.scripts = take();
         } else if (name == "--login") {
             const std::string login = take();
             const std::size_t equals = login.find('=');
@@ -119,6 +124,8 @@ Arguments parse(const std::vector<std::string>& words) {
             throw UsageError("unknown option " + words[i]);
         }
     }
+    if (a.scripts && !a.chain) throw UsageError("--write-scripts needs --chain");
+    if (a.scripts) std::erase(a.notForChains, "--server-name");
     if (a.chain && !a.notForChains.empty()) throw UsageError(a.notForChains.front() + " does not go with --chain");
     return a;
 }
@@ -174,6 +181,8 @@ int main(int argc, char** argv) {
         const Arguments a = parse(std::vector<std::string>(argv + 1, argv + argc));
         if (a.help) {
             std::cout << kUsage;
+        } else if (a.scripts) {
+            sandbox::chain::writeScripts(sandbox::chain::makeChain(*a.chain), *a.scripts, a.server.engine.serverName);
         } else if (a.chain) {
             runChain(a, signals);
         } else {
