@@ -177,23 +177,33 @@ void pi(Call& call) {
     call.number(std::numbers::pi);
 }
 
-// xorshift64*: enough for RAND, and each session's own.
-std::uint64_t nextRandom(FunctionContext& session) {
-    std::uint64_t& x = session.randState;
-    x ^= x >> 12;
-    x ^= x << 25;
-    x ^= x >> 27;
-    return x * 0x2545F4914F6CDD1DULL;
+// L'Ecuyer's combined generator with SQL Server's own start: seeds give the numbers that they give there. The state
+// holds the first part in its upper half and the second in its lower.
+constexpr std::int64_t kFirstModulus = 2147483563;
+constexpr std::int64_t kSecondModulus = 2147483399;
+
+std::uint64_t randomState(std::int64_t seed) {
+    constexpr std::int64_t kForZero = 12345;
+    constexpr std::uint64_t kSecond = 67890;
+    const std::int64_t first = std::abs(seed) % kFirstModulus;
+    return static_cast<std::uint64_t>(first == 0 ? kForZero : first) << 32 | kSecond;
+}
+
+double nextRandom(std::uint64_t& state) {
+    const std::int64_t first = static_cast<std::int64_t>(state >> 32) * 40014 % kFirstModulus;
+    const std::int64_t second = static_cast<std::int64_t>(state & 0xFFFFFFFF) * 40692 % kSecondModulus;
+    state = static_cast<std::uint64_t>(first) << 32 | static_cast<std::uint64_t>(second);
+    const std::int64_t difference = first - second;
+    return static_cast<double>(difference < 1 ? difference + kFirstModulus - 1 : difference) * 4.656613e-10;
 }
 
 void random(Call& call) {
     FunctionContext& session = call.session();
     if (call.count() > 0 && !call.isNull(0)) {
-        session.randState =
-            (static_cast<std::uint64_t>(call.integer(0)) + 0x9E3779B97F4A7C15ULL) * 0xBF58476D1CE4E5B9ULL | 1;
+        session.randState = randomState(call.integer(0));
         session.rand.reset();
     }
-    if (!session.rand) session.rand = static_cast<double>(nextRandom(session) >> 11) * 0x1p-53;
+    if (!session.rand) session.rand = nextRandom(session.randState);
     call.number(*session.rand);
 }
 

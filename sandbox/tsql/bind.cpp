@@ -1,4 +1,4 @@
-#include "sandbox/tsql/bind.h"
+#include "sandbox/tsql/bind_computed.h"
 
 #include <array>
 
@@ -88,6 +88,20 @@ BoundQuery bindCondition(const BindContext& context, const ast::Expr& condition)
 BoundQuery bindDefault(const BindContext& context, const ColumnDef& column) {
     Binder binder(context);
     return oneValue(binder, binder.converted(binder.defaultOf(column), column.type, context.line));
+}
+
+BoundQuery bindComputed(const BindContext& context, const ResolvedObject& table, std::string_view expression) {
+    Binder binder(context);
+    const ast::ExprPtr parsed = parseExpression(expression);
+    ast::ObjectName name;
+    name.name = table.object->name;
+    binder::Source* source = binder.addTable(table, name, "");
+    Scope scope;
+    scope.sources.push_back(source);
+    const Bound value = binder.value(*parsed, scope);
+    BoundQuery out = binder.finish("SELECT " + value.sql + " FROM " + Binder::tableSql(*source));
+    out.columns.push_back({.name = {}, .type = binder::shownType(value.type), .nullable = value.nullable});
+    return out;
 }
 
 BoundQuery bindCheck(const BindContext& context, const ResolvedObject& table, std::string_view condition, bool oneRow) {

@@ -228,7 +228,6 @@ BoundUpdate bindUpdate(const BindContext& context, const ast::Update& statement)
     Binder binder(context);
     BoundUpdate out;
     const Binder::CteGuard ctes = binder.enterCtes(statement.ctes);
-    if (statement.output) reportNotSupported(binder, "OUTPUT", statement.target.place.line);
     Scope scope;
     const ChangeSource source = changeSource(binder, statement.target, statement.from, scope, "UPDATE");
     if (source.target == nullptr) {
@@ -258,7 +257,6 @@ BoundDelete bindDelete(const BindContext& context, const ast::Delete& statement)
     Binder binder(context);
     BoundDelete out;
     const Binder::CteGuard ctes = binder.enterCtes(statement.ctes);
-    if (statement.output) reportNotSupported(binder, "OUTPUT", statement.target.place.line);
     Scope scope;
     const ChangeSource source = changeSource(binder, statement.target, statement.from, scope, "DELETE");
     if (source.target == nullptr) {

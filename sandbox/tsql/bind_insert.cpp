@@ -249,7 +249,9 @@ BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement)
     BoundInsert out;
     const int line = statement.target.place.line;
     const Binder::CteGuard ctes = binder.enterCtes(statement.ctes);
-    if (statement.output) reportNotSupported(binder, "OUTPUT", line);
+    if (statement.output && std::holds_alternative<std::unique_ptr<ast::Execute>>(statement.source)) {
+        reportNotSupported(binder, "OUTPUT of INSERT EXEC", line);
+    }
     const std::optional<ResolvedObject> target = resolveTarget(binder, statement.target);
     if (target && isView(*target)) reportNotSupported(binder, "INSERT into a view", line);
     if (!target || isView(*target)) {

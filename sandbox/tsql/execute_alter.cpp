@@ -70,6 +70,7 @@ void addColumns(const ExecuteContext& context, const FoundObject& table, const a
                 std::span<const ColumnDef> columns) {
     const bool empty = isEmpty(context, table);
     for (const ColumnDef& column : columns) {
+        if (!column.computedText.empty()) continue;
         const bool filled = !column.defaultText.empty() || column.identity;
         if (!empty && !column.nullable && !filled) {
             throw definitionError(
@@ -85,6 +86,7 @@ void addColumns(const ExecuteContext& context, const FoundObject& table, const a
     }
     if (empty) return;
     for (const ColumnDef& column : columns) {
+        if (!column.computedText.empty()) continue;
         const auto definition =
             std::find_if(add.definition.columns.begin(), add.definition.columns.end(),
                          [&](const ast::ColumnDefinition& c) { return sameName(c.name, column.name); });
@@ -146,7 +148,9 @@ void dropColumn(const ExecuteContext& context, const FoundObject& table, ObjectD
                                   "' is the only data column in table '" + def.name +
                                   "'. A table must have at least one data column.");
     }
-    context.connection.run("ALTER TABLE " + tableSql(table) + " DROP COLUMN " + quoteIdentifier(column->name));
+    if (column->computedText.empty()) {
+        context.connection.run("ALTER TABLE " + tableSql(table) + " DROP COLUMN " + quoteIdentifier(column->name));
+    }
     def.columns.erase(def.columns.begin() + (column - def.columns.data()));
 }
 
@@ -258,13 +262,19 @@ std::vector<Message> dependents(const ExecuteContext& context, const FoundObject
     };
     const ObjectDef& def = *table.object;
     if (!column.defaultName.empty()) add("object", column.defaultName);
-    for (const CheckDef& check : def.checks) {
+    const auto names = [&](const ast::Expr& expression) {
         bool uses = false;
-        ast::forEachExpr(*parseCondition(check.text), [&](const ast::Expr& expr) {
+        ast::forEachExpr(expression, [&](const ast::Expr& expr) {
             const auto* reference = std::get_if<ast::ColumnRef>(&expr.node);
             uses = uses || (reference != nullptr && sameName(reference->name, column.name));
         });
-        if (uses) add("object", check.name);
+        return uses;
+    };
+    for (const ColumnDef& other : def.columns) {
+        if (!other.computedText.empty() && names(*parseExpression(other.computedText))) add("column", other.name);
+    }
+    for (const CheckDef& check : def.checks) {
+        if (names(*parseCondition(check.text))) add("object", check.name);
     }
     for (const IndexDef& index : def.indexes) {
         std::vector<std::string> columns = index.included;

@@ -55,6 +55,7 @@ void rebuild(const ExecuteContext& context, const FoundObject& before, ObjectDef
     std::string names = "_rowid_";
     std::string values = "_rowid_";
     for (const ColumnDef& column : def.columns) {
+        if (!column.computedText.empty()) continue;
         const std::string name = quoteIdentifier(column.name);
         names += ", " + name;
         values += ", " + (sameName(column.name, to.name) ? storeSql(name, from.type, to.type, fullName(before), to.name)
@@ -86,6 +87,9 @@ void alterColumn(const ExecuteContext& context, const FoundObject& table, const 
         throw definitionError(4924, 1,
                               "ALTER TABLE ALTER COLUMN failed because column '" + definition.name +
                                   "' does not exist in table '" + table.object->name + "'.");
+    }
+    if (!from->computedText.empty()) {
+        throw definitionError(4928, 1, "Cannot alter column '" + from->name + "' because it is 'COMPUTED'.");
     }
     if (!definition.type.known) {
         throw definitionError(

@@ -103,8 +103,12 @@ private:
             if (!columns.empty()) columns += ", ";
             const auto place = std::find_if(columns_.begin(), columns_.end(),
                                             [&](const ColumnDef* c) { return sameName(c->name, column.name); });
-            columns += place == columns_.end() ? quoteIdentifier(column.name)
-                                               : "?" + std::to_string(place - columns_.begin() + 2);
+            if (!column.computedText.empty()) {
+                columns += "NULL";
+            } else {
+                columns += place == columns_.end() ? quoteIdentifier(column.name)
+                                                   : "?" + std::to_string(place - columns_.begin() + 2);
+            }
         }
         Statement read =
             context_.connection.prepare("SELECT " + columns + " FROM " + tableSql(table_) + " WHERE _rowid_ = ?1");

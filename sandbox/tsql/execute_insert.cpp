@@ -5,6 +5,7 @@
 #include "sandbox/store/storage_codec.h"
 #include "sandbox/store/table_storage.h"
 #include "sandbox/tsql/constraint_errors.h"
+#include "sandbox/tsql/execute_output.h"
 
 namespace sandbox {
 
@@ -190,21 +191,30 @@ bool readsTarget(const BoundInsert& insert, const FoundObject& table) {
 }  // namespace
 
 std::int64_t executeInsert(const ExecuteContext& context, const BoundInsert& insert) {
+    return executeInsert(context, insert, nullptr);
+}
+
+std::int64_t executeInsert(const ExecuteContext& context, const BoundInsert& insert, RowOutput* output) {
     const FoundObject table = writeTarget(context, insert.target);
     Write write(context.connection, *table.database);
     requireUnchanged(context, table);
     RowInserter inserter(context, table, insert, {});
+    const auto add = [&](const RowView& row) {
+        inserter.add(row);
+        if (output) output->written(sqlite3_last_insert_rowid(context.connection.handle()));
+    };
     Statement source = context.connection.prepare(insert.source.sql);
     context.bindParameters(source, insert.source, {});
     if (readsTarget(insert, table)) {
         RowBuffer rows(static_cast<std::size_t>(sqlite3_column_count(source.get())));
         while (source.step()) rows.add(source.get());
-        for (std::size_t i = 0; i < rows.size(); ++i) inserter.add(rows.row(i));
+        for (std::size_t i = 0; i < rows.size(); ++i) add(rows.row(i));
     } else {
-        while (source.step()) inserter.add(StatementRow(source.get()));
+        while (source.step()) add(StatementRow(source.get()));
     }
     const std::int64_t count = inserter.finish();
     source.reset();
+    if (output) output->finish();
     write.done();
     return count;
 }

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "sandbox/store/collation.h"
+#include "sandbox/tsql/bind_computed.h"
 #include "sandbox/tsql/execute_errors.h"
 
 namespace sandbox {
@@ -107,6 +108,9 @@ void TableBuilder::add(const ast::TableDefinition& definition) {
         if (isNew_ && !column.nullable && inPrimaryKey(definition, column)) table_.columns.back().nullable = false;
     }
     for (const ast::ColumnDefinition& column : definition.columns) {
+        if (column.computed) typeComputed(*findColumn(column.name), *column.computed);
+    }
+    for (const ast::ColumnDefinition& column : definition.columns) {
         for (const ast::Constraint& constraint : column.constraints) {
             if (constraint.kind != Kind::Default) addConstraint(constraint, &column);
         }
@@ -125,8 +129,7 @@ void TableBuilder::add(const ast::TableDefinition& definition) {
 // ---- columns
 
 void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
-    if (from.computed) throw unsupported("computed column");
-    if (!from.type.known) {
+    if (!from.computed && !from.type.known) {
         throw definitionError(2715, 6,
                               "Column, parameter, or variable #" + std::to_string(table_.columns.size() + 1) +
                                   ": Cannot find data type " + from.type.written + ".");
@@ -138,6 +141,13 @@ void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
     }
     ColumnDef column;
     column.name = from.name;
+    if (from.computed) {
+        column.computedText = storedExpression(from.computedText);
+        column.nullable = from.nullable.value_or(true);
+        column.columnId = ++table_.lastColumnId;
+        table_.columns.push_back(std::move(column));
+        return;
+    }
     column.type = from.type.type;
     const bool isName = sameName(from.type.written, "sysname");
     column.nullable = from.nullable.value_or(!from.identity.has_value() && !isName);
@@ -173,6 +183,24 @@ void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
     for (const ast::Constraint& constraint : from.constraints) {
         if (constraint.kind == Kind::Default) addConstraint(constraint, &from);
     }
+}
+
+void TableBuilder::typeComputed(ColumnDef& column, const ast::Expr& expression) {
+    ast::forEachExpr(expression, [&](const ast::Expr& expr) {
+        const auto* reference = ast::as<ast::ColumnRef>(expr);
+        const ColumnDef* used = reference != nullptr ? findColumn(reference->name) : nullptr;
+        if (used == nullptr || used->computedText.empty()) return;
+        throw definitionError(1759, 0,
+                              "Computed column '" + used->name + "' in table '" + table_.name +
+                                  "' is not allowed to be used in another computed-column definition.");
+    });
+    ObjectDef stored = table_;
+    std::erase_if(stored.columns, [](const ColumnDef& each) { return !each.computedText.empty(); });
+    const ResolvedObject table{std::make_shared<const ObjectDef>(std::move(stored)), database_->name(),
+                               database_->attachedAs()};
+    const ResultColumn value = bindComputed(context_.bind, table, column.computedText).columns.front();
+    column.type = value.type;
+    column.nullable = column.nullable && value.nullable;
 }
 
 // ---- constraints
@@ -239,6 +267,7 @@ void TableBuilder::addIndex(IndexDef index) {
                 1911, 1, "Column name '" + index.keys[i].column + "' does not exist in the target table or view.");
         }
         index.keys[i].column = column->name;
+        if (!column->computedText.empty()) throw unsupported("index on a computed column");
         if (!canBeKey(column->type)) {
             throw definitionError(1919, 1, invalidKeyText(column->name));
         }

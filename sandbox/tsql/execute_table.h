@@ -33,6 +33,8 @@ private:
     void addDefault(const ast::Constraint& constraint, const ast::ColumnDefinition* column);
     void matchParent(ForeignKeyDef& key, const ObjectDef& parent);
 
+    void typeComputed(ColumnDef& column, const ast::Expr& expression);
+
     [[nodiscard]] ColumnDef* findColumn(std::string_view name);
     [[nodiscard]] std::string constraintName(const std::string& given, const std::string& madeUp);
     [[nodiscard]] std::string madeUpName(std::string_view kind, std::string_view column, std::int32_t id) const;

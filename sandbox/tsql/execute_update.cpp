@@ -3,10 +3,15 @@
 
 #include "sandbox/tsql/execute.h"
 #include "sandbox/tsql/execute_change.h"
+#include "sandbox/tsql/execute_output.h"
 
 namespace sandbox {
 
 std::int64_t executeUpdate(const ExecuteContext& context, const BoundUpdate& update) {
+    return executeUpdate(context, update, nullptr);
+}
+
+std::int64_t executeUpdate(const ExecuteContext& context, const BoundUpdate& update, RowOutput* output) {
     const FoundObject table = writeTarget(context, update.target);
     Write write(context.connection, *table.database);
     requireUnchanged(context, table);
@@ -20,12 +25,19 @@ std::int64_t executeUpdate(const ExecuteContext& context, const BoundUpdate& upd
             rows.add(find.get());
         }
     }
+    for (std::size_t i = 0; output && i < rows.size(); ++i) output->removed(rows.integer(i, 0));
     changeRows(context, table, update.columns, rows, "UPDATE");
+    for (std::size_t i = 0; output && i < rows.size(); ++i) output->written(rows.integer(i, 0));
+    if (output) output->finish();
     write.done();
     return static_cast<std::int64_t>(rows.size());
 }
 
 std::int64_t executeDelete(const ExecuteContext& context, const BoundDelete& deletion) {
+    return executeDelete(context, deletion, nullptr);
+}
+
+std::int64_t executeDelete(const ExecuteContext& context, const BoundDelete& deletion, RowOutput* output) {
     const FoundObject table = writeTarget(context, deletion.target);
     Write write(context.connection, *table.database);
     requireUnchanged(context, table);
@@ -39,7 +51,9 @@ std::int64_t executeDelete(const ExecuteContext& context, const BoundDelete& del
             if (!deletion.mayRepeat || seen.insert(row).second) rows.push_back(row);
         }
     }
+    for (std::size_t i = 0; output && i < rows.size(); ++i) output->removed(rows[i]);
     removeRows(context, table, rows, "DELETE");
+    if (output) output->finish();
     write.done();
     return static_cast<std::int64_t>(rows.size());
 }

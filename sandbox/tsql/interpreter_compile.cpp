@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "sandbox/store/collation.h"
+#include "sandbox/tsql/bind_output.h"
 #include "sandbox/tsql/interpreter.h"
 #include "sandbox/tsql/interpreter_bound.h"
 
@@ -282,10 +283,28 @@ private:
                 },
                 [&](const ast::Insert& n) {
                     if (const auto* call = std::get_if<std::unique_ptr<ast::Execute>>(&n.source)) execute(**call, line);
-                    bind(&s, line, [&](const BindContext& c) { return bindInsert(c, n); });
+                    bind(&s, line, [&](const BindContext& c) {
+                        BoundInsert insert = bindInsert(c, n);
+                        if (n.output) (void)bindOutput(c, *n.output, insert.target, {.inserted = true});
+                        return insert;
+                    });
                 },
-                [&](const ast::Update& n) { bind(&s, line, [&](const BindContext& c) { return bindUpdate(c, n); }); },
-                [&](const ast::Delete& n) { bind(&s, line, [&](const BindContext& c) { return bindDelete(c, n); }); },
+                [&](const ast::Update& n) {
+                    bind(&s, line, [&](const BindContext& c) {
+                        BoundUpdate update = bindUpdate(c, n);
+                        if (n.output) {
+                            (void)bindOutput(c, *n.output, update.target, {.inserted = true, .deleted = true});
+                        }
+                        return update;
+                    });
+                },
+                [&](const ast::Delete& n) {
+                    bind(&s, line, [&](const BindContext& c) {
+                        BoundDelete deletion = bindDelete(c, n);
+                        if (n.output) (void)bindOutput(c, *n.output, deletion.target, {.deleted = true});
+                        return deletion;
+                    });
+                },
                 [&](const auto&) {},
             },
             s.node);

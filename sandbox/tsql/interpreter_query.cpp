@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "sandbox/store/storage_codec.h"
+#include "sandbox/tsql/execute_output.h"
 #include "sandbox/tsql/globals.h"
 #include "sandbox/tsql/interpreter.h"
 #include "sandbox/tsql/interpreter_bound.h"
@@ -228,16 +229,36 @@ void Interpreter::change(const ast::Statement& s, const std::function<std::int64
     done(rows);
 }
 
+namespace {
+
+// What a statement's OUTPUT clause needs, null where it has none.
+std::unique_ptr<RowOutput> outputOf(const ExecuteContext& context, const std::optional<ast::Output>& clause,
+                                    const ResolvedObject& target, OutputTables tables, Reply& reply) {
+    if (!clause) return nullptr;
+    const auto send = [&reply](const BoundQuery& query, std::span<const std::vector<Typed>> rows) {
+        reply.columns(query.columns);
+        for (const std::vector<Typed>& row : rows) {
+            std::vector<Value> cells;
+            for (const Typed& cell : row) cells.push_back(cell.value);
+            reply.row(cells);
+        }
+    };
+    return std::make_unique<RowOutput>(context, target, bindOutput(context.bind, *clause, target, tables), send);
+}
+
+}  // namespace
+
 void Interpreter::runInsert(const ast::Statement& s, const ast::Insert& n) {
     const auto bind = [&](const BindContext& c) { return bindInsert(c, n); };
     if (std::get<BoundInsert>(bound(&s, bind).bound).fromExecute) return runInsertExecute(s, n);
     change(s, [&](const ExecuteContext& context) {
         const auto& insert = std::get<BoundInsert>(bound(&s, bind).bound);
         requireIdentityInsert(insert);
-        if (session_.settings.rowCount == 0) return executeInsert(context, insert);
+        const auto output = outputOf(context, n.output, insert.target, {.inserted = true}, *reply_);
+        if (session_.settings.rowCount == 0) return executeInsert(context, insert, output.get());
         BoundInsert fewer = insert;
         fewer.source = limited(insert.source);
-        return executeInsert(context, fewer);
+        return executeInsert(context, fewer, output.get());
     });
 }
 
@@ -246,10 +267,11 @@ void Interpreter::runUpdate(const ast::Statement& s) {
     change(s, [&](const ExecuteContext& context) {
         const BoundNode& known = bound(&s, [&](const BindContext& c) { return bindUpdate(c, n); });
         const auto& update = std::get<BoundUpdate>(known.bound);
-        if (session_.settings.rowCount == 0) return executeUpdate(context, update);
+        const auto output = outputOf(context, n.output, update.target, {.inserted = true, .deleted = true}, *reply_);
+        if (session_.settings.rowCount == 0) return executeUpdate(context, update, output.get());
         BoundUpdate fewer = update;
         fewer.source = limited(update.source);
-        return executeUpdate(context, fewer);
+        return executeUpdate(context, fewer, output.get());
     });
 }
 
@@ -258,10 +280,11 @@ void Interpreter::runDelete(const ast::Statement& s) {
     change(s, [&](const ExecuteContext& context) {
         const BoundNode& known = bound(&s, [&](const BindContext& c) { return bindDelete(c, n); });
         const auto& deletion = std::get<BoundDelete>(known.bound);
-        if (session_.settings.rowCount == 0) return executeDelete(context, deletion);
+        const auto output = outputOf(context, n.output, deletion.target, {.deleted = true}, *reply_);
+        if (session_.settings.rowCount == 0) return executeDelete(context, deletion, output.get());
         BoundDelete fewer = deletion;
         fewer.source = limited(deletion.source);
-        return executeDelete(context, fewer);
+        return executeDelete(context, fewer, output.get());
     });
 }
 

@@ -2,9 +2,64 @@
 #include <sqlite3.h>
 
 #include "sandbox/store/convert.h"
+#include "sandbox/tsql/execute_rows.h"
 #include "sandbox/tsql/interpreter.h"
 
 namespace sandbox {
+
+namespace {
+
+// The rows of table variables, which no roll-back takes away: read before it, written again after it.
+class KeptVariables {
+public:
+    explicit KeptVariables(Connection& connection) : connection_(connection) {
+        if (connection.interrupted()) return;  // nothing can be read, and the batch ends anyway
+        for (const auto& scope : connection.temporaryScopes()) {
+            for (const auto& object : connection.catalog(*scope)->all()) {
+                if (object->name.starts_with('@')) read({object, scope});
+            }
+        }
+    }
+
+    void restore() {
+        for (const Kept& kept : kept_) {
+            // One that was made within the transaction has gone with it.
+            if (connection_.catalog(*kept.table.database)->findById(kept.table.object->id) == nullptr) continue;
+            Write write(connection_, *kept.table.database);
+            connection_.run("DELETE FROM " + tableSql(kept.table));
+            std::string places;
+            for (std::size_t i = 0; i < kept.columns; ++i) places += (i == 0 ? "?" : ", ?") + std::to_string(i + 1);
+            Statement insert = connection_.prepare("INSERT INTO " + tableSql(kept.table) + " VALUES (" + places + ")");
+            for (std::size_t r = 0; r < kept.rows.size(); ++r) {
+                for (std::size_t i = 0; i < kept.columns; ++i) {
+                    kept.rows.row(r).bind(insert.get(), static_cast<int>(i) + 1, i);
+                }
+                insert.step();
+                insert.reset();
+            }
+            write.done();
+        }
+    }
+
+private:
+    struct Kept {
+        FoundObject table;
+        std::size_t columns;
+        RowBuffer rows;
+    };
+
+    void read(const FoundObject& table) {
+        Statement all = connection_.prepare("SELECT * FROM " + tableSql(table));
+        const auto columns = static_cast<std::size_t>(sqlite3_column_count(all.get()));
+        Kept& kept = kept_.emplace_back(Kept{table, columns, RowBuffer(columns)});
+        while (all.step()) kept.rows.add(all.get());
+    }
+
+    Connection& connection_;
+    std::vector<Kept> kept_;
+};
+
+}  // namespace
 
 void Interpreter::carryOut(TransactionStep step) {
     Connection& connection = *session_.connection;
@@ -23,16 +78,22 @@ void Interpreter::carryOut(TransactionStep step) {
             }
             reply_->transactionCommitted(session_.descriptor);
             break;
-        case TransactionStep::Rollback:
+        case TransactionStep::Rollback: {
+            KeptVariables variables(connection);
             connection.rollback();
+            variables.restore();
             session_.definitionsChanged();
             reply_->transactionRolledBack(session_.descriptor);
             break;
+        }
         case TransactionStep::Save: connection.save(session_.transaction.savePoint()); break;
-        case TransactionStep::RollbackToSave:
+        case TransactionStep::RollbackToSave: {
+            KeptVariables variables(connection);
             connection.rollbackTo(session_.transaction.savePoint());
+            variables.restore();
             session_.definitionsChanged();
             break;
+        }
     }
     session_.tellProcess();
 }
@@ -85,6 +146,18 @@ SqlError Interpreter::ofSqlite(const SqliteError& error) {
                     .state = 2,
                     .text = "The transaction log for database '" + session_.database() + "' is full due to 'NOTHING'."},
             Effect::Batch);
+    }
+    // Expressions and joins that this server's storage cannot hold in one statement.
+    constexpr std::string_view kLimits[] = {"parser stack overflow", "Expression tree is too large", "tables in a join",
+                                            "too many terms in compound SELECT"};
+    for (const std::string_view limit : kLimits) {
+        if (error.text.find(limit) == std::string::npos) continue;
+        return SqlError(Message{.number = 191,
+                                .severity = 15,
+                                .state = 1,
+                                .text = "Some part of your SQL statement is nested too deeply. Rewrite the query or "
+                                        "break it up into smaller queries."},
+                        Effect::Batch);
     }
     return SqlError(Message{.number = 8630,
                             .severity = 17,
