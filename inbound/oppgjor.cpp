@@ -98,16 +98,19 @@ void TOppgjor::startTransactions() {
     torvikPos_.AddLog(QStringLiteral("Transaksjon startet for måldatabase"));
 }
 
-// The till first: what the back office then fails to commit, the next run fetches again.
+// The till first: what the back office then fails to commit, the next run fetches again. Both are asked before it
+// whether their transaction still stands, so that a session that was lost, or a transaction that its server has ended,
+// is found while neither side is committed.
 void TOppgjor::commitTransactions() {
-    if (torvikPos_.SourceConnection->InTransaction()) {
-        torvikPos_.SourceConnection->Commit();
-        torvikPos_.AddLog(QStringLiteral("Transaksjon commit for kildedatabase"));
-    }
-    if (torvikPos_.TargetConnection()->InTransaction()) {
-        torvikPos_.TargetConnection()->Commit();
-        torvikPos_.AddLog(QStringLiteral("Transaksjon commit for måldatabase"));
-    }
+    const auto require = [](db::Session& session, const QString& database) {
+        if (!session.InTransaction()) throw EngineError(QStringLiteral("Transaksjonen for %1 er brutt").arg(database));
+    };
+    require(*torvikPos_.SourceConnection, QStringLiteral("kildedatabase"));
+    require(*torvikPos_.TargetConnection(), QStringLiteral("måldatabase"));
+    torvikPos_.SourceConnection->Commit();
+    torvikPos_.AddLog(QStringLiteral("Transaksjon commit for kildedatabase"));
+    torvikPos_.TargetConnection()->Commit();
+    torvikPos_.AddLog(QStringLiteral("Transaksjon commit for måldatabase"));
 }
 
 void TOppgjor::rollbackTransactions(const std::exception& failure) {

@@ -135,7 +135,9 @@ void importVouchers(const VoucherKind& kind, TTorvikPos& torvikPos, int timeout)
         try {
             executeBatch(atBackOffice);
         } catch (const std::exception& e) {
-            // The batch is dropped and its cards are marked all the same.
+            // An error that took the transaction with it, or the session, fails the transfer: what follows would stand
+            // by itself. Any other drops the batch, and its cards are marked all the same.
+            if (!torvikPos.TargetConnection()->InTransaction()) throw;
             torvikPos.AddLog(ErrorText(e), true, kls_Error);
         }
     }

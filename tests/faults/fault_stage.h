@@ -1,0 +1,45 @@
+// The chain that the cases of a fault start from: two tills of two departments, the first with rows of every kind. It
+// is made once for a test program, in files; each case works on a copy of its own.
+#pragma once
+
+#include <QTemporaryDir>
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+#include "tests/faults/fault_program.h"
+#include "tests/faults/recorded_run.h"
+
+namespace torvik::test {
+
+// A running copy of a stage's chain.
+struct ChainCopy {
+    explicit ChainCopy(const std::filesystem::path& files);
+
+    QTemporaryDir folder;
+    sandbox::chain::DemoChain chain;
+};
+
+class FaultStage {
+public:
+    // Nothing has been fetched.
+    static const FaultStage& unfetched();
+    // The first till's transfer has been done and its settlements are open; the second till has been fetched whole.
+    static const FaultStage& transferred();
+
+    explicit FaultStage(const std::function<void(const std::filesystem::path&)>& fill);
+
+    [[nodiscard]] std::unique_ptr<ChainCopy> copy() const;
+    // The run without a fault from here on.
+    [[nodiscard]] const RecordedRun& run() const { return run_; }
+
+private:
+    QTemporaryDir folder_;
+    RecordedRun run_;
+};
+
+// What the chain holds at last when of one pair of a till (its server) the till's side alone has been committed: worked
+// out on a chain whose till was marked by hand.
+[[nodiscard]] const ChainState& outcomeWithTillAhead(std::size_t till, std::size_t pair);
+
+}  // namespace torvik::test

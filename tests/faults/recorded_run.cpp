@@ -1,0 +1,153 @@
+// See recorded_run.h.
+#include "tests/faults/recorded_run.h"
+
+#include <map>
+#include <mutex>
+
+#include "inbound/transfer_steps.h"
+
+namespace torvik::test {
+
+namespace {
+
+constexpr const char* kBegin = "BEGIN TRANSACTION";
+constexpr const char* kCommit = "COMMIT TRANSACTION";
+
+// Which step a request belongs to: the one whose name was told last, but for the marks in dts_logg, which some steps
+// write before their name is told and two write without a name.
+class StepOfRequest {
+public:
+    void named(const QString& step) {
+        for (const TransferStep& row : transferSteps())
+            if (step == QString::fromUtf8(row.name)) p_ = row.p;
+    }
+    int of(const std::string& text) {
+        if (p_ == 0) return 0;
+        if (text.find("insert into dts_logg") == std::string::npos) return p_;
+        const std::vector<int> steps = stepsOfMarks();
+        const int p = mark_ < steps.size() ? steps[mark_++] : 0;
+        if (mark_ == steps.size()) end();
+        return p;
+    }
+    [[nodiscard]] int now() const { return p_; }
+    void end() {
+        p_ = 0;
+        mark_ = 0;
+    }
+
+private:
+    static std::vector<int> stepsOfMarks() {
+        std::vector<int> steps;
+        for (const TransferStep& step : transferSteps())
+            for (const DtsLogg mark : {step.before, step.after})
+                if (mark != DtsLogg::None) steps.push_back(step.p);
+        return steps;
+    }
+
+    int p_ = 0;
+    std::size_t mark_ = 0;
+};
+
+// From the servers' logs; `before` is how many requests each had been sent when the run began.
+void addStatements(sandbox::chain::DemoChain& chain, const std::vector<std::uint64_t>& before, RecordedRun& run) {
+    std::map<std::pair<std::size_t, std::uint64_t>, std::size_t> requests;
+    for (std::size_t i = 0; i < run.requests.size(); ++i) requests[{run.requests[i].server, run.requests[i].place}] = i;
+    run.statements.resize(run.requests.size());
+    for (std::size_t server = 0; server < before.size(); ++server) {
+        std::uint64_t place = 0;
+        for (const sandbox::LoggedRequest& logged : serverOf(chain, server).faults().log()) {
+            const auto found = requests.find({server, logged.request.serverNumber - before[server]});
+            for (const std::string& text : logged.statements) {
+                ++place;
+                if (found == requests.end()) continue;
+                RecordedRequest statement = run.requests[found->second];
+                statement.place = place;
+                statement.text = text;
+                statement.level = sandbox::FaultLevel::Statement;
+                run.statements[found->second].push_back(std::move(statement));
+            }
+        }
+    }
+}
+
+}  // namespace
+
+sandbox::Server& serverOf(sandbox::chain::DemoChain& chain, std::size_t server) {
+    return server == kBackOffice ? chain.backOffice() : chain.till(server - kFirstTill);
+}
+
+RequestWatch::RequestWatch(sandbox::chain::DemoChain& chain, Callback callback) : chain_(chain) {
+    for (std::size_t server = 0; server <= chain.model().tills.size(); ++server) {
+        sandbox::Faults& faults = serverOf(chain, server).faults();
+        observers_.push_back(
+            faults.observe([callback, server, before = faults.requests()](const sandbox::RequestInfo& request) {
+                callback(server, request.serverNumber - before, request);
+            }));
+    }
+}
+
+RequestWatch::~RequestWatch() {
+    for (std::size_t server = 0; server < observers_.size(); ++server)
+        serverOf(chain_, server).faults().forget(observers_[server]);
+}
+
+std::size_t RecordedRun::firstRequestTo(std::size_t server) const {
+    std::size_t index = 0;
+    while (index < requests.size() && requests[index].server != server) ++index;
+    return index;
+}
+
+std::size_t RecordedRun::pairsOf(std::size_t till) const {
+    std::size_t count = 0;
+    for (const RecordedPair& pair : pairs) count += pair.till == till;
+    return count;
+}
+
+RecordedRun record(sandbox::chain::DemoChain& chain, ChainProgram& program) {
+    RecordedRun run;
+    StepOfRequest steps;
+    std::mutex mutex;
+    std::vector<std::uint64_t> before;
+    for (std::size_t server = 0; server <= chain.model().tills.size(); ++server) {
+        sandbox::Faults& faults = serverOf(chain, server).faults();
+        faults.keepLog();
+        before.push_back(faults.requests());
+    }
+    std::size_t heard = 0;
+    program.engine.Seam.pumpMessages = [&] {
+        const std::lock_guard lock(mutex);
+        for (; heard < run.requests.size(); ++heard) run.requests[heard].heardAt = steps.now();
+    };
+    program.engine.OnProgress = [&](QObject*, int, const QString& text) {
+        {
+            const std::lock_guard lock(mutex);
+            if (text.startsWith(QStringLiteral("Start ")) && text.endsWith(QStringLiteral(": ")))
+                steps.named(text.sliced(6, text.size() - 8));
+        }
+        program.engine.Seam.pumpMessages();
+    };
+    {
+        const RequestWatch watch(chain, [&](std::size_t server, std::uint64_t place, const sandbox::RequestInfo& r) {
+            const std::lock_guard lock(mutex);
+            const std::size_t index = run.requests.size();
+            if (server != kBackOffice && r.text == kBegin) {
+                run.states.push_back(readState(chain));
+                run.pairs.push_back({.till = server, .begins = index});
+            }
+            if (r.text == kCommit) {
+                (server == kBackOffice ? run.pairs.back().backOfficeCommits : run.pairs.back().tillCommits) = index;
+                steps.end();
+            }
+            run.requests.push_back({.server = server, .place = place, .text = r.text, .p = steps.of(r.text)});
+        });
+        program.fetch();
+    }
+    addStatements(chain, before, run);
+    program.engine.OnProgress = nullptr;
+    program.engine.Seam.pumpMessages = [] {};
+    run.states.push_back(readState(chain));
+    run.errors = program.errors();
+    return run;
+}
+
+}  // namespace torvik::test
