@@ -64,23 +64,27 @@ bool TTorvikPos::ConnectSource() {
     return false;
 }
 
-void TTorvikPos::ReadDbVersion() {
-    db::Query query(&source());
+// A till that answers the login and then no more is given up after as long as one that does not answer at all.
+void TTorvikPos::openSourceFor(db::Query& query) {
     if (!source().Connected()) {
         ApplySourceConnectionSettings();
         source().Open();
     }
+    query.SetConnection(&source());
+    query.CommandTimeout = source().ConnectionTimeout();
+}
+
+void TTorvikPos::ReadDbVersion() {
+    db::Query query;
+    openSourceFor(query);
     query.SQL = {QStringLiteral("select in_dbversion from innstillinger")};
     query.Open();
     fDbVersion = query.Fields(0).AsString().trimmed();
 }
 
 void TTorvikPos::SetNoCount(bool on) {
-    db::Query query(&source());
-    if (!source().Connected()) {
-        ApplySourceConnectionSettings();
-        source().Open();
-    }
+    db::Query query;
+    openSourceFor(query);
     query.SQL = {QStringLiteral("SET NOCOUNT %1").arg(on ? QStringLiteral("ON") : QStringLiteral("OFF"))};
     query.ExecSQL();
 }

@@ -222,6 +222,8 @@ private:
     // The general query, closed, with this text.
     [[nodiscard]] db::Query& generalQuery(const QStringList& sql);
     void loadReferenceTable(db::MemTable& table, const QString& sql);
+    // Binds the query to the source session, opened if it is closed.
+    void openSourceFor(db::Query& query);
     [[nodiscard]] bool sourceCountIsPositive(const QString& sql);
 
     void prepareSettlementRun();

@@ -51,6 +51,7 @@ SettingsPanel::SettingsPanel(TTorvikPos& torvikPos, QWidget* parent)
       cbTaMedMersalgVare(box("cbTaMedMersalgVare", QStringLiteral("Ta med ekstrasalg"), true)),
       cbFlagVareAfterUpdate(
           box("cbFlagVareAfterUpdate", QStringLiteral("Sett \"Send til kasse\" av etter oppdatering"))),
+      cbUseThreads(box("cbUseThreads", QStringLiteral("Tillat flere tråder (threads)"))),
       cbVarer(new QComboBox),
       seDagerSidenEndring(new QSpinBox) {
     edStartTime->setObjectName(QStringLiteral("edStartTime"));
@@ -133,6 +134,8 @@ QWidget* SettingsPanel::sendGroup() {
     layout->addLayout(row({new QLabel(QStringLiteral("Ant. dager:")), seDagerSidenEndring}));
     layout->addWidget(cbTaMedMersalgVare);
     layout->addWidget(cbFlagVareAfterUpdate);
+    layout->addWidget(cbUseThreads);
+    cbUseThreads->hide();
 
     connect(cbVarer, &QComboBox::currentIndexChanged, this, [this](int index) {
         torvikPos_.VareOppdateringUtvalg = static_cast<TVareOppdateringUtvalg>(index);
@@ -144,6 +147,7 @@ QWidget* SettingsPanel::sendGroup() {
             [this](bool on) { torvikPos_.IncludeExtraSaleProducts = on; });
     connect(cbFlagVareAfterUpdate, &QCheckBox::toggled, this,
             [this](bool on) { torvikPos_.FlagAsSentAfterUpdate = on; });
+    connect(cbUseThreads, &QCheckBox::clicked, this, [this](bool on) { torvikPos_.AllowMultiThreading = on; });
     return group;
 }
 

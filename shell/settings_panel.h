@@ -54,6 +54,7 @@ private:
     QCheckBox* cbKunOppgjor;
     QCheckBox* cbTaMedMersalgVare;
     QCheckBox* cbFlagVareAfterUpdate;
+    QCheckBox* cbUseThreads;  // hidden: sending in threads is gone
     QComboBox* cbVarer;
     QSpinBox* seDagerSidenEndring;
 };

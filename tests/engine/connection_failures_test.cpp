@@ -114,6 +114,17 @@ INSTANTIATE_TEST_SUITE_P(Causes, FailedConnection,
                                          Cause{"ProviderWithoutADriver", "Ikk_Provider = 1", 0}),
                          [](const auto& test) { return std::string(test.param.name); });
 
+// Reading the version may fail; then SET NOCOUNT decides. Each statement waits as long as a login, and as long again
+// for the answer to its own cancelling.
+TEST_F(FailedConnections, TillThatAnswersTheLoginAndThenNoMoreIsGivenUp) {
+    chain.server.faults().add({.match = {.database = "Kasse_1_2"}, .action = sandbox::FaultAction::Hang, .times = 0});
+    run();
+    EXPECT_EQ(fetched, (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
+    EXPECT_EQ(chain.errorMessages().value(1),
+              QStringLiteral("Klarte ikke å koble til avdelingsnummer 1 kassenummer 2)"));
+    EXPECT_LT(elapsed, 4 * kConnectSeconds * 1000 + kSlackMs);
+}
+
 TEST_F(FailedConnections, ConnectionThatBreaksRightAfterTheLoginIsTriedAgain) {
     chain.engine.RetryCount = 2;
     chain.engine.Avdeling->Qry().First();

@@ -115,6 +115,19 @@ TEST_F(WindowOverAChain, SavedSettingsComeBack) {
     EXPECT_EQ(store.read("Timeout").toInt(), 33);
 }
 
+TEST_F(WindowOverAChain, HiddenThreadsSettingStillDivertsTheLog) {
+    MainWindow window(path(), store);
+    window.show();
+    auto* threads = window.findChild<QCheckBox*>(QStringLiteral("cbUseThreads"));
+    ASSERT_NE(threads, nullptr);
+    EXPECT_EQ(threads->text(), QStringLiteral("Tillat flere tråder (threads)"));
+    EXPECT_FALSE(threads->isVisible());
+    threads->click();
+    EXPECT_TRUE(window.TorvikPos1().AllowMultiThreading);
+    threads->click();
+    EXPECT_FALSE(window.TorvikPos1().AllowMultiThreading);
+}
+
 TEST_F(WindowOverAChain, MissingDataLinkIsToldBeforeItStopsTheStart) {
     const QString udl = path() + QStringLiteral("Torvik.UDL");
     ASSERT_TRUE(QFile::remove(udl));
