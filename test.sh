@@ -7,7 +7,7 @@ cd "$(dirname "$0")"
 
 fuzz() {
     local target=$1 found=build/fuzz/found/$1
-    mkdir -p "$found/corpus"
+    mkdir -p "$found/corpus" "$found/seeds"
     TORVIK_SEEDS=$found/seeds "build/fuzz/bin/fuzz_$target" -max_total_time=60 -timeout=20 -rss_limit_mb=4096 \
         -print_final_stats=1 -artifact_prefix="$found/" "$found/corpus" "$found/seeds" "tests/fuzz/corpus/$target" \
         >"$found/log" 2>&1 || { tail -n 40 "$found/log"; echo "fuzz_$target found something: see $found"; return 1; }
@@ -19,8 +19,9 @@ case "${1:-}" in
     --long)
         scripts/setup.sh --fuzz
         cmake --preset fuzz >/dev/null
-        cmake --build --preset fuzz
-        for target in packets login requests parser batch; do mkdir -p "build/fuzz/found/$target/seeds"; fuzz "$target"; done
+        targets=(packets login requests parser batch)
+        cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}"
+        for target in "${targets[@]}"; do fuzz "$target"; done
         cmake --preset asan >/dev/null
         cmake --build --preset asan
         ctest --preset asan -j "$(nproc)"

@@ -143,6 +143,14 @@ std::unique_ptr<Session> LoginHandler::letIn() {
         refuse({m});
         return nullptr;
     }
+    if (login_.changesPassword) {
+        Message m = failed;
+        m.number = 18463;
+        m.text = "Login failed for user '" + login_.user +
+                 "'. Reason: Password change failed. The password cannot be used at this time.";
+        refuse({m});
+        return nullptr;
+    }
     if (login_.fedAuth || !logins_.accepts(login_.user, login_.password)) {
         refuse({failed});
         return nullptr;

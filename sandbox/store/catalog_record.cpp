@@ -154,7 +154,8 @@ std::string toRecord(const ObjectDef& o) {
         j["text"] = o.text;
         j["parameters"] = o.parameters;
     }
-    return j.dump();
+    // Half a character, which UTF-16 can hold, is kept as the replacement character.
+    return j.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 ObjectDef fromRecord(std::string_view record) {

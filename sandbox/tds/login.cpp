@@ -9,6 +9,7 @@ namespace {
 constexpr std::uint8_t kIntegratedBit = 0x80;  // OptionFlags2
 constexpr std::uint8_t kReadOnlyBit = 0x20;    // TypeFlags
 constexpr std::uint8_t kExtensionBit = 0x10;   // OptionFlags3
+constexpr std::uint8_t kChangePasswordBit = 0x01;
 constexpr std::uint8_t kFeatureFedAuth = 0x02;
 constexpr std::uint8_t kFeatureEnd = 0xFF;
 constexpr std::size_t kLongestName = 128;
@@ -76,7 +77,9 @@ Login readLogin(ByteSpan message) {
     fixed.skip(4 + 4 + 4 + 1);  // the client's version, process and connection; OptionFlags1
     out.integrated = (fixed.u8() & kIntegratedBit) != 0;
     out.readOnlyIntent = (fixed.u8() & kReadOnlyBit) != 0;
-    const bool extended = (fixed.u8() & kExtensionBit) != 0;
+    const std::uint8_t options = fixed.u8();
+    const bool extended = (options & kExtensionBit) != 0;
+    out.changesPassword = (options & kChangePasswordBit) != 0;
     fixed.skip(4 + 4);  // time zone, LCID
     out.host = name(fixed, message);
     out.user = name(fixed, message);

@@ -16,6 +16,7 @@ struct Login {
     std::string host, user, password, program, server, library, language, database;
     bool integrated = false;  // by a security token instead of a password
     bool fedAuth = false;     // by a token of a directory in the cloud
+    bool changesPassword = false;
     bool readOnlyIntent = false;
 };
 

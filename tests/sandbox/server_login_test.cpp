@@ -1,4 +1,5 @@
 // Who gets in, in which version and packet size, and what the server says on the way.
+#include "tests/sandbox/run_program.h"
 #include "tests/sandbox/server_fixture.h"
 
 namespace sandbox::test {
@@ -133,6 +134,57 @@ TEST(ServerLogin, ServerThatRequiresEncryptionRefusesThoseWithout) {
     TdsClient client(server.port());
     EXPECT_TRUE(client.login({}).front().starts_with("error 17835 20"));
     EXPECT_TRUE(client.closes());
+}
+
+TEST(ServerLogin, WhatIsNotSupportedIsRefusedAndNotPassedOver) {
+    Server server(serverOptions());
+    LoginFields change;
+    change.changesPassword = true;
+    EXPECT_TRUE(TdsClient(server.port()).login(change).front().starts_with("error 18463 14"));
+    LoginFields federated;
+    federated.features = {0x02, 2, 0, 0, 0, 9, 9, 0xFF};
+    EXPECT_TRUE(TdsClient(server.port()).login(federated).front().starts_with("error 18456 14"));
+}
+
+// Option 4 of the answer is MARS: one byte, 0 for off.
+TEST(ServerLogin, MultipleResultSetsAtATimeAreNotOffered) {
+    Server server(serverOptions());
+    TdsClient client(server.port());
+    client.send(tds::PacketType::Prelogin, std::vector<std::uint8_t>{4, 0, 6, 0, 1, 0xFF, 1});
+    const auto answer = client.receive();
+    ASSERT_TRUE(answer);
+    tds::Reader options(*answer);
+    while (options.u8() != 4) options.skip(4);
+    EXPECT_EQ(answer->at(options.u16be()), 0);
+    EXPECT_EQ(options.u16be(), 1);
+}
+
+// FreeTDS checks the server's certificate against the one it is given.
+TEST(ServerLogin, CertificateGivenIsTheOneThatClientsSee) {
+    TemporaryFolder folder;
+    const auto make = [&](const std::string& name) {
+        const Ran ran = runProgram(
+            "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -subj "
+            "/CN=sandbox -days 30 -keyout " +
+            folder.file(name + ".key") + " -out " + folder.file(name + ".pem"));
+        ASSERT_EQ(ran.status, 0) << ran.output;
+    };
+    make("own");
+    make("other");
+    ServerOptions o = serverOptions();
+    o.certificateFile = folder.file("own.pem");
+    o.keyFile = folder.file("own.key");
+    Server server(o);
+    for (const std::string trusted : {"own", "other"}) {
+        folder.write("freetds.conf", "[box]\nhost = 127.0.0.1\nport = " + std::to_string(server.port()) +
+                                         "\ntds version = 7.4\nencryption = require\ncheck certificate hostname = no\n"
+                                         "ca file = " +
+                                         folder.file(trusted + ".pem") + "\n");
+        const Ran ran =
+            runProgram("env FREETDSCONF=" + folder.file("freetds.conf") + " tsql -S box -U sa -P secret -o q",
+                       "SELECT 'inside' AS a\ngo\nexit\n");
+        EXPECT_EQ(ran.output.find("inside") != std::string::npos, trusted == "own") << trusted << ran.output;
+    }
 }
 
 TEST(ServerLogin, OneConnectionTooManyIsTurnedAway) {

@@ -61,6 +61,45 @@ TEST_F(ServerRequests, ExecuteSqlGivesRowsStatusAndOutputs) {
     EXPECT_EQ(reply, (Lines{"cols a int", "row 21", "doneinproc 1 more", "return 0", "output 3  int 42", "doneproc"}));
 }
 
+// A client of each version calls with a value of each kind and reads it back as an output parameter and a column.
+TEST(ServerVersions, EachCallsWithValuesOfEveryKind) {
+    Server server(serverOptions());
+    const auto typed = [](TypeId id, const Value& value, int length = 0, bool output = false) {
+        Type t;
+        t.id = id;
+        t.length = length;
+        return RawParameter{"", t, value, output};
+    };
+    Type decimal;
+    decimal.id = TypeId::Decimal;
+    decimal.precision = 9;
+    decimal.scale = 2;
+    for (const std::uint32_t version : {0x71000001U, 0x72090002U, 0x730B0003U, 0x74000004U}) {
+        TdsClient client(server.port());
+        tds::LoginFields login;
+        login.version = version;
+        (void)client.login(login);
+        const Lines reply = client.call(
+            kExecuteSql,
+            {text("SELECT @i AS i, @f AS f, @d AS d, @v AS v, @n AS n, @x AS x, @g AS g, @z AS z, @l AS l SET @i = 8"),
+             text("@i int OUTPUT, @f float, @d decimal(9,2), @v varchar(10), @n nvarchar(10), @x varbinary(4), "
+                  "@g bigint, @z datetime, @l text"),
+             typed(TypeId::Int, std::int64_t{7}, 0, true),
+             typed(TypeId::Float, 0.5),
+             {"", decimal, Decimal{.unscaled = 125, .scale = 2}, false},
+             typed(TypeId::VarChar, std::string("blå"), 10),
+             typed(TypeId::NVarChar, std::string("日本"), 10),
+             typed(TypeId::VarBinary, Null{}, 4),
+             typed(TypeId::BigInt, std::int64_t{-5000000000}),
+             typed(TypeId::DateTime, std::int64_t{300}),
+             typed(TypeId::Text, std::string("lang"))});
+        ASSERT_EQ(reply.size(), 6U) << version << reply.front();
+        EXPECT_EQ(reply.at(1), "row 7|0.5|1.25|'blå'|'日本'|NULL|-5000000000|300|'lang'") << version;
+        EXPECT_EQ(reply.at(2), "doneinproc 1 more") << version;
+        EXPECT_EQ(reply.at(4), "output 2  int 8") << version;
+    }
+}
+
 TEST_F(ServerRequests, PreparedStatementIsExecutedByItsHandle) {
     const Lines prepared = client.call(kPrepare, {nothing(), text("@a int"), text("SELECT @a + 1 AS b"), number(1)});
     EXPECT_EQ(prepared, (Lines{"cols b int", "doneinproc 0 more", "return 0", "output 0  int 1", "doneproc"}));

@@ -191,7 +191,7 @@ std::vector<std::uint8_t> loginMessage(const LoginFields& f) {
     fixed.u8(0xE0);
     fixed.u8(static_cast<std::uint8_t>(0x03 | (f.integrated ? 0x80 : 0)));
     fixed.u8(0);
-    fixed.u8(f.features.empty() ? 0 : 0x10);
+    fixed.u8(static_cast<std::uint8_t>((f.features.empty() ? 0 : 0x10) | (f.changesPassword ? 0x01 : 0)));
     fixed.fill(0, 8);
     const auto place = [&](std::size_t length) {
         fixed.u16(static_cast<std::uint16_t>(fixedSize + data.size()));

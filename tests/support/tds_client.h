@@ -22,6 +22,7 @@ struct LoginFields {
     std::string host = "testhost", user = "sa", password = "secret", program = "tests", server = "server",
                 library = "raw", language, database;
     bool integrated = false;
+    bool changesPassword = false;
     std::vector<std::uint8_t> features;  // with their end; empty: no extension
 };
 
