@@ -157,6 +157,7 @@ QueryNodePtr Binder::select(const ast::Select& select, Scope* parent, const std:
 void Binder::groupKeys(const ast::Select& select, Scope& scope, QueryNode& node) {
     scope.clause = Clause::GroupBy;
     std::vector<std::string> keys;
+    bool known = true;  // else nothing can be said of what is not grouped
     for (const ast::ExprPtr& expr : select.groupBy) {
         const int line = expr->place.line;
         if (hasSubquery(*expr)) {
@@ -166,6 +167,7 @@ void Binder::groupKeys(const ast::Select& select, Scope& scope, QueryNode& node)
             continue;
         }
         const Bound key = value(*expr, scope);
+        known = known && !key.failed;
         if (key.failed) continue;
         if (key.constant) {
             fail(164, 15, 1, line,
@@ -181,7 +183,7 @@ void Binder::groupKeys(const ast::Select& select, Scope& scope, QueryNode& node)
         if (!node.groupBy.empty()) node.groupBy += ", ";
         node.groupBy += withCollation(key);
     }
-    scope.grouped = true;
+    scope.grouped = known;
     scope.groupKeys = std::move(keys);
 }
 

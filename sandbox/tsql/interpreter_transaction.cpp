@@ -149,7 +149,7 @@ SqlError Interpreter::ofSqlite(const SqliteError& error) {
     }
     // Expressions and joins that this server's storage cannot hold in one statement.
     constexpr std::string_view kLimits[] = {"parser stack overflow", "Expression tree is too large", "tables in a join",
-                                            "too many terms in compound SELECT"};
+                                            "too many terms in compound SELECT", "too many FROM clause terms"};
     for (const std::string_view limit : kLimits) {
         if (error.text.find(limit) == std::string::npos) continue;
         return SqlError(Message{.number = 191,
