@@ -23,6 +23,7 @@ ast::TableDefinition Parser::tableDefinition() {
         if (!definition.columns.empty() && seesSymbol(")")) break;
         tableElement(definition);
     } while (acceptSymbol(","));
+    if (definition.columns.empty()) unexpected();
     expectSymbol(")");
     return definition;
 }
@@ -32,6 +33,9 @@ ast::TableDefinition Parser::tableDefinition() {
 void Parser::tableElement(ast::TableDefinition& definition) {
     if (seesConstraint()) {
         definition.constraints.push_back(constraint());
+        const ast::Constraint& made = definition.constraints.back();
+        const bool ofColumns = made.kind != ast::Constraint::Kind::Check && made.kind != ast::Constraint::Kind::Default;
+        if (ofColumns && made.columns.empty()) unexpected();
         return;
     }
     if (acceptWord("INDEX")) {
