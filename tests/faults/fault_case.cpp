@@ -36,6 +36,7 @@ bool isPassedOver(const std::string& text) {
 sandbox::FaultRule ruleFor(const RecordedRequest& at, Fault fault) {
     sandbox::FaultRule rule;
     rule.level = at.level;
+    if (at.level == sandbox::FaultLevel::Statement) rule.match.textContains = at.text;
     rule.skip = at.place - 1;
     rule.action = fault == Fault::DropsBefore  ? sandbox::FaultAction::DropBefore
                   : fault == Fault::DropsAfter ? sandbox::FaultAction::DropAfter

@@ -1,6 +1,7 @@
 // See recorded_run.h.
 #include "tests/faults/recorded_run.h"
 
+#include <algorithm>
 #include <map>
 #include <mutex>
 
@@ -54,14 +55,17 @@ void addStatements(sandbox::chain::DemoChain& chain, const std::vector<std::uint
     for (std::size_t i = 0; i < run.requests.size(); ++i) requests[{run.requests[i].server, run.requests[i].place}] = i;
     run.statements.resize(run.requests.size());
     for (std::size_t server = 0; server < before.size(); ++server) {
-        std::uint64_t place = 0;
+        std::vector<std::string> earlier;
         for (const sandbox::LoggedRequest& logged : serverOf(chain, server).faults().log()) {
             const auto found = requests.find({server, logged.request.serverNumber - before[server]});
             for (const std::string& text : logged.statements) {
-                ++place;
+                const auto same = std::count_if(earlier.begin(), earlier.end(), [&](const std::string& other) {
+                    return other.find(text) != std::string::npos;
+                });
+                earlier.push_back(text);
                 if (found == requests.end()) continue;
                 RecordedRequest statement = run.requests[found->second];
-                statement.place = place;
+                statement.place = static_cast<std::uint64_t>(same) + 1;
                 statement.text = text;
                 statement.level = sandbox::FaultLevel::Statement;
                 run.statements[found->second].push_back(std::move(statement));

@@ -22,7 +22,9 @@ inline constexpr std::size_t kSecondTill = 2;
 // A request, or a statement that ran within one.
 struct RecordedRequest {
     std::size_t server = 0;
-    std::uint64_t place = 0;  // 1-based, among the requests (or statements) of this run at its server
+    // 1-based, among the requests of this run to its server; of a statement, among those of this run at its server that
+    // hold its text.
+    std::uint64_t place = 0;
     std::string text;
     sandbox::FaultLevel level = sandbox::FaultLevel::Request;
     int p = 0;        // the step of the transfer that sends it; 0 outside of the steps
