@@ -1,6 +1,6 @@
 // What one log event costs the run that logs it, with the file and the log server each behind its queue: the time in
-// the caller's Log call. Bursts of 50 fit into the queues, as a run's do; single events meet two sleeping threads,
-// which the call has to wake. A log server that answers stands on this machine.
+// the caller's Log call. Events of a run come in bursts, which the queues take, and singly between statements, when the
+// processor's caches have lost what logging needs. A log server that answers stands on this machine.
 #include <QTemporaryDir>
 #include <algorithm>
 #include <chrono>

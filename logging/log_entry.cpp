@@ -1,13 +1,17 @@
 // Building an event from its template, and its two text forms.
 #include "logging/log_entry.h"
 
+#include <QHash>
 #include <QRegularExpression>
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 
 namespace torvik {
 
 namespace {
+
+constexpr std::size_t kRoomForProperties = 4;
 
 struct LevelNames {
     TLogLevel level;
@@ -28,9 +32,32 @@ const LevelNames& namesOf(TLogLevel level) {
     return kLevels.at(static_cast<std::size_t>(level));
 }
 
-const QRegularExpression& placeholder() {
+struct Placeholder {
+    QString name;
+    int start;   // 1-based index of "{"
+    int length;  // with the braces
+};
+using Placeholders = std::vector<Placeholder>;
+
+Placeholders searched(const QString& messageTemplate) {
     static const QRegularExpression expression(QStringLiteral("{@?([a-zA-Z0-9_]+)}"));
-    return expression;
+    Placeholders found;
+    for (auto matches = expression.globalMatch(messageTemplate); matches.hasNext();) {
+        const QRegularExpressionMatch match = matches.next();
+        found.push_back(
+            {match.captured(1), static_cast<int>(match.capturedStart()) + 1, static_cast<int>(match.capturedLength())});
+    }
+    return found;
+}
+
+// The program has some hundred templates, and each is searched once by a thread. What comes beyond them is no constant.
+const Placeholders& placeholdersOf(const QString& messageTemplate) {
+    constexpr qsizetype kMostKnown = 500;
+    thread_local QHash<QString, Placeholders> known;
+    const auto found = known.constFind(messageTemplate);
+    if (found != known.constEnd()) return *found;
+    if (known.size() >= kMostKnown) known.clear();
+    return *known.insert(messageTemplate, searched(messageTemplate));
 }
 
 // "+01:00"; "Z" where local time is UTC at that moment.
@@ -62,12 +89,12 @@ TLogEntry::TLogEntry(TLogLevel level, const QString& messageTemplate, std::span<
       Timestamp(timestamp.toUTC()),
       Exception(exception ? QString::fromUtf8(exception->what()) : QString()),
       Template(messageTemplate) {
-    auto matches = placeholder().globalMatch(Template);
-    for (const LogArg& value : values) {
-        if (!matches.hasNext()) break;
-        const QRegularExpressionMatch match = matches.next();
-        AddArgument({match.captured(1), value.shared(), static_cast<int>(match.capturedStart()) + 1,
-                     static_cast<int>(match.capturedLength())});
+    const Placeholders& placeholders = placeholdersOf(Template);
+    const std::size_t count = std::min(placeholders.size(), values.size());
+    Arguments.reserve(count + kRoomForProperties);
+    for (std::size_t i = 0; i < count; ++i) {
+        const Placeholder& place = placeholders[i];
+        AddArgument({place.name, values[i].shared(), place.start, place.length});
     }
 }
 

@@ -133,6 +133,13 @@ TEST(QueuedSink, TakesEventsOfSeveralThreadsAtOnce) {
     EXPECT_EQ(next, std::vector<int>(4, 200));
 }
 
+TEST(BoundedQueue, GivesASingleItemToOneWhoWaits) {
+    BoundedQueue<int> queue(100);
+    auto reader = std::async(std::launch::async, [&] { return queue.pop(); });
+    queue.push(7);
+    EXPECT_EQ(reader.get(), 7);
+}
+
 TEST(BoundedQueue, ShutDownWakesThoseWhoWait) {
     BoundedQueue<int> queue(1);
     auto reader = std::async(std::launch::async, [&] { return queue.pop(); });

@@ -224,6 +224,7 @@ TEST_F(ProgramStartOnAChain, LogsItsStartAndItsEndWithItsProperties) {
                            R"("TorvikPosSyncName":"TorvikPosSync"})"}));
     for (const char* pane : {"program/TorvikPos.log", "program/TorvikPosError.log"})
         EXPECT_TRUE(QFile::exists(path(pane))) << pane;
+    EXPECT_FALSE(QFile::exists(path("settings/Vestmar/TorvikPosSync.conf")));  // written by its command only
 }
 
 TEST_F(ProgramStartOnAChain, DeployFileMovesEveryFile) {
