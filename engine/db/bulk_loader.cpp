@@ -1,85 +1,140 @@
 // See bulk_loader.h.
 #include "engine/db/bulk_loader.h"
 
+#include <algorithm>
+#include <chrono>
+
+#include "engine/db/connection.h"
 #include "engine/db/errors.h"
 #include "engine/db/query.h"
-#include "engine/db/table.h"
+#include "engine/db/row_sender.h"
 
 namespace torvik::db {
 
 namespace {
 
-// The fields of the target in the order of the source's columns.
-std::vector<Field*> matched(const Query& source, Table& target) {
-    std::vector<Field*> fields;
+using Clock = std::chrono::steady_clock;
+
+// So long may a window go without a call, but for one block's time on the server.
+constexpr std::chrono::milliseconds kCallEvery{20};
+
+// The places of the source's columns in the target.
+std::vector<int> matched(const Query& source, const TableShape& target) {
+    std::vector<int> places;
     QStringList missing;
     for (const QString& name : source.FieldNames()) {
-        fields.push_back(target.FindField(name));
-        if (!fields.back()) missing += name;
+        places.push_back(target.place(name));
+        if (places.back() < 0) missing += name;
     }
     if (!missing.isEmpty())
-        throw UsageError(QStringLiteral("Table %1 lacks the columns %2")
-                             .arg(target.TableName(), missing.join(QStringLiteral(", "))));
-    return fields;
-}
-
-int percentOf(const Query& source) {
-    const int count = source.RecordCount();
-    return count == 0 ? 100 : int(qint64{source.RecNo()} * 100 / count);
+        throw UsageError(
+            QStringLiteral("Table %1 lacks the columns %2").arg(target.Name, missing.join(QStringLiteral(", "))));
+    return places;
 }
 
 }  // namespace
+
+// One load under way.
+class BulkLoader::Load {
+public:
+    Load(BulkLoader& loader, Query& source)
+        : loader_(loader),
+          session_(*loader.session_),
+          source_(source),
+          target_(tableShape(session_.use(), loader.TableName, loader.CommandTimeout)),
+          sender_(session_, session_.use(), target_, matched(source, target_), loader.CommandTimeout),
+          ownTransactions_(!session_.InTransaction()) {}
+
+    qint64 run();
+
+private:
+    void take();
+    void sendBlock();
+    void endBatch();
+    void progress();
+
+    BulkLoader& loader_;
+    Session& session_;
+    Query& source_;
+    TableShape target_;
+    RowSender sender_;
+    bool ownTransactions_;
+    RowBlock block_;
+    qint64 taken_ = 0;
+    qint64 inBatch_ = 0;
+    int percent_ = -1;
+    Clock::time_point called_ = Clock::now();
+};
+
+qint64 BulkLoader::Load::run() {
+    try {
+        for (source_.First(); !source_.Eof(); source_.Next()) {
+            take();
+            if (int(block_.Rows) == sender_.bestBlock() || inBatch_ == loader_.Options.RowsPerBatch) sendBlock();
+            if (inBatch_ == loader_.Options.RowsPerBatch) endBatch();
+            progress();
+        }
+        sendBlock();
+        endBatch();
+    } catch (...) {
+        if (ownTransactions_) session_.Rollback();
+        throw;
+    }
+    if (loader_.OnProgress) loader_.OnProgress(loader_, 100);
+    return sender_.confirmed();
+}
+
+// Takes the source's current row, each value as the target's type.
+void BulkLoader::Load::take() {
+    if (ownTransactions_ && inBatch_ == 0) session_.StartTransaction();
+    for (size_t i = 0; i < sender_.places().size(); ++i) {
+        const FieldInfo& field = target_.Fields[size_t(sender_.places()[i])];
+        try {
+            block_.Values.push_back(convertTo(source_.Fields(int(i)).AsValue(), field.Type));
+        } catch (const UsageError& e) {
+            throw UsageError(QStringLiteral("%1 for field '%2'").arg(e.text(), field.Name));
+        }
+    }
+    ++block_.Rows;
+    ++inBatch_;
+    ++taken_;
+}
+
+void BulkLoader::Load::sendBlock() {
+    if (block_.Rows > 0) sender_.send(session_.use(), block_);
+    block_.Values.clear();
+    block_.Rows = 0;
+}
+
+void BulkLoader::Load::endBatch() {
+    if (sender_.confirmed() != taken_) {
+        ServerMessage message;
+        message.Text = QStringLiteral("Of %1 rows for table %2 the server has %3")
+                           .arg(taken_)
+                           .arg(target_.Name)
+                           .arg(sender_.confirmed());
+        throw StatementError({message}, QString());
+    }
+    if (ownTransactions_ && inBatch_ > 0) session_.Commit();
+    inBatch_ = 0;
+}
+
+void BulkLoader::Load::progress() {
+    if (!loader_.OnProgress) return;
+    const qint64 count = source_.RowCountKnown() ? source_.RecordCount() : 0;
+    const int percent = count == 0 ? 0 : int(std::min<qint64>(taken_ * 100 / count, 99));
+    const Clock::time_point now = Clock::now();
+    if (percent == percent_ && now - called_ < kCallEvery) return;
+    percent_ = percent;
+    loader_.OnProgress(loader_, percent);
+    called_ = Clock::now();
+}
 
 qint64 BulkLoader::LoadFromDataSet(Query& source) {
     if (!session_) throw UsageError(QStringLiteral("The bulk loader has no connection"));
     if (source.Connection() == session_ && source.UniDirectional)
         throw UsageError(QStringLiteral("A unidirectional query cannot be loaded over its own session"));
-    Table target(session_);
-    target.SetTableName(TableName);
-    target.CommandTimeout = CommandTimeout;
-    target.Open();
-    const std::vector<Field*> fields = matched(source, target);
-
-    // A batch is a transaction of its own unless the caller has one.
-    const bool transactions = !session_->InTransaction();
-    int percent = -1;
-    const auto endBatch = [&] {
-        target.Flush();
-        if (target.SentRows() != target.PostedRows())
-            throw StatementError({ServerMessage{QStringLiteral("Of %1 rows for table %2 the server has %3")
-                                                    .arg(target.PostedRows())
-                                                    .arg(TableName)
-                                                    .arg(target.SentRows()),
-                                                0,
-                                                0,
-                                                0,
-                                                0,
-                                                {},
-                                                {}}},
-                                 QString());
-        if (transactions && session_->InTransaction()) session_->Commit();
-    };
-    try {
-        for (source.First(); !source.Eof(); source.Next()) {
-            if (transactions && target.PostedRows() % Options.RowsPerBatch == 0) session_->StartTransaction();
-            target.Append();
-            for (size_t i = 0; i < fields.size(); ++i) fields[i]->SetValue(source.Fields(int(i)).AsValue());
-            target.Post();
-            if (target.PostedRows() % Options.RowsPerBatch == 0) endBatch();
-            if (const int now = percentOf(source); OnProgress && now != percent && !source.UniDirectional) {
-                percent = now;
-                OnProgress(*this, percent);
-            }
-        }
-        endBatch();
-    } catch (...) {
-        target.Discard();
-        if (transactions) session_->Rollback();
-        throw;
-    }
-    if (OnProgress && percent != 100) OnProgress(*this, 100);
-    target.Close();
-    return target.SentRows();
+    return Load(*this, source).run();
 }
 
 }  // namespace torvik::db

@@ -1,6 +1,6 @@
-// Copies all rows of an open query into a table of the loader's session, by column name. Rows go by the table object's
-// block INSERT, so identity and default columns that the source lacks are filled as by any INSERT, and triggers and
-// constraints hold. (Bulk copy proper is not used.)
+// Copies all rows of an open query into a table of the loader's session, by column name, without holding them: a block
+// at a time is read, sent and forgotten. Rows go by bulk copy wherever that does the same as INSERT (row_sender.h), so
+// identity and default columns that the source lacks are filled, and constraints and triggers hold, as with INSERT.
 #pragma once
 
 #include <QObject>
@@ -13,7 +13,7 @@ namespace torvik::db {
 
 class Query;
 struct BulkLoaderOptions {
-    int RowsPerBatch = 10000;  // rows between two checks that the server has them, and a transaction's length at most
+    int RowsPerBatch = 10000;  // a batch is a transaction of its own, unless the caller has one
 };
 
 class BulkLoader : public QObject {
@@ -23,7 +23,10 @@ public:
     QString TableName;
     BulkLoaderOptions Options;
     int CommandTimeout = 600;
-    // Percent done, 0 to 100, whenever the number changes; what it throws stops the load and passes through.
+    // Percent done, 0 to 99 and 100 when all is in: whenever the number changes, and else every few hundredths of a
+    // second, so that a window stays alive. Of a source that does not know its number of rows (Query::UniDirectional
+    // without CountRows) 0 until the end. What it throws stops the load, takes the batch back and passes through. It
+    // may use both sessions.
     std::function<void(BulkLoader& sender, int percent)> OnProgress;
 
     void SetConnection(Session* session) { session_ = session; }
@@ -34,6 +37,8 @@ public:
     qint64 LoadFromDataSet(Query& source);
 
 private:
+    class Load;
+
     QPointer<Session> session_;
 };
 

@@ -2,7 +2,9 @@
 #include "engine/db/connection.h"
 
 #include <algorithm>
+#include <functional>
 
+#include "engine/db/odbc_bulk.h"
 #include "engine/db/odbc_parameters.h"
 #include "engine/db/odbc_rows.h"
 
@@ -32,6 +34,14 @@ ServerMessage bareMessage(const QString& text) {
 
 ServerMessage lostMessage() {
     return bareMessage(QStringLiteral("The connection to the server is lost"));
+}
+
+bool isTimeout(const ServerMessage& m) {
+    return m.SqlState == u"HYT00";
+}
+
+bool isFatal(const ServerMessage& m) {
+    return m.Severity >= kFatal;
 }
 
 bool isUnknownDatabase(const ServerMessage& m) {
@@ -93,6 +103,7 @@ Connection::Connection(const ConnectSettings& settings) {
     Handle env(calls, SQL_HANDLE_ENV, SQL_NULL_HANDLE);
     calls.SQLSetEnvAttr(env.get(), SQL_ATTR_ODBC_VERSION, number(SQL_OV_ODBC3), 0);
     Handle dbc(calls, SQL_HANDLE_DBC, env.get());
+    enableBulk(calls, dbc);
     calls.SQLSetConnectAttrW(dbc.get(), SQL_ATTR_LOGIN_TIMEOUT, number(SQLULEN(settings.ConnectionTimeout)), 0);
     SQLSMALLINT length = 0;
     const SQLRETURN rc = calls.SQLDriverConnectW(dbc.get(), nullptr, wide(text), SQLSMALLINT(text.size()), nullptr, 0,
@@ -113,16 +124,51 @@ qint64 Connection::run(const Request& request) {
 }
 
 Value Connection::scalar(const QString& text) {
-    Reply reply(*this, {text, {}, 0});
-    Value value;
+    const RowStore rows = lastRows(*this, {text, {}, 0});
+    return rows.rowCount() > 0 ? rows.value(0, 0) : Value();
+}
+
+BulkCalls Connection::bulkCalls() const {
+    return {handles_->calls, handles_->dbc};
+}
+
+// The messages are read first: any other call to the connection forgets them.
+void Connection::raiseBulkErrors(const QString& statement) {
+    QList<ServerMessage> errors = diagnostics(handles_->calls, handles_->dbc);
+    errors.removeIf(isInformation);
+    const bool timedOut = std::ranges::any_of(errors, isTimeout);
+    if (handles_->dead() || std::ranges::any_of(errors, isFatal)) alive_ = false;
+    // What the driver says besides of its own tells nothing.
+    if (std::ranges::any_of(errors, fromServer)) errors.removeIf(std::not_fn(fromServer));
+    if (!alive_ || !errors.isEmpty()) fail(std::move(errors), timedOut, statement);
+}
+
+void Connection::loseBulk(const QString& statement) {
+    QList<ServerMessage> errors = diagnostics(handles_->calls, handles_->dbc);
+    alive_ = false;
+    fail(std::move(errors), false, statement);
+}
+
+void Connection::fail(QList<ServerMessage> errors, bool timedOut, const QString& statement) {
+    if (!alive_) {
+        if (errors.isEmpty() || (std::ranges::none_of(errors, fromServer) && errors.last().Text != lostMessage().Text))
+            errors += lostMessage();
+        throw ConnectionError(ConnectionError::Reason::Lost, errors, statement);
+    }
+    if (timedOut) throw TimeoutError(errors, statement);
+    throw StatementError(errors, statement);
+}
+
+RowStore lastRows(Connection& connection, const Request& request) {
+    Reply reply(connection, request);
+    RowStore last(std::vector<FieldInfo>{});
     while (reply.hasRows()) {
-        RowStore rows(reply.columns());
-        while (reply.fetch(rows)) {
+        last = RowStore(reply.columns());
+        while (reply.fetch(last)) {
         }
-        value = rows.rowCount() > 0 ? rows.value(0, 0) : Value();
         reply.nextRowSet();
     }
-    return value;
+    return last;
 }
 
 struct Reply::State {
@@ -172,10 +218,10 @@ void Reply::note(int rc) {
     if (rc == SQL_SUCCESS || rc == SQL_NO_DATA) return;
     qsizetype before = s.errors.size();
     for (const ServerMessage& message : diagnostics(s.calls, s.statement)) {
-        if (message.SqlState == u"HYT00") s.timedOut = true;
+        if (isTimeout(message)) s.timedOut = true;
         const bool echo = s.timedOut && message.SqlState == u"HY008";  // the cancelling that a time-out brings
         if (!isInformation(message) && !echo) s.errors += message;
-        if (message.Severity >= kFatal) s.connection.alive_ = false;
+        if (isFatal(message)) s.connection.alive_ = false;
     }
     if (rc != SQL_ERROR && rc != SQL_INVALID_HANDLE) return;
     if (s.connection.handles_->dead()) s.connection.alive_ = false;
@@ -242,13 +288,7 @@ void Reply::fail() {
     s.ended = true;
     s.reader.reset();
     s.statement = Handle();
-    if (!s.connection.alive_) {
-        if (std::ranges::none_of(s.errors, fromServer) && s.errors.last().Text != lostMessage().Text)
-            s.errors += lostMessage();
-        throw ConnectionError(ConnectionError::Reason::Lost, s.errors, s.text);
-    }
-    if (s.timedOut) throw TimeoutError(s.errors, s.text);
-    throw StatementError(s.errors, s.text);
+    s.connection.fail(std::move(s.errors), s.timedOut, s.text);
 }
 
 }  // namespace torvik::db

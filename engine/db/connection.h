@@ -8,9 +8,14 @@
 
 #include "engine/db/argument.h"
 #include "engine/db/connect_string.h"
+#include "engine/db/errors.h"
 #include "engine/db/row_store.h"
 
 namespace torvik::db {
+
+namespace odbc {
+class BulkCalls;
+}
 
 class Connection {
 public:
@@ -29,9 +34,20 @@ public:
     // The first column of the first row of the reply's last row set; null when there is none.
     [[nodiscard]] Value scalar(const QString& text);
 
+    [[nodiscard]] odbc::BulkCalls bulkCalls() const;
+    // Raises what the last bulk copy call left: StatementError, TimeoutError or ConnectionError. To be asked before
+    // anything else of the connection; returns when it left nothing.
+    void raiseBulkErrors(const QString& statement);
+    // After a row that could not be sent, or a copy that was refused at its first row: FreeTDS leaves a connection then
+    // that takes no further statement, so that it is given up. Raises ConnectionError.
+    [[noreturn]] void loseBulk(const QString& statement);
+
 private:
     friend class Reply;
     struct Handles;
+
+    // Sorts out what a failure is and raises it.
+    [[noreturn]] void fail(QList<ServerMessage> errors, bool timedOut, const QString& statement);
 
     std::unique_ptr<Handles> handles_;
     bool alive_ = false;
@@ -68,5 +84,8 @@ private:
 
     std::unique_ptr<State> state_;
 };
+
+// The rows of the reply's last row set; none, and no columns, when it has no row set.
+[[nodiscard]] RowStore lastRows(Connection& connection, const Request& request);
 
 }  // namespace torvik::db

@@ -1,6 +1,9 @@
 // See data_set.h.
 #include "engine/db/data_set.h"
 
+#include <QSet>
+#include <algorithm>
+
 #include "engine/db/errors.h"
 #include "engine/db/locate_index.h"
 #include "engine/db/row_store.h"
@@ -17,20 +20,26 @@ void DataSet::Close() {
     buffer_ = {};
     index_.reset();
     fields_.clear();
+    placeOf_.clear();
     rows_.reset();
     row_ = -1;
     dropped_ = 0;
+    expected_ = -1;
     eof_ = bof_ = true;
 }
 
 void DataSet::activate(std::vector<FieldInfo> columns) {
     rows_ = std::make_unique<RowStore>(columns);
     fields_.clear();
+    placeOf_.clear();
     for (FieldInfo& info : columns)
         fields_.push_back(std::make_unique<Field>(*this, int(fields_.size()), std::move(info)));
+    const QStringList names = FieldNames();
+    namesDiffer_ = QSet<QString>(names.begin(), names.end()).size() == names.size();
     active_ = true;
     row_ = -1;
     dropped_ = 0;
+    expected_ = -1;
     eof_ = bof_ = true;
 }
 
@@ -112,9 +121,13 @@ bool DataSet::Bof() const {
     return bof_;
 }
 
-int DataSet::RecordCount() const {
+int DataSet::rowsRead() const {
     requireActive();
     return dropped_ + int(rows_->rowCount());
+}
+
+int DataSet::RecordCount() const {
+    return std::max(rowsRead(), expected_);
 }
 
 int DataSet::RecNo() const {
@@ -130,7 +143,7 @@ Bookmark DataSet::GetBookmark() const {
 void DataSet::GotoBookmark(const Bookmark& bookmark) {
     finishEdit();
     if (bookmark.Row < 0) return;
-    if (bookmark.Row < dropped_ || bookmark.Row >= RecordCount())
+    if (bookmark.Row < dropped_ || bookmark.Row >= rowsRead())
         throw UsageError(QStringLiteral("The bookmark's row is not held any more"));
     moveTo(bookmark.Row - dropped_);
 }
@@ -146,17 +159,26 @@ bool DataSet::Locate(const QString& names, const QList<Value>& values, LocateOpt
         keys.push_back({field.Index(), field.Type(), values[i]});
     }
     if (!index_) index_ = std::make_unique<LocateIndex>();
-    const int row = index_->find(*rows_, keys, options);
+    const int row = index_->find(*rows_, std::move(keys), options);
     if (row < 0) return false;
     moveTo(row);
     return true;
 }
 
+// Callers ask for the same names row after row, mostly in the columns' order: each spelling is looked for once.
 const Field* DataSet::FindField(const QString& name) const {
     requireActive();
-    for (const auto& field : fields_)
-        if (field->Name().compare(name, Qt::CaseInsensitive) == 0) return field.get();
-    return nullptr;
+    if (namesDiffer_ && nextAsked_ < fields_.size() && fields_[nextAsked_]->Name() == name)
+        return fields_[nextAsked_++].get();
+    auto found = placeOf_.constFind(name);
+    if (found == placeOf_.constEnd()) {
+        const auto field = std::ranges::find_if(
+            fields_, [&](const auto& each) { return each->Name().compare(name, Qt::CaseInsensitive) == 0; });
+        if (field == fields_.end()) return nullptr;
+        found = placeOf_.insert(name, size_t(field - fields_.begin()));
+    }
+    nextAsked_ = *found + 1;
+    return fields_[*found].get();
 }
 
 Field* DataSet::FindField(const QString& name) {
@@ -191,7 +213,7 @@ QStringList DataSet::FieldNames() const {
 
 Value DataSet::ValueAt(int row, int field) const {
     requireActive();
-    if (row < dropped_ || row >= RecordCount() || field < 0 || field >= FieldCount())
+    if (row < dropped_ || row >= rowsRead() || field < 0 || field >= FieldCount())
         throw UsageError(QStringLiteral("There is no cell %1, %2").arg(row).arg(field));
     return rows_->value(row - dropped_, field);
 }

@@ -2,6 +2,7 @@
 // Query, Table and MemTable; a DataSet itself cannot be opened. Not shared between threads.
 #pragma once
 
+#include <QHash>
 #include <QObject>
 #include <memory>
 #include <vector>
@@ -38,6 +39,7 @@ public:
     [[nodiscard]] bool Eof() const;  // Next was called on the last row, or there is none
     [[nodiscard]] bool Bof() const;
     [[nodiscard]] bool IsEmpty() const { return RecordCount() == 0; }
+    // The rows held, and those read before; also those still to be read where their number is known.
     [[nodiscard]] int RecordCount() const;
     [[nodiscard]] int RecNo() const;  // of the current row, from 1; 0 when there is none
 
@@ -97,6 +99,8 @@ protected:
     // (dropRows) first.
     virtual bool readOn() { return false; }
     void dropRows();
+    void expectRows(int count) { expected_ = count; }  // so many in all, those to be read counted in; -1: not known
+    [[nodiscard]] bool rowsExpected() const { return expected_ >= 0; }
 
     [[nodiscard]] RowStore& rows() { return *rows_; }
     [[nodiscard]] const RowStore& rows() const { return *rows_; }
@@ -105,14 +109,19 @@ protected:
     EditBuffer buffer_;
 
 private:
+    [[nodiscard]] int rowsRead() const;
     [[nodiscard]] Value currentValue(int field) const;
     void setValue(int field, const Value& value);
 
     std::vector<std::unique_ptr<Field>> fields_;
+    mutable QHash<QString, size_t> placeOf_;  // of the spellings asked for so far
+    mutable size_t nextAsked_ = 0;            // the field behind the last one asked for
+    bool namesDiffer_ = true;
     std::unique_ptr<RowStore> rows_;
     std::unique_ptr<LocateIndex> index_;
     int row_ = -1;
     int dropped_ = 0;  // rows read and no longer held
+    int expected_ = -1;
     bool active_ = false;
     bool eof_ = true;
     bool bof_ = true;

@@ -26,43 +26,17 @@ std::vector<KeyColumn> uniqueColumns(Connection& connection, const QString& tabl
         " WHERE i.object_id = OBJECT_ID(?) AND i.is_unique = 1 AND k.is_included_column = 0"
         " ORDER BY i.is_primary_key DESC, i.index_id, k.key_ordinal");
     std::vector<KeyColumn> found;
-    Reply reply(connection, {text, {{table, {}}}, 0});
-    RowStore rows(reply.columns());
-    while (reply.fetch(rows)) {
-    }
-    reply.finish();
+    const RowStore rows = lastRows(connection, {text, {{table, {}}}, 0});
     for (qsizetype row = 0; row < rows.rowCount(); ++row)
         found.push_back({int(rows.value(row, 0).toInt()), rows.value(row, 1).toQString()});
     return found;
 }
 
 QString identityColumn(Connection& connection, const QString& table) {
-    Reply reply(connection,
-                {QStringLiteral("SELECT name FROM sys.columns WHERE object_id = OBJECT_ID(?) AND is_identity = 1"),
-                 {{table, {}}},
-                 0});
-    RowStore rows(reply.columns());
-    while (reply.fetch(rows)) {
-    }
-    reply.finish();
+    const QString text =
+        QStringLiteral("SELECT name FROM sys.columns WHERE object_id = OBJECT_ID(?) AND is_identity = 1");
+    const RowStore rows = lastRows(connection, {text, {{table, {}}}, 0});
     return rows.rowCount() > 0 ? rows.value(0, 0).toQString() : QString();
-}
-
-// The last row set's first row of a request.
-std::vector<Value> lastRow(Connection& connection, const Request& request) {
-    Reply reply(connection, request);
-    std::vector<Value> values;
-    while (reply.hasRows()) {
-        const int count = int(reply.columns().size());
-        RowStore rows(reply.columns());
-        while (reply.fetch(rows)) {
-        }
-        values.clear();
-        if (rows.rowCount() > 0)
-            for (int i = 0; i < count; ++i) values.push_back(rows.value(0, i));
-        reply.nextRowSet();
-    }
-    return values;
 }
 
 }  // namespace
@@ -132,8 +106,8 @@ void EditTarget::changeOne(Connection& connection, const QString& statement, std
                   QStringLiteral(
                       " SET @torvik_rows = @@ROWCOUNT IF @torvik_rows > 1 ROLLBACK TRANSACTION torvik_edit"
                       " COMMIT TRANSACTION SELECT @torvik_rows");
-    const std::vector<Value> answer = lastRow(connection, {batch, std::move(arguments), timeout});
-    const qint64 rows = answer.empty() ? 0 : answer.front().toInt();
+    const RowStore answer = lastRows(connection, {batch, std::move(arguments), timeout});
+    const qint64 rows = answer.rowCount() == 0 ? 0 : answer.value(0, 0).toInt();
     if (rows == 1) return;
     ServerMessage message;
     message.Text = rows == 0
@@ -182,10 +156,11 @@ void EditTarget::insert(Connection& connection, std::vector<Value>& values, cons
     else
         statement +=
             QStringLiteral(" (%1) VALUES (%2)").arg(names.join(QStringLiteral(", ")), marks.join(QStringLiteral(", ")));
-    const std::vector<Value> answer =
-        lastRow(connection, {statement + QStringLiteral(" SELECT SCOPE_IDENTITY()"), std::move(arguments), timeout});
+    const RowStore answer =
+        lastRows(connection, {statement + QStringLiteral(" SELECT SCOPE_IDENTITY()"), std::move(arguments), timeout});
     for (size_t i = 0; i < columns_.size(); ++i)
-        if (columns_[i].Identity && !set[i] && !answer.empty()) values[i] = convertTo(answer.front(), columns_[i].Type);
+        if (columns_[i].Identity && !set[i] && answer.rowCount() > 0)
+            values[i] = convertTo(answer.value(0, 0), columns_[i].Type);
 }
 
 }  // namespace torvik::db

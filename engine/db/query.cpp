@@ -4,6 +4,7 @@
 #include "engine/db/connection.h"
 #include "engine/db/edit_target.h"
 #include "engine/db/errors.h"
+#include "engine/db/sql_text.h"
 
 namespace torvik::db {
 
@@ -58,8 +59,12 @@ Parameter& Query::ParamByName(const QString& name) {
 Request Query::request() {
     scan();
     if (text_.Text.trimmed().isEmpty()) throw UsageError(QStringLiteral("The query has no text"));
-    Request request{text_.Text, {}, CommandTimeout};
-    for (const QString& name : text_.Names) {
+    return requestOf(text_);
+}
+
+Request Query::requestOf(const ScannedText& text) const {
+    Request request{text.Text, {}, CommandTimeout};
+    for (const QString& name : text.Names) {
         const Parameter& parameter = params_.ByName(name);
         std::optional<FieldInfo> type;
         if (parameter.Type()) {
@@ -72,10 +77,19 @@ Request Query::request() {
     return request;
 }
 
+int Query::countedRows() {
+    scan();
+    const QString text = countingText(SQL.join(QStringLiteral("\r\n")));
+    const RowStore rows =
+        lastRows(session().use(this), requestOf(ParamCheck ? scanParameters(text) : ScannedText{text, {}}));
+    return int(rows.value(0, 0).toInt());
+}
+
 void Query::Open() {
     if (Active() && SQL == opened_) return;
     Close();
     opened_ = SQL;
+    const int count = UniDirectional && CountRows ? countedRows() : -1;
     auto reply = std::make_unique<Reply>(session().use(this), request());
     if (!reply->hasRows()) {
         ServerMessage message;
@@ -86,6 +100,7 @@ void Query::Open() {
     try {
         if (UniDirectional) {
             reading_ = std::move(reply);
+            expectRows(count);
             session().add(this);
         } else {
             while (reply->fetch(rows())) {
@@ -115,6 +130,7 @@ void Query::ExecSQL() {
 
 void Query::endReading() {
     reading_.reset();
+    expectRows(-1);
     if (session_) session_->remove(this);
 }
 

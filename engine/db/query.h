@@ -35,6 +35,9 @@ public:
     // On: Open reads only as the rows are walked (First once, Next, Eof); RecordCount counts the rows read so far. Any
     // other use of the session reads the rest to the client first. An error behind the rows is raised where met.
     bool UniDirectional = false;
+    // With UniDirectional: Open first asks the server how many rows there will be, so that RecordCount tells it from
+    // the start. The text must then be one SELECT whose columns have names of their own.
+    bool CountRows = false;
 
     // May be changed only while closed, else UsageError.
     void SetConnection(Session* session);
@@ -51,6 +54,8 @@ public:
     void Close() override;
     // Runs the batch to its end; rows are read past. The first error is raised though earlier statements succeeded.
     void ExecSQL();
+    // Whether RecordCount counts rows that are still to be read too, or there are none.
+    [[nodiscard]] bool RowCountKnown() const { return !reading_ || rowsExpected(); }
     // Rows that the last ExecSQL changed, all statements added up; -1 when none counted.
     [[nodiscard]] qint64 RowsAffected() const { return rowsAffected_; }
 
@@ -66,6 +71,8 @@ private:
     [[nodiscard]] const EditTarget& target();
     [[nodiscard]] std::vector<Value> currentValues() const;
     [[nodiscard]] Request request();
+    [[nodiscard]] Request requestOf(const ScannedText& text) const;
+    [[nodiscard]] int countedRows();
     [[nodiscard]] Session& session() const;
     void scan();
     void endReading();

@@ -140,6 +140,11 @@ bool ColumnBlock::isNull(qsizetype row) const {
         data_);
 }
 
+QStringView ColumnBlock::text(qsizetype row) const {
+    const auto& column = std::get<SliceColumn>(data_);
+    return {reinterpret_cast<const QChar*>(column.data(row)), column.bytes(row) / qsizetype(sizeof(QChar))};
+}
+
 Value ColumnBlock::value(qsizetype row) const {
     if (isNull(row)) return {};
     return std::visit(
@@ -148,9 +153,7 @@ Value ColumnBlock::value(qsizetype row) const {
                 const char* data = column.data(row);
                 const qsizetype bytes = column.bytes(row);
                 if (type_ == FieldType::Bytes) return QByteArray(data, bytes);
-                QString text(bytes / qsizetype(sizeof(QChar)), Qt::Uninitialized);
-                if (bytes > 0) std::memcpy(text.data(), data, size_t(bytes));
-                return text;
+                return text(row).toString();
             } else {
                 return pack(column.values[size_t(row)]);
             }

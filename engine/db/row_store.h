@@ -65,6 +65,7 @@ public:
     void set(qsizetype row, const Value& value);
     [[nodiscard]] Value value(qsizetype row) const;
     [[nodiscard]] bool isNull(qsizetype row) const;
+    [[nodiscard]] QStringView text(qsizetype row) const;  // of a text column, not null; holds until the next change
 
     using Data = std::variant<PlainColumn<char>, PlainColumn<qint64>, PlainColumn<double>, PlainColumn<PackedDecimal>,
                               PlainColumn<DateTime>, PlainColumn<QUuid>, SliceColumn>;
@@ -80,8 +81,13 @@ public:
     explicit RowStore(const std::vector<FieldInfo>& columns);
 
     [[nodiscard]] qsizetype rowCount() const { return erased_ ? qsizetype(order_.size()) : stored_; }
+    [[nodiscard]] int columnCount() const { return int(columns_.size()); }
     [[nodiscard]] Value value(qsizetype row, int column) const { return columns_[size_t(column)].value(place(row)); }
     [[nodiscard]] bool isNull(qsizetype row, int column) const { return columns_[size_t(column)].isNull(place(row)); }
+    // Of a text column, not null; without a copy.
+    [[nodiscard]] QStringView text(qsizetype row, int column) const {
+        return columns_[size_t(column)].text(place(row));
+    }
     void setValue(qsizetype row, int column, const Value& value) { columns_[size_t(column)].set(place(row), value); }
     void appendRow(const std::vector<Value>& values);
     void eraseRow(qsizetype row);

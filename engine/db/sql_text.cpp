@@ -1,6 +1,8 @@
 // See sql_text.h.
 #include "engine/db/sql_text.h"
 
+#include <QRegularExpression>
+
 namespace torvik::db {
 
 qsizetype pastQuoted(const QString& text, qsizetype i) {
@@ -49,6 +51,30 @@ QString withoutLiterals(const QString& text) {
         i = past;
     }
     return bare;
+}
+
+QString countingText(const QString& select) {
+    static const QRegularExpression orderBy(QStringLiteral("ORDER\\s+BY\\b"),
+                                            QRegularExpression::CaseInsensitiveOption);
+    int depth = 0;
+    qsizetype end = select.size();
+    for (qsizetype i = 0; i < select.size();) {
+        const qsizetype past = pastQuoted(select, i);
+        if (past > i) {
+            i = past;
+            continue;
+        }
+        if (select[i] == u'(') ++depth;
+        if (select[i] == u')') --depth;
+        const bool startsWord = i == 0 || !(select[i - 1].isLetterOrNumber() || select[i - 1] == u'_');
+        if (depth == 0 && startsWord &&
+            orderBy.match(select, i, QRegularExpression::NormalMatch, QRegularExpression::AnchorAtOffsetMatchOption)
+                .hasMatch())
+            end = i;
+        ++i;
+    }
+    // On a line of its own the bracket stands behind no comment.
+    return QStringLiteral("SELECT COUNT(*) FROM (") + select.first(end) + QStringLiteral("\r\n) AS torvik_rows");
 }
 
 QString bracketed(const QString& name) {

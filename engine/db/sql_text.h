@@ -11,6 +11,9 @@ namespace torvik::db {
 // The text with literals emptied and comments made a blank; quoted names stay.
 [[nodiscard]] QString withoutLiterals(const QString& text);
 
+// A statement that counts the rows of a SELECT, whose own ORDER BY is left away.
+[[nodiscard]] QString countingText(const QString& select);
+
 // "[name]", with "]" doubled.
 [[nodiscard]] QString bracketed(const QString& name);
 

@@ -85,21 +85,11 @@ void StoredProc::ExecProc() {
                    withoutFirstGroup(StoredProcName.trimmed()) + u' ' + arguments.join(QStringLiteral(", ")) +
                    QStringLiteral(" SELECT ") + results.join(QStringLiteral(", "));
 
-    Reply reply(session_->use(), request);
-    std::vector<Value> last;
-    while (reply.hasRows()) {
-        const int count = int(reply.columns().size());
-        RowStore rows(reply.columns());
-        while (reply.fetch(rows)) {
-        }
-        last.clear();
-        for (int i = 0; rows.rowCount() > 0 && i < count; ++i) last.push_back(rows.value(0, i));
-        reply.nextRowSet();
-    }
-    if (last.size() != outputs.size() + 1)
+    const RowStore last = lastRows(session_->use(), request);
+    if (last.rowCount() == 0 || last.columnCount() != int(outputs.size()) + 1)
         throw Error(QStringLiteral("The procedure %1 ended without its return value").arg(StoredProcName));
-    ParamByName(kReturnValue) = last[0];
-    for (size_t i = 0; i < outputs.size(); ++i) *outputs[i] = last[i + 1];
+    ParamByName(kReturnValue) = last.value(0, 0);
+    for (size_t i = 0; i < outputs.size(); ++i) *outputs[i] = last.value(0, int(i) + 1);
 }
 
 }  // namespace torvik::db

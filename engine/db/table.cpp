@@ -5,16 +5,12 @@
 
 #include "engine/db/connection.h"
 #include "engine/db/errors.h"
-#include "engine/db/sql_text.h"
+#include "engine/db/row_sender.h"
 
 namespace torvik::db {
 
 namespace {
 
-// The server takes 2100 parameters a call and 1000 rows an INSERT; beyond some hundred parameters a longer statement
-// costs more to compile than the round trips that it saves.
-constexpr int kMaxParameters = 1000;
-constexpr int kMaxRows = 1000;
 // A block is sent before it holds more than this in texts and bytes.
 constexpr qsizetype kBlockBytes = 4 * 1024 * 1024;
 
@@ -24,42 +20,11 @@ qsizetype weight(const Value& value) {
     return 0;
 }
 
-bool hasInsertTrigger(Connection& connection, const QString& table) {
-    const QString text =
-        QStringLiteral("SELECT COUNT(*) FROM sysobjects WHERE xtype = 'TR' AND parent_obj = OBJECT_ID(?)");
-    Reply reply(connection, {text, {{table, {}}}, 0});
-    RowStore rows(reply.columns());
-    while (reply.fetch(rows)) {
-    }
-    reply.finish();
-    return rows.value(0, 0).toInt() > 0;
-}
-
 }  // namespace
 
 struct Table::Block {
-    std::vector<FieldInfo> columns;  // those that every row of the block sets
-    std::vector<bool> set;
-    std::vector<std::vector<Value>> rows;
+    RowBlock rows;
     qsizetype bytes = 0;
-
-    [[nodiscard]] Request insert(const QString& table, size_t first, size_t count, int timeout) const {
-        Request request;
-        request.Timeout = timeout;
-        QStringList names;
-        for (const FieldInfo& column : columns) names += bracketed(column.Name);
-        const QString row = u'(' + QStringList(qsizetype(columns.size()), QStringLiteral("?")).join(u',') + u')';
-        request.Text = QStringLiteral("INSERT INTO ") + table;
-        if (columns.empty())
-            request.Text += QStringLiteral(" DEFAULT VALUES");
-        else
-            request.Text += QStringLiteral(" (") + names.join(u',') + QStringLiteral(") VALUES ") +
-                            QStringList(qsizetype(count), row).join(u',');
-        request.Text += QStringLiteral(" SELECT @@ROWCOUNT");
-        for (size_t i = first; i < first + count; ++i)
-            for (size_t c = 0; c < columns.size(); ++c) request.Arguments.push_back({rows[i][c], columns[c]});
-        return request;
-    }
 };
 
 Table::Table(Session* session, QObject* parent) : DataSet(parent), session_(session) {}
@@ -92,13 +57,14 @@ Session& Table::session() const {
 void Table::Open() {
     if (Active()) return;
     if (name_.isEmpty()) throw UsageError(QStringLiteral("The table has no name"));
-    auto& connection = session().use(this);
-    Reply reply(connection, {QStringLiteral("SELECT * FROM %1 WHERE 1 = 0").arg(name_), {}, CommandTimeout});
-    std::vector<FieldInfo> columns = reply.columns();
-    reply.finish();
-    rowByRow_ = hasInsertTrigger(connection, name_);
-    posted_ = sent_ = 0;
-    activate(std::move(columns));
+    shape_ = std::make_unique<TableShape>(tableShape(session().use(this), name_, CommandTimeout));
+    sender_.reset();
+    posted_ = sentBefore_ = 0;
+    activate(shape_->Fields);
+}
+
+qint64 Table::SentRows() const {
+    return sentBefore_ + (sender_ ? sender_->confirmed() : 0);
 }
 
 void Table::Close() {
@@ -121,29 +87,33 @@ void Table::Delete() {
     throw UsageError(QStringLiteral("A table object only appends rows"));
 }
 
-void Table::store(Mode, EditBuffer& buffer) {
-    if (block_ && block_->set != buffer.Set) Flush();
-    if (!block_) {
-        static_cast<void>(session().use(this));  // what others left unsent goes first
-        block_ = std::make_unique<Block>();
-        block_->set = buffer.Set;
+// Rows with the same columns set make a block, and have the same sender.
+void Table::startBlock(const std::vector<bool>& set) {
+    auto& connection = session().use(this);  // what others left unsent goes first
+    if (!sender_ || set_ != set) {
+        std::vector<int> places;
         for (int i = 0; i < FieldCount(); ++i)
-            if (buffer.Set[size_t(i)]) block_->columns.push_back(Fields(i).Info());
-        session().add(this);
+            if (set[size_t(i)]) places.push_back(i);
+        sentBefore_ = SentRows();
+        sender_ = std::make_unique<RowSender>(session(), connection, *shape_, std::move(places), CommandTimeout);
+        set_ = set;
     }
-    std::vector<Value>& row = block_->rows.emplace_back();
-    row.reserve(block_->columns.size());
-    for (size_t i = 0; i < buffer.Values.size(); ++i) {
-        if (!buffer.Set[i]) continue;
-        block_->bytes += weight(buffer.Values[i]);
-        row.push_back(std::move(buffer.Values[i]));
+    block_ = std::make_unique<Block>();
+    session().add(this);
+}
+
+void Table::store(Mode, EditBuffer& buffer) {
+    if (block_ && set_ != buffer.Set) Flush();
+    if (!block_) startBlock(buffer.Set);
+    for (const int place : sender_->places()) {
+        Value& value = buffer.Values[size_t(place)];
+        block_->bytes += weight(value);
+        block_->rows.Values.push_back(std::move(value));
     }
+    ++block_->rows.Rows;
     ++posted_;
-    const int columns = std::max(1, int(block_->columns.size()));
-    const int limit = rowByRow_ || block_->columns.empty()
-                          ? 1
-                          : std::clamp(std::min(Options.BlockRows, kMaxParameters / columns), 1, kMaxRows);
-    if (int(block_->rows.size()) >= limit || block_->bytes >= kBlockBytes) Flush();
+    const int limit = std::clamp(Options.BlockRows, 1, sender_->bestBlock());
+    if (int(block_->rows.Rows) >= limit || block_->bytes >= kBlockBytes) Flush();
 }
 
 void Table::Discard() {
@@ -163,32 +133,7 @@ void Table::Flush() {
 void Table::sendBlock() {
     const std::unique_ptr<Block> block = std::move(block_);
     session().remove(this);
-    auto& connection = session().use(this);
-    const bool inTransaction = session().InTransaction();
-    const auto send = [&](size_t first, size_t count) {
-        Reply reply(connection, block->insert(name_, first, count, CommandTimeout));
-        qint64 confirmed = 0;
-        while (reply.hasRows()) {  // the last one is the count; an INSERT trigger's may come before it
-            RowStore rows(reply.columns());
-            while (reply.fetch(rows)) {
-            }
-            confirmed = rows.rowCount() > 0 ? rows.value(0, 0).toInt() : 0;
-            reply.nextRowSet();
-        }
-        sent_ += confirmed;
-        session().transactionUnchanged();
-    };
-    const size_t count = block->rows.size();
-    try {
-        send(0, count);
-    } catch (const TimeoutError&) {
-        throw;
-    } catch (const StatementError&) {
-        // One INSERT of many rows leaves none of them. Where the transaction is gone, so are the rows before the bad
-        // one; else they are sent again one by one, up to it.
-        if (count == 1 || session().InTransaction() != inTransaction) throw;
-        for (size_t row = 0; row < count; ++row) send(row, 1);
-    }
+    sender_->send(session().use(this), block->rows);
 }
 
 }  // namespace torvik::db

@@ -1,5 +1,6 @@
-// A table bound by name for insertion row by row: Append, set columns, Post. Rows travel in blocks, and yet order,
-// defaults of columns not set, and the error raised stay those of one INSERT a row. Staging tables are filled with it.
+// A table bound by name for insertion row by row: Append, set columns, Post. Rows travel in blocks (row_sender.h), and
+// yet order, defaults of columns not set, and the error raised stay those of one INSERT a row. Staging tables are
+// filled with it.
 //
 // When an error surfaces: Post raises what it finds itself (unknown column, a value that does not fit its type). What
 // the server objects to is raised by the Post that completes a block, by Flush, by Close, or by whatever next uses the
@@ -14,8 +15,11 @@
 
 namespace torvik::db {
 
+class RowSender;
+struct TableShape;
+
 struct TableOptions {
-    // Kept for its callers: rows always go as INSERT statements, never through a server cursor.
+    // Kept for its callers: rows never go through a server cursor.
     bool CursorUpdate = false;
     // Rows a block at most; 1 sends each row at once. A table with an insert trigger is sent row by row.
     int BlockRows = 1000;
@@ -47,7 +51,7 @@ public:
     void Discard();
     // Rows posted since Open, and those that the server has confirmed.
     [[nodiscard]] qint64 PostedRows() const { return posted_; }
-    [[nodiscard]] qint64 SentRows() const { return sent_; }
+    [[nodiscard]] qint64 SentRows() const;
 
     void Edit() override;    // raises UsageError: a table object only inserts
     void Delete() override;  // likewise
@@ -58,6 +62,7 @@ protected:
 
 private:
     struct Block;  // rows waiting, all with the same columns set
+    void startBlock(const std::vector<bool>& set);
     [[nodiscard]] Session& session() const;
     void sendBlock();
     void finishWork() override { Flush(); }
@@ -67,10 +72,12 @@ private:
 
     QPointer<Session> session_;
     QString name_;
+    std::unique_ptr<TableShape> shape_;
     std::unique_ptr<Block> block_;
-    bool rowByRow_ = false;
+    std::vector<bool> set_;              // the columns that the last rows set,
+    std::unique_ptr<RowSender> sender_;  // and who sends such rows
     qint64 posted_ = 0;
-    qint64 sent_ = 0;
+    qint64 sentBefore_ = 0;  // by senders before this one
 };
 
 }  // namespace torvik::db

@@ -41,12 +41,12 @@ QString cellText(const db::Value& value) {
 
 }  // namespace
 
-SandboxServer::SandboxServer(sandbox::TlsMode tls) : database_(uniqueDatabaseName()) {
+SandboxServer::SandboxServer(Wire wire) : database_(uniqueDatabaseName()) {
     const QString given = qEnvironmentVariable("TORVIK_TEST_SERVER");
     if (given.isEmpty()) {
         sandbox::ServerOptions options;
         options.saPassword = "sandbox";
-        options.tls = tls;
+        options.tls = wire == Wire::Tls ? sandbox::TlsMode::Required : sandbox::TlsMode::NotSupported;
         server_ = std::make_unique<sandbox::Server>(options);
         settings_.Server = QStringLiteral("%1,%2").arg(QString::fromStdString(server_->host())).arg(server_->port());
         settings_.Username = QStringLiteral("sa");
@@ -54,6 +54,7 @@ SandboxServer::SandboxServer(sandbox::TlsMode tls) : database_(uniqueDatabaseNam
     } else {
         settings_ = db::settingsFromOleDb(given);
     }
+    if (wire == Wire::Tls) settings_.Encrypt = settings_.TrustServerCertificate = true;
     settings_.Database = QStringLiteral("master");
     execute(*opened(settings_), QStringLiteral("CREATE DATABASE ") + database_);
     settings_.Database = database_;

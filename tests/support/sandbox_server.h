@@ -12,9 +12,12 @@
 
 namespace torvik::test {
 
+// How the sessions on a server go: an encrypted one takes any certificate.
+enum class Wire { Plain, Tls };
+
 class SandboxServer {
 public:
-    explicit SandboxServer(sandbox::TlsMode tls = sandbox::TlsMode::NotSupported);
+    explicit SandboxServer(Wire wire = Wire::Plain);
     ~SandboxServer();
     SandboxServer(const SandboxServer&) = delete;
     SandboxServer& operator=(const SandboxServer&) = delete;

@@ -7,12 +7,12 @@
 #include "engine/db/query.h"
 #include "engine/db/script.h"
 #include "tests/support/qt_print.h"
-#include "tests/support/sandbox_server.h"
+#include "tests/support/sandbox_wire.h"
 
 namespace torvik::db {
 namespace {
 
-class BulkLoaderTest : public testing::Test {
+class BulkLoaderTest : public test::OverTheWire {
 protected:
     BulkLoaderTest() {
         server.run(
@@ -30,13 +30,14 @@ protected:
         script.Execute();
     }
 
-    test::SandboxServer server;
     std::unique_ptr<Session> target = server.connect();
     Query source{&server.session()};
     BulkLoader loader{target.get()};
 };
 
-TEST_F(BulkLoaderTest, AllRowsGoByColumnName) {
+TORVIK_OVER_THE_WIRE(BulkLoaderTest);
+
+TEST_P(BulkLoaderTest, AllRowsGoByColumnName) {
     fill(3);
     source.Open();
     EXPECT_EQ(loader.LoadFromDataSet(source), 3);
@@ -44,7 +45,7 @@ TEST_F(BulkLoaderTest, AllRowsGoByColumnName) {
               "c | extra | b | a\n0.00 | 4 | rad | 0\n0.50 | 4 | rad | 1\n1.00 | 4 | rad | 2\n");
 }
 
-TEST_F(BulkLoaderTest, ProgressGoesUpTo100) {
+TEST_P(BulkLoaderTest, ProgressGoesUpTo100) {
     fill(200);
     source.Open();
     QList<int> percents;
@@ -54,7 +55,7 @@ TEST_F(BulkLoaderTest, ProgressGoesUpTo100) {
     EXPECT_EQ(percents.last(), 100);
 }
 
-TEST_F(BulkLoaderTest, WhatProgressThrowsStopsTheLoadAndUndoesTheBatch) {
+TEST_P(BulkLoaderTest, WhatProgressThrowsStopsTheLoadAndUndoesTheBatch) {
     fill(200);
     source.Open();
     loader.OnProgress = [](BulkLoader&, int percent) {
@@ -65,7 +66,7 @@ TEST_F(BulkLoaderTest, WhatProgressThrowsStopsTheLoadAndUndoesTheBatch) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM Mal")), "n\n0\n");
 }
 
-TEST_F(BulkLoaderTest, BatchesAreCommittedOneByOne) {
+TEST_P(BulkLoaderTest, BatchesAreCommittedOneByOne) {
     fill(25);
     server.run(QStringLiteral("INSERT Mal (a) VALUES (22)"));
     source.Open();
@@ -74,7 +75,7 @@ TEST_F(BulkLoaderTest, BatchesAreCommittedOneByOne) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM Mal")), "n\n21\n");
 }
 
-TEST_F(BulkLoaderTest, InTheCallersTransactionNothingIsCommitted) {
+TEST_P(BulkLoaderTest, InTheCallersTransactionNothingIsCommitted) {
     fill(5);
     source.Open();
     target->StartTransaction();
@@ -85,7 +86,7 @@ TEST_F(BulkLoaderTest, InTheCallersTransactionNothingIsCommitted) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM Mal")), "n\n0\n");
 }
 
-TEST_F(BulkLoaderTest, AnEmptySourceLoadsNothing) {
+TEST_P(BulkLoaderTest, AnEmptySourceLoadsNothing) {
     source.Open();
     int percent = -1;
     loader.OnProgress = [&](BulkLoader&, int now) { percent = now; };
@@ -93,7 +94,7 @@ TEST_F(BulkLoaderTest, AnEmptySourceLoadsNothing) {
     EXPECT_EQ(percent, 100);
 }
 
-TEST_F(BulkLoaderTest, AStreamedSourceIsLoadedWithoutBeingHeld) {
+TEST_P(BulkLoaderTest, AStreamedSourceIsLoadedWithoutBeingHeld) {
     fill(2500);
     source.UniDirectional = true;
     source.Open();
@@ -101,7 +102,83 @@ TEST_F(BulkLoaderTest, AStreamedSourceIsLoadedWithoutBeingHeld) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n, SUM(a) AS s FROM Mal")), "n | s\n2500 | 3123750\n");
 }
 
-TEST_F(BulkLoaderTest, ASourceColumnThatTheTableLacksIsNamed) {
+TEST_P(BulkLoaderTest, AStreamedSourceThatCountsItsRowsHasPercents) {
+    fill(2500);
+    source.UniDirectional = source.CountRows = true;
+    source.Open();
+    EXPECT_EQ(source.RecordCount(), 2500);
+    QList<int> percents;
+    loader.OnProgress = [&](BulkLoader&, int percent) {
+        if (percents.isEmpty() || percents.last() != percent) percents += percent;
+    };
+    loader.LoadFromDataSet(source);
+    QList<int> all;
+    for (int percent = 0; percent <= 100; ++percent) all += percent;
+    EXPECT_EQ(percents, all);
+    EXPECT_EQ(source.RecordCount(), 2500);
+}
+
+TEST_P(BulkLoaderTest, AStreamedSourceThatDoesNotIsAtNothingUntilTheEnd) {
+    fill(2500);
+    source.UniDirectional = true;
+    source.Open();
+    QSet<int> percents;
+    loader.OnProgress = [&](BulkLoader&, int percent) { percents += percent; };
+    loader.LoadFromDataSet(source);
+    EXPECT_EQ(percents, (QSet<int>{0, 100}));
+}
+
+TEST_P(BulkLoaderTest, TheCallbackMayUseBothSessions) {
+    fill(2500);
+    source.UniDirectional = true;
+    source.Open();
+    loader.OnProgress = [&](BulkLoader&, int) {
+        EXPECT_EQ(server.rows(QStringLiteral("SELECT 1 AS en")), "en\n1\n");
+        EXPECT_EQ(server.rows(QStringLiteral("SELECT 1 AS en"), *target), "en\n1\n");
+    };
+    EXPECT_EQ(loader.LoadFromDataSet(source), 2500);
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM Mal")), "n\n2500\n");
+}
+
+TEST_P(BulkLoaderTest, ASourceOnTheLoadersOwnSessionIsLoaded) {
+    fill(2500);
+    loader.SetConnection(&server.session());
+    source.Open();
+    EXPECT_EQ(loader.LoadFromDataSet(source), 2500);
+    source.Close();
+    source.UniDirectional = true;
+    source.Open();
+    EXPECT_THROW(loader.LoadFromDataSet(source), UsageError);
+}
+
+TEST_P(BulkLoaderTest, RowsThatTheServerDidNotTakeAreMissed) {
+    fill(3);
+    source.Open();
+    Script limit(target.get());
+    limit.SQL = {QStringLiteral("SET ROWCOUNT 2")};
+    limit.Execute();
+    try {
+        loader.LoadFromDataSet(source);
+        FAIL() << "loaded";
+    } catch (const StatementError& e) {
+        EXPECT_EQ(e.text(), QStringLiteral("Of 3 rows for table Mal the server has 2"));
+    }
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM Mal")), "a\n");
+}
+
+TEST_P(BulkLoaderTest, AValueThatIsNoneOfItsColumnsIsNamed) {
+    source.SQL = {QStringLiteral("SELECT 1 AS a, 'x' AS c")};
+    source.Open();
+    try {
+        loader.LoadFromDataSet(source);
+        FAIL() << "loaded";
+    } catch (const UsageError& e) {
+        EXPECT_EQ(e.text(), QStringLiteral("'x' is not a valid decimal value for field 'c'"));
+    }
+    EXPECT_FALSE(target->InTransaction());
+}
+
+TEST_P(BulkLoaderTest, ASourceColumnThatTheTableLacksIsNamed) {
     source.SQL = {QStringLiteral("SELECT 1 AS a, 2 AS ukjent")};
     source.Open();
     try {

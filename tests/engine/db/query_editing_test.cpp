@@ -5,7 +5,7 @@
 #include "engine/db/errors.h"
 #include "engine/db/query.h"
 #include "tests/support/qt_print.h"
-#include "tests/support/sandbox_server.h"
+#include "tests/support/sandbox_wire.h"
 
 namespace torvik::db {
 namespace {
@@ -28,7 +28,7 @@ TEST(TableOfSelect, SeveralTablesAreRefused) {
         EXPECT_THROW(static_cast<void>(tableOfSelect(QLatin1String(text))), UsageError) << text;
 }
 
-class QueryEditing : public testing::Test {
+class QueryEditing : public test::OverTheWire {
 protected:
     void open(const char* create, const char* select) {
         server.run(QString::fromUtf8(create));
@@ -37,11 +37,12 @@ protected:
         query.Open();
     }
 
-    test::SandboxServer server;
     Query query{&server.session()};
 };
 
-TEST_F(QueryEditing, EditUpdatesByKey) {
+TORVIK_OVER_THE_WIRE(QueryEditing);
+
+TEST_P(QueryEditing, EditUpdatesByKey) {
     open(
         "CREATE TABLE ledigid (LI_ATTRIBUTT char(20) NOT NULL PRIMARY KEY, LI_NESTELEDIGEID int NULL) "
         "INSERT ledigid VALUES ('OR_ID', 5) INSERT ledigid VALUES ('BT_ID', 7)",
@@ -56,7 +57,7 @@ TEST_F(QueryEditing, EditUpdatesByKey) {
         "a | n\nBT_ID | 7\nOR_ID | 50\n");
 }
 
-TEST_F(QueryEditing, AppendInsertsAndLocateFindsTheRow) {
+TEST_P(QueryEditing, AppendInsertsAndLocateFindsTheRow) {
     open("CREATE TABLE KundeGruppe (KG_ID int NOT NULL PRIMARY KEY, KG_NAVN varchar(30) NULL)",
          "SELECT * FROM KundeGruppe");
     EXPECT_FALSE(query.Locate(QStringLiteral("KG_ID"), 3));
@@ -68,7 +69,7 @@ TEST_F(QueryEditing, AppendInsertsAndLocateFindsTheRow) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT * FROM KundeGruppe")), "KG_ID | KG_NAVN\n3 | Bedrift\n");
 }
 
-TEST_F(QueryEditing, AppendLearnsItsIdentity) {
+TEST_P(QueryEditing, AppendLearnsItsIdentity) {
     open("CREATE TABLE T (id int IDENTITY(10, 1) PRIMARY KEY, a varchar(5), b int DEFAULT 7)", "SELECT * FROM T");
     query.Append();
     query.FieldByName(QStringLiteral("a")) = "x";
@@ -81,7 +82,7 @@ TEST_F(QueryEditing, AppendLearnsItsIdentity) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\ny\n");
 }
 
-TEST_F(QueryEditing, ATableWithoutAKeyIsFoundByItsValues) {
+TEST_P(QueryEditing, ATableWithoutAKeyIsFoundByItsValues) {
     open(
         "CREATE TABLE Innstillinger (a int NULL, b varchar(10) NULL, c float NULL, d datetime NULL, e text NULL) "
         "INSERT Innstillinger VALUES (NULL, 'x', 0.1, '20240101 10:11:12.003', 'lang')",
@@ -92,7 +93,7 @@ TEST_F(QueryEditing, ATableWithoutAKeyIsFoundByItsValues) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a, b FROM Innstillinger")), "a | b\n1 | x\n");
 }
 
-TEST_F(QueryEditing, RowsThatAreTheSameAreNotEditedTogether) {
+TEST_P(QueryEditing, RowsThatAreTheSameAreNotEditedTogether) {
     open("CREATE TABLE T (a int) INSERT T VALUES (1) INSERT T VALUES (1)", "SELECT * FROM T");
     query.Edit();
     query.Fields(0) = 2;
@@ -101,7 +102,7 @@ TEST_F(QueryEditing, RowsThatAreTheSameAreNotEditedTogether) {
     EXPECT_FALSE(server.session().InTransaction());
 }
 
-TEST_F(QueryEditing, ARowThatIsGoneIsToldSo) {
+TEST_P(QueryEditing, ARowThatIsGoneIsToldSo) {
     open("CREATE TABLE T (a int PRIMARY KEY, b int) INSERT T VALUES (1, 1)", "SELECT * FROM T");
     server.run(QStringLiteral("DELETE FROM T"));
     query.Edit();
@@ -109,7 +110,7 @@ TEST_F(QueryEditing, ARowThatIsGoneIsToldSo) {
     EXPECT_THROW(query.Post(), StatementError);
 }
 
-TEST_F(QueryEditing, EditingWorksUnderNoCountAndInTheCallersTransaction) {
+TEST_P(QueryEditing, EditingWorksUnderNoCountAndInTheCallersTransaction) {
     open("CREATE TABLE T (a int PRIMARY KEY, b int) INSERT T VALUES (1, 1) SET NOCOUNT ON", "SELECT * FROM T");
     server.session().StartTransaction();
     query.Edit();
@@ -120,14 +121,14 @@ TEST_F(QueryEditing, EditingWorksUnderNoCountAndInTheCallersTransaction) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT b FROM T")), "b\n1\n");
 }
 
-TEST_F(QueryEditing, DeleteRemovesTheRow) {
+TEST_P(QueryEditing, DeleteRemovesTheRow) {
     open("CREATE TABLE T (a int PRIMARY KEY) INSERT T VALUES (1) INSERT T VALUES (2)", "SELECT * FROM T ORDER BY a");
     query.Delete();
     EXPECT_EQ(query.Fields(0).AsInteger(), 2);
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n2\n");
 }
 
-TEST_F(QueryEditing, AFailedPostKeepsTheRowInEditAndTheRowsAsTheyWere) {
+TEST_P(QueryEditing, AFailedPostKeepsTheRowInEditAndTheRowsAsTheyWere) {
     open("CREATE TABLE T (a int PRIMARY KEY, b varchar(3) NOT NULL) INSERT T VALUES (1, 'x')", "SELECT * FROM T");
     query.Edit();
     query.Fields(1).Clear();
@@ -137,7 +138,7 @@ TEST_F(QueryEditing, AFailedPostKeepsTheRowInEditAndTheRowsAsTheyWere) {
     EXPECT_EQ(query.Fields(1).AsString(), QStringLiteral("x"));
 }
 
-TEST_F(QueryEditing, AStaticQueryIsReadOnly) {
+TEST_P(QueryEditing, AStaticQueryIsReadOnly) {
     open("CREATE TABLE T (a int PRIMARY KEY) INSERT T VALUES (1)", "SELECT * FROM T");
     query.Close();
     query.CursorType = ReadMode::Static;

@@ -5,12 +5,12 @@
 
 #include "engine/db/errors.h"
 #include "tests/support/qt_print.h"
-#include "tests/support/sandbox_server.h"
+#include "tests/support/sandbox_wire.h"
 
 namespace torvik::db {
 namespace {
 
-class QueryTest : public testing::Test {
+class QueryTest : public test::OverTheWire {
 protected:
     QueryTest() { server.run(QStringLiteral("CREATE TABLE T (a int NOT NULL PRIMARY KEY, b varchar(20) NULL)")); }
 
@@ -25,11 +25,12 @@ protected:
         return 0;
     }
 
-    test::SandboxServer server;
     Query query{&server.session()};
 };
 
-TEST_F(QueryTest, LinesCanBeClearedAppendedAndReplaced) {
+TORVIK_OVER_THE_WIRE(QueryTest);
+
+TEST_P(QueryTest, LinesCanBeClearedAppendedAndReplaced) {
     query.SQL.clear();
     query.SQL << QStringLiteral("SELECT 1 AS a -- first") << QStringLiteral("WHERE 1 = 0");
     query.SQL[1] = QStringLiteral("ORDER BY a");
@@ -37,7 +38,7 @@ TEST_F(QueryTest, LinesCanBeClearedAppendedAndReplaced) {
     EXPECT_EQ(query.RecordCount(), 1);
 }
 
-TEST_F(QueryTest, OpeningAnOpenQueryRunsItAgainOnlyWithANewText) {
+TEST_P(QueryTest, OpeningAnOpenQueryRunsItAgainOnlyWithANewText) {
     query.SQL = {QStringLiteral("SELECT a FROM T")};
     query.Open();
     server.run(QStringLiteral("INSERT T VALUES (1, 'en')"));
@@ -48,7 +49,7 @@ TEST_F(QueryTest, OpeningAnOpenQueryRunsItAgainOnlyWithANewText) {
     EXPECT_EQ(query.Fields(0).AsString(), QStringLiteral("en"));
 }
 
-TEST_F(QueryTest, ABatchOfSeveralStatementsAndControlFlowIsOneBatch) {
+TEST_P(QueryTest, ABatchOfSeveralStatementsAndControlFlowIsOneBatch) {
     query.ParamCheck = false;
     query.SQL = {QStringLiteral("DECLARE @i int"),
                  QStringLiteral("SET @i = 0"),
@@ -63,7 +64,7 @@ TEST_F(QueryTest, ABatchOfSeveralStatementsAndControlFlowIsOneBatch) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT * FROM T")), "a | b\n0 | z\n1 | z\n2 | z\n");
 }
 
-TEST_F(QueryTest, AScriptWithColonsInLiteralsRunsWithParamCheckOff) {
+TEST_P(QueryTest, AScriptWithColonsInLiteralsRunsWithParamCheckOff) {
     query.ParamCheck = false;
     query.SQL = {QStringLiteral("INSERT T VALUES (1, 'kl. 10:30') -- se :dette")};
     query.ExecSQL();
@@ -71,7 +72,7 @@ TEST_F(QueryTest, AScriptWithColonsInLiteralsRunsWithParamCheckOff) {
     EXPECT_TRUE(query.Params().All().empty());
 }
 
-TEST_F(QueryTest, ParametersStandWhereverTheirNameDoes) {
+TEST_P(QueryTest, ParametersStandWhereverTheirNameDoes) {
     server.run(QStringLiteral("INSERT T VALUES (1, 'en') INSERT T VALUES (2, 'to') INSERT T VALUES (3, 'tre')"));
     query.SQL = {QStringLiteral("SELECT b FROM T WHERE a = :Id OR (:Id > 1 AND b = :Navn) ORDER BY a")};
     query.ParamByName(QStringLiteral("id")) = 2;
@@ -85,7 +86,7 @@ TEST_F(QueryTest, ParametersStandWhereverTheirNameDoes) {
     EXPECT_THROW(static_cast<void>(query.ParamByName(QStringLiteral("Avd"))), UsageError);
 }
 
-TEST_F(QueryTest, ParametersOfEveryKindArriveUnchanged) {
+TEST_P(QueryTest, ParametersOfEveryKindArriveUnchanged) {
     const QUuid id = QUuid::createUuid();
     const std::pair<const char*, Value> cases[] = {
         {"int", 42},
@@ -113,7 +114,7 @@ TEST_F(QueryTest, ParametersOfEveryKindArriveUnchanged) {
     }
 }
 
-TEST_F(QueryTest, AParametersTypeConvertsItsText) {
+TEST_P(QueryTest, AParametersTypeConvertsItsText) {
     query.SQL = {QStringLiteral("SELECT :a + 1 AS a")};
     query.ParamByName(QStringLiteral("a")) = " 41 ";
     query.ParamByName(QStringLiteral("a")).SetType(FieldType::Integer);
@@ -121,7 +122,7 @@ TEST_F(QueryTest, AParametersTypeConvertsItsText) {
     EXPECT_EQ(query.Fields(0).AsInteger(), 42);
 }
 
-TEST_F(QueryTest, OpenPassesOverCountsAndMessagesToTheFirstRowSet) {
+TEST_P(QueryTest, OpenPassesOverCountsAndMessagesToTheFirstRowSet) {
     query.SQL = {
         QStringLiteral("INSERT T VALUES (1, 'a') PRINT 'hei' UPDATE T SET b = 'c' SELECT b FROM T SELECT 1 AS x")};
     query.Open();
@@ -129,7 +130,7 @@ TEST_F(QueryTest, OpenPassesOverCountsAndMessagesToTheFirstRowSet) {
     EXPECT_EQ(query.FieldByName(QStringLiteral("B")).AsString(), QStringLiteral("c"));
 }
 
-TEST_F(QueryTest, AnErrorAnywhereInTheReplyIsRaised) {
+TEST_P(QueryTest, AnErrorAnywhereInTheReplyIsRaised) {
     server.run(QStringLiteral("INSERT T VALUES (1, 'a')"));
     query.SQL = {QStringLiteral("INSERT T VALUES (1, 'b') SELECT * FROM T")};
     EXPECT_EQ(errorOfOpen(query), 2627) << "before the rows";
@@ -139,7 +140,7 @@ TEST_F(QueryTest, AnErrorAnywhereInTheReplyIsRaised) {
     EXPECT_EQ(errorOfOpen(query), 2627) << "behind the rows";
 }
 
-TEST_F(QueryTest, ABatchGoesOnBehindAFailedStatementAndIsReadToItsEnd) {
+TEST_P(QueryTest, ABatchGoesOnBehindAFailedStatementAndIsReadToItsEnd) {
     query.SQL = {QStringLiteral("INSERT T VALUES (1, 'a')"), QStringLiteral("INSERT T VALUES (1, 'b')"),
                  QStringLiteral("INSERT T VALUES (NULL, 'c')"), QStringLiteral("INSERT T VALUES (2, 'd')")};
     try {
@@ -155,26 +156,26 @@ TEST_F(QueryTest, ABatchGoesOnBehindAFailedStatementAndIsReadToItsEnd) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a, b FROM T")), "a | b\n1 | a\n2 | d\n");
 }
 
-TEST_F(QueryTest, AnErrorOfTheFirstStatementLeavesTheRestRunning) {
+TEST_P(QueryTest, AnErrorOfTheFirstStatementLeavesTheRestRunning) {
     query.SQL = {QStringLiteral("INSERT T VALUES (NULL, 'a')"), QStringLiteral("WAITFOR DELAY '00:00:00.050'"),
                  QStringLiteral("INSERT T VALUES (2, 'b')")};
     EXPECT_THROW(query.ExecSQL(), StatementError);
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n2\n");
 }
 
-TEST_F(QueryTest, ABatchWithoutRowsCannotBeOpened) {
+TEST_P(QueryTest, ABatchWithoutRowsCannotBeOpened) {
     query.SQL = {QStringLiteral("INSERT T VALUES (1, 'a')")};
     EXPECT_THROW(query.Open(), StatementError);
     EXPECT_FALSE(query.Active());
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n1\n");
 }
 
-TEST_F(QueryTest, AnEmptyTextIsRefused) {
+TEST_P(QueryTest, AnEmptyTextIsRefused) {
     EXPECT_THROW(query.Open(), UsageError);
     EXPECT_THROW(query.ExecSQL(), UsageError);
 }
 
-TEST_F(QueryTest, AnyNumberOfQueriesCanBeOpenOnOneSession) {
+TEST_P(QueryTest, AnyNumberOfQueriesCanBeOpenOnOneSession) {
     server.run(QStringLiteral("INSERT T VALUES (1, 'a') INSERT T VALUES (2, 'b') INSERT T VALUES (3, 'c')"));
     query.SQL = {QStringLiteral("SELECT a FROM T ORDER BY a")};
     qint64 sum = 0;
@@ -187,7 +188,7 @@ TEST_F(QueryTest, AnyNumberOfQueriesCanBeOpenOnOneSession) {
     EXPECT_EQ(sum, 1 + 3 + 6);
 }
 
-TEST_F(QueryTest, AnEmptyResultHasColumnsAndNoRows) {
+TEST_P(QueryTest, AnEmptyResultHasColumnsAndNoRows) {
     query.SQL = {QStringLiteral("SELECT a, b FROM T")};
     query.Open();
     EXPECT_TRUE(query.Active());
@@ -196,7 +197,7 @@ TEST_F(QueryTest, AnEmptyResultHasColumnsAndNoRows) {
     EXPECT_EQ(query.FieldNames(), (QStringList{QStringLiteral("a"), QStringLiteral("b")}));
 }
 
-TEST_F(QueryTest, TheConnectionIsChangedOnlyWhileClosed) {
+TEST_P(QueryTest, TheConnectionIsChangedOnlyWhileClosed) {
     const auto other = server.connect();
     query.SQL = {QStringLiteral("SELECT @@SPID AS spid")};
     query.Open();
@@ -208,7 +209,7 @@ TEST_F(QueryTest, TheConnectionIsChangedOnlyWhileClosed) {
     EXPECT_NE(query.Fields(0).AsInteger(), first);
 }
 
-TEST_F(QueryTest, AnOpenQueryOutlivesItsSession) {
+TEST_P(QueryTest, AnOpenQueryOutlivesItsSession) {
     auto other = server.connect();
     query.SetConnection(other.get());
     query.SQL = {QStringLiteral("SELECT 7 AS a")};
@@ -219,7 +220,7 @@ TEST_F(QueryTest, AnOpenQueryOutlivesItsSession) {
     EXPECT_THROW(query.Open(), UsageError);
 }
 
-TEST_F(QueryTest, RowsOfManyBlocksComeInOrder) {
+TEST_P(QueryTest, RowsOfManyBlocksComeInOrder) {
     server.run(
         QStringLiteral("DECLARE @i int SET @i = 0 SET NOCOUNT ON WHILE @i < 2500 BEGIN "
                        "INSERT T VALUES (@i, 'rad ' + CONVERT(varchar(10), @i)) SET @i = @i + 1 END"));
@@ -236,7 +237,7 @@ TEST_F(QueryTest, RowsOfManyBlocksComeInOrder) {
     EXPECT_EQ(query.RecNo(), 2401);
 }
 
-TEST_F(QueryTest, AUnidirectionalQueryHoldsABlockAndGivesWayToOthers) {
+TEST_P(QueryTest, AUnidirectionalQueryHoldsABlockAndGivesWayToOthers) {
     server.run(
         QStringLiteral("DECLARE @i int SET @i = 0 SET NOCOUNT ON WHILE @i < 3000 BEGIN "
                        "INSERT T VALUES (@i, 'x') SET @i = @i + 1 END"));
@@ -253,7 +254,33 @@ TEST_F(QueryTest, AUnidirectionalQueryHoldsABlockAndGivesWayToOthers) {
     EXPECT_THROW(query.First(), UsageError);
 }
 
-TEST_F(QueryTest, AUnidirectionalQueryRaisesTheErrorBehindItsRows) {
+TEST_P(QueryTest, ACountedQueryTellsItsRowsBeforeTheyAreRead) {
+    server.run(
+        QStringLiteral("CREATE TABLE Mange (a int) DECLARE @i int SET @i = 0 SET NOCOUNT ON WHILE @i < 1500 BEGIN "
+                       "INSERT Mange VALUES (@i) SET @i = @i + 1 END"));
+    query.UniDirectional = query.CountRows = true;
+    query.SQL = {QStringLiteral("SELECT a FROM Mange -- alle"), QStringLiteral("WHERE a >= :Fra ORDER BY a")};
+    query.ParamByName(QStringLiteral("Fra")) = 100;
+    query.Open();
+    EXPECT_EQ(query.RecordCount(), 1400);
+    EXPECT_TRUE(query.RowCountKnown());
+    int rows = 0;
+    for (; !query.Eof(); query.Next()) ++rows;
+    EXPECT_EQ(rows, 1400);
+    EXPECT_EQ(query.RecordCount(), 1400);
+}
+
+TEST_P(QueryTest, ColumnsOfTheSameNameAreTheFirstHoweverOftenAsked) {
+    query.SQL = {QStringLiteral("SELECT 1 AS a, 2 AS b, 3 AS a, 4 AS A")};
+    query.Open();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(query.FieldByName(QStringLiteral("a")).AsInteger(), 1);
+        EXPECT_EQ(query.FieldByName(QStringLiteral("A")).AsInteger(), 1);
+        EXPECT_EQ(query.FieldByName(QStringLiteral("B")).AsInteger(), 2);
+    }
+}
+
+TEST_P(QueryTest, AUnidirectionalQueryRaisesTheErrorBehindItsRows) {
     server.run(QStringLiteral("INSERT T VALUES (1, 'a')"));
     query.SQL = {QStringLiteral("SELECT a FROM T INSERT T VALUES (1, 'b')")};
     query.UniDirectional = true;

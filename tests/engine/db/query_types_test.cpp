@@ -3,7 +3,7 @@
 
 #include "engine/db/query.h"
 #include "tests/support/qt_print.h"
-#include "tests/support/sandbox_server.h"
+#include "tests/support/sandbox_wire.h"
 
 namespace torvik::db {
 namespace {
@@ -15,6 +15,10 @@ struct TypeCase {
 };
 
 class QueryTypes : public testing::TestWithParam<TypeCase> {};
+
+class QueryValues : public test::OverTheWire {};
+
+TORVIK_OVER_THE_WIRE(QueryValues);
 
 TEST_P(QueryTypes, ColumnAndValue) {
     test::SandboxServer server;
@@ -57,8 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
         TypeCase{"CAST('2024-02-29 23:59:59.9999999' AS datetime2(7))", FieldType::DateTime, "29.02.2024 23:59:59"},
         TypeCase{"CAST('2024-02-29' AS date)", FieldType::Date, "29.02.2024"}));
 
-TEST(QueryValues, DateTimeKeepsItsThreeHundredths) {
-    test::SandboxServer server;
+TEST_P(QueryValues, DateTimeKeepsItsThreeHundredths) {
     Query query(&server.session());
     query.ParamCheck = false;
     query.SQL = {
@@ -73,8 +76,7 @@ TEST(QueryValues, DateTimeKeepsItsThreeHundredths) {
     EXPECT_FALSE(query.Fields(2).Info().Legacy);
 }
 
-TEST(QueryValues, NullIsNullInEveryColumn) {
-    test::SandboxServer server;
+TEST_P(QueryValues, NullIsNullInEveryColumn) {
     server.run(
         QStringLiteral("CREATE TABLE T (a int, b char(5), c nvarchar(10), d decimal(18,2), e money, f datetime, "
                        "g uniqueidentifier, h bit, i float, j text, k image, l varchar(max), m varbinary(10)) "
@@ -91,8 +93,7 @@ TEST(QueryValues, NullIsNullInEveryColumn) {
     EXPECT_FALSE(query.FieldByName(QStringLiteral("f")).AsDateTime().isValid());
 }
 
-TEST(QueryValues, ColumnsKnowTheirSizes) {
-    test::SandboxServer server;
+TEST_P(QueryValues, ColumnsKnowTheirSizes) {
     server.run(QStringLiteral("CREATE TABLE T (a varchar(20), b nchar(7), c decimal(18,3), d varchar(max), e image)"));
     Query query(&server.session());
     query.SQL = {QStringLiteral("SELECT * FROM T")};
@@ -106,8 +107,7 @@ TEST(QueryValues, ColumnsKnowTheirSizes) {
     EXPECT_TRUE(query.Fields(4).Info().Long);
 }
 
-TEST(QueryValues, LongValuesAmongShortOnesComeWhole) {
-    test::SandboxServer server;
+TEST_P(QueryValues, LongValuesAmongShortOnesComeWhole) {
     server.run(QStringLiteral("CREATE TABLE T (a int, b varchar(max), c int, d image, e datetime, f varchar(10))"));
     Query insert(&server.session());
     insert.SQL = {QStringLiteral("INSERT T VALUES (:a, :b, :c, :d, :e, :f)")};
@@ -135,8 +135,7 @@ TEST(QueryValues, LongValuesAmongShortOnesComeWhole) {
     EXPECT_EQ(query.ValueAt(2, 5), Value("etter"));
 }
 
-TEST(QueryValues, ABlobOf100MegabytesPasses) {
-    test::SandboxServer server;
+TEST_P(QueryValues, ABlobOf100MegabytesPasses) {
     server.run(QStringLiteral("CREATE TABLE T (a varbinary(max))"));
     const QByteArray blob(100 * 1024 * 1024, 'x');
     Query insert(&server.session());

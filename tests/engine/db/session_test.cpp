@@ -6,7 +6,7 @@
 #include "engine/db/errors.h"
 #include "engine/db/query.h"
 #include "tests/support/qt_print.h"
-#include "tests/support/sandbox_server.h"
+#include "tests/support/sandbox_wire.h"
 
 namespace torvik::db {
 namespace {
@@ -35,8 +35,11 @@ ConnectionError failureOf(ConnectSettings settings) {
     return {ConnectionError::Reason::Refused, QStringLiteral("(opened)")};
 }
 
-TEST(Session, SettingsCannotBeChangedWhileOpen) {
-    SandboxServer server;
+class SessionOverTheWire : public test::OverTheWire {};
+
+TORVIK_OVER_THE_WIRE(SessionOverTheWire);
+
+TEST_P(SessionOverTheWire, SettingsCannotBeChangedWhileOpen) {
     Session& session = server.session();
     EXPECT_THROW(session.SetServer(QStringLiteral("x")), UsageError);
     EXPECT_THROW(session.SetDatabase(QStringLiteral("x")), UsageError);
@@ -73,8 +76,7 @@ TEST(Session, ALoginIsNeverAskedFor) {
     EXPECT_THROW(session.SetLoginPrompt(true), UsageError);
 }
 
-TEST(Session, ClosingAClosedOneAndOpeningAnOpenOneDoNothing) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, ClosingAClosedOneAndOpeningAnOpenOneDoNothing) {
     server.session().Open();
     EXPECT_TRUE(server.session().Connected());
     server.session().Close();
@@ -83,8 +85,7 @@ TEST(Session, ClosingAClosedOneAndOpeningAnOpenOneDoNothing) {
     EXPECT_THROW(server.run(QStringLiteral("SELECT 1")), UsageError);
 }
 
-TEST(Session, TheServerSeesTheApplicationName) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, TheServerSeesTheApplicationName) {
     const auto session = server.connect(QStringLiteral("10:22:022"));
     EXPECT_EQ(server.rows(QStringLiteral("SELECT RTRIM(program_name) AS program FROM master..sysprocesses "
                                          "WHERE spid = @@SPID"),
@@ -92,8 +93,7 @@ TEST(Session, TheServerSeesTheApplicationName) {
               "program\n10:22:022\n");
 }
 
-TEST(Session, EachFailureToConnectIsItsOwn) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, EachFailureToConnectIsItsOwn) {
     ConnectSettings wrong = server.settings();
     wrong.Password = QStringLiteral("galt passord");
     const ConnectionError login = failureOf(wrong);
@@ -123,8 +123,7 @@ TEST(Session, EachFailureToConnectIsItsOwn) {
     EXPECT_EQ(failureOf(wrong).Why, ConnectionError::Reason::NoDriver);
 }
 
-TEST(Session, ConnectionTimeoutEndsTheWaitForASilentServer) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, ConnectionTimeoutEndsTheWaitForASilentServer) {
     TORVIK_NEEDS_SANDBOX(server);
     server.faults().hangLogins(1);
     ConnectSettings settings = server.settings();
@@ -146,16 +145,7 @@ TEST(Session, APasswordOfSpecialCharactersIsPassedAsItStands) {
     }
 }
 
-TEST(Session, AnEncryptedSessionWorks) {
-    SandboxServer server(sandbox::TlsMode::Offered);
-    Session session;
-    session.SetConnectString(server.connectString() + QStringLiteral(";Encrypt=yes;TrustServerCertificate=yes"));
-    session.Open();
-    EXPECT_EQ(server.rows(QStringLiteral("SELECT 1 AS en"), session), "en\n1\n");
-}
-
-TEST(Session, ALostConnectionIsToldApartAndLeavesTheSessionNotConnected) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, ALostConnectionIsToldApartAndLeavesTheSessionNotConnected) {
     TORVIK_NEEDS_SANDBOX(server);
     server.server().dropConnections();
     try {
@@ -171,8 +161,7 @@ TEST(Session, ALostConnectionIsToldApartAndLeavesTheSessionNotConnected) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT 1 AS en")), "en\n1\n");
 }
 
-TEST(Session, AnErrorThatEndsTheConnectionKeepsTheServersText) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, AnErrorThatEndsTheConnectionKeepsTheServersText) {
     try {
         server.run(QStringLiteral("RAISERROR('Serveren stopper', 20, 1) WITH LOG"));
         FAIL() << "ran";
@@ -182,8 +171,7 @@ TEST(Session, AnErrorThatEndsTheConnectionKeepsTheServersText) {
     EXPECT_FALSE(server.session().Connected());
 }
 
-TEST(Session, AFailedStatementLeavesTheSessionUsable) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, AFailedStatementLeavesTheSessionUsable) {
     try {
         server.run(QStringLiteral("SELECT 1\r\nSELECT * FROM Finnes_ikke"));
         FAIL() << "ran";
@@ -198,8 +186,7 @@ TEST(Session, AFailedStatementLeavesTheSessionUsable) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT 1 AS en")), "en\n1\n");
 }
 
-TEST(Session, TwoSessionsHaveTransactionsOfTheirOwn) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, TwoSessionsHaveTransactionsOfTheirOwn) {
     server.run(QStringLiteral("CREATE TABLE T (a int PRIMARY KEY)"));
     const auto other = server.connect();
     server.session().StartTransaction();
@@ -211,8 +198,7 @@ TEST(Session, TwoSessionsHaveTransactionsOfTheirOwn) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T"), *other), "a\n1\n");
 }
 
-TEST(Session, RollbackLeavesNothing) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, RollbackLeavesNothing) {
     server.run(QStringLiteral("CREATE TABLE T (a int PRIMARY KEY)"));
     server.session().StartTransaction();
     server.run(QStringLiteral("INSERT T VALUES (1)"));
@@ -222,15 +208,13 @@ TEST(Session, RollbackLeavesNothing) {
     server.session().Rollback();
 }
 
-TEST(Session, OneTransactionASession) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, OneTransactionASession) {
     server.session().StartTransaction();
     EXPECT_THROW(server.session().StartTransaction(), UsageError);
     EXPECT_TRUE(server.session().InTransaction());
 }
 
-TEST(Session, ClosingRollsBack) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, ClosingRollsBack) {
     server.run(QStringLiteral("CREATE TABLE T (a int PRIMARY KEY)"));
     const auto other = server.connect();
     server.session().StartTransaction();
@@ -239,24 +223,21 @@ TEST(Session, ClosingRollsBack) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T"), *other), "a\n");
 }
 
-TEST(Session, InTransactionSeesWhatStatementsDo) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, InTransactionSeesWhatStatementsDo) {
     server.run(QStringLiteral("BEGIN TRANSACTION"));
     EXPECT_TRUE(server.session().InTransaction());
     server.run(QStringLiteral("COMMIT TRANSACTION"));
     EXPECT_FALSE(server.session().InTransaction());
 }
 
-TEST(Session, AnErrorThatRollsBackOnTheServerIsNoticedAndRollbackIsQuiet) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, AnErrorThatRollsBackOnTheServerIsNoticedAndRollbackIsQuiet) {
     server.session().StartTransaction();
     EXPECT_THROW(server.run(QStringLiteral("SELECT CONVERT(int, 'abc')")), StatementError);
     EXPECT_FALSE(server.session().InTransaction());
     EXPECT_NO_THROW(server.session().Rollback());
 }
 
-TEST(Session, AStatementErrorLeavesTheTransactionOpen) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, AStatementErrorLeavesTheTransactionOpen) {
     server.run(QStringLiteral("CREATE TABLE T (a int PRIMARY KEY)"));
     server.session().StartTransaction();
     server.run(QStringLiteral("INSERT T VALUES (1)"));
@@ -266,8 +247,7 @@ TEST(Session, AStatementErrorLeavesTheTransactionOpen) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n1\n");
 }
 
-TEST(Session, CommitWithoutATransactionIsTheServersError) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, CommitWithoutATransactionIsTheServersError) {
     try {
         server.session().Commit();
         FAIL() << "committed";
@@ -295,8 +275,7 @@ TEST(Session, ACommitWithoutAnAnswerIsInDoubt) {
     }
 }
 
-TEST(Session, RollbackOverALostConnectionIsQuiet) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, RollbackOverALostConnectionIsQuiet) {
     TORVIK_NEEDS_SANDBOX(server);
     server.session().StartTransaction();
     server.server().dropConnections();
@@ -304,8 +283,7 @@ TEST(Session, RollbackOverALostConnectionIsQuiet) {
     EXPECT_FALSE(server.session().Connected());
 }
 
-TEST(Session, CommandTimeoutCancelsOnTheServerAndTheSessionGoesOn) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, CommandTimeoutCancelsOnTheServerAndTheSessionGoesOn) {
     server.run(QStringLiteral("CREATE TABLE T (a int PRIMARY KEY)"));
     EXPECT_THROW(execute(server.session(), QStringLiteral("WAITFOR DELAY '00:00:30' INSERT T VALUES (1)"), 1),
                  TimeoutError);
@@ -313,8 +291,7 @@ TEST(Session, CommandTimeoutCancelsOnTheServerAndTheSessionGoesOn) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM T")), "n\n0\n");
 }
 
-TEST(Session, AServerThatDoesNotEvenAnswerACancelIsALostConnection) {
-    SandboxServer server;
+TEST_P(SessionOverTheWire, AServerThatDoesNotEvenAnswerACancelIsALostConnection) {
     TORVIK_NEEDS_SANDBOX(server);
     sandbox::FaultRule rule;
     rule.match.textContains = "SELECT 77";

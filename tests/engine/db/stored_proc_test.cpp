@@ -5,23 +5,24 @@
 
 #include "engine/db/errors.h"
 #include "tests/support/qt_print.h"
-#include "tests/support/sandbox_server.h"
+#include "tests/support/sandbox_wire.h"
 
 namespace torvik::db {
 namespace {
 
-class StoredProcTest : public testing::Test {
+class StoredProcTest : public test::OverTheWire {
 protected:
     void create(const char* name, const char* text) {
         server.run(QString::fromUtf8(text));
         procedure.StoredProcName = QString::fromUtf8(name);
     }
 
-    test::SandboxServer server;
     StoredProc procedure{&server.session()};
 };
 
-TEST_F(StoredProcTest, ParametersByNameAndTheReturnValue) {
+TORVIK_OVER_THE_WIRE(StoredProcTest);
+
+TEST_P(StoredProcTest, ParametersByNameAndTheReturnValue) {
     server.run(QStringLiteral("CREATE TABLE L (a int, b int, c uniqueidentifier)"));
     create("DeleteFromTemp;1",
            "CREATE PROCEDURE DeleteFromTemp @Ik_Ku_Id int, @KasseNr int, @UnId uniqueidentifier AS "
@@ -37,7 +38,7 @@ TEST_F(StoredProcTest, ParametersByNameAndTheReturnValue) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT a, b FROM L")), "a | b\n3 | 12\n");
 }
 
-TEST_F(StoredProcTest, OutputsAndDefaults) {
+TEST_P(StoredProcTest, OutputsAndDefaults) {
     create("P",
            "CREATE PROCEDURE P @a int = 5, @b varchar(20) OUTPUT, @c decimal(9,2) OUTPUT AS "
            "SET @b = @b + 'æ' + CONVERT(varchar(9), @a) SET @c = 1.25 SELECT 1 AS rad");
@@ -51,7 +52,7 @@ TEST_F(StoredProcTest, OutputsAndDefaults) {
     EXPECT_EQ(procedure.ParamByName(QStringLiteral("c")).AsString(), QStringLiteral("1.25"));
 }
 
-TEST_F(StoredProcTest, AnErrorInsideIsRaisedWithItsNumber) {
+TEST_P(StoredProcTest, AnErrorInsideIsRaisedWithItsNumber) {
     create("P", "CREATE PROCEDURE P AS RAISERROR('Oppgjør mangler', 16, 1) RETURN 1");
     try {
         procedure.ExecProc();
@@ -62,7 +63,7 @@ TEST_F(StoredProcTest, AnErrorInsideIsRaisedWithItsNumber) {
     }
 }
 
-TEST_F(StoredProcTest, AMissingProcedureIsTheServersError) {
+TEST_P(StoredProcTest, AMissingProcedureIsTheServersError) {
     procedure.StoredProcName = QStringLiteral("Finnes_ikke");
     try {
         procedure.ExecProc();
@@ -72,7 +73,7 @@ TEST_F(StoredProcTest, AMissingProcedureIsTheServersError) {
     }
 }
 
-TEST_F(StoredProcTest, AWrongParameterNameIsTheServersError) {
+TEST_P(StoredProcTest, AWrongParameterNameIsTheServersError) {
     create("P", "CREATE PROCEDURE P @a int AS RETURN 0");
     procedure.ParamByName(QStringLiteral("b")) = 1;
     EXPECT_THROW(procedure.ExecProc(), StatementError);

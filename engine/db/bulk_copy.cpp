@@ -1,0 +1,103 @@
+// See bulk_copy.h.
+#include "engine/db/bulk_copy.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "engine/db/connection.h"
+#include "engine/db/errors.h"
+#include "engine/db/odbc_bulk.h"
+
+namespace torvik::db {
+
+struct BulkCopy::State {
+    Connection& connection;
+    odbc::BulkCalls calls;
+    QString statement;
+    std::vector<BulkCell> cells;
+    QByteArray hints;
+    bool sent = false;  // a row, so that there is something to end
+};
+
+namespace {
+
+bool isGiven(const std::vector<int>& places, size_t column) {
+    return std::ranges::find(places, int(column)) != places.end();
+}
+
+// A default that is wanted for a column that no row gives: bulk copy gives it only to nulls.
+bool wantsDefaults(const TableShape& shape, const std::vector<int>& places) {
+    for (size_t i = 0; i < shape.Columns.size(); ++i)
+        if (shape.Columns[i].Default && !isGiven(places, i)) return true;
+    return false;
+}
+
+}  // namespace
+
+// Not served: columns whose types bulk copy cannot carry here, identity values that INSERT would refuse, columns not
+// given and not null (nothing could be sent for them), and tables in which a null must stay null in one column and
+// become the default in another.
+bool BulkCopy::serves(Connection& connection, const TableShape& shape, const std::vector<int>& places) {
+    const odbc::BulkCalls calls = connection.bulkCalls();
+    if (shape.Columns.empty() || places.empty() || shape.InsertTrigger || !calls.available()) return false;
+    const bool defaults = wantsDefaults(shape, places);
+    for (size_t i = 0; i < shape.Columns.size(); ++i) {
+        const TableColumn& column = shape.Columns[i];
+        const bool given = isGiven(places, i);
+        if (column.Identity && !given) continue;
+        if (column.Identity || !BulkCell::of(column, calls.textForm())) return false;
+        if (!given && !column.Nullable) return false;
+        if (given && column.Default && defaults) return false;
+    }
+    return true;
+}
+
+BulkCopy::BulkCopy(Connection& connection, const TableShape& shape, const std::vector<int>& places, int timeout)
+    : state_(new State{connection, connection.bulkCalls(), QStringLiteral("INSERT BULK ") + shape.Name, {}, {}}) {
+    State& s = *state_;
+    // FreeTDS waits in bulk copy as long as in the statement before it.
+    static_cast<void>(lastRows(connection, {QStringLiteral("SELECT 1"), {}, timeout}));
+    require(s.calls.begin(shape.Name));
+    s.hints = QByteArrayLiteral("CHECK_CONSTRAINTS");
+    if (!wantsDefaults(shape, places)) s.hints += ", KEEP_NULLS";
+    require(s.calls.setHints(s.hints));
+    s.cells.reserve(places.size());
+    for (const int place : places) s.cells.push_back(*BulkCell::of(shape.Columns[size_t(place)], s.calls.textForm()));
+    for (size_t i = 0; i < shape.Columns.size(); ++i) {
+        if (!isGiven(places, i) && !shape.Columns[i].Identity) require(s.calls.bind(nullptr, int(i) + 1));
+    }
+    for (size_t i = 0; i < places.size(); ++i) require(s.calls.bind(&s.cells[i], places[i] + 1));
+}
+
+BulkCopy::~BulkCopy() {
+    if (state_->sent && state_->connection.alive()) static_cast<void>(state_->calls.done());
+}
+
+void BulkCopy::require(bool went) {
+    if (went) return;
+    state_->connection.raiseBulkErrors(state_->statement);
+    ServerMessage message;
+    message.Text = QStringLiteral("The driver refused bulk copy without a message");
+    throw StatementError({message}, state_->statement);
+}
+
+bool BulkCopy::send(std::span<const Value> row) {
+    State& s = *state_;
+    for (size_t i = 0; i < row.size(); ++i)
+        if (!s.cells[i].put(row[i])) return false;
+    if (!s.calls.sendRow()) s.connection.loseBulk(s.statement);
+    s.sent = true;
+    return true;
+}
+
+// A session that counts no rows (SET NOCOUNT ON) is asked for the number.
+qint64 BulkCopy::done() {
+    State& s = *state_;
+    if (!std::exchange(s.sent, false)) return 0;
+    const int rows = s.calls.done();
+    if (rows >= 0) return rows;
+    s.connection.raiseBulkErrors(s.statement);
+    return s.connection.scalar(QStringLiteral("SELECT @@ROWCOUNT")).toInt();
+}
+
+}  // namespace torvik::db
