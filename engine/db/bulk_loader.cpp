@@ -18,6 +18,9 @@ using Clock = std::chrono::steady_clock;
 // So long may a window go without a call, but for one block's time on the server.
 constexpr std::chrono::milliseconds kCallEvery{20};
 
+// A slow server is given smaller blocks, down to this.
+constexpr int kFewestRows = 100;
+
 // The places of the source's columns in the target.
 std::vector<int> matched(const Query& source, const TableShape& target) {
     std::vector<int> places;
@@ -62,6 +65,7 @@ private:
     RowBlock block_;
     qint64 taken_ = 0;
     qint64 inBatch_ = 0;
+    int blockRows_ = sender_.bestBlock();
     int percent_ = -1;
     Clock::time_point called_ = Clock::now();
 };
@@ -70,7 +74,7 @@ qint64 BulkLoader::Load::run() {
     try {
         for (source_.First(); !source_.Eof(); source_.Next()) {
             take();
-            if (int(block_.Rows) == sender_.bestBlock() || inBatch_ == loader_.Options.RowsPerBatch) sendBlock();
+            if (int(block_.Rows) >= blockRows_ || inBatch_ == loader_.Options.RowsPerBatch) sendBlock();
             if (inBatch_ == loader_.Options.RowsPerBatch) endBatch();
             progress();
         }
@@ -101,7 +105,11 @@ void BulkLoader::Load::take() {
 }
 
 void BulkLoader::Load::sendBlock() {
+    const Clock::time_point start = Clock::now();
     if (block_.Rows > 0) sender_.send(session_.use(), block_);
+    const auto took = Clock::now() - start;
+    if (took > kCallEvery) blockRows_ = std::max(blockRows_ / 2, std::min(kFewestRows, sender_.bestBlock()));
+    if (took < kCallEvery / 4) blockRows_ = std::min(blockRows_ * 2, sender_.bestBlock());
     block_.Values.clear();
     block_.Rows = 0;
 }
