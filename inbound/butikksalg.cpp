@@ -149,12 +149,14 @@ void TButikksalg::CollectSales() {
 
 void TButikksalg::AddSale(const QString& Va_Id, int Ol_Status, double Antall, double Omsetning) {
     const QString id = torvikPos_.ResolveVaId(Va_Id).toUpper();
-    const std::pair key(id, Ol_Status);
-    if (!places_.contains(key)) {
-        places_.insert(key, ButikksalgCollection.size());
-        ButikksalgCollection.push_back({FIk_Ku_Id, Dato, Ol_Status, id, 0, 0});
-    }
-    TButikksalgItem& item = ButikksalgCollection[places_.value(key)];
+    const auto [place, added] = [&] {
+        const auto found = places_.constFind({id, Ol_Status});
+        if (found != places_.constEnd()) return std::pair(*found, false);
+        places_.insert({id, Ol_Status}, ButikksalgCollection.size());
+        return std::pair(ButikksalgCollection.size(), true);
+    }();
+    if (added) ButikksalgCollection.push_back({FIk_Ku_Id, Dato, Ol_Status, id, 0, 0});
+    TButikksalgItem& item = ButikksalgCollection[place];
     item.Antall += Antall;
     item.Omsetning += Omsetning;
 }
