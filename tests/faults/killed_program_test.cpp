@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QProcess>
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <random>
@@ -83,6 +84,10 @@ void killAt(std::size_t request) {
     ASSERT_EQ(runAndKill(*copy, at), at.text);
 
     EXPECT_EQ(difference(expected.left, readState(copy->chain)), "");
+    // The tables are all that is left, so the same tables are followed by the next run once.
+    static std::vector<ChainState> followed;
+    if (!isLongRun() && std::find(followed.begin(), followed.end(), expected.left) != followed.end()) return;
+    followed.push_back(expected.left);
     FaultProgram next(copy->chain.dataLink());
     next.fetch();
     EXPECT_EQ(next.errors(), QStringList());
