@@ -67,9 +67,15 @@ void UnitCache::put(const std::string& key, std::shared_ptr<Unit> unit) {
     if (key.size() > kLongestText) return;
     order_.push_front(key);
     units_[key] = {std::move(unit), order_.begin()};
-    if (units_.size() <= kMost) return;
-    units_.erase(order_.back());
-    order_.pop_back();
+    // The tree of a text takes many times its room, so that long texts push out more than one short one.
+    constexpr std::size_t kMostCharacters = 1'000'000;
+    std::size_t characters = 0;
+    for (const std::string& text : order_) characters += text.size();
+    while (units_.size() > kMost || characters > kMostCharacters) {
+        characters -= order_.back().size();
+        units_.erase(order_.back());
+        order_.pop_back();
+    }
 }
 
 void UnitCache::clear() {
