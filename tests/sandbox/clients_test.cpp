@@ -364,7 +364,7 @@ TEST_F(Program, SaysWhereItListensAndEndsCleanlyWhenAsked) {
         "run.sh",
         program + " --port 0 --sa-password secret --data " + folder.file("data") + " >" + folder.file("out") +
             " & pid=$!\n"
-            "until grep -q listening " +
+            "until grep -qs listening " +
             folder.file("out") +
             "; do kill -0 $pid || exit 9; done\n"
             "port=$(sed -n '1s/.*://p' " +
@@ -384,7 +384,7 @@ TEST_F(Program, DemoChainListensOnItsPortsAndTellsThem) {
         "run.sh",
         program + " --chain departments=1,tills=2,days=1 --sa-password secret >" + folder.file("out") +
             " & pid=$!\n"
-            "until grep -q 'data link' " +
+            "until grep -qs 'data link' " +
             folder.file("out") +
             "; do kill -0 $pid || exit 9; done\n"
             "for port in $(sed -n 's/.* on 127.0.0.1[:,]\\([0-9]*\\).*/\\1/p' " +
