@@ -1,4 +1,4 @@
-// RAISERROR's formatting follows C's printf for the specifications that it knows; a missing argument is "(null)".
+// RAISERROR's formatting follows C's printf for the conversions that it knows; a missing argument is "(null)".
 #include "sandbox/tsql/interpreter_raiserror.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ constexpr std::size_t kMostCharacters = 2047;
     throw SqlError(Message{.number = number, .severity = 16, .state = 1, .text = std::move(text)});
 }
 
-struct Specification {
+struct Conversion {
     bool left = false, plus = false, zero = false, alternate = false, blank = false;
     int width = 0;
     int precision = -1;
@@ -54,9 +54,9 @@ int takeNumber(std::string_view text, std::size_t& at) {
     return n;
 }
 
-Specification takeSpecification(std::string_view text, std::size_t& at, Arguments& arguments) {
+Conversion takeConversion(std::string_view text, std::size_t& at, Arguments& arguments) {
     const std::size_t start = at++;
-    Specification s;
+    Conversion s;
     for (; at < text.size(); ++at) {
         if (text[at] == '-')
             s.left = true;
@@ -95,7 +95,7 @@ Specification takeSpecification(std::string_view text, std::size_t& at, Argument
     return s;
 }
 
-std::string padded(std::string text, const Specification& s, bool zeros) {
+std::string padded(std::string text, const Conversion& s, bool zeros) {
     const auto characters = static_cast<int>(
         std::count_if(text.begin(), text.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0) != 0x80; }));
     if (characters >= s.width) return text;
@@ -116,7 +116,7 @@ std::string withBase(std::uint64_t n, unsigned base, bool upper) {
     return out;
 }
 
-std::string formatNumber(std::int64_t value, bool wide, const Specification& s) {
+std::string formatNumber(std::int64_t value, bool wide, const Conversion& s) {
     std::string digits;
     std::string sign;
     if (s.type == 'd' || s.type == 'i') {
@@ -144,7 +144,7 @@ std::string firstCharacters(const std::string& text, int most) {
     return text.substr(0, at);
 }
 
-std::string formatOne(const Specification& s, Arguments& arguments) {
+std::string formatOne(const Conversion& s, Arguments& arguments) {
     const Typed* a = arguments.next();
     if (!a || isNull(a->value)) return padded("(null)", s, false);
     if (s.type == 's') {
@@ -172,7 +172,7 @@ std::string formatRaiserror(std::string_view format, std::span<const Typed> all)
             out += '%';
             at += 2;
         } else {
-            const Specification s = takeSpecification(format, at, arguments);
+            const Conversion s = takeConversion(format, at, arguments);
             out += formatOne(s, arguments);
         }
     }

@@ -10,8 +10,8 @@
 
 namespace sandbox {
 
-// The text, at most 2,047 characters. Raises 2786 where an argument does not fit its specification, 2787 on a
-// specification that is none, 2747 on too many arguments.
+// The text, at most 2,047 characters. Raises 2786 where an argument does not fit its conversion, 2787 on a
+// conversion that is none, 2747 on too many arguments.
 [[nodiscard]] std::string formatRaiserror(std::string_view format, std::span<const Typed> arguments);
 
 }  // namespace sandbox
