@@ -26,6 +26,16 @@ protected:
         table.Post();
     }
 
+    // Another session, in a transaction that has made the change and is still open.
+    auto sessionThatLocks(const char* change) {
+        auto other = server.connect();
+        other->StartTransaction();
+        Query query(other.get());
+        query.SQL = {QString::fromUtf8(change)};
+        query.ExecSQL();
+        return other;
+    }
+
     // Requests that the server got while f ran.
     template <typename F>
     std::uint64_t requestsDuring(F f) {
@@ -216,11 +226,7 @@ TEST_P(TableTest, DestructionSendsWhatWasPosted) {
 
 TEST_P(TableTest, ABlockThatWaitsTooLongIsCancelledAndLeavesNothing) {
     open("CREATE TABLE T (a int NOT NULL PRIMARY KEY, b varchar(10) NULL)");
-    const auto other = server.connect();
-    Query blocking(other.get());
-    blocking.SQL = {QStringLiteral("INSERT T VALUES (1, 'x')")};
-    other->StartTransaction();
-    blocking.ExecSQL();
+    const auto other = sessionThatLocks("INSERT T VALUES (1, 'x')");
     table.CommandTimeout = 1;
     add(0, "null");
     add(1, "en");
@@ -233,11 +239,7 @@ TEST_P(TableTest, ABlockThatWaitsTooLongIsCancelledAndLeavesNothing) {
 // FreeTDS cannot cancel a bulk copy.
 TEST_P(TableTest, ALargeBlockThatWaitsTooLongCostsTheConnectionAndLeavesNothing) {
     open("CREATE TABLE T (a int NOT NULL PRIMARY KEY, b varchar(10) NULL)");
-    const auto other = server.connect();
-    Query blocking(other.get());
-    blocking.SQL = {QStringLiteral("INSERT T VALUES (1, 'x')")};
-    other->StartTransaction();
-    blocking.ExecSQL();
+    const auto other = sessionThatLocks("INSERT T VALUES (1, 'x')");
     table.CommandTimeout = 1;
     for (int i = 0; i < 900; ++i) add(i, "x");
     EXPECT_THROW(table.Flush(), ConnectionError);
