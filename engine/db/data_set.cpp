@@ -150,16 +150,15 @@ void DataSet::GotoBookmark(const Bookmark& bookmark) {
 
 bool DataSet::Locate(const QString& names, const QList<Value>& values, LocateOptions options) {
     finishEdit();
-    const QStringList list = names.split(u';', Qt::SkipEmptyParts);
-    if (list.size() != values.size() || list.isEmpty())
-        throw UsageError(QStringLiteral("Locate on '%1' was given %2 values").arg(names).arg(values.size()));
-    std::vector<LocateIndex::Key> keys;
-    for (qsizetype i = 0; i < list.size(); ++i) {
-        const Field& field = FieldByName(list[i].trimmed());
-        keys.push_back({field.Index(), field.Type(), values[i]});
-    }
     if (!index_) index_ = std::make_unique<LocateIndex>();
-    const int row = index_->find(*rows_, std::move(keys), options);
+    std::vector<LocateIndex::Key>& keys = index_->keys(names, [this](const QString& name) {
+        const Field& field = FieldByName(name);
+        return LocateIndex::Key{field.Index(), field.Type(), {}};
+    });
+    if (qsizetype(keys.size()) != values.size() || keys.empty())
+        throw UsageError(QStringLiteral("Locate on '%1' was given %2 values").arg(names).arg(values.size()));
+    for (size_t i = 0; i < keys.size(); ++i) keys[i].Sought = values[qsizetype(i)];
+    const int row = index_->find(*rows_, options);
     if (row < 0) return false;
     moveTo(row);
     return true;

@@ -79,6 +79,12 @@ bool begins(const RowStore& rows, int row, const Key& key, LocateOptions options
         .startsWith(trimmed(key.Sought.toQString()), anyCase ? Qt::CaseInsensitive : Qt::CaseSensitive);
 }
 
+// The types that most searches are for need no conversion.
+bool isOf(const Value& value, FieldType type) {
+    return (type == FieldType::Text && std::holds_alternative<QString>(value.variant())) ||
+           (type == FieldType::Integer && std::holds_alternative<qint64>(value.variant()));
+}
+
 // The last column need only begin with its value. Seldom used: row by row.
 int findPartial(const RowStore& rows, const std::vector<Key>& keys, LocateOptions options) {
     for (int row = 0; row < int(rows.rowCount()); ++row) {
@@ -100,34 +106,34 @@ LocateIndex::Slot& LocateIndex::slotOf(quint32 hash, const Same& same) {
     }
 }
 
-void LocateIndex::build(const RowStore& rows, const std::vector<Key>& keys, LocateOptions options) {
+void LocateIndex::build(const RowStore& rows, LocateOptions options) {
     columns_.clear();
-    for (const Key& key : keys) columns_.push_back(key.Column);
+    for (const Key& key : keys_) columns_.push_back(key.Column);
     options_ = options;
     slots_.assign(std::bit_ceil(size_t(rows.rowCount()) * 2 + 2), {});
     for (int row = 0; row < int(rows.rowCount()); ++row) {
-        const quint32 hash = hashOfRow(rows, row, keys, options);
-        Slot& slot = slotOf(hash, [&](int other) { return sameRows(rows, other, row, keys, options); });
+        const quint32 hash = hashOfRow(rows, row, keys_, options);
+        Slot& slot = slotOf(hash, [&](int other) { return sameRows(rows, other, row, keys_, options); });
         if (slot.row < 0) slot = {hash, row};
     }
 }
 
-int LocateIndex::find(const RowStore& rows, std::vector<Key> keys, LocateOptions options) {
+int LocateIndex::find(const RowStore& rows, LocateOptions options) {
     size_t hash = 0;
     try {
-        for (Key& key : keys) {
-            key.Sought = convertTo(key.Sought, key.Type);
+        for (Key& key : keys_) {
+            if (!isOf(key.Sought, key.Type)) key.Sought = convertTo(key.Sought, key.Type);
             hash = joined(hash, hashOf(key.Sought, options));
         }
     } catch (const UsageError&) {
         return -1;
     }
-    if (options.testFlag(LocateOption::PartialKey)) return findPartial(rows, keys, options);
+    if (options.testFlag(LocateOption::PartialKey)) return findPartial(rows, keys_, options);
     const bool same = !slots_.empty() && options_ == options &&
-                      std::ranges::equal(columns_, keys, {}, {}, [](const Key& key) { return key.Column; });
-    if (!same) build(rows, keys, options);
+                      std::ranges::equal(columns_, keys_, {}, {}, [](const Key& key) { return key.Column; });
+    if (!same) build(rows, options);
     const auto matches = [&](int row) {
-        return std::ranges::all_of(keys, [&](const Key& key) { return sameCell(rows, row, key, options); });
+        return std::ranges::all_of(keys_, [&](const Key& key) { return sameCell(rows, row, key, options); });
     };
     return slotOf(folded(hash), matches).row;
 }

@@ -17,18 +17,31 @@ public:
         FieldType Type;
         Value Sought;
     };
-    // The first row that matches, or -1. A value that cannot be of its column's type matches nothing.
-    [[nodiscard]] int find(const RowStore& rows, std::vector<Key> keys, LocateOptions options);
+    // The keys of a search by these names, to be given the values sought: those of the search before when it was by
+    // the same names, as most are, else what keyOf gives for each name.
+    template <typename KeyOf>
+    [[nodiscard]] std::vector<Key>& keys(const QString& names, const KeyOf& keyOf) {
+        if (names_ == names && !keys_.empty()) return keys_;
+        keys_.clear();
+        for (const QString& name : names.split(u';', Qt::SkipEmptyParts)) keys_.push_back(keyOf(name.trimmed()));
+        names_ = names;
+        return keys_;
+    }
+    // The first row that matches the keys, or -1. A value that cannot be of its column's type matches nothing.
+    [[nodiscard]] int find(const RowStore& rows, LocateOptions options);
 
 private:
     struct Slot {
         quint32 hash = 0;
         int row = -1;  // the first of its values; -1: none
     };
-    void build(const RowStore& rows, const std::vector<Key>& keys, LocateOptions options);
+    void build(const RowStore& rows, LocateOptions options);
     // The slot of these values, or the free one where they would stand. same(row) compares with a row.
     template <typename Same>
     [[nodiscard]] Slot& slotOf(quint32 hash, const Same& same);
+
+    QString names_;
+    std::vector<Key> keys_;
 
     std::vector<int> columns_;  // what the table is of
     LocateOptions options_;

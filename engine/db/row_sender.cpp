@@ -19,13 +19,11 @@ constexpr size_t kMaxRows = 1000;
 
 }  // namespace
 
-RowSender::RowSender(Session& session, Connection& connection, const TableShape& shape, std::vector<int> places,
-                     int timeout)
-    : session_(session),
-      shape_(shape),
-      places_(std::move(places)),
-      timeout_(timeout),
-      bulkServes_(BulkCopy::serves(connection, shape_, places_)) {}
+RowSender::RowSender(Session& session, Connection& connection, TableShape& shape, std::vector<int> places, int timeout)
+    : session_(session), shape_(shape), places_(std::move(places)), timeout_(timeout) {
+    describe(shape, connection, timeout);
+    bulkServes_ = BulkCopy::serves(connection, shape_, places_);
+}
 
 int RowSender::bestBlock() const {
     return shape_.InsertTrigger || places_.empty() ? 1 : int(kMaxRows);

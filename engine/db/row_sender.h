@@ -22,8 +22,9 @@ struct RowBlock {
 
 class RowSender {
 public:
-    // places: the fields of shape, which must outlive this, that each row gives.
-    RowSender(Session& session, Connection& connection, const TableShape& shape, std::vector<int> places, int timeout);
+    // places: the fields of shape, which must outlive this, that each row gives. Asks the catalogue for what shape
+    // lacks.
+    RowSender(Session& session, Connection& connection, TableShape& shape, std::vector<int> places, int timeout);
 
     [[nodiscard]] const std::vector<int>& places() const { return places_; }
     // Rows that are best sent together: 1 for a table with an insert trigger.

@@ -30,7 +30,11 @@ TableShape tableShape(Connection& connection, const QString& table, int timeout)
     Reply reply(connection, {QStringLiteral("SELECT * FROM %1 WHERE 1 = 0").arg(table), {}, timeout});
     shape.Fields = reply.columns();
     reply.finish();
+    return shape;
+}
 
+void describe(TableShape& shape, Connection& connection, int timeout) {
+    if (shape.Described) return;
     const QString catalogue = QStringLiteral(R"(
 SELECT c.system_type_id, c.max_length, c.[precision], c.scale, c.is_nullable, c.is_identity,
        CASE WHEN c.default_object_id <> 0 THEN 1 ELSE 0 END, c.is_computed, c.collation_name,
@@ -38,8 +42,9 @@ SELECT c.system_type_id, c.max_length, c.[precision], c.scale, c.is_nullable, c.
 FROM sys.columns c
 WHERE c.object_id = OBJECT_ID(?) AND OBJECTPROPERTY(c.object_id, 'IsUserTable') = 1
 ORDER BY c.column_id)");
-    const RowStore rows = lastRows(connection, {catalogue, {{table, {}}}, timeout});
-    if (rows.rowCount() != qsizetype(shape.Fields.size())) return shape;
+    const RowStore rows = lastRows(connection, {catalogue, {{shape.Name, {}}}, timeout});
+    shape.Described = true;
+    if (rows.rowCount() != qsizetype(shape.Fields.size())) return;
     for (qsizetype row = 0; row < rows.rowCount(); ++row) {
         const auto number = [&](int column) { return int(rows.value(row, column).toInt()); };
         TableColumn column;
@@ -55,7 +60,6 @@ ORDER BY c.column_id)");
         shape.Columns.push_back(column);
         shape.InsertTrigger = number(9) > 0;
     }
-    return shape;
 }
 
 }  // namespace torvik::db

@@ -1,5 +1,6 @@
 // A table that rows are put into, as the server describes it: its columns as fields, and what the catalogue says of
-// their types, defaults and triggers. By it RowSender chooses how rows travel. Internal.
+// their types, defaults and triggers. By it RowSender chooses how rows travel; the catalogue is asked only when there
+// are rows. Internal.
 #pragma once
 
 #include <QString>
@@ -27,13 +28,16 @@ struct TableColumn {
 struct TableShape {
     QString Name;
     std::vector<FieldInfo> Fields;
+    bool Described = false;            // the catalogue has been asked
     std::vector<TableColumn> Columns;  // one a field; none when the name is a view's, or no table of this database
     bool InsertTrigger = false;
 
     [[nodiscard]] int place(const QString& name) const;  // of the field, -1 when there is none
 };
 
-// Raises StatementError (208) when there is no such table.
+// The fields alone; raises StatementError (208) when there is no such table.
 [[nodiscard]] TableShape tableShape(Connection& connection, const QString& table, int timeout);
+// Adds what the catalogue says, once.
+void describe(TableShape& shape, Connection& connection, int timeout);
 
 }  // namespace torvik::db

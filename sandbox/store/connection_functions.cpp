@@ -129,13 +129,6 @@ constexpr ColumnProperty kColumnProperties[] = {
     {"Scale", [](const ColumnDef& c) { return views::typeFacts(c.type).scale; }},
 };
 
-std::optional<views::ObjectRow> objectById(Connection& connection, Database& database, std::int32_t id) {
-    for (views::ObjectRow& row : views::allObjects(connection, database)) {
-        if (row.id == id) return std::move(row);
-    }
-    return std::nullopt;
-}
-
 }  // namespace
 
 std::optional<FoundObject> Connection::findByText(std::string_view text) {
@@ -173,11 +166,11 @@ void Connection::setCatalogHooks() {
     functions_.objectName = [this](std::int32_t id, std::optional<std::int32_t> in) -> std::optional<std::string> {
         const auto database = in ? databases_.findById(*in) : current_;
         if (!database) return std::nullopt;
-        const auto row = objectById(*this, *database, id);
-        return row ? std::optional(row->name) : std::nullopt;
+        const auto row = views::objectById(*this, *database, id);
+        return row ? std::optional<std::string>(row->name) : std::nullopt;
     };
     functions_.objectProperty = [this](std::int32_t id, std::string_view property) -> std::optional<std::int32_t> {
-        const auto row = objectById(*this, *current_, id);
+        const auto row = views::objectById(*this, *current_, id);
         if (!row) return std::nullopt;
         for (const ObjectProperty& p : kObjectProperties) {
             if (!sameName(p.name, property)) continue;

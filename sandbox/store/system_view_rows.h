@@ -19,7 +19,14 @@
 
 namespace sandbox {
 
-using SystemRow = std::vector<Value>;
+// The rows of a view at one moment. A value is made when it is asked for: a view of the objects has hundreds of rows
+// of twenty columns, of which a query reads two.
+class SystemRows {
+public:
+    virtual ~SystemRows() = default;
+    [[nodiscard]] virtual std::size_t size() const = 0;
+    [[nodiscard]] virtual Value value(std::size_t row, std::size_t column) const = 0;
+};
 
 struct SystemView {
     std::string_view schema;  // "sys" or "INFORMATION_SCHEMA"
@@ -31,7 +38,7 @@ struct SystemView {
         Type type;
     };
     std::vector<Column> columns;
-    std::function<std::vector<SystemRow>(Connection&, Database&)> rows;
+    std::function<std::unique_ptr<const SystemRows>(Connection&, Database&)> rows;
 };
 
 namespace views {
@@ -81,20 +88,31 @@ struct Field {
 };
 
 template <typename Row>
+class RowsOf : public SystemRows {
+public:
+    RowsOf(std::vector<Row> rows, const std::vector<Field<Row>>& fields) : rows_(std::move(rows)), fields_(fields) {}
+
+    [[nodiscard]] std::size_t size() const override { return rows_.size(); }
+    [[nodiscard]] Value value(std::size_t row, std::size_t column) const override {
+        return fields_[column].get(rows_[row]);
+    }
+
+private:
+    std::vector<Row> rows_;
+    const std::vector<Field<Row>>& fields_;  // the view's own
+};
+
+// Views live as long as the program, and so do their fields.
+template <typename Row>
 SystemView makeView(std::string_view schema, std::string_view name, std::vector<Row> (*list)(Connection&, Database&),
                     std::vector<Field<Row>> fields) {
     SystemView view;
     view.schema = schema;
     view.name = name;
     for (const Field<Row>& field : fields) view.columns.push_back({field.name, field.type});
-    view.rows = [list, fields = std::move(fields)](Connection& connection, Database& database) {
-        std::vector<SystemRow> rows;
-        for (const Row& from : list(connection, database)) {
-            SystemRow& row = rows.emplace_back();
-            row.reserve(fields.size());
-            for (const Field<Row>& field : fields) row.push_back(field.get(from));
-        }
-        return rows;
+    const auto kept = std::make_shared<const std::vector<Field<Row>>>(std::move(fields));
+    view.rows = [list, kept](Connection& connection, Database& database) {
+        return std::make_unique<RowsOf<Row>>(list(connection, database), *kept);
     };
     return view;
 }
@@ -111,7 +129,7 @@ struct TypeFacts {
 
 // An object or a constraint as sys.objects lists them.
 struct ObjectRow {
-    std::string name{};
+    std::string_view name{};  // the object's, or its part's
     std::int32_t id = 0;
     std::string_view type{};  // "U ", "PK"
     std::string_view description{};
@@ -125,6 +143,7 @@ struct ObjectRow {
 // The objects of a database; of tempdb also the session's temporary tables.
 [[nodiscard]] std::vector<std::shared_ptr<const ObjectDef>> visibleObjects(Connection& connection, Database& database);
 [[nodiscard]] std::vector<ObjectRow> allObjects(Connection& connection, Database& database);
+[[nodiscard]] std::optional<ObjectRow> objectById(Connection& connection, Database& database, std::int32_t id);
 
 [[nodiscard]] std::vector<SystemView> objectViews();
 [[nodiscard]] std::vector<SystemView> columnViews();

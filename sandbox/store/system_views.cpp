@@ -30,17 +30,17 @@ const std::vector<SystemView>& allViews() {
 // The rows of one view at one moment, with the places of the rows by an integer column's value, made when asked for.
 class Rows {
 public:
-    explicit Rows(std::vector<SystemRow> rows) : rows_(std::move(rows)) {}
+    explicit Rows(std::unique_ptr<const SystemRows> rows) : rows_(std::move(rows)) {}
 
-    [[nodiscard]] std::size_t size() const { return rows_.size(); }
-    [[nodiscard]] const SystemRow& operator[](std::size_t i) const { return rows_[i]; }
+    [[nodiscard]] std::size_t size() const { return rows_->size(); }
+    [[nodiscard]] Value value(std::size_t row, std::size_t column) const { return rows_->value(row, column); }
 
     [[nodiscard]] std::vector<std::size_t> having(int column, std::int64_t value) {
         auto& places = byValue_[column];
         if (places.empty()) {
-            for (std::size_t i = 0; i < rows_.size(); ++i) {
-                const auto* v = std::get_if<std::int64_t>(&rows_[i][static_cast<std::size_t>(column)]);
-                if (v != nullptr) places[*v].push_back(i);
+            for (std::size_t i = 0; i < size(); ++i) {
+                const Value found = this->value(i, static_cast<std::size_t>(column));
+                if (const auto* v = std::get_if<std::int64_t>(&found)) places[*v].push_back(i);
             }
         }
         const auto found = places.find(value);
@@ -48,7 +48,7 @@ public:
     }
 
 private:
-    std::vector<SystemRow> rows_;
+    std::unique_ptr<const SystemRows> rows_;
     std::unordered_map<int, std::unordered_map<std::int64_t, std::vector<std::size_t>>> byValue_;
 };
 
@@ -164,7 +164,7 @@ int atEnd(sqlite3_vtab_cursor* base) {
 int column(sqlite3_vtab_cursor* base, sqlite3_context* context, int number) {
     const Cursor& cursor = cursorOf(base);
     const auto n = static_cast<std::size_t>(number);
-    setResult(context, tableOf(base->pVtab).source->view->columns[n].type, (*cursor.rows)[cursor.place()][n]);
+    setResult(context, tableOf(base->pVtab).source->view->columns[n].type, cursor.rows->value(cursor.place(), n));
     return SQLITE_OK;
 }
 

@@ -106,11 +106,11 @@ std::vector<KeyColumnRow> keyColumns(Connection& connection, Database& database)
         int ordinal = 0;
         if (object.index != nullptr) {
             for (const IndexDef::Key& key : object.index->keys) {
-                rows.push_back({database.name(), object.name, object.object, key.column, ++ordinal});
+                rows.push_back({database.name(), std::string(object.name), object.object, key.column, ++ordinal});
             }
         } else if (object.foreignKey != nullptr) {
             for (const std::string& column : object.foreignKey->columns) {
-                rows.push_back({database.name(), object.name, object.object, column, ++ordinal});
+                rows.push_back({database.name(), std::string(object.name), object.object, column, ++ordinal});
             }
         }
     }
@@ -130,7 +130,7 @@ std::vector<ReferenceRow> references(Connection& connection, Database& database)
     const auto catalog = connection.catalog(database);
     for (const ObjectRow& object : allObjects(connection, database)) {
         if (object.foreignKey == nullptr) continue;
-        ReferenceRow row{database.name(), object.name, object.foreignKey, {}, object.object};
+        ReferenceRow row{database.name(), std::string(object.name), object.foreignKey, {}, object.object};
         if (const auto parent = catalog->findById(object.foreignKey->parentId)) {
             for (const IndexDef& index : parent->indexes) {
                 if (index.unique && index.keys.size() == object.foreignKey->columns.size() && row.unique.empty()) {

@@ -58,6 +58,13 @@ std::string_view descriptionOf(const ObjectDef& object) {
     return "USER_TABLE";
 }
 
+ObjectRow rowOf(const std::shared_ptr<const ObjectDef>& object) {
+    ObjectRow row{.name = object->name, .id = object->id, .object = object};
+    row.type = typeOf(*object);
+    row.description = descriptionOf(*object);
+    return row;
+}
+
 using List = std::vector<ObjectRow>;
 
 template <typename Keep>
@@ -176,13 +183,18 @@ std::vector<std::shared_ptr<const ObjectDef>> visibleObjects(Connection& connect
 std::vector<ObjectRow> allObjects(Connection& connection, Database& database) {
     std::vector<ObjectRow> rows;
     for (const auto& object : visibleObjects(connection, database)) {
-        ObjectRow row{.name = object->name, .id = object->id, .object = object};
-        row.type = typeOf(*object);
-        row.description = descriptionOf(*object);
-        rows.push_back(std::move(row));
+        rows.push_back(rowOf(object));
         if (object->kind == ObjectKind::Table) addConstraints(rows, object);
     }
     return rows;
+}
+
+std::optional<ObjectRow> objectById(Connection& connection, Database& database, std::int32_t id) {
+    if (const auto object = connection.catalog(database)->findById(id)) return rowOf(object);
+    for (const ObjectRow& row : allObjects(connection, database)) {
+        if (row.id == id) return row;
+    }
+    return std::nullopt;
 }
 
 std::vector<SystemView> objectViews() {

@@ -61,6 +61,17 @@ TEST_P(TableTest, RowsArriveInOrderWhenClosed) {
         "n | fra | til\n2500 | 0 | 2499\n");
 }
 
+TEST_P(TableTest, ATableThatGetsNoRowsCostsOneRequest) {
+    open(kTwoColumns);
+    TORVIK_NEEDS_SANDBOX(server);
+    table.Close();
+    EXPECT_EQ(requestsDuring([&] {
+                  table.Open();
+                  table.Close();
+              }),
+              1U);
+}
+
 TEST_P(TableTest, RowsTravelInBlocks) {
     open(kTwoColumns);
     TORVIK_NEEDS_SANDBOX(server);
@@ -68,7 +79,7 @@ TEST_P(TableTest, RowsTravelInBlocks) {
                   for (int i = 0; i < 1000; ++i) add(i, "x");
                   table.Flush();
               }),
-              5U);
+              6U);
     EXPECT_EQ(table.PostedRows(), 1000);
     EXPECT_EQ(table.SentRows(), 1000);
 }
