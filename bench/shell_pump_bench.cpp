@@ -4,7 +4,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <chrono>
@@ -14,6 +13,7 @@
 #include "sandbox/chain/demo_chain.h"
 #include "shell/main_window.h"
 #include "shell/settings.h"
+#include "tests/support/data_link.h"
 
 namespace {
 
@@ -61,13 +61,6 @@ void tell(const std::string& what, const std::vector<double>& gaps) {
     torvik::bench::tell({"pumps " + what, static_cast<double>(gaps.size() - 1), "pumps", "", {}});
 }
 
-void writeDataLink(const QString& file, const std::string& link) {
-    const QString text = QChar(0xFEFF) + QString::fromStdString(link) + QStringLiteral("\r\n");
-    QFile out(file);
-    if (!out.open(QIODevice::WriteOnly)) throw std::runtime_error("cannot write the data link");
-    out.write(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -76,7 +69,8 @@ int main(int argc, char** argv) {
     const QTemporaryDir folder;
     QDir::setCurrent(folder.path());
     const sandbox::chain::DemoChain chain({.chain = {.departments = 3, .tills = 6, .days = 10}});
-    writeDataLink(folder.filePath(QStringLiteral("Torvik.UDL")), chain.dataLink());
+    torvik::test::writeDataLink(folder.filePath(QStringLiteral("Torvik.UDL")),
+                                QString::fromStdString(chain.dataLink()));
     torvik::SettingsStore store(folder.filePath(QStringLiteral("settings.ini")));
     store.write("Timeout", 1);
     MainWindow window(folder.path() + QLatin1Char('/'), store);

@@ -10,6 +10,7 @@
 #include "engine/db/errors.h"
 #include "engine/thread_collection.h"
 #include "tests/engine/small_chain.h"
+#include "tests/support/data_link.h"
 #include "tests/support/pump.h"
 
 namespace torvik {
@@ -27,12 +28,7 @@ protected:
         writeDataLink(chain.connectString(chain.kBackOffice));
     }
 
-    void writeDataLink(const QString& text) {
-        QFile file(folder() + QStringLiteral("Torvik.UDL"));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        const QString content = QChar(0xFEFF) + QStringLiteral("[oledb]\r\n") + text + QStringLiteral("\r\n");
-        file.write(reinterpret_cast<const char*>(content.utf16()), content.size() * 2);
-    }
+    void writeDataLink(const QString& text) { test::writeDataLink(folder() + QStringLiteral("Torvik.UDL"), text); }
     [[nodiscard]] QString folder() const { return chain.around.folder.path() + u'/'; }
 
     // A suspended worker for the till; its end is counted and its errors are kept.

@@ -5,6 +5,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "tests/support/data_link.h"
+
 namespace torvik {
 namespace {
 
@@ -32,15 +34,11 @@ TEST_P(IniFileEncodings, GiveTheSameValues) {
 const QString kText =
     QStringLiteral("; merknad\r\n[Logging]\r\nTenant = Bærum, Åmot\r\nFilename=C:\\Log\\ny.log\r\nSeqUrl=\r\n");
 
-QByteArray utf16(const QString& text) {
-    const QString marked = QChar(0xFEFF) + text;
-    return {reinterpret_cast<const char*>(marked.utf16()), marked.size() * 2};
-}
-
 INSTANTIATE_TEST_SUITE_P(All, IniFileEncodings,
                          testing::Values(Encoded{"Utf8", kText.toUtf8()},
                                          Encoded{"Utf8WithMark", "\xEF\xBB\xBF" + kText.toUtf8()},
-                                         Encoded{"Latin1", kText.toLatin1()}, Encoded{"Utf16", utf16(kText)}),
+                                         Encoded{"Latin1", kText.toLatin1()},
+                                         Encoded{"Utf16", test::markedUtf16(kText)}),
                          [](const auto& test) { return std::string(test.param.name); });
 
 TEST(IniFile, MissingFileHasNoValues) {

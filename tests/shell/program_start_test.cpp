@@ -15,6 +15,7 @@
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "sandbox/chain/demo_chain.h"
+#include "tests/support/data_link.h"
 #include "tests/support/http_server.h"
 
 namespace torvik {
@@ -46,9 +47,7 @@ protected:
         file.write(content);
     }
     void writeDataLink(const QString& text, const char* name = "program/Torvik.UDL") const {
-        const QString content =
-            QChar(0xFEFF) + QStringLiteral("[oledb]\r\n; comment\r\n") + text + QStringLiteral("\r\n");
-        write(name, {reinterpret_cast<const char*>(content.utf16()), content.size() * 2});
+        test::writeDataLink(path(name), text);
     }
     void start() { process.start(path("program/TorvikPosSync"), QStringList()); }
     // The exit code; -1 when it has not ended in time or not by itself.
@@ -149,6 +148,8 @@ TEST_F(ProgramStart, BackOfficeThatDoesNotAnswerEndsTheProgramWithinTheTimeOut) 
     EXPECT_LT(clock.elapsed(), 8000);
     ASSERT_EQ(logged().size(), 1);
     EXPECT_TRUE(logged()[0].startsWith(QStringLiteral("ERR Error in TorvikPosSync ("))) << logged()[0].toStdString();
+    EXPECT_FALSE(logged()[0].contains(QStringLiteral("Hemmelig")));
+    EXPECT_FALSE(said().contains(QStringLiteral("Hemmelig")));
 }
 
 class ProgramStartOnAChain : public ProgramStart {

@@ -12,6 +12,7 @@
 #include "sandbox/chain/demo_chain.h"
 #include "shell/main_window.h"
 #include "shell/settings.h"
+#include "tests/support/data_link.h"
 
 namespace torvik::test {
 
@@ -27,11 +28,7 @@ protected:
     ~WindowOverAChain() override { QDir::setCurrent(QDir::rootPath()); }
 
     void writeDataLink(const QString& text) {
-        QFile file(folder.filePath(QStringLiteral("Torvik.UDL")));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        const QString content =
-            QChar(0xFEFF) + QStringLiteral("[oledb]\r\n; comment\r\n") + text + QStringLiteral("\r\n");
-        file.write(reinterpret_cast<const char*>(content.utf16()), content.size() * 2);
+        test::writeDataLink(folder.filePath(QStringLiteral("Torvik.UDL")), text);
     }
     [[nodiscard]] QString path() const { return folder.path() + QLatin1Char('/'); }
 

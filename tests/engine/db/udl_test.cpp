@@ -8,6 +8,7 @@
 
 #include "engine/db/connect_string.h"
 #include "engine/db/errors.h"
+#include "tests/support/data_link.h"
 #include "tests/support/qt_print.h"
 
 namespace torvik::db {
@@ -27,10 +28,6 @@ private:
     QString path_;
 };
 
-QByteArray utf16(const QString& text) {
-    return QByteArray("\xFF\xFE") + QByteArray(reinterpret_cast<const char*>(text.utf16()), text.size() * 2);
-}
-
 QString refusal(const QString& path) {
     try {
         static_cast<void>(ReadUdlFile(path));
@@ -42,21 +39,21 @@ QString refusal(const QString& path) {
 
 TEST(Udl, CommentsAndSectionLeaveTheBareConnectionString) {
     const UdlFile file(
-        utf16(QStringLiteral("[oledb]\r\n; Everything after this line is an OLE DB initstring\r\n"
-                             "Provider=SQLOLEDB.1;Data Source=æøå,1433;Initial Catalog=Kjede\r\n")));
+        test::markedUtf16(QStringLiteral("[oledb]\r\n; Everything after this line is an OLE DB initstring\r\n"
+                                         "Provider=SQLOLEDB.1;Data Source=æøå,1433;Initial Catalog=Kjede\r\n")));
     EXPECT_EQ(ReadUdlFile(file.path()),
               QStringLiteral("Provider=SQLOLEDB.1;Data Source=æøå,1433;Initial Catalog=Kjede\r\n"));
 }
 
 TEST(Udl, EmptyLinesGoAndALastLineNeedsNoEnd) {
-    const UdlFile file(utf16(QStringLiteral("\n\n[oledb]\n;x\nData Source=a")));
+    const UdlFile file(test::markedUtf16(QStringLiteral("\n\n[oledb]\n;x\nData Source=a")));
     EXPECT_EQ(ReadUdlFile(file.path()), QStringLiteral("Data Source=a\r\n"));
 }
 
 TEST(Udl, WhatIsReadCanBeAssigned) {
     const UdlFile file(
-        utf16(QStringLiteral("[oledb]\r\nProvider=SQLOLEDB.1;Password=p;User ID=sa;Initial "
-                             "Catalog=Kjede;Data Source=hk\\sql\r\n")));
+        test::markedUtf16(QStringLiteral("[oledb]\r\nProvider=SQLOLEDB.1;Password=p;User ID=sa;Initial "
+                                         "Catalog=Kjede;Data Source=hk\\sql\r\n")));
     const ConnectSettings settings = settingsFromOleDb(ReadUdlFile(file.path()));
     EXPECT_EQ(settings.Server, QStringLiteral("hk\\sql"));
     EXPECT_EQ(settings.Database, QStringLiteral("Kjede"));
