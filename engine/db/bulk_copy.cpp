@@ -13,6 +13,7 @@ namespace torvik::db {
 struct BulkCopy::State {
     Connection& connection;
     odbc::BulkCalls calls;
+    int timeout;
     QString statement;
     std::vector<BulkCell> cells;
     QByteArray hints;
@@ -53,7 +54,8 @@ bool BulkCopy::serves(Connection& connection, const TableShape& shape, const std
 }
 
 BulkCopy::BulkCopy(Connection& connection, const TableShape& shape, const std::vector<int>& places, int timeout)
-    : state_(new State{connection, connection.bulkCalls(), QStringLiteral("INSERT BULK ") + shape.Name, {}, {}}) {
+    : state_(
+          new State{connection, connection.bulkCalls(), timeout, QStringLiteral("INSERT BULK ") + shape.Name, {}, {}}) {
     State& s = *state_;
     // FreeTDS waits in bulk copy as long as in the statement before it.
     static_cast<void>(lastRows(connection, {QStringLiteral("SELECT 1"), {}, timeout}));
@@ -97,7 +99,7 @@ qint64 BulkCopy::done() {
     const int rows = s.calls.done();
     if (rows >= 0) return rows;
     s.connection.raiseBulkErrors(s.statement);
-    return s.connection.scalar(QStringLiteral("SELECT @@ROWCOUNT")).toInt();
+    return s.connection.scalar(QStringLiteral("SELECT @@ROWCOUNT"), s.timeout).toInt();
 }
 
 }  // namespace torvik::db

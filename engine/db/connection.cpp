@@ -123,9 +123,14 @@ qint64 Connection::run(const Request& request) {
     return reply.rowsAffected();
 }
 
-Value Connection::scalar(const QString& text) {
-    const RowStore rows = lastRows(*this, {text, {}, 0});
+Value Connection::scalar(const QString& text, int timeout) {
+    const RowStore rows = lastRows(*this, {text, {}, timeout});
     return rows.rowCount() > 0 ? rows.value(0, 0) : Value();
+}
+
+void Connection::abandon() {
+    alive_ = false;
+    handles_->calls.SQLDisconnect(handles_->dbc.get());
 }
 
 BulkCalls Connection::bulkCalls() const {

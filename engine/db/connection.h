@@ -32,7 +32,9 @@ public:
     // Runs a request to its reply's end and gives the rows changed by all its statements, -1 when none counted.
     qint64 run(const Request& request);
     // The first column of the first row of the reply's last row set; null when there is none.
-    [[nodiscard]] Value scalar(const QString& text);
+    [[nodiscard]] Value scalar(const QString& text, int timeout);
+    // Closes it without another word to the server, which rolls back what was open. No reply may be under way.
+    void abandon();
 
     [[nodiscard]] odbc::BulkCalls bulkCalls() const;
     // Raises what the last bulk copy call left: StatementError, TimeoutError or ConnectionError. To be asked before

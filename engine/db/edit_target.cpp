@@ -18,7 +18,7 @@ struct KeyColumn {
 };
 
 // The columns of the table's unique indexes, primary key first.
-std::vector<KeyColumn> uniqueColumns(Connection& connection, const QString& table) {
+std::vector<KeyColumn> uniqueColumns(Connection& connection, const QString& table, int timeout) {
     const QString text = QStringLiteral(
         "SELECT i.index_id, c.name FROM sys.indexes i"
         " JOIN sys.index_columns k ON k.object_id = i.object_id AND k.index_id = i.index_id"
@@ -26,16 +26,16 @@ std::vector<KeyColumn> uniqueColumns(Connection& connection, const QString& tabl
         " WHERE i.object_id = OBJECT_ID(?) AND i.is_unique = 1 AND k.is_included_column = 0"
         " ORDER BY i.is_primary_key DESC, i.index_id, k.key_ordinal");
     std::vector<KeyColumn> found;
-    const RowStore rows = lastRows(connection, {text, {{table, {}}}, 0});
+    const RowStore rows = lastRows(connection, {text, {{table, {}}}, timeout});
     for (qsizetype row = 0; row < rows.rowCount(); ++row)
         found.push_back({int(rows.value(row, 0).toInt()), rows.value(row, 1).toQString()});
     return found;
 }
 
-QString identityColumn(Connection& connection, const QString& table) {
+QString identityColumn(Connection& connection, const QString& table, int timeout) {
     const QString text =
         QStringLiteral("SELECT name FROM sys.columns WHERE object_id = OBJECT_ID(?) AND is_identity = 1");
-    const RowStore rows = lastRows(connection, {text, {{table, {}}}, 0});
+    const RowStore rows = lastRows(connection, {text, {{table, {}}}, timeout});
     return rows.rowCount() > 0 ? rows.value(0, 0).toQString() : QString();
 }
 
@@ -56,14 +56,15 @@ QString tableOfSelect(const QString& text) {
     return match.captured(1).trimmed();
 }
 
-EditTarget::EditTarget(Connection& connection, const QString& selectText, const std::vector<FieldInfo>& columns)
+EditTarget::EditTarget(Connection& connection, const QString& selectText, const std::vector<FieldInfo>& columns,
+                       int timeout)
     : table_(tableOfSelect(selectText)), columns_(columns) {
     const auto place = [&](const QString& name) {
         const auto found = std::ranges::find_if(
             columns_, [&](const FieldInfo& c) { return c.Name.compare(name, Qt::CaseInsensitive) == 0; });
         return found == columns_.end() ? -1 : int(found - columns_.begin());
     };
-    const std::vector<KeyColumn> candidates = uniqueColumns(connection, table_);
+    const std::vector<KeyColumn> candidates = uniqueColumns(connection, table_, timeout);
     for (size_t i = 0; i < candidates.size() && !unique_;) {
         const int index = candidates[i].index;
         key_.clear();
@@ -79,7 +80,7 @@ EditTarget::EditTarget(Connection& connection, const QString& selectText, const 
         for (size_t i = 0; i < columns_.size(); ++i)
             if (!columns_[i].Long) key_.push_back(int(i));
     }
-    const int identity = place(identityColumn(connection, table_));
+    const int identity = place(identityColumn(connection, table_, timeout));
     if (identity >= 0) columns_[size_t(identity)].Identity = true;
 }
 

@@ -19,7 +19,7 @@ class EditTarget {
 public:
     // Asks the server for the table's key: its primary key, else its first unique index, whose columns are all among
     // columns. Without one a row is found by all its values but the long ones.
-    EditTarget(Connection& connection, const QString& selectText, const std::vector<FieldInfo>& columns);
+    EditTarget(Connection& connection, const QString& selectText, const std::vector<FieldInfo>& columns, int timeout);
 
     [[nodiscard]] const QString& tableName() const { return table_; }
     [[nodiscard]] const std::vector<int>& key() const { return key_; }

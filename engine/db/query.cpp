@@ -179,7 +179,7 @@ const EditTarget& Query::target() {
     if (!target_) {
         std::vector<FieldInfo> columns;
         for (int i = 0; i < FieldCount(); ++i) columns.push_back(Fields(i).Info());
-        target_ = std::make_unique<EditTarget>(session().use(this), text_.Text, columns);
+        target_ = std::make_unique<EditTarget>(session().use(this), text_.Text, columns, CommandTimeout);
     }
     return *target_;
 }

@@ -143,9 +143,9 @@ void Session::transactionUnchanged() {
 }
 
 void Session::StartTransaction() {
-    Connection& open = use();
+    static_cast<void>(use());
     if (InTransaction()) throw UsageError(QStringLiteral("The session already has a transaction"));
-    open.run({QStringLiteral("BEGIN TRANSACTION"), {}, 0});
+    connection().run({QStringLiteral("BEGIN TRANSACTION"), {}, settings_.ConnectionTimeout});
     remember(true);
 }
 
@@ -175,10 +175,14 @@ void Session::Rollback() {
     for (Unfinished* work : works)
         if (unfinished_.contains(work)) work->rolledBack();
     if (!Connected()) return;
+    // The server rolls back what a lost connection leaves.
     try {
-        connection().run({QStringLiteral("IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION"), {}, 0});
+        connection().run({QStringLiteral("IF @@TRANCOUNT > 0 ROLLBACK TRANSACTION"), {}, settings_.ConnectionTimeout});
     } catch (const ConnectionError&) {
-        return;  // the server rolls back what a lost connection leaves
+        return;
+    } catch (const TimeoutError&) {
+        connection_->abandon();
+        return;
     }
     remember(false);
 }
@@ -189,8 +193,11 @@ bool Session::InTransaction() {
     const QList<Unfinished*> works = unfinished_;
     for (Unfinished* work : works) work->releaseConnection();
     try {
-        remember(connection_->scalar(QStringLiteral("SELECT @@TRANCOUNT")).toInt() > 0);
+        remember(connection_->scalar(QStringLiteral("SELECT @@TRANCOUNT"), settings_.ConnectionTimeout).toInt() > 0);
     } catch (const ConnectionError&) {
+        return false;
+    } catch (const TimeoutError&) {
+        connection_->abandon();
         return false;
     }
     return inTransaction_;

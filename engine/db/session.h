@@ -67,7 +67,9 @@ public:
     // False before Open, after Close, and once the connection is known to be lost.
     [[nodiscard]] bool Connected() const;
 
-    // One transaction per session: StartTransaction within one raises UsageError.
+    // One transaction per session: StartTransaction within one raises UsageError. What StartTransaction, Rollback and
+    // InTransaction ask of the server waits for nothing there, so it gets as long as a login: ConnectionTimeout. A
+    // server that has not answered Rollback or InTransaction by then has lost the connection.
     void StartTransaction();
     // Raises CommitInDoubt when no answer came; StatementError when the server had already rolled back.
     void Commit();

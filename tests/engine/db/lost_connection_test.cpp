@@ -40,6 +40,13 @@ void PrintTo(const Operation& operation, std::ostream* out) {
     *out << operation.name;
 }
 
+// Opens it anew, with so many seconds for all that a server answers at once.
+void openWithin(Session& session, int seconds) {
+    session.Close();
+    session.SetConnectionTimeout(seconds);
+    session.Open();
+}
+
 void postRows(Session& session, int count) {
     Table table(&session);
     table.CommandTimeout = kTimeout;
@@ -112,7 +119,13 @@ const std::vector<Operation>& operations() {
              loader.TableName = QStringLiteral("T");
              loader.LoadFromDataSet(source);
          }},
-        {"begin", "BEGIN TRANSACTION", {}, [](Session& session) { session.StartTransaction(); }},
+        {"begin",
+         "BEGIN TRANSACTION",
+         {},
+         [](Session& session) {
+             openWithin(session, kTimeout);
+             session.StartTransaction();
+         }},
     };
     return all;
 }
@@ -174,7 +187,6 @@ TEST_P(LostConnection, CutBeforeTheServerAnswers) {
 // The cancel is not answered either.
 TEST_P(LostConnection, AServerThatFallsSilentIsGivenUp) {
     TORVIK_NEEDS_SANDBOX(server);
-    if (operation.text == std::string("BEGIN TRANSACTION")) GTEST_SKIP() << "a BEGIN has no time-out";
     add(FaultAction::Hang);
     expectLost();
 }
@@ -210,6 +222,72 @@ TEST_P(CutAmongRows, AHalfReadReplyIsNoShorterResult) {
             EXPECT_FALSE(server.session().Connected());
         }
     }
+}
+
+// What the server should have answered at once, and how it does not: never, not even a cancel, or too late.
+class SilentTransaction : public testing::TestWithParam<std::tuple<test::Wire, FaultAction>> {
+protected:
+    SilentTransaction() {
+        server.run(QStringLiteral("CREATE TABLE T (a int PRIMARY KEY)"));
+        openWithin(server.session(), kTimeout);
+        server.session().StartTransaction();
+        server.run(QStringLiteral("INSERT T VALUES (1)"));
+    }
+
+    void doNotAnswer(const char* text) {
+        sandbox::FaultRule rule;
+        rule.match.textContains = text;
+        rule.action = std::get<1>(GetParam());
+        rule.delay = std::chrono::seconds(30);
+        server.faults().add(rule);
+    }
+    // The connection is given up, and the server has rolled back.
+    void expectLost() {
+        EXPECT_FALSE(server.session().Connected());
+        EXPECT_THROW(server.run(QStringLiteral("SELECT 1")), ConnectionError);
+        server.faults().clear();
+        server.session().Open();
+        server.run(QStringLiteral("INSERT T VALUES (1)"));  // waits for the rollback
+        EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM T")), "n\n1\n");
+    }
+
+    test::SandboxServer server{std::get<0>(GetParam())};
+};
+
+INSTANTIATE_TEST_SUITE_P(All, SilentTransaction,
+                         testing::Combine(testing::Values(test::Wire::Plain, test::Wire::Tls),
+                                          testing::Values(FaultAction::Hang, FaultAction::Delay)),
+                         [](const auto& test) {
+                             return test::wireName(std::get<0>(test.param)) +
+                                    (std::get<1>(test.param) == FaultAction::Hang ? "_Never" : "_TooLate");
+                         });
+
+TEST_P(SilentTransaction, RollbackWithoutAnAnswerIsQuietAndGivesTheConnectionUp) {
+    TORVIK_NEEDS_SANDBOX(server);
+    doNotAnswer("ROLLBACK TRANSACTION");
+    EXPECT_NO_THROW(server.session().Rollback());
+    expectLost();
+}
+
+TEST_P(SilentTransaction, ASessionThatDoesNotSayWhetherItIsInATransactionIsGivenUp) {
+    TORVIK_NEEDS_SANDBOX(server);
+    doNotAnswer("SELECT @@TRANCOUNT");
+    EXPECT_FALSE(server.session().InTransaction());
+    expectLost();
+}
+
+TEST_P(SilentTransaction, RowsNotSentWhenTheConnectionIsGivenUpAreToldOf) {
+    TORVIK_NEEDS_SANDBOX(server);
+    Table table(&server.session());
+    table.SetTableName(QStringLiteral("T"));
+    table.Open();
+    table.Append();
+    table.FieldByName(QStringLiteral("a")) = 2;
+    table.Post();
+    doNotAnswer("SELECT @@TRANCOUNT");
+    EXPECT_FALSE(server.session().InTransaction());
+    EXPECT_THROW(table.Close(), ConnectionError);
+    expectLost();
 }
 
 }  // namespace
