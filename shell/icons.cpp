@@ -24,7 +24,9 @@ QIcon drawn(Paint paint) {
     painter.setRenderHint(QPainter::Antialiasing);
     paint(painter);
     painter.end();
-    return QIcon(pixmap);
+    QIcon icon(pixmap);
+    icon.addPixmap(pixmap, QIcon::Selected);  // in a chosen row too as it is, not tinted
+    return icon;
 }
 
 QPen broad(const QColor& color, qreal width) {
@@ -87,6 +89,21 @@ QIcon applicationIcon() {
         p.drawPolyline(QPolygonF{{14, 25}, {46, 25}, {37, 16}});
         p.drawPolyline(QPolygonF{{50, 40}, {18, 40}, {27, 49}});
     });
+}
+
+// An arrow down into a tray.
+QIcon fetchIcon() {
+    return drawn([](QPainter& p) {
+        p.setPen(broad(kGreen, 8));
+        p.drawPolyline(QPolygonF{{18, 26}, {32, 40}, {46, 26}});
+        p.drawLine(QPointF(32, 8), QPointF(32, 38));
+        p.setPen(broad(kBlue, 8));
+        p.drawPolyline(QPolygonF{{9, 42}, {9, 56}, {55, 56}, {55, 42}});
+    });
+}
+
+QIcon cancelIcon() {
+    return cross();
 }
 
 QIcon statusIcon(int status) {

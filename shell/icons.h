@@ -6,6 +6,9 @@
 namespace torvik {
 
 [[nodiscard]] QIcon applicationIcon();
+// Of the commands.
+[[nodiscard]] QIcon fetchIcon();
+[[nodiscard]] QIcon cancelIcon();
 
 // For a TKasseLogSeverity value or a till's StatusIcon: a grey ring (0), a green tick (1), a yellow triangle (2), a red
 // cross (3).

@@ -142,6 +142,7 @@ void MainWindow::createPanes() {
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setMinimumWidth(settings_->sizeHint().width() + 24);
+    scroll->setMaximumHeight(settings_->sizeHint().height());  // what a tall window has over is the list's
     tillList_ = new TillList;
     const auto dock = [this](const QString& title, QWidget* content) {
         auto* widget = new QDockWidget(title, this);

@@ -7,7 +7,6 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProgressBar>
-#include <QStyle>
 #include <QToolBar>
 
 #include "engine/abort.h"
@@ -30,9 +29,9 @@ void MainWindow::createCommands() {
         return made;
     };
     fetchAction_ = action("actiOppgjorManually", QStringLiteral("Ta oppgjør manuelt"));
-    fetchAction_->setIcon(style()->standardIcon(QStyle::SP_ArrowDown));
+    fetchAction_->setIcon(fetchIcon());
     cancelAction_ = action("actiCancel", QStringLiteral("Avbryt"));
-    cancelAction_->setIcon(style()->standardIcon(QStyle::SP_BrowserStop));
+    cancelAction_->setIcon(cancelIcon());
     cancelAction_->setEnabled(false);
     trayAction_ = action("actiSystemTray", QStringLiteral("Vis i systemstatus felt (System Tray)"));
     trayAction_->setCheckable(true);

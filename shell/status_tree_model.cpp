@@ -187,7 +187,9 @@ QVariant StatusTreeModel::tillData(int statusRow, int column, int role) const {
         return {};
     }
     if (role == Qt::ToolTipRole) return preview(table.Row(statusRow).Melding);
-    if (role != Qt::DisplayRole && role != Qt::TextAlignmentRole) return {};
+    if (role == Qt::TextAlignmentRole && (column == IkkeOppgjort || column == Backup))
+        return QVariant(Qt::AlignRight | Qt::AlignVCenter);
+    if (role != Qt::DisplayRole) return {};
     const QModelIndex source = table.index(statusRow, kColumns[static_cast<std::size_t>(column)].source);
     if ((column == Hentet || column == Sendt) && role == Qt::DisplayRole) {
         const QVariant value = source.data(OppgjorStatusTable::RawValue);

@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "engine/oppgjor_status.h"
 #include "shell/status_tree_model.h"
@@ -21,6 +22,17 @@ namespace {
 constexpr int kPreviewLines = 4;
 constexpr int kStatusWidth = 72;
 constexpr int kFitAfterMs = 500;
+constexpr Qt::Alignment kCaptionAlignment = Qt::AlignLeft | Qt::AlignVCenter | Qt::Alignment(Qt::TextWordWrap);
+constexpr int kCaptionMargin = 8;
+
+// The width that a caption takes on two lines.
+int twoLineWidth(const QFontMetrics& font, const QString& caption) {
+    int width = font.horizontalAdvance(caption);
+    for (qsizetype blank = caption.indexOf(u' '); blank >= 0; blank = caption.indexOf(u' ', blank + 1))
+        width = std::min(width, std::max(font.horizontalAdvance(caption.first(blank)),
+                                         font.horizontalAdvance(caption.sliced(blank + 1))));
+    return width + 2 * kCaptionMargin;
+}
 
 }  // namespace
 
@@ -38,6 +50,8 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
     tree_->setUniformRowHeights(true);
     tree_->setAlternatingRowColors(true);
     tree_->header()->setResizeContentsPrecision(0);
+    tree_->header()->setDefaultAlignment(kCaptionAlignment);
+    tree_->header()->setMinimumHeight(2 * tree_->header()->fontMetrics().lineSpacing() + kCaptionMargin);
     tree_->header()->resizeSection(StatusTreeModel::Status, kStatusWidth);
     fit_->setSingleShot(true);
     fit_->setInterval(kFitAfterMs);
@@ -53,15 +67,17 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
     auto* optionsLayout = new QHBoxLayout(options);
     optionsLayout->addWidget(errorsOnly);
     optionsLayout->addStretch();
-    optionsLayout->addWidget(sums_);
 
     sums_->setObjectName(QStringLiteral("sums"));
+    sums_->setAlignment(Qt::AlignRight);
     melding_->setReadOnly(true);
+    melding_->setPlaceholderText(QStringLiteral("Meldinger for den valgte kassen"));
     melding_->setObjectName(QStringLiteral("melding"));
     melding_->setMaximumHeight(melding_->fontMetrics().lineSpacing() * (kPreviewLines + 1));
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(options);
     layout->addWidget(tree_, 1);
+    layout->addWidget(sums_);
     layout->addWidget(melding_);
 
     connect(errorsOnly, &QCheckBox::toggled, this, [this](bool on) { status_.SetErrorsOnly(on); });
@@ -121,10 +137,17 @@ void StatusView::fitSoon() {
 }
 
 // Now and then, and by the rows in sight: a header that follows each change by itself measures every row each time. The
-// first column holds the log lines too, and must not grow with them.
+// first column holds the log lines too, and must not grow with them. Small numbers under long captions get no more than
+// the caption takes on two lines.
 void StatusView::fitColumns() {
-    for (int column = StatusTreeModel::Status + 1; column < StatusTreeModel::ColumnCount; ++column)
-        tree_->resizeColumnToContents(column);
+    for (int column = StatusTreeModel::Status + 1; column < StatusTreeModel::ColumnCount; ++column) {
+        if (column == StatusTreeModel::IkkeOppgjort || column == StatusTreeModel::Backup) {
+            const QString caption = model_->headerData(column, Qt::Horizontal).toString();
+            tree_->header()->resizeSection(column, twoLineWidth(tree_->header()->fontMetrics(), caption));
+        } else {
+            tree_->resizeColumnToContents(column);
+        }
+    }
 }
 
 void StatusView::showSums() {

@@ -42,6 +42,8 @@ TillList::TillList(QWidget* parent)
     view_->verticalHeader()->hide();
     view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 8);
     view_->horizontalHeader()->setStretchLastSection(true);
+    view_->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    view_->horizontalHeader()->setHighlightSections(false);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(search);
     layout->addWidget(view_);

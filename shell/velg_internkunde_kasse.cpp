@@ -81,7 +81,10 @@ TfrmVelgInternkundeKasse::TfrmVelgInternkundeKasse(db::Session& session, QWidget
     for (const GridColumn& column : kColumns) captions << QString::fromUtf8(column.caption);
     grid_->setColumnCount(static_cast<int>(kColumns.size()));
     grid_->setHorizontalHeaderLabels(captions);
+    grid_->verticalHeader()->setDefaultSectionSize(grid_->fontMetrics().height() + 8);
     grid_->horizontalHeader()->setStretchLastSection(true);
+    grid_->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    grid_->horizontalHeader()->setHighlightSections(false);
     prompt_->setWordWrap(true);
     SetMultiSelect(true);
 
