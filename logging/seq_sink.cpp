@@ -25,7 +25,7 @@ void TSeqSink::Write(const std::shared_ptr<ILogEntry>& entry) {
         HttpClient client(timeouts_);
         if (FUrl.toLower().startsWith(QLatin1String("https://"))) client.attachTls();
         client.post(FUrl, body);
-    } catch (const HttpError&) {
+    } catch (const std::exception&) {
         // lost for the server; not told, not tried again, not kept
     }
 }

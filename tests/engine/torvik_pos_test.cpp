@@ -7,6 +7,7 @@
 #include <array>
 
 #include "engine/abort.h"
+#include "engine/db/mem_table.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "tests/engine/fake_surroundings.h"
@@ -27,10 +28,28 @@ TEST(TorvikPos, StartsWithTheDesignsValues) {
     EXPECT_TRUE(engine.IncludeExtraSaleProducts);
     EXPECT_TRUE(engine.AddToLogItems);
     EXPECT_TRUE(engine.Tasks.empty());
-    EXPECT_FALSE(engine.FlagAsSentAfterUpdate);
     EXPECT_EQ(engine.StartTime, QTime(0, 0));
+    EXPECT_EQ(engine.StartSendingTime, QTime(0, 0));
+    EXPECT_EQ(engine.DagerSidenEndring, 0);
+    for (const bool off :
+         {engine.FlagAsSentAfterUpdate, engine.IncludeVaretellingOnOppgjor, engine.IncludeNummertype,
+          engine.IncludeGiftVoucherOnOppgjor, engine.IncludeCreditCouponOnOppgjor, engine.IncludeDTS_TorvikPOS,
+          engine.Cancelled, engine.CancelRequest(), engine.AllowMultiThreading, engine.OnlyOppgjor,
+          engine.ReverseProcessingOrder, engine.UsePlukkPrioritet, engine.ReceiveDataOnly, engine.SendCustomerAndPrice,
+          engine.SynchonizedRun, engine.RunAsService(), engine.OverrideSourceUserNameAndPassword, engine.TimerBusy()})
+        EXPECT_FALSE(off);
+    for (const QString& text :
+         {engine.VaretellingPeriode, engine.DbVersion(), engine.ReplacementVa_Id,
+          engine.ReplacementForNonExistingItemNumber, engine.OverrideSourceUserName, engine.OverrideSourcePassword})
+        EXPECT_EQ(text, QString());
+    EXPECT_EQ(engine.DeleteItemsWeekDays + engine.Logbuffer, QStringList());
+    EXPECT_FALSE(engine.VareTable().Active() || engine.VareAliasTable().Active());
     EXPECT_NE(engine.Log, nullptr);
     EXPECT_EQ(engine.ErrorLog, nullptr);
+    EXPECT_EQ(engine.NonVisualLog, nullptr);
+    EXPECT_EQ(engine.NonVisualErrorLog, nullptr);
+    EXPECT_EQ(engine.ThreadList, nullptr);
+    EXPECT_EQ(engine.StatusParent, nullptr);
     EXPECT_NE(engine.ffraOppgjorStatus, nullptr);
     EXPECT_EQ(engine.qryGeneralTarget().CommandTimeout, 600);
     EXPECT_EQ(engine.Avdeling->Qry().CommandTimeout, 600);

@@ -52,6 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
         Rendering{"NotAPlaceholder", "{a.b} {}", {1}, "{a.b} {}", ""},
         Rendering{"ValueWithoutPlaceholder", "{A}", {1, 2}, "1", R"(,"A":1)"},
         Rendering{"TextKeepsQuotesAndEscapes", "{A}", {"Å\"\\\n/"}, R"("\u00c5\"\\\n/")", R"(,"A":"\u00c5\"\\\n/")"},
+        Rendering{"LettersBeyondTheBasicPlaneLeaveAsTwo", "{A}", {"😀"}, R"("\ud83d\ude00")", R"(,"A":"\ud83d\ude00")"},
         Rendering{"NulAloneIsEscaped", "{A}", {QChar(u'\0')}, R"("\u0000")", R"(,"A":"\u0000")"},
         Rendering{"NulEndsAText", "{A}", {QString(QChar(u'x')) + QChar(u'\0') + QChar(u'y')}, R"("x")", R"(,"A":"x")"},
         Rendering{"KindsOfValues",
@@ -97,6 +98,16 @@ INSTANTIATE_TEST_SUITE_P(
                   R"({"z":1,"a":[null,"\u00f8"]}[]{})",
                   R"(,"A":{"z":1,"a":[null,"\u00f8"]},"B":[],"C":{})"}),
     [](const auto& test) { return std::string(test.param.name); });
+
+TEST(LogEntry, EachLevelHasALongAndAShortName) {
+    const std::pair<const char*, const char*> names[] = {{"Verbose", "VRB"}, {"Debug", "DBG"}, {"Information", "INF"},
+                                                         {"Warning", "WRN"}, {"Error", "ERR"}, {"Fatal", "FTL"}};
+    for (int level = 0; level < 6; ++level) {
+        const TLogEntry entry(static_cast<TLogLevel>(level), QStringLiteral("Hei"), {}, nullptr, kMoment);
+        EXPECT_TRUE(entry.FormatCompactJson().endsWith(QStringLiteral(R"("@l":"%1"})").arg(names[level].first)));
+        EXPECT_TRUE(entry.FormatTemplate().endsWith(QStringLiteral(" %1 Hei").arg(names[level].second)));
+    }
+}
 
 TEST(LogEntry, ExceptionStandsInBothForms) {
     const std::runtime_error failure("gikk galt");

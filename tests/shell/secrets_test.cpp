@@ -1,0 +1,77 @@
+// No password leaves the program: neither one that works nor one that a server has refused stands in any file that it
+// writes or in anything that it sends to the log server.
+#include <gtest/gtest.h>
+
+#include <QDirIterator>
+
+#include "engine/db/session.h"
+#include "logging/setup_logging.h"
+#include "tests/shell/window_over_a_chain.h"
+#include "tests/support/http_server.h"
+
+namespace torvik {
+namespace {
+
+class Secrets : public test::WindowOverAChain {
+protected:
+    Secrets() {
+        QFile ini(folder.filePath(QStringLiteral("TorvikPosSync.ini")));
+        EXPECT_TRUE(ini.open(QIODevice::WriteOnly));
+        ini.write("[Logging]\nSeqUrl=" + QByteArray::fromStdString(logServer.url()) + "\nSeqApiKey=Logg-Nokkel-1\n");
+        ini.close();
+        SetupLogging(QStringLiteral("TorvikPosSync"), ini.fileName(),
+                     folder.filePath(QStringLiteral("Log/TorvikPosSync.log")), {});
+    }
+    ~Secrets() override { GlobalLogger().ClearSinks(); }
+
+    // All that was written below the folder, but for what the operator wrote, and all that the log server got.
+    [[nodiscard]] QHash<QString, QByteArray> everything() {
+        GlobalLogger().ClearSinks();
+        QHash<QString, QByteArray> all;
+        for (QDirIterator files(folder.path(), QDir::Files, QDirIterator::Subdirectories); files.hasNext();) {
+            QFile file(files.next());
+            const QString name = QDir(folder.path()).relativeFilePath(file.fileName());
+            if (name == u"Torvik.UDL" || name == u"TorvikPosSync.ini") continue;
+            EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+            all.insert(name, file.readAll());
+        }
+        for (const test::HttpRequest& request : logServer.taken())
+            all[QStringLiteral("log server")] += QByteArray::fromStdString(request.body) + '\n';
+        return all;
+    }
+
+    test::HttpServer logServer;
+};
+
+TEST_F(Secrets, AreInNoFileAndNotAtTheLogServer) {
+    chain.runInBackOffice("UPDATE Internkundekasse SET Ikk_Passord = 'sesam-sesam' WHERE Ikk_Ik_Ku_Id = 1002");
+    {
+        MainWindow window(path(), store);
+        TTorvikPos& engine = window.TorvikPos1();
+        engine.Seam.tempFolder = [this] { return folder.path(); };
+        window.show();
+        allTills(window);
+        engine.OnAutoStart(&engine);
+        click(window, "actiOppgjorManually");
+        engine.OnAutoStartDone(&engine);
+        engine.TargetConnection()->Close();
+        engine.TargetConnection()->SetPassword(QStringLiteral("Galt-Passord-1"));
+        click(window, "actiOppgjorManually");
+        click(window, "actiSaveRegistry");
+        window.close();
+    }
+    const QHash<QString, QByteArray> all = everything();
+
+    EXPECT_TRUE(all[QStringLiteral("TorvikPosError.log")].contains("avdelingsnummer 102 kassenummer 1)"));
+    EXPECT_TRUE(all[QStringLiteral("TorvikPosError.log")].contains("Login failed for user 'sa'"));
+    EXPECT_TRUE(all[QStringLiteral("log server")].contains("avdelingsnummer 102 kassenummer 1)"));
+    EXPECT_TRUE(all.contains(QStringLiteral("settings.ini")));
+    EXPECT_TRUE(all.contains(QStringLiteral("ZoppgjorLog.txt")));
+    EXPECT_GE(all.size(), 8) << "two panes, twice as text and twice as rich text, two logs, settings";
+    for (const char* secret : {"Torvik-Sandbox-1", "Pos-1", "sesam-sesam", "Galt-Passord-1", "Logg-Nokkel-1"})
+        for (auto each = all.cbegin(); each != all.cend(); ++each)
+            EXPECT_FALSE(each->contains(secret)) << secret << " in " << each.key().toStdString();
+}
+
+}  // namespace
+}  // namespace torvik
