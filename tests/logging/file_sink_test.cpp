@@ -2,15 +2,14 @@
 #include "logging/file_sink.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <csignal>
 
 #include "logging/logger.h"
 #include "logging/rolling_file_sink.h"
+#include "tests/support/full_disk.h"
 #include "tests/support/time_zone.h"
 
 namespace torvik {
@@ -72,31 +71,11 @@ TEST_F(FileSinks, LoseTheLineThatCannotBeWrittenAndGoOnWithTheNext) {
     EXPECT_EQ(contentOf(path("a.log")), "2026-03-01T08:15:30.250Z INF her\r\n");
 }
 
-// The process may write no file longer than `bytes` while this stands: to a program it is a disk that fills up.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) : handler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limited{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limited);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &before_);
-        std::signal(SIGXFSZ, handler_);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit before_{};
-    void (*handler_)(int);
-};
-
 TEST_F(FileSinks, LeaveNoHalfLineWhenTheDiskIsFull) {
     TFileSink sink(path("a.log"));
     sink.Write(event(QStringLiteral("en")));
     {
-        const FullDisk full(static_cast<rlim_t>(contentOf(path("a.log")).size()) + 10);
+        const test::FullDisk full(static_cast<rlim_t>(contentOf(path("a.log")).size()) + 10);
         sink.Write(event(QStringLiteral("borte")));
     }
     sink.Write(event(QStringLiteral("to")));
