@@ -15,6 +15,9 @@ struct Process {
     int spid = 0;
     int databaseId = 1;
     int openTransactions = 0;
+    int isolation = 2;     // as sys.dm_exec_sessions numbers the levels: 1 uncommitted, 2 committed ... 5 snapshot
+    int lockTimeout = -1;  // milliseconds; -1: for ever
+    std::string language = "us_english";
     bool running = false;  // "runnable" inside a batch, else "sleeping"
     std::string login;
     std::string host;

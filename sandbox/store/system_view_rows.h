@@ -145,11 +145,21 @@ struct ObjectRow {
 [[nodiscard]] std::vector<ObjectRow> allObjects(Connection& connection, Database& database);
 [[nodiscard]] std::optional<ObjectRow> objectById(Connection& connection, Database& database, std::int32_t id);
 
+// A catalogue view as sys.system_views lists it.
+struct SystemViewRow {
+    std::string_view schema;
+    std::string_view name;
+    std::int32_t id = 0;
+};
+[[nodiscard]] std::vector<SystemViewRow> systemViewList();
+
 [[nodiscard]] std::vector<SystemView> objectViews();
 [[nodiscard]] std::vector<SystemView> columnViews();
 [[nodiscard]] std::vector<SystemView> indexViews();
 [[nodiscard]] std::vector<SystemView> informationSchemaViews();
 [[nodiscard]] std::vector<SystemView> serverViews();
+[[nodiscard]] std::vector<SystemView> principalViews();
+[[nodiscard]] std::vector<SystemView> emptyViews();
 
 }  // namespace views
 

@@ -18,13 +18,18 @@ namespace {
 const std::vector<SystemView>& allViews() {
     static const std::vector<SystemView> kViews = [] {
         std::vector<SystemView> all;
-        for (auto list : {views::objectViews(), views::columnViews(), views::indexViews(),
-                          views::informationSchemaViews(), views::serverViews()}) {
+        for (auto list :
+             {views::objectViews(), views::columnViews(), views::indexViews(), views::informationSchemaViews(),
+              views::serverViews(), views::principalViews(), views::emptyViews()}) {
             std::move(list.begin(), list.end(), std::back_inserter(all));
         }
         return all;
     }();
     return kViews;
+}
+
+std::int32_t idOf(const SystemView& view) {
+    return -static_cast<std::int32_t>(&view - allViews().data()) - 1;
 }
 
 // The rows of one view at one moment, with the places of the rows by an integer column's value, made when asked for.
@@ -193,6 +198,12 @@ const sqlite3_module& viewModule() {
 
 }  // namespace
 
+std::vector<views::SystemViewRow> views::systemViewList() {
+    std::vector<SystemViewRow> rows;
+    for (const SystemView& view : allViews()) rows.push_back({view.schema, view.name, idOf(view)});
+    return rows;
+}
+
 const SystemView* findSystemView(std::string_view schema, std::string_view name) {
     const bool bare = schema.empty() || sameName(schema, "dbo");
     for (const SystemView& view : allViews()) {
@@ -208,7 +219,7 @@ std::string systemViewStorage(const Database& database, const SystemView& view) 
 std::shared_ptr<const ObjectDef> registerSystemView(Connection& connection, const std::shared_ptr<Database>& database,
                                                     const SystemView& view) {
     auto object = std::make_shared<ObjectDef>();
-    object->id = -static_cast<std::int32_t>(&view - allViews().data()) - 1;
+    object->id = idOf(view);
     object->name = view.name;
     object->schema = view.schema;
     object->system = true;

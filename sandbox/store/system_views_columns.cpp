@@ -179,6 +179,17 @@ std::vector<Field<C>> columnFields(std::vector<Field<C>> more = {}) {
         {"is_identity", kBit, [](const C& c) { return number(c.column->identity ? 1 : 0); }},
         {"is_computed", kBit, [](const C& c) { return number(c.column->computedText.empty() ? 0 : 1); }},
         {"default_object_id", kInt, [](const C& c) { return number(c.column->defaultId); }},
+        {"rule_object_id", kInt, [](const C&) { return number(0); }},
+        {"is_filestream", kBit, [](const C&) { return number(0); }},
+        {"is_replicated", kBit, [](const C&) { return number(0); }},
+        {"is_xml_document", kBit, [](const C&) { return number(0); }},
+        {"xml_collection_id", kInt, [](const C&) { return number(0); }},
+        {"is_sparse", kBit, [](const C&) { return number(0); }},
+        {"is_column_set", kBit, [](const C&) { return number(0); }},
+        {"generated_always_type", kTinyInt, [](const C&) { return number(0); }},
+        {"generated_always_type_desc", kDescription, [](const C&) { return text("NOT_APPLICABLE"); }},
+        {"is_hidden", kBit, [](const C&) { return number(0); }},
+        {"is_masked", kBit, [](const C&) { return number(0); }},
     };
     fields.insert(fields.end(), more.begin(), more.end());
     return fields;
@@ -305,6 +316,9 @@ std::vector<SystemView> columnViews() {
                               {"scale", kTinyInt, [](const TypeRow& t) { return number(t.scale); }},
                               {"is_nullable", kBit, [](const TypeRow& t) { return number(t.userId == 256 ? 0 : 1); }},
                               {"is_user_defined", kBit, [](const TypeRow&) { return number(0); }},
+                              {"is_assembly_type", kBit, [](const TypeRow&) { return number(0); }},
+                              {"is_table_type", kBit, [](const TypeRow&) { return number(0); }},
+                              {"default_object_id", kInt, [](const TypeRow&) { return number(0); }},
                           }),
         bare(makeView<TypeRow>("sys", "systypes", types,
                                {

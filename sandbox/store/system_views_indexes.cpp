@@ -32,13 +32,14 @@ struct CountedIndexRow {
 
 std::vector<CountedIndexRow> countedIndexes(Connection& connection, Database& database) {
     std::vector<CountedIndexRow> list;
+    std::int64_t count = 0;
     for (IndexRow& row : indexes(connection, database)) {
-        std::int64_t count = 0;
-        if (row.index == nullptr || row.index->indexId == 1) {
+        // The indexes of a table follow each other.
+        if (list.empty() || list.back().row.table != row.table) {
             const std::string& schema =
                 row.table->id < 0 ? connection.temporary()->attachedAs() : database.attachedAs();
             Statement counter = connection.prepare("SELECT count(*) FROM " + storageTable(schema, *row.table));
-            if (counter.step()) count = std::get<std::int64_t>(readColumn(counter.get(), 0, kBigInt));
+            count = counter.step() ? std::get<std::int64_t>(readColumn(counter.get(), 0, kBigInt)) : 0;
         }
         list.push_back({std::move(row), count});
     }
@@ -104,6 +105,11 @@ bool isUnique(const I& i) {
     return i.index != nullptr && i.index->unique;
 }
 
+SystemView live(SystemView view) {
+    view.live = true;
+    return view;
+}
+
 }  // namespace
 
 std::vector<SystemView> indexViews() {
@@ -134,9 +140,8 @@ std::vector<SystemView> indexViews() {
             {"name", kName, [](const N& n) { return n.row.index == nullptr ? Value{} : text(n.row.index->name); }},
         });
     sysindexes.bare = true;
-    sysindexes.live = true;
     return {
-        std::move(sysindexes),
+        live(std::move(sysindexes)),
         makeView<I>(
             "sys", "indexes", indexes,
             {
@@ -159,9 +164,29 @@ std::vector<SystemView> indexViews() {
                 {"is_unique_constraint", kBit,
                  [](const I& i) { return number(i.index != nullptr && i.index->uniqueConstraint ? 1 : 0); }},
                 {"fill_factor", kTinyInt, [](const I&) { return number(0); }},
+                {"is_padded", kBit, [](const I&) { return number(0); }},
                 {"is_disabled", kBit, [](const I&) { return number(0); }},
+                {"is_hypothetical", kBit, [](const I&) { return number(0); }},
+                {"allow_row_locks", kBit, [](const I&) { return number(1); }},
+                {"allow_page_locks", kBit, [](const I&) { return number(1); }},
                 {"has_filter", kBit, [](const I&) { return number(0); }},
+                {"filter_definition", kLongText, [](const I&) { return Value{}; }},
             }),
+        live(makeView<N>("sys", "partitions", countedIndexes,
+                         {
+                             {"partition_id", kBigInt,
+                              [](const N& n) {
+                                  return number((static_cast<std::int64_t>(n.row.table->id) << 16) +
+                                                (n.row.index == nullptr ? 0 : n.row.index->indexId));
+                              }},
+                             {"object_id", kInt, [](const N& n) { return number(n.row.table->id); }},
+                             {"index_id", kInt,
+                              [](const N& n) { return number(n.row.index == nullptr ? 0 : n.row.index->indexId); }},
+                             {"partition_number", kInt, [](const N&) { return number(1); }},
+                             {"rows", kBigInt, [](const N& n) { return number(n.rows); }},
+                             {"data_compression", kTinyInt, [](const N&) { return number(0); }},
+                             {"data_compression_desc", kDescription, [](const N&) { return text("NONE"); }},
+                         })),
         makeView<K>("sys", "index_columns", indexColumns,
                     {
                         {"object_id", kInt, [](const K& k) { return number(k.table->id); }},

@@ -52,23 +52,85 @@ std::vector<ColumnRow> columns(Connection& connection, Database& database) {
 }
 
 // Characters, or bytes of a binary type; -1 for (max), 2^31-1 or half of it for text and ntext.
-Value characters(const ColumnRow& c) {
+template <typename Row>
+Value characters(const Row& c) {
     const Type& type = c.type();
     if (!isCharacter(type.id) && !isBinary(type.id)) return {};
     if (type.id == TypeId::NText) return number(1073741823);
     return isLob(type.id) ? number(2147483647) : number(type.length);
 }
 
-Value octets(const ColumnRow& c) {
+template <typename Row>
+Value octets(const Row& c) {
     const Type& type = c.type();
     if (!isCharacter(type.id) && !isBinary(type.id)) return {};
     if (type.id == TypeId::NText) return number(2147483646);
     return isLob(type.id) ? number(2147483647) : number(c.facts.bytes);
 }
 
-Value characterSet(const ColumnRow& c) {
+template <typename Row>
+Value characterSet(const Row& c) {
     if (!isCharacter(c.type().id)) return {};
     return text(isUnicode(c.type().id) ? "UNICODE" : "iso_1");
+}
+
+template <typename Row>
+Value collationOf(const Row& c) {
+    return isCharacter(c.type().id) ? text(c.collation) : Value{};
+}
+
+template <typename Row>
+bool hasDigits(const Row& c) {
+    return isNumeric(c.type().id) && c.type().id != TypeId::Bit;
+}
+
+template <typename Row>
+Value digits(const Row& c) {
+    return hasDigits(c) ? number(c.facts.precision) : Value{};
+}
+
+template <typename Row>
+Value radix(const Row& c) {
+    return hasDigits(c) ? number(isExactNumeric(c.type().id) ? 10 : 2) : Value{};
+}
+
+template <typename Row>
+Value decimals(const Row& c) {
+    return hasDigits(c) && isExactNumeric(c.type().id) ? number(c.facts.scale) : Value{};
+}
+
+template <typename Row>
+Value fractions(const Row& c) {
+    return isTemporal(c.type().id) ? number(c.facts.scale) : Value{};
+}
+
+// The columns that tell the type of a column, of a parameter.
+template <typename Row>
+std::vector<Field<Row>> typeFields() {
+    const auto none = [](const Row&) { return Value{}; };
+    return {
+        {"DATA_TYPE", kName, [](const Row& c) { return text(typeName(c.type())); }},
+        {"CHARACTER_MAXIMUM_LENGTH", kInt, characters<Row>},
+        {"CHARACTER_OCTET_LENGTH", kInt, octets<Row>},
+        {"NUMERIC_PRECISION", kTinyInt, digits<Row>},
+        {"NUMERIC_PRECISION_RADIX", kSmallInt, radix<Row>},
+        {"NUMERIC_SCALE", kInt, decimals<Row>},
+        {"DATETIME_PRECISION", kSmallInt, fractions<Row>},
+        {"CHARACTER_SET_CATALOG", kName, none},
+        {"CHARACTER_SET_SCHEMA", kName, none},
+        {"CHARACTER_SET_NAME", kName, characterSet<Row>},
+        {"COLLATION_CATALOG", kName, none},
+        {"COLLATION_SCHEMA", kName, none},
+        {"COLLATION_NAME", kName, collationOf<Row>},
+    };
+}
+
+template <typename Row>
+std::vector<Field<Row>> joined(std::vector<Field<Row>> first, std::vector<Field<Row>> second,
+                               std::vector<Field<Row>> third = {}) {
+    first.insert(first.end(), second.begin(), second.end());
+    first.insert(first.end(), third.begin(), third.end());
+    return first;
 }
 
 struct ConstraintRow {
@@ -143,6 +205,70 @@ std::vector<ReferenceRow> references(Connection& connection, Database& database)
     return rows;
 }
 
+// A constraint's use of a column of the table whose rows it looks at; of a foreign key, its own table's.
+struct UsageRow {
+    ConstraintRow of;
+    std::string column;
+};
+
+std::vector<UsageRow> columnUsage(Connection& connection, Database& database) {
+    std::vector<UsageRow> rows;
+    for (const ConstraintRow& row : constraints(connection, database)) {
+        const ObjectRow& constraint = row.constraint;
+        if (constraint.index != nullptr) {
+            for (const IndexDef::Key& key : constraint.index->keys) rows.push_back({row, key.column});
+        } else if (constraint.foreignKey != nullptr) {
+            for (const std::string& column : constraint.foreignKey->columns) rows.push_back({row, column});
+        } else if (!constraint.check->column.empty()) {
+            rows.push_back({row, constraint.check->column});
+        }
+    }
+    return rows;
+}
+
+std::vector<ConstraintRow> checksOnly(Connection& connection, Database& database) {
+    std::vector<ConstraintRow> rows = constraints(connection, database);
+    std::erase_if(rows, [](const ConstraintRow& row) { return row.constraint.check == nullptr; });
+    return rows;
+}
+
+struct SchemaRow {
+    std::string catalog;
+    std::string_view name;
+};
+
+std::vector<SchemaRow> schemata(Connection&, Database& database) {
+    std::vector<SchemaRow> rows;
+    for (const std::string_view name : {"dbo", "guest", "INFORMATION_SCHEMA", "sys"}) {
+        rows.push_back({database.name(), name});
+    }
+    return rows;
+}
+
+struct ParameterRow {
+    std::string catalog;
+    std::string collation;
+    std::shared_ptr<const ObjectDef> routine;
+    const ParameterDef* parameter = nullptr;
+    int ordinal = 0;
+    TypeFacts facts;
+
+    [[nodiscard]] const Type& type() const { return parameter->type; }
+};
+
+std::vector<ParameterRow> parameters(Connection& connection, Database& database) {
+    std::vector<ParameterRow> rows;
+    for (TableRow& routine : routines(connection, database)) {
+        int ordinal = 0;
+        for (const ParameterDef& p : routine.object->parameters) {
+            rows.push_back(
+                {routine.catalog, database.facts().collation, routine.object, &p, ++ordinal, typeFacts(p.type)});
+        }
+    }
+    return rows;
+}
+
+using M = ParameterRow;
 using T = TableRow;
 using C = ColumnRow;
 using N = ConstraintRow;
@@ -173,43 +299,80 @@ std::vector<SystemView> informationSchemaViews() {
                     }),
         makeView<C>(
             schema, "COLUMNS", columns,
+            joined<C>(
+                {
+                    {"TABLE_CATALOG", kName, [](const C& c) { return text(c.catalog); }},
+                    {"TABLE_SCHEMA", kName, [](const C& c) { return text(c.object->schema); }},
+                    {"TABLE_NAME", kName, [](const C& c) { return text(c.object->name); }},
+                    {"COLUMN_NAME", kName, [](const C& c) { return text(c.column->name); }},
+                    {"ORDINAL_POSITION", kInt, [](const C& c) { return number(c.ordinal); }},
+                    {"COLUMN_DEFAULT", kText, [](const C& c) { return textOrNull(c.column->defaultText); }},
+                    {"IS_NULLABLE", varcharType(3), [](const C& c) { return text(c.column->nullable ? "YES" : "NO"); }},
+                },
+                typeFields<C>(),
+                {
+                    {"DOMAIN_CATALOG", kName, [](const C&) { return Value{}; }},
+                    {"DOMAIN_SCHEMA", kName, [](const C&) { return Value{}; }},
+                    {"DOMAIN_NAME", kName, [](const C&) { return Value{}; }},
+                })),
+        makeView<M>(schema, "PARAMETERS", parameters,
+                    joined<M>(
+                        {
+                            {"SPECIFIC_CATALOG", kName, [](const M& m) { return text(m.catalog); }},
+                            {"SPECIFIC_SCHEMA", kName, [](const M& m) { return text(m.routine->schema); }},
+                            {"SPECIFIC_NAME", kName, [](const M& m) { return text(m.routine->name); }},
+                            {"ORDINAL_POSITION", kInt, [](const M& m) { return number(m.ordinal); }},
+                            {"PARAMETER_MODE", varcharType(10),
+                             [](const M& m) { return text(m.parameter->output ? "INOUT" : "IN"); }},
+                            {"IS_RESULT", varcharType(10), [](const M&) { return text("NO"); }},
+                            {"AS_LOCATOR", varcharType(10), [](const M&) { return text("NO"); }},
+                            {"PARAMETER_NAME", kName, [](const M& m) { return text(m.parameter->name); }},
+                        },
+                        typeFields<M>(),
+                        {
+                            {"INTERVAL_TYPE", varcharType(30), [](const M&) { return Value{}; }},
+                            {"INTERVAL_PRECISION", kSmallInt, [](const M&) { return Value{}; }},
+                            {"USER_DEFINED_TYPE_CATALOG", kName, [](const M&) { return Value{}; }},
+                            {"USER_DEFINED_TYPE_SCHEMA", kName, [](const M&) { return Value{}; }},
+                            {"USER_DEFINED_TYPE_NAME", kName, [](const M&) { return Value{}; }},
+                        })),
+        makeView<SchemaRow>(
+            schema, "SCHEMATA", schemata,
             {
-                {"TABLE_CATALOG", kName, [](const C& c) { return text(c.catalog); }},
-                {"TABLE_SCHEMA", kName, [](const C& c) { return text(c.object->schema); }},
-                {"TABLE_NAME", kName, [](const C& c) { return text(c.object->name); }},
-                {"COLUMN_NAME", kName, [](const C& c) { return text(c.column->name); }},
-                {"ORDINAL_POSITION", kInt, [](const C& c) { return number(c.ordinal); }},
-                {"COLUMN_DEFAULT", kText, [](const C& c) { return textOrNull(c.column->defaultText); }},
-                {"IS_NULLABLE", varcharType(3), [](const C& c) { return text(c.column->nullable ? "YES" : "NO"); }},
-                {"DATA_TYPE", kName, [](const C& c) { return text(typeName(c.type())); }},
-                {"CHARACTER_MAXIMUM_LENGTH", kInt, characters},
-                {"CHARACTER_OCTET_LENGTH", kInt, octets},
-                {"NUMERIC_PRECISION", kTinyInt,
-                 [](const C& c) {
-                     return isNumeric(c.type().id) && c.type().id != TypeId::Bit ? number(c.facts.precision) : Value{};
-                 }},
-                {"NUMERIC_PRECISION_RADIX", kSmallInt,
-                 [](const C& c) {
-                     if (!isNumeric(c.type().id) || c.type().id == TypeId::Bit) return Value{};
-                     return number(isExactNumeric(c.type().id) ? 10 : 2);
-                 }},
-                {"NUMERIC_SCALE", kInt,
-                 [](const C& c) {
-                     return isExactNumeric(c.type().id) && c.type().id != TypeId::Bit ? number(c.facts.scale) : Value{};
-                 }},
-                {"DATETIME_PRECISION", kSmallInt,
-                 [](const C& c) { return isTemporal(c.type().id) ? number(c.facts.scale) : Value{}; }},
-                {"CHARACTER_SET_CATALOG", kName, [](const C&) { return Value{}; }},
-                {"CHARACTER_SET_SCHEMA", kName, [](const C&) { return Value{}; }},
-                {"CHARACTER_SET_NAME", kName, characterSet},
-                {"COLLATION_CATALOG", kName, [](const C&) { return Value{}; }},
-                {"COLLATION_SCHEMA", kName, [](const C&) { return Value{}; }},
-                {"COLLATION_NAME", kName,
-                 [](const C& c) { return isCharacter(c.type().id) ? text(c.collation) : Value{}; }},
-                {"DOMAIN_CATALOG", kName, [](const C&) { return Value{}; }},
-                {"DOMAIN_SCHEMA", kName, [](const C&) { return Value{}; }},
-                {"DOMAIN_NAME", kName, [](const C&) { return Value{}; }},
+                {"CATALOG_NAME", kName, [](const SchemaRow& s) { return text(s.catalog); }},
+                {"SCHEMA_NAME", kName, [](const SchemaRow& s) { return text(s.name); }},
+                {"SCHEMA_OWNER", kName, [](const SchemaRow& s) { return text(s.name); }},
+                {"DEFAULT_CHARACTER_SET_CATALOG", varcharType(6), [](const SchemaRow&) { return Value{}; }},
+                {"DEFAULT_CHARACTER_SET_SCHEMA", varcharType(3), [](const SchemaRow&) { return Value{}; }},
+                {"DEFAULT_CHARACTER_SET_NAME", kName, [](const SchemaRow&) { return text("iso_1"); }},
             }),
+        makeView<UsageRow>(
+            schema, "CONSTRAINT_COLUMN_USAGE", columnUsage,
+            {
+                {"TABLE_CATALOG", kName, [](const UsageRow& u) { return text(u.of.catalog); }},
+                {"TABLE_SCHEMA", kName, [](const UsageRow& u) { return text(u.of.constraint.object->schema); }},
+                {"TABLE_NAME", kName, [](const UsageRow& u) { return text(u.of.constraint.object->name); }},
+                {"COLUMN_NAME", kName, [](const UsageRow& u) { return text(u.column); }},
+                {"CONSTRAINT_CATALOG", kName, [](const UsageRow& u) { return text(u.of.catalog); }},
+                {"CONSTRAINT_SCHEMA", kName, [](const UsageRow& u) { return text(u.of.constraint.object->schema); }},
+                {"CONSTRAINT_NAME", kName, [](const UsageRow& u) { return text(u.of.constraint.name); }},
+            }),
+        makeView<N>(schema, "CONSTRAINT_TABLE_USAGE", constraints,
+                    {
+                        {"TABLE_CATALOG", kName, [](const N& n) { return text(n.catalog); }},
+                        {"TABLE_SCHEMA", kName, [](const N& n) { return text(n.constraint.object->schema); }},
+                        {"TABLE_NAME", kName, [](const N& n) { return text(n.constraint.object->name); }},
+                        {"CONSTRAINT_CATALOG", kName, [](const N& n) { return text(n.catalog); }},
+                        {"CONSTRAINT_SCHEMA", kName, [](const N& n) { return text(n.constraint.object->schema); }},
+                        {"CONSTRAINT_NAME", kName, [](const N& n) { return text(n.constraint.name); }},
+                    }),
+        makeView<N>(schema, "CHECK_CONSTRAINTS", checksOnly,
+                    {
+                        {"CONSTRAINT_CATALOG", kName, [](const N& n) { return text(n.catalog); }},
+                        {"CONSTRAINT_SCHEMA", kName, [](const N& n) { return text(n.constraint.object->schema); }},
+                        {"CONSTRAINT_NAME", kName, [](const N& n) { return text(n.constraint.name); }},
+                        {"CHECK_CLAUSE", kText, [](const N& n) { return text(n.constraint.check->text); }},
+                    }),
         makeView<N>(schema, "TABLE_CONSTRAINTS", constraints,
                     {
                         {"CONSTRAINT_CATALOG", kName, [](const N& n) { return text(n.catalog); }},

@@ -121,6 +121,20 @@ std::vector<F> objectFields(std::vector<F> more = {}) {
     return fields;
 }
 
+std::vector<Field<SystemViewRow>> systemViewFields() {
+    using V = SystemViewRow;
+    return {
+        {"name", kName, [](const V& v) { return text(v.name); }},
+        {"object_id", kInt, [](const V& v) { return number(v.id); }},
+        {"principal_id", kInt, [](const V&) { return Value{}; }},
+        {"schema_id", kInt, [](const V& v) { return number(v.schema == "sys" ? 4 : 3); }},
+        {"parent_object_id", kInt, [](const V&) { return number(0); }},
+        {"type", kKind, [](const V&) { return text("V "); }},
+        {"type_desc", kDescription, [](const V&) { return text("VIEW"); }},
+        {"is_ms_shipped", kBit, [](const V&) { return number(1); }},
+    };
+}
+
 std::vector<F> sysobjectsFields() {
     return {
         {"name", kName, [](const ObjectRow& o) { return text(o.name); }},
@@ -151,6 +165,11 @@ std::vector<F> sysobjectsFields() {
         {"category", kInt, [](const ObjectRow&) { return number(0); }},
         {"cache", kSmallInt, [](const ObjectRow&) { return number(0); }},
     };
+}
+
+// The catalogue views themselves.
+std::vector<SystemViewRow> systemViewRows(Connection&, Database&) {
+    return systemViewList();
 }
 
 struct SchemaRow {
@@ -210,7 +229,15 @@ std::vector<SystemView> objectViews() {
                 {"is_memory_optimized", kBit, [](const ObjectRow&) { return number(0); }},
                 {"temporal_type", kTinyInt, [](const ObjectRow&) { return number(0); }},
             })),
-        makeView<ObjectRow>("sys", "views", viewObjects, objectFields()),
+        makeView<ObjectRow>("sys", "views", viewObjects,
+                            objectFields({
+                                {"is_replicated", kBit, [](const ObjectRow&) { return number(0); }},
+                                {"has_replication_filter", kBit, [](const ObjectRow&) { return number(0); }},
+                                {"with_check_option", kBit, [](const ObjectRow&) { return number(0); }},
+                            })),
+        makeView<ObjectRow>("sys", "all_views", viewObjects, objectFields()),
+        makeView<SystemViewRow>("sys", "system_views", systemViewRows, systemViewFields()),
+        makeView<SystemViewRow>("sys", "system_objects", systemViewRows, systemViewFields()),
         makeView<ObjectRow>("sys", "procedures", procedures, objectFields()),
         makeView<ObjectRow>(
             "sys", "key_constraints", keys,
@@ -258,6 +285,9 @@ std::vector<SystemView> objectViews() {
                                 {"uses_ansi_nulls", kBit, [](const ObjectRow&) { return number(1); }},
                                 {"uses_quoted_identifier", kBit, [](const ObjectRow&) { return number(1); }},
                                 {"is_schema_bound", kBit, [](const ObjectRow&) { return number(0); }},
+                                {"is_recompiled", kBit, [](const ObjectRow&) { return number(0); }},
+                                {"null_on_null_input", kBit, [](const ObjectRow&) { return number(0); }},
+                                {"execute_as_principal_id", kInt, [](const ObjectRow&) { return Value{}; }},
                             }),
         bare(makeView<ObjectRow>("sys", "syscomments", modules,
                                  {

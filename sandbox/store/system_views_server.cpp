@@ -123,7 +123,20 @@ std::vector<SystemView> serverViews() {
                 {"is_user_process", kBit, [](const P&) { return number(1); }},
                 {"database_id", kSmallInt, [](const P& p) { return number(p.process.databaseId); }},
                 {"open_transaction_count", kInt, [](const P& p) { return number(p.process.openTransactions); }},
+                {"transaction_isolation_level", kSmallInt, [](const P& p) { return number(p.process.isolation); }},
+                {"lock_timeout", kInt, [](const P& p) { return number(p.process.lockTimeout); }},
+                {"language", kName, [](const P& p) { return text(p.process.language); }},
+                {"original_login_name", kName, [](const P& p) { return text(p.process.login); }},
+                {"last_request_start_time", kDateTime, [](const P& p) { return number(p.process.lastBatch); }},
             })),
+        live(makeView<P>("sys", "dm_exec_connections", processes,
+                         {
+                             {"session_id", kInt, [](const P& p) { return number(p.process.spid); }},
+                             {"connect_time", kDateTime, [](const P& p) { return number(p.process.loginTime); }},
+                             {"net_transport", kDescription, [](const P&) { return text("TCP"); }},
+                             {"protocol_type", kDescription, [](const P&) { return text("TSQL"); }},
+                             {"auth_scheme", kDescription, [](const P&) { return text("SQL"); }},
+                         })),
         live(makeView<P>("sys", "dm_exec_requests",
                          +[](Connection& c, Database& d) {
                              std::vector<P> rows = processes(c, d);

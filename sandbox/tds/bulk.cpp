@@ -80,10 +80,8 @@ void BulkReader::readColumns(Reader& in) {
         in.skip(2);                                 // flags
         BulkColumn c;
         c.type = readTypeInfo(in);
-        if (hasTableName(c.type.code)) {
-            const int parts = version_ >= Version::V72 ? in.u8() : 1;
-            for (int p = 0; p < parts; ++p) (void)in.longText();
-        }
+        // In one piece in every version, unlike in a server's own description of columns: so clients send it.
+        if (hasTableName(c.type.code)) (void)in.longText();
         c.name = in.shortText();
         columns.push_back(std::move(c));
     }

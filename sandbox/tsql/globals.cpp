@@ -63,7 +63,8 @@ constexpr auto kRows = std::to_array<Row>({
 }  // namespace
 
 std::string_view versionText() {
-    return "TorvikPosSync sandbox, compatible with Microsoft SQL Server 2016 (13.0)";
+    // The form that clients take apart: "Microsoft", a version behind " - ", the processor.
+    return "Microsoft SQL Server 2016 (TorvikPosSync sandbox) - 13.0.5026.0 (X64)";
 }
 
 Value globalValue(SessionState& session, std::string_view name, const Type& type) {

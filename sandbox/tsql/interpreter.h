@@ -139,6 +139,8 @@ private:
     [[nodiscard]] BoundQuery limited(const BoundQuery& query) const;
     void warnOfNulls();
     void lockForReading(const ast::Query& text, const BoundQuery& query);
+    // 3952 where the session reads by snapshots: no database here allows it.
+    void requireNoSnapshot(std::span<const ResolvedObject> objects) const;
     void requireIdentityInsert(const BoundInsert& insert);  // 544, 545
     void change(const ast::Statement& statement, const std::function<std::int64_t(const ExecuteContext&)>& action);
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "sandbox/store/collation.h"
 #include "sandbox/store/storage_codec.h"
 #include "sandbox/tsql/execute_output.h"
 #include "sandbox/tsql/globals.h"
@@ -58,6 +59,7 @@ ExecuteContext Interpreter::executeContext(const BindContext& bind) {
 }
 
 Typed Interpreter::evaluateBound(const BoundQuery& query) {
+    requireNoSnapshot(query.reads);
     session_.startStatement();
     Statement statement = session_.connection->prepare(query.sql);
     bindParameters(statement, query, {});
@@ -109,6 +111,7 @@ void cutLong(Value& value, const Type& type, std::size_t most) {
 }  // namespace
 
 std::int64_t Interpreter::sendQuery(const BoundQuery& query) {
+    requireNoSnapshot(query.reads);
     session_.startStatement();
     Statement statement = session_.connection->prepare(query.sql);
     bindParameters(statement, query, {});
@@ -136,6 +139,7 @@ void Interpreter::runSelect(const ast::Statement& s) {
     const auto& query = std::get<BoundQuery>(known.bound);
     if (!query.reads.empty()) beginImplicitly();
     if (query.into) {
+        requireNoSnapshot(query.reads);
         requireWritable();
         const BindContext context = bindContext(*frame().unit, known.visible);
         session_.startStatement();
@@ -186,6 +190,21 @@ void Interpreter::lockForReading(const ast::Query& text, const BoundQuery& query
         if (auto database = session_.connection->attach(object.database); database && !database->temporary()) {
             session_.connection->lockForWriting(*database);
         }
+    }
+}
+
+void Interpreter::requireNoSnapshot(std::span<const ResolvedObject> objects) const {
+    if (session_.settings.isolation != ast::Isolation::Snapshot) return;
+    for (const ResolvedObject& object : objects) {
+        const auto database = session_.connection->attach(object.database);
+        if (object.object->system || !database || database->temporary() || sameName(object.database, "tempdb"))
+            continue;
+        throw SqlError(Message{.number = 3952,
+                               .severity = 16,
+                               .state = 1,
+                               .text = "Snapshot isolation transaction failed accessing database '" + object.database +
+                                       "' because snapshot isolation is not allowed in this database. Use ALTER "
+                                       "DATABASE to allow snapshot isolation."});
     }
 }
 
@@ -253,6 +272,8 @@ void Interpreter::runInsert(const ast::Statement& s, const ast::Insert& n) {
     if (std::get<BoundInsert>(bound(&s, bind).bound).fromExecute) return runInsertExecute(s, n);
     change(s, [&](const ExecuteContext& context) {
         const auto& insert = std::get<BoundInsert>(bound(&s, bind).bound);
+        requireNoSnapshot({&insert.target, 1});
+        requireNoSnapshot(insert.source.reads);
         requireIdentityInsert(insert);
         const auto output = outputOf(context, n.output, insert.target, {.inserted = true}, *reply_);
         if (session_.settings.rowCount == 0) return executeInsert(context, insert, output.get());
@@ -267,6 +288,7 @@ void Interpreter::runUpdate(const ast::Statement& s) {
     change(s, [&](const ExecuteContext& context) {
         const BoundNode& known = bound(&s, [&](const BindContext& c) { return bindUpdate(c, n); });
         const auto& update = std::get<BoundUpdate>(known.bound);
+        requireNoSnapshot(update.source.reads);
         const auto output = outputOf(context, n.output, update.target, {.inserted = true, .deleted = true}, *reply_);
         if (session_.settings.rowCount == 0) return executeUpdate(context, update, output.get());
         BoundUpdate fewer = update;
@@ -280,6 +302,7 @@ void Interpreter::runDelete(const ast::Statement& s) {
     change(s, [&](const ExecuteContext& context) {
         const BoundNode& known = bound(&s, [&](const BindContext& c) { return bindDelete(c, n); });
         const auto& deletion = std::get<BoundDelete>(known.bound);
+        requireNoSnapshot(deletion.source.reads);
         const auto output = outputOf(context, n.output, deletion.target, {.deleted = true}, *reply_);
         if (session_.settings.rowCount == 0) return executeDelete(context, deletion, output.get());
         BoundDelete fewer = deletion;

@@ -173,8 +173,8 @@ void Interpreter::runSetOption(const ast::SetOption& n) {
 }
 
 void Interpreter::runSetIsolation(const ast::SetIsolation& n) {
-    if (n.level == ast::Isolation::Snapshot) raiseUnsupported("TRANSACTION ISOLATION LEVEL SNAPSHOT");
     session_.settings.isolation = n.level;
+    session_.tellProcess();
     succeed(0);
     done(std::nullopt);
 }

@@ -158,10 +158,15 @@ void SessionState::useDatabase(const std::string& name) {
 }
 
 void SessionState::tellProcess() {
-    shared.databases.processes().update(spid, [this](Process& p) {
-        p.databaseId = connection->current()->id();
-        p.openTransactions = transaction.count();
-    });
+    shared.databases.processes().update(spid, [this](Process& p) { describe(p); });
+}
+
+void SessionState::describe(Process& process) const {
+    process.databaseId = connection->current()->id();
+    process.openTransactions = transaction.count();
+    process.isolation = static_cast<int>(settings.isolation) + 1;
+    process.lockTimeout = settings.lockTimeout;
+    process.language = settings.language;
 }
 
 void SessionState::startStatement() {
@@ -185,8 +190,7 @@ void SessionState::endRequest() {
     shared.databases.processes().update(spid, [this](Process& p) {
         p.running = false;
         p.command = "AWAITING COMMAND";
-        p.databaseId = connection->current()->id();
-        p.openTransactions = transaction.count();
+        describe(p);
     });
 }
 

@@ -102,7 +102,8 @@ struct SessionState {
     void definitionsChanged() { ++stamp_; }     // temporary tables came or went
     void useDatabase(const std::string& name);  // 911 where there is none
     [[nodiscard]] const std::string& database() const { return connection->current()->name(); }
-    void tellProcess();                             // its row of the process list, brought up to date
+    void tellProcess();  // its row of the process list, brought up to date
+    void describe(Process& process) const;
     void reset(bool keepTransaction);               // as a new login would find it
     void startRequest(const std::string& command);  // its row shows a running batch
     void endRequest();

@@ -156,10 +156,7 @@ Buffer bulkMessage(std::size_t textLength) {
         out.u32(0);
         out.u16(1);
         writeTypeInfo(out, wireType(type(id), true, Version::V74));
-        if (id == TypeId::Text) {
-            out.u8(1);
-            out.longText("t");
-        }
+        if (id == TypeId::Text) out.longText("db.dbo.t");  // the table's name, in one piece
         out.shortText(id == TypeId::Int ? "i" : "t");
     }
     for (std::int64_t i = 0; i < 3; ++i) {
