@@ -7,8 +7,8 @@
 #include "engine/db/session.h"
 #include "engine/log_pane.h"
 #include "engine/torvik_pos.h"
-#include "inbound/date_literal.h"
 #include "inbound/oppgjor.h"
+#include "inbound/statement_text.h"
 #include "logging/logger.h"
 
 namespace torvik {
@@ -58,10 +58,6 @@ constexpr char kUpdateHour[] =
 constexpr char kMarkOrders[] =
     "UPDATE PosOrdre SET Pos_Or_OppdatertBeholdning = GETDATE() WHERE Pos_Or_Op_Id = %1 AND Pos_Or_Ik_Ku_Id = %2 AND Pos_Or_KasseNr = '%3' AND Pos_Or_OppdatertBeholdning IS NULL ";
 
-QStringList lines(const QString& text) {
-    return text.split(QLatin1Char('\n'));
-}
-
 }  // namespace
 
 TButikksalg::TButikksalg(TOppgjor& oppgjor) : QObject(&oppgjor), Oppgjor(oppgjor), torvikPos_(oppgjor.TorvikPos()) {
@@ -73,9 +69,9 @@ TButikksalg::TButikksalg(TOppgjor& oppgjor) : QObject(&oppgjor), Oppgjor(oppgjor
     FTimesalgQry.SetConnection(torvikPos_.SourceConnection);
     FqryGeneralTarget.SetConnection(torvikPos_.TargetConnection());
     const bool hasStatus = db::Value(torvikPos_.DbVersion()).toInt() > kStatusSinceTillVersion;
-    FOrdreQry.SQL =
-        lines(QString::fromUtf8(kLinesOfSettlement).arg(hasStatus ? QString::fromUtf8(kStatusColumn) : QString()));
-    FTimesalgQry.SQL = lines(QString::fromUtf8(kHoursOfSettlement));
+    FOrdreQry.SQL = statementLines(
+        QString::fromUtf8(kLinesOfSettlement).arg(hasStatus ? QString::fromUtf8(kStatusColumn) : QString()));
+    FTimesalgQry.SQL = statementLines(kHoursOfSettlement);
 }
 
 void TButikksalg::SetOp_Id(int value) {
@@ -112,7 +108,8 @@ void TButikksalg::CollectSales() {
     db::Query posted(torvikPos_.TargetConnection());
     posted.ParamCheck = false;
     posted.CommandTimeout = kQueryTimeout;
-    posted.SQL = lines(QString::fromUtf8(kLockOrders).arg(QString::number(opId_), QString::number(FIk_Ku_Id), KasseNr));
+    posted.SQL =
+        statementLines(QString::fromUtf8(kLockOrders).arg(QString::number(opId_), QString::number(FIk_Ku_Id), KasseNr));
     posted.Open();
     const db::Field& postedAt = posted.FieldByName(QStringLiteral("Pos_Or_OppdatertBeholdning"));
 

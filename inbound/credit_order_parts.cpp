@@ -2,7 +2,7 @@
 
 #include "engine/db/session.h"
 #include "engine/torvik_pos.h"
-#include "inbound/date_literal.h"
+#include "inbound/statement_text.h"
 
 namespace torvik {
 
@@ -53,10 +53,6 @@ QString textOf(const db::Query& row, const char* column) {
     return row.FieldByName(QString::fromUtf8(column)).AsString().trimmed();
 }
 
-int integerOf(const db::Query& row, const char* column) {
-    return static_cast<int>(row.FieldByName(QString::fromUtf8(column)).AsInteger());
-}
-
 void setKeyOf(const CreditSale& sale, db::Query& query) {
     query.ParamByName(QStringLiteral("Pos_Or_Id")) = sale.order;
     query.ParamByName(QStringLiteral("KasseNr")) = sale.till;
@@ -64,6 +60,10 @@ void setKeyOf(const CreditSale& sale, db::Query& query) {
 }
 
 }  // namespace
+
+int integerOf(const db::Query& row, const char* column) {
+    return static_cast<int>(row.FieldByName(QString::fromUtf8(column)).AsInteger());
+}
 
 CreditSale::CreditSale(const db::Query& row)
     : order(integerOf(row, "OR_ID")),
@@ -84,7 +84,7 @@ std::unique_ptr<db::Query> creditOrderQuery(TTorvikPos& torvikPos, const QString
 
 int importStatus(db::Query& general) {
     general.Close();
-    general.SQL = QString::fromUtf8(kImportStatus).split(QLatin1Char('\n'));
+    general.SQL = statementLines(kImportStatus);
     general.Open();
     const int status = integerOf(general, "In_Rpos_Or_Status_Import");
     general.Close();
@@ -98,7 +98,7 @@ int customerAtBackOffice(TTorvikPos& torvikPos, int customer) {
 }
 
 int linkedCreditOrder(TTorvikPos& torvikPos, const CreditSale& sale) {
-    const auto linked = creditOrderQuery(torvikPos, QString::fromUtf8(kLinkedOrder).split(QLatin1Char('\n')));
+    const auto linked = creditOrderQuery(torvikPos, statementLines(kLinkedOrder));
     linked->ParamCheck = true;
     setKeyOf(sale, *linked);
     linked->Open();
@@ -106,7 +106,7 @@ int linkedCreditOrder(TTorvikPos& torvikPos, const CreditSale& sale) {
 }
 
 void linkCreditOrder(TTorvikPos& torvikPos, const CreditSale& sale, int number) {
-    const auto link = creditOrderQuery(torvikPos, QString::fromUtf8(kLinkOrder).split(QLatin1Char('\n')));
+    const auto link = creditOrderQuery(torvikPos, statementLines(kLinkOrder));
     link->ParamCheck = true;
     link->ParamByName(QStringLiteral("Kreditt_Or_Id")) = number;
     setKeyOf(sale, *link);
@@ -125,7 +125,7 @@ void insertCreditOrderLine(TTorvikPos& torvikPos, int number, const db::Query& r
                                  QString::fromUtf8(kSelectLineAmounts).arg(quantity, quantity, price, rate, discount),
                                  QString::fromUtf8(vat).arg(rate), QString::fromUtf8(kFromItem).arg(item, order)})
         ->ExecSQL();
-    creditOrderQuery(torvikPos, QString::fromUtf8(kRemoveFee).arg(order).split(QLatin1Char('\n')))->ExecSQL();
+    creditOrderQuery(torvikPos, statementLines(QString::fromUtf8(kRemoveFee).arg(order)))->ExecSQL();
 }
 
 }  // namespace torvik

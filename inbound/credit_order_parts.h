@@ -11,6 +11,9 @@ namespace torvik {
 
 class TTorvikPos;
 
+// A column of the current row as a whole number.
+[[nodiscard]] int integerOf(const db::Query& row, const char* column);
+
 // The head of a till's sale on credit, read from the current row of a source query.
 struct CreditSale {
     explicit CreditSale(const db::Query& row);

@@ -8,7 +8,7 @@
 #include "engine/db/session.h"
 #include "engine/torvik_pos.h"
 #include "inbound/credit_order_parts.h"
-#include "inbound/date_literal.h"
+#include "inbound/statement_text.h"
 
 namespace torvik {
 
@@ -48,21 +48,13 @@ constexpr char kCreditSalesOfTill[] =
 constexpr char kOrderWithLine[] =
     "select or_id from ordre join ordrelinje on ( ol_or_id=or_id ) where or_ku_id=%1 and or_dato>=%2 and ol_va_id='%3' and ol_levert between %4 and %5";
 
-QStringList lines(const QString& text) {
-    return text.split(QLatin1Char('\n'));
-}
-
 std::unique_ptr<db::Query> tillQuery(TTorvikPos& torvikPos, const QString& sql) {
     auto query = std::make_unique<db::Query>(torvikPos.SourceConnection);
     query->ParamCheck = false;
     query->CommandTimeout = kQueryTimeout;
-    query->SQL = lines(sql);
+    query->SQL = statementLines(sql);
     query->Open();
     return query;
-}
-
-int integerOf(const db::Query& row, const char* column) {
-    return static_cast<int>(row.FieldByName(QString::fromUtf8(column)).AsInteger());
 }
 
 int createHead(TTorvikPos& torvikPos, const CreditSale& sale, int status) {
@@ -71,7 +63,7 @@ int createHead(TTorvikPos& torvikPos, const CreditSale& sale, int status) {
     torvikPos.AddLog(numbered ? QStringLiteral("Oppretter ordrenr. %1 fra kredittsalg bong nr %2")
                                     .arg(QString::number(number), QString::number(sale.order))
                               : QStringLiteral("Oppretter ordre for kredittsalg bong nr %1").arg(sale.order));
-    QStringList insert = lines(
+    QStringList insert = statementLines(
         QString::fromUtf8(kInsertOrder)
             .arg(numbered ? QString::number(number) : QStringLiteral("@Or_ID"), QStringLiteral("NR"), sale.time,
                  QString::number(status), sale.ourReference, QStringLiteral("Rekv.nr.: %1 ").arg(sale.requisition),
@@ -79,7 +71,7 @@ int createHead(TTorvikPos& torvikPos, const CreditSale& sale, int status) {
     if (numbered) {
         creditOrderQuery(torvikPos, insert)->ExecSQL();
     } else {
-        insert = lines(QString::fromUtf8(kTakeNumber)) + insert;
+        insert = statementLines(QString::fromUtf8(kTakeNumber)) + insert;
         insert << QString::fromUtf8(kTellNumber);
         const auto query = creditOrderQuery(torvikPos, insert);
         query->Open();

@@ -5,6 +5,7 @@
 
 #include "engine/abort.h"
 #include "engine/log_pane.h"
+#include "inbound/statement_text.h"
 #include "inbound/table_map.h"
 #include "logging/logger.h"
 
@@ -36,7 +37,7 @@ TdmPOStoTorvik::TdmPOStoTorvik(QObject* owner) : QObject(owner) {
     for (db::Query* query :
          {&qrySource, &qryCreateUtbetalingImport, &qryUpdateTimer, &qryCreateTempTables, &qryGeneral})
         query->ParamCheck = false;
-    qryLog.SQL = QString::fromUtf8(kInsertLog).split(QLatin1Char('\n'));
+    qryLog.SQL = statementLines(kInsertLog);
     spInsert.StoredProcName = QStringLiteral("ExecuteDtsFromPos;1");
     spDeleteTemp.StoredProcName = QStringLiteral("DeleteFromTemp;1");
     for (db::StoredProc* procedure : {&spInsert, &spDeleteTemp}) procedure->CommandTimeout = kLongTimeout;
@@ -87,7 +88,7 @@ void TdmPOStoTorvik::runTransfer(const TableMap& map) {
     setStep(QString::fromUtf8(map.step));
 
     qrySource.Close();
-    qrySource.SQL = sourceSql(map).split(QLatin1Char('\n'));
+    qrySource.SQL = statementLines(sourceSql(map));
     qrySource.Open();
     if (map.openedEvent) logOpened(map);
 

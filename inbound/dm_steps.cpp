@@ -2,6 +2,7 @@
 #include "engine/db/session.h"
 #include "inbound/dm_pos_to_torvik.h"
 #include "inbound/staging_tables.h"
+#include "inbound/statement_text.h"
 #include "inbound/table_map.h"
 
 namespace torvik {
@@ -68,10 +69,6 @@ constexpr char kDeleteStartMark[] =
 
 constexpr int kReleasedOnly = 0;  // time import type: only entries that the till has released
 
-QStringList lines(const char* sql) {
-    return QString::fromUtf8(sql).split(QLatin1Char('\n'));
-}
-
 }  // namespace
 
 std::unique_ptr<db::Query> TdmPOStoTorvik::destinationQuery(const QString& sql) const {
@@ -124,7 +121,7 @@ void TdmPOStoTorvik::startup() {
         sourceConnection_->Open();
     }
     db::Query version(sourceConnection_);
-    version.SQL = lines(kTillVersion);
+    version.SQL = statementLines(kTillVersion);
     version.Open();
     tillVersion_ = static_cast<int>(version.FieldByName(QStringLiteral("IN_DBVERSION")).AsInteger());
     Progress(step_, 1, true, 1);
@@ -170,13 +167,13 @@ int TdmPOStoTorvik::timeImportType() {
 
 void TdmPOStoTorvik::createUtbetalingImport() {
     for (const char* sql : {kDropUtbetalingImport, kCreateUtbetalingImport}) {
-        qryCreateUtbetalingImport.SQL = lines(sql);
+        qryCreateUtbetalingImport.SQL = statementLines(sql);
         qryCreateUtbetalingImport.ExecSQL();
     }
 }
 
 void TdmPOStoTorvik::insertUtbetaling() {
-    qryInsertUtbetaling.SQL = lines(kInsertUtbetaling);
+    qryInsertUtbetaling.SQL = statementLines(kInsertUtbetaling);
     qryInsertUtbetaling.ParamByName(QStringLiteral("Op_ID")) = firstId_;
     qryInsertUtbetaling.ExecSQL();
     const auto rows = static_cast<int>(qryInsertUtbetaling.RowsAffected());
@@ -200,7 +197,7 @@ void TdmPOStoTorvik::insertData() {
 // Adding 16 takes a time entry out of the statuses that are fetched, so that it is fetched once.
 void TdmPOStoTorvik::updateTimer() {
     Progress(QStringLiteral("Oppdaterer Timer"), 0, true, 0);
-    qryUpdateTimer.SQL = lines(timeImportType() == kReleasedOnly ? kMarkReleasedTimer : kMarkClosedTimer);
+    qryUpdateTimer.SQL = statementLines(timeImportType() == kReleasedOnly ? kMarkReleasedTimer : kMarkClosedTimer);
     qryUpdateTimer.ExecSQL();
 }
 

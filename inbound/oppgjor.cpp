@@ -7,6 +7,7 @@
 #include "engine/torvik_pos.h"
 #include "inbound/butikksalg.h"
 #include "inbound/dm_pos_to_torvik.h"
+#include "inbound/statement_text.h"
 #include "logging/logger.h"
 
 namespace torvik {
@@ -25,6 +26,14 @@ constexpr char kPaymentsOfSettlement[] = R"(DECLARE @Op_Id int
 SET @Op_Id=%1
 SELECT * FROM OppgjorBetaling WHERE Ob_Op_Id=@Op_Id)";
 
+// A till that is lost as well has been rolled back by its server.
+void rollBackQuietly(db::Session& session) {
+    try {
+        session.Rollback();
+    } catch (const std::exception&) {
+    }
+}
+
 }  // namespace
 
 TOppgjor::TOppgjor(TAvdeling& avdeling, OppgjorJoinPoints joinPoints)
@@ -41,7 +50,7 @@ TOppgjor::TOppgjor(TAvdeling& avdeling, OppgjorJoinPoints joinPoints)
     for (db::Query* query : {&FqryGeneralSource, &FqryOppgjor, &FqryOppgjorBetaling})
         query->SetConnection(torvikPos_.SourceConnection);
     FqryOppgjor.SQL = QStringList{QString::fromUtf8(torvikPos_.IsEnterprise ? kOpenInChain : kOpenInSingleBackOffice)};
-    FqryOppgjorBetaling.SQL = QString::fromUtf8(kPaymentsOfSettlement).arg(-1).split(QLatin1Char('\n'));
+    FqryOppgjorBetaling.SQL = statementLines(QString::fromUtf8(kPaymentsOfSettlement).arg(-1));
 }
 
 int TOppgjor::NumDaysSinceLastBackup() {
@@ -94,7 +103,12 @@ void TOppgjor::reportEnd() {
 void TOppgjor::startTransactions() {
     torvikPos_.SourceConnection->StartTransaction();
     torvikPos_.AddLog(QStringLiteral("Transaksjon startet for kildedatabase"));
-    torvikPos_.TargetConnection()->StartTransaction();
+    try {
+        torvikPos_.TargetConnection()->StartTransaction();
+    } catch (const std::exception&) {
+        rollBackQuietly(*torvikPos_.SourceConnection);
+        throw;
+    }
     torvikPos_.AddLog(QStringLiteral("Transaksjon startet for måldatabase"));
 }
 
@@ -122,7 +136,7 @@ void TOppgjor::rollbackTransactions(const std::exception& failure) {
             session.Rollback();
             torvikPos_.AddLog(done.arg(text), true);
         } catch (const std::exception&) {
-            torvikPos_.AddLog(marked, true);
+            torvikPos_.AddLog(marked);
         }
     };
     rollBack(*torvikPos_.TargetConnection(), QStringLiteral("Transaksjon rollback for måldatabase. %1"));

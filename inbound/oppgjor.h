@@ -73,7 +73,8 @@ private:
     void UpdateAnsatte();
     void SeedPosOppgjor();
 
-    // Transactions on the pair of sessions, and their log lines.
+    // Transactions on the pair of sessions, and their log lines. A pair that cannot be started leaves none open, and
+    // is told by its error alone.
     void startTransactions();
     void commitTransactions();
     void rollbackTransactions(const std::exception& failure);

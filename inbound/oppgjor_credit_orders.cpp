@@ -6,6 +6,7 @@
 #include "engine/torvik_pos.h"
 #include "inbound/credit_order_parts.h"
 #include "inbound/oppgjor.h"
+#include "inbound/statement_text.h"
 #include "logging/logger.h"
 
 namespace torvik {
@@ -68,10 +69,9 @@ public:
         sales.ParamCheck = false;
         sales.CommandTimeout = oppgjor_.qryGeneralSource().CommandTimeout;
         const bool hasTorvikOrder = db::Value(engine_.DbVersion()).toInt() >= kTorvikOrderSinceTillVersion;
-        sales.SQL = QString::fromUtf8(kCreditSales)
-                        .arg(hasTorvikOrder ? QString::fromUtf8(kTorvikOrderColumn) : QString(),
-                             QString::number(settlement_), clickAndCollect, anonymous)
-                        .split(QLatin1Char('\n'));
+        sales.SQL = statementLines(QString::fromUtf8(kCreditSales)
+                                       .arg(hasTorvikOrder ? QString::fromUtf8(kTorvikOrderColumn) : QString(),
+                                            QString::number(settlement_), clickAndCollect, anonymous));
         sales.Open();
 
         // The number stays where a receipt is found to have its order: its lines go to the order made last.
@@ -104,9 +104,9 @@ private:
 
     // The order that was made of this sale before, known by date and references or by the till order's link; or 0.
     [[nodiscard]] int knownOrder(const CreditSale& sale) {
-        const auto same = creditOrderQuery(engine_, QString::fromUtf8(kOrderOfReferences)
-                                                        .arg(sale.time, sale.ourReference, sale.requisition)
-                                                        .split(QLatin1Char('\n')));
+        const auto same = creditOrderQuery(
+            engine_,
+            statementLines(QString::fromUtf8(kOrderOfReferences).arg(sale.time, sale.ourReference, sale.requisition)));
         same->Open();
         if (!same->IsEmpty()) return static_cast<int>(same->Fields(0).AsInteger());
         return linkedCreditOrder(engine_, sale);
@@ -124,8 +124,7 @@ private:
     [[nodiscard]] int newNumber(const CreditSale& sale) {
         int number = engine_.GetTargetId(QStringLiteral("OR_ID"));
         if (number == 0) {
-            const auto query =
-                creditOrderQuery(engine_, QString::fromUtf8(kNumberFromGetspID).split(QLatin1Char('\n')));
+            const auto query = creditOrderQuery(engine_, statementLines(kNumberFromGetspID));
             query->Open();
             number = static_cast<int>(query->Fields(0).AsInteger());
         }
@@ -142,12 +141,12 @@ private:
         engine_.AddLog(QStringLiteral("Oppretter ordrenr. %1 fra kredittsalg bong nr %2")
                            .arg(QString::number(number), QString::number(sale.order)));
         const QString internalInfo = QStringLiteral("null");
-        creditOrderQuery(engine_,
-                         QString::fromUtf8(kInsertOrder)
-                             .arg(QString::number(number), QStringLiteral("NR"), sale.time, QString::number(status_),
-                                  sale.ourReference, sale.requisition, internalInfo,
-                                  QString::number(customerAtBackOffice(engine_, sale.customer)), sale.department)
-                             .split(QLatin1Char('\n')))
+        creditOrderQuery(
+            engine_,
+            statementLines(QString::fromUtf8(kInsertOrder)
+                               .arg(QString::number(number), QStringLiteral("NR"), sale.time, QString::number(status_),
+                                    sale.ourReference, sale.requisition, internalInfo,
+                                    QString::number(customerAtBackOffice(engine_, sale.customer)), sale.department)))
             ->ExecSQL();
         linkCreditOrder(engine_, sale, number);
         GlobalLogger().LogDebug(

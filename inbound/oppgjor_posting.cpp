@@ -35,8 +35,8 @@ void TOppgjor::postOpenSettlements() {
         GlobalLogger().LogInformation(
             QStringLiteral("Henter oppgjør {Oppgjorsnummer} for avdeling {Avdeling} kassenummer {Kassenummer}"),
             {id, avd(), till()});
+        startTransactions();
         try {
-            startTransactions();
             postSettlement();
             FqryOppgjor.Next();
             commitTransactions();

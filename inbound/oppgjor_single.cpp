@@ -2,8 +2,8 @@
 // settlement to count from.
 #include "engine/avdeling.h"
 #include "engine/torvik_pos.h"
-#include "inbound/date_literal.h"
 #include "inbound/oppgjor.h"
+#include "inbound/statement_text.h"
 
 namespace torvik {
 
@@ -39,15 +39,18 @@ void TOppgjor::UpdateAnsatte() {
     const auto text = [this](const char* column) {
         return FqryGeneralSource.FieldByName(QString::fromUtf8(column)).AsString().trimmed();
     };
+    const auto integer = [this](const char* column) {
+        return QString::number(FqryGeneralSource.FieldByName(QString::fromUtf8(column)).AsInteger());
+    };
     QStringList sql;
     for (; !FqryGeneralSource.Eof(); FqryGeneralSource.Next()) {
         const QString card = text("AK_ID");
         sql << QString::fromUtf8(kInsertStaff)
             << QString::fromUtf8(kSelectStaff)
                    .arg(text("AN_ID"), QString::number(ikKuId()), text("AN_NAVN"), text("AN_NAVN"),
-                        card.isEmpty() ? QStringLiteral("null") : QStringLiteral("'%1'").arg(card), text("AN_AKTIV"),
+                        card.isEmpty() ? QStringLiteral("null") : QStringLiteral("'%1'").arg(card), integer("AN_AKTIV"),
                         numberLiteral(FqryGeneralSource.FieldByName(QStringLiteral("AN_RABATT")).AsFloat()),
-                        text("AN_RABKUNPAAORDPRIS"), text("AN_NIVAA"))
+                        integer("AN_RABKUNPAAORDPRIS"), integer("AN_NIVAA"))
             << QString::fromUtf8(kUnlessThere).arg(text("AN_ID"));
     }
     FqryGeneralSource.Close();

@@ -3,9 +3,9 @@
 #include "engine/avdeling.h"
 #include "engine/db/session.h"
 #include "engine/torvik_pos.h"
-#include "inbound/date_literal.h"
 #include "inbound/dm_pos_to_torvik.h"
 #include "inbound/oppgjor.h"
+#include "inbound/statement_text.h"
 #include "logging/logger.h"
 
 namespace torvik {
@@ -59,8 +59,8 @@ void TOppgjor::openList() {
 }
 
 void TOppgjor::transfer() {
+    startTransactions();
     try {
-        startTransactions();
         if (torvikPos_.IsEnterprise) {
             ImportGavekort();
             ImportTilgodelapp();

@@ -5,8 +5,8 @@
 #include "engine/abort.h"
 #include "engine/db/session.h"
 #include "engine/torvik_pos.h"
-#include "inbound/date_literal.h"
 #include "inbound/oppgjor.h"
+#include "inbound/statement_text.h"
 
 namespace torvik {
 

@@ -210,7 +210,7 @@ void RowReader::bind() {
     calls_.SQLSetStmtAttrW(statement_.get(), SQL_ATTR_ROWS_FETCHED_PTR, fetched_.get(), 0);
     SQLUSMALLINT place = 0;
     for (Buffer& buffer : bound_) {
-        buffer.cells = std::make_unique<char[]>(size_t(buffer.shape.width) * blockRows_);
+        buffer.cells = std::make_unique_for_overwrite<char[]>(size_t(buffer.shape.width) * blockRows_);
         buffer.lengths.resize(blockRows_);
         if (!SQL_SUCCEEDED(calls_.SQLBindCol(statement_.get(), ++place, buffer.shape.cType, buffer.cells.get(),
                                              buffer.shape.width, buffer.lengths.data())))

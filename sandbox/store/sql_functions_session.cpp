@@ -237,17 +237,18 @@ void parseName(Call& call) {
     part.empty() ? call.null() : call.string(part);
 }
 
+// Those about the catalogue hold for the whole of a statement: SQLite then asks once, not for each row.
 constexpr Registration kSession[] = {
-    {"t_object_id", -1, strict<objectId>, false},
-    {"t_object_name", -1, strict<objectName>, false},
-    {"t_objectproperty", 2, strict<objectProperty>, false},
-    {"t_col_length", 2, strict<columnLength>, false},
-    {"t_col_name", 2, strict<columnName>, false},
-    {"t_columnproperty", 3, strict<columnProperty>, false},
-    {"t_db_id", -1, strict<databaseId>, false},
-    {"t_db_name", -1, strict<databaseName>, false},
+    {"t_object_id", -1, strict<objectId>, true},
+    {"t_object_name", -1, strict<objectName>, true},
+    {"t_objectproperty", 2, strict<objectProperty>, true},
+    {"t_col_length", 2, strict<columnLength>, true},
+    {"t_col_name", 2, strict<columnName>, true},
+    {"t_columnproperty", 3, strict<columnProperty>, true},
+    {"t_db_id", -1, strict<databaseId>, true},
+    {"t_db_name", -1, strict<databaseName>, true},
     {"t_has_dbaccess", 1, strict<hasAccess>, false},
-    {"t_databasepropertyex", 2, strict<databaseProperty>, false},
+    {"t_databasepropertyex", 2, strict<databaseProperty>, true},
     {"t_serverproperty", 1, strict<serverProperty>, false},
     {"t_user_name", -1, strict<userName>, false},
     {"t_suser_sname", -1, always<loginName>, false},

@@ -20,8 +20,6 @@ std::set<std::size_t> allBut(std::size_t till, std::size_t count = 5) {
     return tills;
 }
 
-const QStringList kFailedTill{"Feil i ExecuteOppgjor for avd. 102       , kasse 1         . Se feil nedenfor"};
-
 int iconOf(ChainRun& run, const QString& department, const QString& till) {
     const OppgjorStatusTable& table = run.engine.ffraOppgjorStatus->memOppgjorStatus;
     for (int row = 0; row < table.RecordCount(); ++row)

@@ -67,6 +67,7 @@ TEST(TillTransfer, CancelDuringTheFirstRowEndsTheTableAndLeavesNothing) {
     EXPECT_TRUE(failure.startsWith(QStringLiteral(
         "Feil ved overføring til avd 1001 kassenr 1. Ordre feilet (p=14): Avbrutt av bruker. Avbrutt oppgave: (Overfører Ordre: 1 av ")))
         << failure.toStdString();
+    EXPECT_EQ(marks(transfer), QStringLiteral("0 1 4"));  // written, and gone with the rollback
     EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM dts_logg"), "0");
     EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Ordre_Import"), "0");
 }

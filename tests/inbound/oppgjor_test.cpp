@@ -72,6 +72,45 @@ TEST_F(OppgjorTest, SettlementMarkedByAnotherRunRollsBackAndStopsTheTill) {
                            "Transaksjon rollback for kildedatabase. Det ble oppdatert 0 rader. Forventet 1"}));
 }
 
+TEST_F(OppgjorTest, PairThatCannotBeStartedIsToldByItsErrorAloneAndLeavesNoneOpen) {
+    sandbox::FaultRule refuse;
+    refuse.match.textContains = "BEGIN TRANSACTION";
+    refuse.action = sandbox::FaultAction::Fail;
+    refuse.message = {.number = 50000, .severity = 16, .state = 1, .text = "Ingen transaksjon"};
+    for (const int skip : {0, 1}) {  // the transfer's pair, and the first settlement's
+        refuse.skip = static_cast<std::uint64_t>(skip);
+        run.chain.backOffice().faults().add(refuse);
+        run.logPane.Clear();
+
+        EXPECT_EQ(execute(), QStringLiteral("Ingen transaksjon"));
+
+        run.chain.backOffice().faults().clear();
+        EXPECT_EQ(run.log().last(), QStringLiteral("Transaksjon startet for kildedatabase"));
+        EXPECT_EQ(run.errors(), QStringList());
+        EXPECT_FALSE(run.source.InTransaction());
+        EXPECT_EQ(run.tillValue(0, kOpenOnTill), "2");
+    }
+    EXPECT_EQ(execute(), QString());
+    EXPECT_TRUE(run.postedWhole());
+}
+
+TEST_F(OppgjorTest, SideThatCannotBeRolledBackIsToldAndTheOtherIsRolledBack) {
+    run.chain.runInBackOffice("UPDATE Internkunde SET Ik_Fakturaregel = 2");  // the first settlement fails
+    sandbox::FaultRule refuse;
+    refuse.match.textContains = "ROLLBACK";
+    refuse.action = sandbox::FaultAction::Fail;
+    refuse.message = {.number = 50000, .severity = 16, .state = 1, .text = "Ingen rollback"};
+    run.chain.backOffice().faults().add(refuse);
+
+    const QString failure = execute();
+
+    EXPECT_TRUE(failure.contains(QStringLiteral("Or_Op_Id")));
+    const QString marked = QStringLiteral("<<<  %1 >>>").arg(failure);
+    const QString rolledBack = QStringLiteral("Transaksjon rollback for kildedatabase. ") + failure;
+    EXPECT_EQ(run.log().mid(run.log().size() - 3), QStringList({marked, marked, rolledBack}));
+    EXPECT_EQ(run.errors(), QStringList({marked, rolledBack}));
+}
+
 TEST_F(OppgjorTest, CancelDuringTheTransferRollsBothSidesBack) {
     run.engine.OnProgress = [this](QObject*, int, const QString& text) {
         if (text == QStringLiteral("Start Ordre: ")) run.engine.SetCancelRequest(true);
