@@ -237,6 +237,28 @@ TEST_P(QueryTest, RowsOfManyBlocksComeInOrder) {
     EXPECT_EQ(query.RecNo(), 2401);
 }
 
+TEST_P(QueryTest, WalkingAnOpenQueryCostsNoRoundTrip) {
+    TORVIK_NEEDS_SANDBOX(server);
+    server.run(QStringLiteral("INSERT T VALUES (1, 'a') INSERT T VALUES (2, 'b') INSERT T VALUES (3, 'c')"));
+    query.SQL = {QStringLiteral("SELECT a, b FROM T ORDER BY a")};
+    query.Open();
+    const auto requests = server.faults().requests();
+    query.Last();
+    EXPECT_EQ(query.FieldByName(QStringLiteral("b")).AsString(), QStringLiteral("c"));
+    Bookmark last = query.GetBookmark();
+    query.First();
+    EXPECT_EQ(query.Fields(0).AsInteger(), 1);
+    EXPECT_TRUE(query.Locate(QStringLiteral("a;b"), {2, "b"}));
+    EXPECT_FALSE(query.Locate(QStringLiteral("b"), "x"));
+    EXPECT_EQ(query.RecNo(), 2) << "what is not found leaves the row";
+    query.GotoBookmark(last);
+    DataSet::FreeBookmark(last);
+    EXPECT_EQ(query.RecNo(), query.RecordCount());
+    query.Next();
+    EXPECT_TRUE(query.Eof());
+    EXPECT_EQ(server.faults().requests(), requests);
+}
+
 TEST_P(QueryTest, AUnidirectionalQueryHoldsABlockAndGivesWayToOthers) {
     server.run(
         QStringLiteral("DECLARE @i int SET @i = 0 SET NOCOUNT ON WHILE @i < 3000 BEGIN "

@@ -14,52 +14,57 @@ struct TypeCase {
     const char* text;
 };
 
-class QueryTypes : public testing::TestWithParam<TypeCase> {};
+class QueryTypes : public testing::TestWithParam<std::tuple<test::Wire, TypeCase>> {};
 
 class QueryValues : public test::OverTheWire {};
 
 TORVIK_OVER_THE_WIRE(QueryValues);
 
 TEST_P(QueryTypes, ColumnAndValue) {
-    test::SandboxServer server;
+    const auto& [wire, column] = GetParam();
+    test::SandboxServer server(wire);
     Query query(&server.session());
     query.ParamCheck = false;
-    query.SQL = {QStringLiteral("SELECT ") + QString::fromUtf8(GetParam().expression) + QStringLiteral(" AS v")};
+    query.SQL = {QStringLiteral("SELECT ") + QString::fromUtf8(column.expression) + QStringLiteral(" AS v")};
     query.Open();
-    EXPECT_EQ(query.Fields(0).Type(), GetParam().type);
-    EXPECT_EQ(query.Fields(0).AsString(), QString::fromUtf8(GetParam().text));
+    EXPECT_EQ(query.Fields(0).Type(), column.type);
+    EXPECT_EQ(query.Fields(0).AsString(), QString::fromUtf8(column.text));
     EXPECT_FALSE(query.Fields(0).IsNull());
 }
 
 INSTANTIATE_TEST_SUITE_P(
     All, QueryTypes,
-    testing::Values(
-        TypeCase{"CAST(1 AS bit)", FieldType::Bool, "True"},
-        TypeCase{"CAST(255 AS tinyint)", FieldType::Integer, "255"},
-        TypeCase{"CAST(-32768 AS smallint)", FieldType::Integer, "-32768"},
-        TypeCase{"CAST(-2147483648 AS int)", FieldType::Integer, "-2147483648"},
-        TypeCase{"CAST(9223372036854775807 AS bigint)", FieldType::Integer, "9223372036854775807"},
-        TypeCase{"CAST(0.1 AS float)", FieldType::Float, "0.1"}, TypeCase{"CAST(0.1 AS real)", FieldType::Float, "0.1"},
-        TypeCase{"CAST('12345678901234567890123456789012345678' AS decimal(38,0))", FieldType::Decimal,
-                 "12345678901234567890123456789012345678"},
-        TypeCase{"CAST('-0.0001' AS decimal(38,4))", FieldType::Decimal, "-0.0001"},
-        TypeCase{"CAST('-922337203685477.5808' AS money)", FieldType::Decimal, "-922337203685477.5808"},
-        TypeCase{"CAST('12.5' AS smallmoney)", FieldType::Decimal, "12.5"},
-        TypeCase{"CAST('ab' AS char(5))", FieldType::Text, "ab   "},
-        TypeCase{"CAST('ab ' AS varchar(5))", FieldType::Text, "ab "},
-        TypeCase{"CAST('' AS varchar(5))", FieldType::Text, ""}, TypeCase{"N'blåbær ☕'", FieldType::Text, "blåbær ☕"},
-        TypeCase{"CAST(N'ø' AS nchar(3))", FieldType::Text, "ø  "},
-        TypeCase{"CAST('lang' AS varchar(max))", FieldType::Text, "lang"},
-        TypeCase{"CAST('tekst æøå' AS text)", FieldType::Text, "tekst æøå"},
-        TypeCase{"CAST(N'tekst ☕' AS ntext)", FieldType::Text, "tekst ☕"},
-        TypeCase{"CAST(0x616263 AS varbinary(10))", FieldType::Bytes, "abc"},
-        TypeCase{"CAST(0x616263 AS image)", FieldType::Bytes, "abc"},
-        TypeCase{"CAST('0A0B0C0D-0102-0304-0506-0708090A0B0C' AS uniqueidentifier)", FieldType::Guid,
-                 "{0A0B0C0D-0102-0304-0506-0708090A0B0C}"},
-        TypeCase{"CAST('20240229 23:59:59.997' AS datetime)", FieldType::DateTime, "29.02.2024 23:59:59"},
-        TypeCase{"CAST('20240229 12:34' AS smalldatetime)", FieldType::DateTime, "29.02.2024 12:34:00"},
-        TypeCase{"CAST('2024-02-29 23:59:59.9999999' AS datetime2(7))", FieldType::DateTime, "29.02.2024 23:59:59"},
-        TypeCase{"CAST('2024-02-29' AS date)", FieldType::Date, "29.02.2024"}));
+    testing::Combine(
+        testing::Values(test::Wire::Plain, test::Wire::Tls),
+        testing::Values(
+            TypeCase{"CAST(1 AS bit)", FieldType::Bool, "True"},
+            TypeCase{"CAST(255 AS tinyint)", FieldType::Integer, "255"},
+            TypeCase{"CAST(-32768 AS smallint)", FieldType::Integer, "-32768"},
+            TypeCase{"CAST(-2147483648 AS int)", FieldType::Integer, "-2147483648"},
+            TypeCase{"CAST(9223372036854775807 AS bigint)", FieldType::Integer, "9223372036854775807"},
+            TypeCase{"CAST(0.1 AS float)", FieldType::Float, "0.1"},
+            TypeCase{"CAST(0.1 AS real)", FieldType::Float, "0.1"},
+            TypeCase{"CAST('12345678901234567890123456789012345678' AS decimal(38,0))", FieldType::Decimal,
+                     "12345678901234567890123456789012345678"},
+            TypeCase{"CAST('-0.0001' AS decimal(38,4))", FieldType::Decimal, "-0.0001"},
+            TypeCase{"CAST('-922337203685477.5808' AS money)", FieldType::Decimal, "-922337203685477.5808"},
+            TypeCase{"CAST('12.5' AS smallmoney)", FieldType::Decimal, "12.5"},
+            TypeCase{"CAST('ab' AS char(5))", FieldType::Text, "ab   "},
+            TypeCase{"CAST('ab ' AS varchar(5))", FieldType::Text, "ab "},
+            TypeCase{"CAST('' AS varchar(5))", FieldType::Text, ""},
+            TypeCase{"N'blåbær ☕'", FieldType::Text, "blåbær ☕"},
+            TypeCase{"CAST(N'ø' AS nchar(3))", FieldType::Text, "ø  "},
+            TypeCase{"CAST('lang' AS varchar(max))", FieldType::Text, "lang"},
+            TypeCase{"CAST('tekst æøå' AS text)", FieldType::Text, "tekst æøå"},
+            TypeCase{"CAST(N'tekst ☕' AS ntext)", FieldType::Text, "tekst ☕"},
+            TypeCase{"CAST(0x616263 AS varbinary(10))", FieldType::Bytes, "abc"},
+            TypeCase{"CAST(0x616263 AS image)", FieldType::Bytes, "abc"},
+            TypeCase{"CAST('0A0B0C0D-0102-0304-0506-0708090A0B0C' AS uniqueidentifier)", FieldType::Guid,
+                     "{0A0B0C0D-0102-0304-0506-0708090A0B0C}"},
+            TypeCase{"CAST('20240229 23:59:59.997' AS datetime)", FieldType::DateTime, "29.02.2024 23:59:59"},
+            TypeCase{"CAST('20240229 12:34' AS smalldatetime)", FieldType::DateTime, "29.02.2024 12:34:00"},
+            TypeCase{"CAST('2024-02-29 23:59:59.9999999' AS datetime2(7))", FieldType::DateTime, "29.02.2024 23:59:59"},
+            TypeCase{"CAST('2024-02-29' AS date)", FieldType::Date, "29.02.2024"})));
 
 TEST_P(QueryValues, DateTimeKeepsItsThreeHundredths) {
     Query query(&server.session());
