@@ -6,7 +6,6 @@
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QDir>
-#include <QDockWidget>
 #include <QFileInfo>
 #include <QGroupBox>
 #include <QLabel>
@@ -14,11 +13,13 @@
 #include <QProgressBar>
 #include <QScreen>
 #include <QScrollArea>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTimer>
 #include <QToolBar>
 #include <QUrl>
+#include <QVBoxLayout>
 
 #include "engine/abort.h"
 #include "engine/avdeling.h"
@@ -48,6 +49,18 @@ constexpr int kStatusBarMargin = 6;
 constexpr int kDtsLevel = 91;  // databases below this compatibility level can run DTS
 
 constexpr char kCompatibilityLevel[] = "select compatibility_level from sys.databases where name=db_name()";
+
+constexpr int kTitleHeight = 32;
+
+QWidget* titled(const QString& title, QWidget* content) {
+    auto* panel = new QWidget;
+    auto* layout = new QVBoxLayout(panel);
+    layout->setContentsMargins(4, 4, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(new QLabel(title));
+    layout->addWidget(content);
+    return panel;
+}
 
 const QString kLogNote =
     QStringLiteral("Denne loggen viser alle hendelser. For å se direkte feil, så må du se på 'Feil logg' fanen.");
@@ -80,7 +93,6 @@ MainWindow::~MainWindow() {
     torvikPos_->ErrorLog = nullptr;
     torvikPos_->OnProgress = nullptr;
     delete takeCentralWidget();
-    delete settings_;
 }
 
 void MainWindow::createEngine() {
@@ -128,7 +140,6 @@ void MainWindow::createPanes() {
     panes_->addTab(statusView_, QStringLiteral("Status"));
     panes_->addTab(log_, QStringLiteral("Logg"));
     panes_->addTab(errorLog_, QStringLiteral("Feil logg"));
-    setCentralWidget(panes_);
     // An empty error pane's caption becomes "Logg" too.
     connect(log_, &LogPaneView::lineCountChanged, this,
             [this](int n) { countLines(kLogPane, QStringLiteral("Logg"), n); });
@@ -142,20 +153,23 @@ void MainWindow::createPanes() {
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setMinimumWidth(settings_->sizeHint().width() + 24);
-    scroll->setMaximumHeight(settings_->sizeHint().height());  // what a tall window has over is the list's
     tillList_ = new TillList;
-    const auto dock = [this](const QString& title, QWidget* content) {
-        auto* widget = new QDockWidget(title, this);
-        widget->setObjectName(title);
-        widget->setFeatures(QDockWidget::DockWidgetMovable);
-        widget->setWidget(content);
-        addDockWidget(Qt::LeftDockWidgetArea, widget);
-        return widget;
-    };
-    QDockWidget* tills = dock(QStringLiteral("Kasser"), tillList_);
-    QDockWidget* setUp = dock(QStringLiteral("Oppsett"), scroll);
-    constexpr int kTillsHeight = 200;
-    resizeDocks({tills, setUp}, {kTillsHeight, settings_->sizeHint().height()}, Qt::Vertical);
+    // What a tall window has over is the list's, and a low one takes it from there first.
+    auto* left = new QSplitter(Qt::Vertical);
+    left->setObjectName(QStringLiteral("left"));
+    left->addWidget(titled(QStringLiteral("Kasser"), tillList_));
+    left->addWidget(titled(QStringLiteral("Oppsett"), scroll));
+    left->setStretchFactor(0, 1);
+    left->setStretchFactor(1, 0);
+    left->setChildrenCollapsible(false);
+    left->setSizes({0, settings_->sizeHint().height() + kTitleHeight});
+    auto* whole = new QSplitter(Qt::Horizontal);
+    whole->addWidget(left);
+    whole->addWidget(panes_);
+    whole->setStretchFactor(0, 0);
+    whole->setStretchFactor(1, 1);
+    whole->setChildrenCollapsible(false);
+    setCentralWidget(whole);
 }
 
 void MainWindow::countLines(int tab, const QString& caption, int lines) {

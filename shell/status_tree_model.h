@@ -35,6 +35,8 @@ public:
 
     // The row of memOppgjorStatus behind an index of either level, -1 for none.
     [[nodiscard]] int statusRow(const QModelIndex& index) const;
+    // The till's index for a row of memOppgjorStatus.
+    [[nodiscard]] QModelIndex indexOf(int statusRow) const { return index(positionOf(statusRow), 0); }
 
     [[nodiscard]] QModelIndex index(int row, int column, const QModelIndex& parent = {}) const override;
     [[nodiscard]] QModelIndex parent(const QModelIndex& child) const override;

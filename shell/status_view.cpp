@@ -81,6 +81,7 @@ StatusView::StatusView(TfraOppgjorStatus& status, QWidget* parent)
     layout->addWidget(melding_);
 
     connect(errorsOnly, &QCheckBox::toggled, this, [this](bool on) { status_.SetErrorsOnly(on); });
+    connect(&status_, &TfraOppgjorStatus::RowExpanded, this, [this](int row) { tree_->expand(model_->indexOf(row)); });
     connect(&status_, &TfraOppgjorStatus::AllExpanded, this, &StatusView::expandTills);
     connect(&status_, &TfraOppgjorStatus::AllCollapsed, tree_, &QTreeView::collapseAll);
     connect(&status_, &TfraOppgjorStatus::RefreshWanted, this, [this] { repaint(); });

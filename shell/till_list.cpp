@@ -13,6 +13,8 @@ namespace torvik {
 
 namespace {
 
+constexpr int kRowsAtLeast = 5;  // with the header
+
 constexpr char kTills[] =
     R"(SELECT rtrim(Ik_Avdelingsnummer) Avdeling, rtrim(Ikk_Kassenummer) Kasse, Ku_Adresse1 Butikk, Ikk_Server Server
 FROM Kunde
@@ -41,6 +43,7 @@ TillList::TillList(QWidget* parent)
     view_->setAlternatingRowColors(true);
     view_->verticalHeader()->hide();
     view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 8);
+    view_->setMinimumHeight(kRowsAtLeast * view_->verticalHeader()->defaultSectionSize());
     view_->horizontalHeader()->setStretchLastSection(true);
     view_->horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     view_->horizontalHeader()->setHighlightSections(false);

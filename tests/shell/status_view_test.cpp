@@ -171,6 +171,26 @@ TEST_F(Status, ExpandAndCollapseAll) {
     EXPECT_TRUE(expanded(0) && expanded(1));
 }
 
+TEST_F(Status, RowThatIsSetIsOpenWhateverWasClosedBefore) {
+    TKasseItem& nine = till(9);
+    line(till(10), kls_OK, QStringLiteral("a"));
+    line(nine, kls_OK, QStringLiteral("b"));
+    show();
+    frame.CollapseAll();
+    status(9, ostHentet, oksTrue);
+    EXPECT_FALSE(tree().isExpanded(tree().model()->index(0, 0)));
+    EXPECT_TRUE(tree().isExpanded(tree().model()->index(1, 0))) << "department 9 stands last";
+}
+
+TEST_F(Status, NumbersStandToTheRight) {
+    till(9);
+    for (int column = 0; column < StatusTreeModel::ColumnCount; ++column) {
+        const bool number = column == StatusTreeModel::IkkeOppgjort || column == StatusTreeModel::Backup;
+        const auto alignment = tree().model()->index(0, column).data(Qt::TextAlignmentRole);
+        EXPECT_EQ(alignment.toInt() & Qt::AlignRight, number ? Qt::AlignRight : 0) << column;
+    }
+}
+
 TEST_F(Status, MessagesOfTheTillUnderWayAndOfTheChosenOne) {
     till(9);
     till(10);
