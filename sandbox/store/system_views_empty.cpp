@@ -99,6 +99,12 @@ constexpr auto kEmpty = std::to_array<Empty>({
        {"IS_GRANTABLE", varcharType(3)}}}},
 });
 
+class NoRows : public SystemRows {
+public:
+    [[nodiscard]] std::size_t size() const override { return 0; }
+    [[nodiscard]] Value value(std::size_t, std::size_t) const override { return {}; }
+};
+
 }  // namespace
 
 std::vector<SystemView> emptyViews() {
@@ -110,7 +116,7 @@ std::vector<SystemView> emptyViews() {
         for (const SystemView::Column& column : empty.columns) {
             if (!column.name.empty()) view.columns.push_back(column);
         }
-        view.rows = [](Connection&, Database&) { return std::vector<SystemRow>{}; };
+        view.rows = [](Connection&, Database&) { return std::make_unique<NoRows>(); };
     }
     return all;
 }
