@@ -255,16 +255,15 @@ void MainWindow::readSettings() {
 }
 
 // Workers that run are only warned of: they end with the window. A run that is under way is cancelled first, and the
-// window closes once it has ended.
+// window closes once it has ended. Each run of a night clears the cancel as it begins, so it is asked for at every
+// look.
 void MainWindow::closeEvent(QCloseEvent* event) {
     constexpr int kLookAgainMs = 100;
     const bool first = !std::exchange(closing_, true);
     if (const QString warning = threads_->ClosingWarning(); first && !warning.isEmpty()) threads_->ShowMessage(warning);
     if (running()) {
-        if (first) {
-            settings_->setAutoStart(false);
-            torvikPos_->SetCancelRequest(true);
-        }
+        if (first) settings_->setAutoStart(false);
+        if (!torvikPos_->CancelRequest()) torvikPos_->SetCancelRequest(true);
         QTimer::singleShot(kLookAgainMs, this, [this] { close(); });
         event->ignore();
         return;

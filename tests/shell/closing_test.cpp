@@ -109,6 +109,35 @@ TEST_F(Closing, SecondCloseWhileTheRunEndsIsTheSame) {
     EXPECT_EQ(messages(window).count(QStringLiteral("Avbrutt av bruker")), 1);
 }
 
+// Fetching is cancelled; sending then begins as a run of its own, without the cancel of the one before.
+TEST_F(Closing, NightEndsWithAllItsRuns) {
+    QElapsedTimer timer;
+    timer.start();
+    MainWindow window(path(), store);
+    TTorvikPos& engine = window.TorvikPos1();
+    engine.Seam.sleep = [](int) {};
+    engine.StartTime = engine.Seam.now().time();
+    bool sending = false;
+    engine.OnExecuteDTSToPos = [&](TTorvikPos& self) {
+        sending = true;
+        self.SetCancelRequest(false);
+        self.Cancelled = false;
+        self.WaitSeconds(3600);
+    };
+    const auto pump = engine.Seam.pumpMessages;
+    engine.Seam.pumpMessages = [&] {
+        pump();
+        if (!std::exchange(closed, true)) window.close();
+    };
+    window.show();
+    engine.DoOnTimer();
+
+    EXPECT_TRUE(sending);
+    EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
+    EXPECT_LT(timer.elapsed(), 30000);
+    EXPECT_EQ(messages(window).last(), QStringLiteral("OnAutoStartDone"));
+}
+
 TEST_F(Closing, CommandDuringARunIsRefusedAndTheRunGoesOn) {
     MainWindow window(path(), store);
     TTorvikPos& engine = window.TorvikPos1();

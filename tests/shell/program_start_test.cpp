@@ -228,6 +228,19 @@ TEST_F(ProgramStartOnAChain, LogsItsStartAndItsEndWithItsProperties) {
     EXPECT_FALSE(QFile::exists(path("settings/Vestmar/TorvikPosSync.conf")));  // written by its command only
 }
 
+// Its window has never been shown.
+TEST_F(ProgramStartOnAChain, ProgramInTheSystemTrayEndsAsAnyOther) {
+    writeDataLink(QString::fromStdString(chain.dataLink()));
+    ASSERT_TRUE(QDir().mkpath(path("settings/Vestmar")));
+    write("settings/Vestmar/TorvikPosSync.conf", "[General]\nSystemTray=true\n");
+    start();
+    ASSERT_TRUE(connected());
+    process.terminate();
+    EXPECT_EQ(ended(), 0) << said().toStdString();
+    EXPECT_EQ(logged(), QStringList{QStringLiteral("INF Done.")});
+    EXPECT_TRUE(QFile::exists(path("program/TorvikPos.log")));
+}
+
 TEST_F(ProgramStartOnAChain, DeployFileMovesEveryFile) {
     ASSERT_TRUE(QDir().mkpath(path("data")));
     write("program/deploy.ini", "[deploy]\nfolder=..\\data\n");
