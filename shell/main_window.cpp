@@ -264,6 +264,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     if (running()) {
         if (first) settings_->setAutoStart(false);
         if (!torvikPos_->CancelRequest()) torvikPos_->SetCancelRequest(true);
+        if (QWidget* dialog = QApplication::activeModalWidget()) dialog->close();  // a log-off waits for no answer
         QTimer::singleShot(kLookAgainMs, this, [this] { close(); });
         event->ignore();
         return;

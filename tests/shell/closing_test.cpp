@@ -1,7 +1,9 @@
 // How the window ends: at rest, with workers, and with a run under way, which is cancelled and waited for.
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QElapsedTimer>
+#include <QTimer>
 
 #include "engine/abort.h"
 #include "engine/db/query.h"
@@ -116,7 +118,6 @@ TEST_F(Closing, NightEndsWithAllItsRuns) {
     MainWindow window(path(), store);
     TTorvikPos& engine = window.TorvikPos1();
     engine.Seam.sleep = [](int) {};
-    engine.StartTime = engine.Seam.now().time();
     bool sending = false;
     engine.OnExecuteDTSToPos = [&](TTorvikPos& self) {
         sending = true;
@@ -130,12 +131,26 @@ TEST_F(Closing, NightEndsWithAllItsRuns) {
         if (!std::exchange(closed, true)) window.close();
     };
     window.show();
+    engine.Seam.now = [now = engine.Seam.now()] { return now; };  // no minute ends in between
+    engine.StartTime = engine.Seam.now().time();
     engine.DoOnTimer();
 
-    EXPECT_TRUE(sending);
+    ASSERT_TRUE(sending);
     EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
     EXPECT_LT(timer.elapsed(), 30000);
     EXPECT_EQ(messages(window).last(), QStringLiteral("OnAutoStartDone"));
+}
+
+TEST_F(Closing, QuestionThatIsOpenIsAnsweredWithNo) {
+    MainWindow window(path(), store);
+    window.show();
+    QTimer::singleShot(0, &window, [&] {
+        ASSERT_NE(QApplication::activeModalWidget(), nullptr);
+        window.close();
+    });
+    click(window, "actiOppgjorManually");
+    EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
+    EXPECT_EQ(messages(window), QStringList());
 }
 
 TEST_F(Closing, CommandDuringARunIsRefusedAndTheRunGoesOn) {
