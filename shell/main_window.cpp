@@ -146,30 +146,33 @@ void MainWindow::createPanes() {
     connect(errorLog_, &LogPaneView::lineCountChanged, this,
             [this](int n) { countLines(kErrorLogPane, QStringLiteral("Feillogg"), n); });
 
-    settings_ = new SettingsPanel(engine);
+    auto* whole = new QSplitter(Qt::Horizontal);
+    whole->addWidget(createLeftSide());
+    whole->addWidget(panes_);
+    whole->setStretchFactor(0, 0);
+    whole->setStretchFactor(1, 1);
+    whole->setChildrenCollapsible(false);
+    setCentralWidget(whole);
+}
+
+// The tills over the settings. What a tall window has over is the list's, and a low one takes it from there first.
+QWidget* MainWindow::createLeftSide() {
+    tillList_ = new TillList;
+    settings_ = new SettingsPanel(*torvikPos_);
     auto* scroll = new QScrollArea;
     scroll->setWidget(settings_);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setMinimumWidth(settings_->sizeHint().width() + 24);
-    tillList_ = new TillList;
-    // What a tall window has over is the list's, and a low one takes it from there first.
     auto* left = new QSplitter(Qt::Vertical);
-    left->setObjectName(QStringLiteral("left"));
     left->addWidget(titled(QStringLiteral("Kasser"), tillList_));
     left->addWidget(titled(QStringLiteral("Oppsett"), scroll));
     left->setStretchFactor(0, 1);
     left->setStretchFactor(1, 0);
     left->setChildrenCollapsible(false);
     left->setSizes({0, settings_->sizeHint().height() + kTitleHeight});
-    auto* whole = new QSplitter(Qt::Horizontal);
-    whole->addWidget(left);
-    whole->addWidget(panes_);
-    whole->setStretchFactor(0, 0);
-    whole->setStretchFactor(1, 1);
-    whole->setChildrenCollapsible(false);
-    setCentralWidget(whole);
+    return left;
 }
 
 void MainWindow::countLines(int tab, const QString& caption, int lines) {

@@ -53,6 +53,7 @@ protected:
 private:
     void createEngine();
     void createPanes();
+    [[nodiscard]] QWidget* createLeftSide();
     void createCommands();
     void createStatusBar();
     void createTrayIcon();
