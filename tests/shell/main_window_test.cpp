@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QDate>
 #include <QLabel>
+#include <QProgressBar>
 #include <QSpinBox>
 #include <QSystemTrayIcon>
 #include <QTabWidget>
@@ -295,6 +296,21 @@ TEST_F(WindowOverAChain, SettingsThatCannotBeSavedAreToldInTheErrorPane) {
     ASSERT_EQ(window.TorvikPos1().ErrorLog->Lines().size(), 1);
     EXPECT_TRUE(
         window.TorvikPos1().ErrorLog->Lines()[0].endsWith(QStringLiteral("  : Klarte ikke å lagre innstillingene")));
+}
+
+TEST_F(WindowOverAChain, ProgressStandsInTheStatusBarWithMessagesPumpedBeforeAndAfter) {
+    MainWindow window(path(), store);
+    window.show();
+    TTorvikPos& engine = window.TorvikPos1();
+    const auto* text = window.findChild<QLabel*>(QStringLiteral("progressText"));
+    const auto* bar = window.findChild<QProgressBar*>();
+    EXPECT_FALSE(bar->isVisible()) << "there is none yet";
+    QStringList atPumps;
+    engine.Seam.pumpMessages = [&] { atPumps.append(text->text()); };
+    engine.OnProgress(&engine, 37, QStringLiteral("halvveis"));
+    EXPECT_EQ(atPumps, (QStringList{QString(), QStringLiteral("halvveis")}));
+    EXPECT_TRUE(bar->isVisible());
+    EXPECT_EQ(bar->value(), 37);
 }
 
 TEST_F(WindowOverAChain, DtsProgressStandsInTheStatusBar) {
