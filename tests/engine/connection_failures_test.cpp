@@ -125,6 +125,21 @@ TEST_F(FailedConnections, TillThatAnswersTheLoginAndThenNoMoreIsGivenUp) {
     EXPECT_LT(elapsed, 4 * kConnectSeconds * 1000 + kSlackMs);
 }
 
+TEST_F(FailedConnections, TillThatFallsSilentAtATransactionsStartIsATillError) {
+    chain.server.faults().add({.match = {.database = "Kasse_1_2", .textContains = "BEGIN TRANSACTION"},
+                               .action = sandbox::FaultAction::Hang});
+    chain.engine.OnFetchTill = [this](TTorvikPos& engine) {
+        engine.SourceConnection->StartTransaction();
+        engine.SourceConnection->Rollback();
+        fetched.append(engine.Avdeling->Ikk_Kassenummer());
+    };
+    run();
+    EXPECT_EQ(fetched, (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
+    EXPECT_EQ(chain.errorMessages().value(0),
+              QStringLiteral("Feil i ExecuteOppgjor for avd. 1, kasse 2. Se feil nedenfor"));
+    EXPECT_LT(elapsed, 2 * kConnectSeconds * 1000 + kSlackMs);
+}
+
 TEST_F(FailedConnections, ConnectionThatBreaksRightAfterTheLoginIsTriedAgain) {
     chain.engine.RetryCount = 2;
     chain.engine.Avdeling->Qry().First();
