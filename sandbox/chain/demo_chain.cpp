@@ -7,6 +7,7 @@
 #include <set>
 #include <stdexcept>
 
+#include "sandbox/chain/bulk_rows.h"
 #include "sandbox/chain/install.h"
 #include "sandbox/tsql/session.h"
 
@@ -48,12 +49,12 @@ LoginInfo loginTo(const std::string& database) {
     return {.user = "sa", .database = database, .program = "torvik-sandbox"};
 }
 
-template <typename Install>
-void fill(Server& server, const std::string& database, Install install) {
+void fill(Server& server, const std::string& database, const std::function<void(const Filling&)>& install) {
     if (!makeDatabase(server, database)) return;
     {
         Session session(server.engine(), loginTo(database));
-        install([&session](std::string_view batch) { runIn(session, batch); });
+        install({.run = [&session](std::string_view batch) { runIn(session, batch); },
+                 .insert = [&session](const TableData& table) { loadRows(session, table); }});
     }
     malloc_trim(0);  // a filled chain would keep hundreds of megabytes of its INSERT texts and trees otherwise
 }
@@ -76,13 +77,14 @@ DemoChain::DemoChain(DemoChainOptions options)
     options_.model.reset();
     for (const Till& till : chain_.tills) {
         tills_.push_back(start(till.database, 0));
-        fill(*tills_.back(), till.database, [&](const RunBatch& run) { installTill(chain_, till, run); });
+        fill(*tills_.back(), till.database, [&](const Filling& filling) { installTill(chain_, till, filling); });
     }
     backOffice_ = start(kBackOfficeDatabase, options_.port);
     const auto address = [this](const Till& till) {
         return addressOf(static_cast<std::size_t>(&till - chain_.tills.data()));
     };
-    fill(*backOffice_, kBackOfficeDatabase, [&](const RunBatch& run) { installBackOffice(chain_, address, run); });
+    fill(*backOffice_, kBackOfficeDatabase,
+         [&](const Filling& filling) { installBackOffice(chain_, address, filling); });
     // A chain found on disk has been moved to new ports.
     for (const Till& till : chain_.tills)
         runInBackOffice("UPDATE Internkundekasse SET Ikk_Server = '" + address(till).server +

@@ -14,25 +14,29 @@ void runScript(std::string_view name, const RunBatch& run) {
     for (const std::string_view batch : batchesOf(name)) run(batch);
 }
 
-void insertAll(const std::vector<TableData>& tables, const RunBatch& run) {
-    for (const TableData& table : tables)
-        for (const std::string& batch : insertBatches(table)) run("SET NOCOUNT ON\n" + batch);
+void insertAll(const std::vector<TableData>& tables, const Filling& filling) {
+    for (const TableData& table : tables) {
+        if (filling.insert)
+            filling.insert(table);
+        else
+            for (const std::string& batch : insertBatches(table)) filling.run("SET NOCOUNT ON\n" + batch);
+    }
 }
 
 }  // namespace
 
 void installBackOffice(const Chain& chain, const std::function<TillAddress(const Till&)>& addressOf,
-                       const RunBatch& run) {
-    for (const char* script : kBackOfficeScripts) runScript(script, run);
-    insertAll(backOfficeTables(chain, addressOf), run);
+                       const Filling& filling) {
+    for (const char* script : kBackOfficeScripts) runScript(script, filling.run);
+    insertAll(backOfficeTables(chain, addressOf), filling);
 }
 
-void installTill(const Chain& chain, const Till& till, const RunBatch& run) {
-    for (const std::string_view script : tillScripts(till.version)) runScript(script, run);
-    run("UPDATE INNSTILLINGER SET IN_AVDNR = '" + chain.departmentOf(till).number + "', IN_KASSENR = '" + till.number +
-        "', IN_NAVN = '" + chain.departmentOf(till).name + "'");
-    insertAll(tillRegisters(chain, till), run);
-    insertAll(tillSales(chain, till), run);
+void installTill(const Chain& chain, const Till& till, const Filling& filling) {
+    for (const std::string_view script : tillScripts(till.version)) runScript(script, filling.run);
+    filling.run("UPDATE INNSTILLINGER SET IN_AVDNR = '" + chain.departmentOf(till).number + "', IN_KASSENR = '" +
+                till.number + "', IN_NAVN = '" + chain.departmentOf(till).name + "'");
+    insertAll(tillRegisters(chain, till), filling);
+    insertAll(tillSales(chain, till), filling);
 }
 
 }  // namespace sandbox::chain

@@ -34,13 +34,13 @@ void writeScripts(const Chain& chain, const std::filesystem::path& folder, const
     std::filesystem::create_directories(folder);
     for (const Till& till : chain.tills) {
         ScriptFile file(folder, till.database);
-        installTill(chain, till, [&](std::string_view batch) { file.add(batch); });
+        installTill(chain, till, {.run = [&](std::string_view batch) { file.add(batch); }});
     }
     ScriptFile file(folder, DemoChain::kBackOfficeDatabase);
     const auto address = [&](const Till& till) {
         return TillAddress{server, till.database, DemoChain::kTillUser, DemoChain::kTillPassword};
     };
-    installBackOffice(chain, address, [&](std::string_view batch) { file.add(batch); });
+    installBackOffice(chain, address, {.run = [&](std::string_view batch) { file.add(batch); }});
 }
 
 }  // namespace sandbox::chain

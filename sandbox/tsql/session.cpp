@@ -23,6 +23,18 @@ std::vector<CallArgument> toArguments(std::span<const Argument> given) {
     return arguments;
 }
 
+// What a bulk load's client sends for a char, nchar or binary may be shorter than that: it is padded.
+Value paddedToType(const Value& value, const Type& type) {
+    Type varying = type;
+    switch (type.id) {
+        case TypeId::Char: varying.id = TypeId::VarChar; break;
+        case TypeId::NChar: varying.id = TypeId::NVarChar; break;
+        case TypeId::Binary: varying.id = TypeId::VarBinary; break;
+        default: return value;
+    }
+    return convertForStore(value, varying, type);
+}
+
 }  // namespace
 
 Session::Session(Engine& engine, const LoginInfo& login) : state_(std::make_unique<SessionState>(engine, login)) {}
@@ -106,7 +118,8 @@ void Session::bulkRow(std::span<const Value> cells) {
     try {
         std::vector<Typed> row;
         row.reserve(cells.size());
-        for (std::size_t i = 0; i < cells.size(); ++i) row.push_back({load.types.at(i), cells[i]});
+        for (std::size_t i = 0; i < cells.size(); ++i)
+            row.push_back({load.types.at(i), paddedToType(cells[i], load.types[i])});
         load.insert->row(row);
     } catch (...) {
         state_->bulk.reset();

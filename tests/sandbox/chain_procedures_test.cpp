@@ -33,8 +33,8 @@ void runOrFail(SessionRunner& server, std::string_view batch) {
 class BackOffice : public testing::Test {
 protected:
     BackOffice() {
-        installBackOffice(
-            model, [](const Till&) { return TillAddress{}; }, [this](auto batch) { runOrFail(server, batch); });
+        installBackOffice(model, [](const Till&) { return TillAddress{}; },
+                          {.run = [this](auto batch) { runOrFail(server, batch); }});
     }
     std::string run(std::string_view batch) { return rows(server.run(batch)); }
 
@@ -133,7 +133,7 @@ class TillOfItsOwn : public testing::Test {
 protected:
     void install(int version) {
         const Chain model = chain().departments(1).tills(1).days(1).versions({version}).everyKind().build();
-        installTill(model, model.tills.front(), [this](auto batch) { runOrFail(server, batch); });
+        installTill(model, model.tills.front(), {.run = [this](auto batch) { runOrFail(server, batch); }});
     }
     std::string run(std::string_view batch) { return rows(server.run(batch)); }
     std::string sold() {

@@ -100,10 +100,10 @@ TEST(TillSchema, VersionWithoutAScriptIsRefused) {
 TEST(TillSchema, TillThatHasSoldIsUpgradedToTheSameAsANewOne) {
     const Chain chain = makeChain({.departments = 1, .tills = 1, .days = 1, .versions = {71}, .everyKind = true});
     SessionRunner server;
-    installTill(chain, chain.tills.front(), [&](std::string_view batch) {
-        const std::string answer = server.run(batch);
-        ASSERT_EQ(answer.find("error "), std::string::npos) << answer;
-    });
+    installTill(chain, chain.tills.front(), {.run = [&](std::string_view batch) {
+                    const std::string answer = server.run(batch);
+                    ASSERT_EQ(answer.find("error "), std::string::npos) << answer;
+                }});
     const auto sold = rowsOf(server, "SELECT OL_ID, OL_OR_ID, OL_VA_ID, OL_ANTALL FROM ORDRELINJE");
     for (const int version : tillVersions())
         if (version > 71) runScript(server, "till_" + std::to_string(version));

@@ -126,6 +126,17 @@ TEST_F(SessionTest, ABulkLoadStoresAllRowsOrNone) {
     EXPECT_THROW((void)session.beginBulk("INSERT BULK nowhere (a int)"), SqlError);
 }
 
+TEST_F(SessionTest, ABulkLoadPadsWhatItsTypesPad) {
+    answer("CREATE TABLE t (a char(4), b nchar(3), c binary(3), d varchar(6))");
+    (void)session.beginBulk("INSERT BULK t (a char(4), b nchar(3), c binary(3), d char(3))");
+    session.bulkRow(std::vector<Value>{std::string("x"), std::string("ø"), Bytes{1}, std::string("y")});
+    session.bulkRow(std::vector<Value>{std::string("abcd"), Null{}, Bytes{1, 2, 3}, std::string("abc")});
+    EXPECT_EQ(session.endBulk(), 2);
+    EXPECT_EQ(answer("SELECT a + '|' AS a, b + '|' AS b, c, d + '|' AS d FROM t ORDER BY a DESC"),
+              "cols a varchar(5), b nvarchar(4), c binary(3), d varchar(7)\n"
+              "row 'x   |'|'ø  |'|0x010000|'y  |'\nrow 'abcd|'|NULL|0x010203|'abc|'\ncount 2\n");
+}
+
 TEST_F(SessionTest, TransactionRequestsAreTransactionsOfTheSession) {
     answer("CREATE TABLE t (a int)");
     ReplyLines reply;
