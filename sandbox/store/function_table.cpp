@@ -191,6 +191,7 @@ constexpr FunctionRow kFunctions[] = {
     {"DEGREES", 1, 1, "f", kFloat, "t_degrees"},
     {"RAND", 0, 1, "i", kFloat, "t_rand", "", false},
     {"NEWID", 0, 0, "", asIs<TypeId::UniqueIdentifier>, "t_newid", "", false},
+    {"NEWSEQUENTIALID", 0, 0, "", asIs<TypeId::UniqueIdentifier>, "t_newsequentialid", "", false},
     {"CHECKSUM", 1, -1, "a", kInt, "t_checksum", "cA"},
     {"BINARY_CHECKSUM", 1, -1, "a", kInt, "t_checksum", "bA"},
 
@@ -221,6 +222,7 @@ constexpr FunctionRow kFunctions[] = {
     // Catalogue, session and server
     {"OBJECT_ID", 1, 2, "nn", kInt, "t_object_id", "", false},
     {"OBJECT_NAME", 1, 2, "ii", kName, "t_object_name", "", false},
+    {"OBJECT_SCHEMA_NAME", 1, 2, "ii", kName, "t_object_schema_name", "", false},
     {"OBJECTPROPERTY", 2, 2, "in", kInt, "t_objectproperty", "", false},
     {"COL_LENGTH", 2, 2, "nn", asIs<TypeId::SmallInt>, "t_col_length", "", false},
     {"COL_NAME", 2, 2, "ii", kName, "t_col_name", "", false},
@@ -240,6 +242,8 @@ constexpr FunctionRow kFunctions[] = {
     {"ORIGINAL_LOGIN", 0, 0, "", kName, "t_suser_sname", "", false},
     {"HOST_NAME", 0, 0, "", kName, "t_host_name", "", false},
     {"APP_NAME", 0, 0, "", kName, "t_app_name", "", false},
+    {"USER_ID", 0, 1, "n", kInt, "t_user_id", "", false},
+    {"DATABASE_PRINCIPAL_ID", 0, 1, "n", kInt, "t_user_id", "", false},
     {"SCHEMA_NAME", 0, 1, "i", kName, "t_schema_name"},
     {"SCHEMA_ID", 0, 1, "n", kInt, "t_schema_id"},
     {"TYPE_NAME", 1, 1, "i", kName, "t_type_name"},

@@ -1,5 +1,6 @@
 // Functions on numbers.
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <climits>
 #include <cmath>
@@ -207,7 +208,7 @@ void random(Call& call) {
     call.number(*session.rand);
 }
 
-void newGuid(Call& call) {
+Guid randomGuid() {
     static thread_local std::mt19937_64 source{std::random_device{}()};
     Guid guid{};
     for (std::size_t i = 0; i < 16; i += 8) {
@@ -216,6 +217,20 @@ void newGuid(Call& call) {
     }
     guid[7] = static_cast<std::uint8_t>((guid[7] & 0x0F) | 0x40);  // version 4, variant 1
     guid[8] = static_cast<std::uint8_t>((guid[8] & 0x3F) | 0x80);
+    return guid;
+}
+
+void newGuid(Call& call) {
+    call.give(Type{.id = TypeId::UniqueIdentifier}, randomGuid());
+}
+
+// Each greater than the one before, as the server compares them: the first group counts, all else stays.
+void newSequentialGuid(Call& call) {
+    static const Guid kRest = randomGuid();
+    static std::atomic<std::uint32_t> count{1};
+    Guid guid = kRest;
+    const std::uint32_t number = count++;
+    for (std::size_t b = 0; b < 4; ++b) guid[b] = static_cast<std::uint8_t>(number >> (8 * (3 - b)));
     call.give(Type{.id = TypeId::UniqueIdentifier}, guid);
 }
 
@@ -318,6 +333,7 @@ constexpr Registration kNumbers[] = {
     {"t_degrees", 1, strict<ofFloat<degreesOf>>},
     {"t_rand", -1, always<random>, false},
     {"t_newid", 0, always<newGuid>, false},
+    {"t_newsequentialid", 0, always<newSequentialGuid>, false},
     {"t_isnumeric", 2, always<isNumericValue>},
     {"t_checksum", -1, always<checksum>},
 };

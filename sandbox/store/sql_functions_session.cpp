@@ -32,10 +32,19 @@ void objectId(Call& call) {
     giveInt(call, hook ? hook(call.text(0), kind) : std::nullopt);
 }
 
-void objectName(Call& call) {
+std::optional<std::string> nameOfObject(Call& call) {
     const auto& hook = call.session().objectName;
     const auto database = call.count() > 1 ? std::optional(int32(call, 1)) : std::nullopt;
-    giveText(call, hook ? hook(int32(call, 0), database) : std::nullopt);
+    return hook ? hook(int32(call, 0), database) : std::nullopt;
+}
+
+void objectName(Call& call) {
+    giveText(call, nameOfObject(call));
+}
+
+// Every object is dbo's.
+void objectSchemaName(Call& call) {
+    giveText(call, nameOfObject(call) ? std::optional<std::string>("dbo") : std::nullopt);
 }
 
 void objectProperty(Call& call) {
@@ -114,6 +123,11 @@ void serverProperty(Call& call) {
 void userName(Call& call) {
     if (call.count() == 0) return call.string(call.session().user);
     giveText(call, call.integer(0) == 1 ? std::optional<std::string>("dbo") : std::nullopt);
+}
+
+void userId(Call& call) {
+    const std::string_view name = call.count() == 0 ? std::string_view("dbo") : trimBlanks(call.text(0));
+    giveInt(call, sameName(name, "dbo") ? std::optional<std::int32_t>(1) : std::nullopt);
 }
 
 void loginName(Call& call) {
@@ -241,6 +255,7 @@ void parseName(Call& call) {
 constexpr Registration kSession[] = {
     {"t_object_id", -1, strict<objectId>, true},
     {"t_object_name", -1, strict<objectName>, true},
+    {"t_object_schema_name", -1, strict<objectSchemaName>, true},
     {"t_objectproperty", 2, strict<objectProperty>, true},
     {"t_col_length", 2, strict<columnLength>, true},
     {"t_col_name", 2, strict<columnName>, true},
@@ -251,6 +266,7 @@ constexpr Registration kSession[] = {
     {"t_databasepropertyex", 2, strict<databaseProperty>, true},
     {"t_serverproperty", 1, strict<serverProperty>, false},
     {"t_user_name", -1, strict<userName>, false},
+    {"t_user_id", -1, strict<userId>, false},
     {"t_suser_sname", -1, always<loginName>, false},
     {"t_host_name", 0, always<hostName>, false},
     {"t_app_name", 0, always<appName>, false},

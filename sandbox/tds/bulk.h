@@ -44,6 +44,7 @@ private:
     std::size_t enough_ = 0;  // no use to try again with fewer bytes
     bool ended_ = false;
     bool described_ = false;
+    bool done_ = false;  // its DONE has come
     std::vector<BulkColumn> columns_;
     std::vector<Value> cells_;
 };

@@ -32,10 +32,6 @@ constexpr std::array<Fixed, 11> kFixed = {{
     {TypeId::DateTime, wire::kDateTime, wire::kDateTimeN, 8},
 }};
 
-std::uint8_t decimalSize(int precision) {
-    return precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
-}
-
 // The (max) types came with 7.2; before, they look like the older large types.
 WireType largeType(TypeId id, Version version) {
     const bool plp = version >= Version::V72;
@@ -97,7 +93,7 @@ WireType plainType(const Type& type, bool nullable, Version version) {
         case TypeId::NText: w.code = wire::kNText, w.size = kNTextSize; return w;
         case TypeId::Decimal:
             w.code = type.numericName ? wire::kNumericN : wire::kDecimalN;
-            w.size = decimalSize(type.precision);
+            w.size = kDecimalSize;
             w.precision = type.precision;
             w.scale = type.scale;
             return w;

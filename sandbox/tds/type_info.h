@@ -21,6 +21,10 @@ public:
 
 inline constexpr std::uint32_t kPlpSize = 0xFFFF;  // size of a (max) type: its values come in chunks
 
+// A server tells the greatest size for a decimal of any precision, and bulk loads rely on it; a value has what its
+// precision needs.
+inline constexpr std::uint32_t kDecimalSize = 17;
+
 struct WireType {
     std::uint8_t code = wire::kNull;
     std::uint32_t size = 0;  // in bytes, as TYPE_INFO tells it

@@ -75,6 +75,10 @@ void writeFixed(Writer& out, const WireType& type, const Value& value) {
 
 __extension__ typedef unsigned __int128 Wide;
 
+std::size_t decimalSize(int precision) {
+    return precision <= 9 ? 5 : precision <= 19 ? 9 : precision <= 28 ? 13 : 17;
+}
+
 void writeDecimal(Writer& out, const WireType& type, Decimal v) {
     for (; v.scale < type.scale; ++v.scale) {
         if (__builtin_mul_overflow(v.unscaled, 10, &v.unscaled)) throw std::logic_error("a decimal cell is too wide");
@@ -85,9 +89,10 @@ void writeDecimal(Writer& out, const WireType& type, Decimal v) {
     }
     const bool negative = v.unscaled < 0;
     Wide magnitude = negative ? Wide{0} - static_cast<Wide>(v.unscaled) : static_cast<Wide>(v.unscaled);
-    const std::size_t bytes = type.size - 1;
+    const std::size_t size = decimalSize(type.precision);
+    const std::size_t bytes = size - 1;
     if (bytes < 16 && magnitude >> (8 * bytes) != 0) throw std::logic_error("a decimal cell is too wide");
-    out.u8(static_cast<std::uint8_t>(type.size));
+    out.u8(static_cast<std::uint8_t>(size));
     out.u8(negative ? 0 : 1);
     for (std::size_t i = 0; i < bytes; ++i, magnitude >>= 8) out.u8(static_cast<std::uint8_t>(magnitude));
 }

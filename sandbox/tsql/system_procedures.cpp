@@ -6,6 +6,7 @@
 #include "sandbox/store/collation.h"
 #include "sandbox/store/convert.h"
 #include "sandbox/tsql/procedures.h"
+#include "sandbox/tsql/system_procedures_drivers.h"
 #include "sandbox/tsql/system_procedures_keys.h"
 #include "sandbox/tsql/system_procedures_texts.h"
 
@@ -118,11 +119,23 @@ constexpr auto kProcedures = std::to_array<SystemProcedure>({
     {"sp_sproc_columns", &runText, texts::kProcedureColumnsParameters, texts::kProcedureColumns},
     {"sp_sproc_columns_90", &runText, texts::kProcedureColumnsParameters, texts::kProcedureColumns},
     {"sp_sproc_columns_100", &runText, texts::kProcedureColumnsParameters, texts::kProcedureColumns},
+    {"sp_server_info", &runText, texts::kServerInfoParameters, texts::kServerInfo},
+    {"sp_table_privileges", &runText, texts::kTablePrivilegesParameters, texts::kTablePrivileges},
+    {"sp_column_privileges", &runText, texts::kColumnPrivilegesParameters, texts::kColumnPrivileges},
+    {"sp_helptext", &runText, texts::kHelpTextParameters, texts::kHelpText},
+    {"sp_tablecollations", &runText, texts::kTableCollationsParameters, texts::kTableCollations},
+    {"sp_tablecollations_90", &runText, texts::kTableCollationsParameters, texts::kTableCollations},
+    {"sp_tablecollations_100", &runText, texts::kTableCollationsParameters, texts::kTableCollations},
+    {"sp_procedure_params_managed", &runText, texts::kManagedParametersParameters, texts::kManagedParameters},
+    {"sp_procedure_params_90_managed", &runText, texts::kManagedParametersParameters, texts::kManagedParameters},
+    {"sp_procedure_params_100_managed", &runText, texts::kManagedParametersParameters, texts::kManagedParameters},
+    {"sp_columns_managed", &runText, texts::kManagedColumnsParameters, texts::kManagedColumns},
+    {"sp_indexes_managed", &runText, texts::kManagedIndexesParameters, texts::kManagedIndexes},
+    {"sp_indexcolumns_managed", &runText, texts::kManagedIndexColumnsParameters, texts::kManagedIndexColumns},
     {"sp_describe_first_result_set", &refuse, {}, {}},
     {"sp_describe_undeclared_parameters", &refuse, {}, {}},
     {"sp_help", &refuse, {}, {}},
     {"sp_helpdb", &refuse, {}, {}},
-    {"sp_helptext", &refuse, {}, {}},
     {"sp_helpindex", &refuse, {}, {}},
     {"sp_spaceused", &refuse, {}, {}},
     {"sp_who2", &refuse, {}, {}},

@@ -21,7 +21,27 @@ ORDER BY name)";
 inline constexpr std::string_view kTablesParameters =
     "@table_name nvarchar(384) = NULL, @table_owner nvarchar(384) = NULL, @table_qualifier nvarchar(128) = NULL, "
     "@table_type varchar(100) = NULL, @fUsePattern bit = 1";
+// Empty names with one "%" among them ask what there is: which databases, which owners, which kinds of tables.
 inline constexpr std::string_view kTables = R"(
+IF @table_qualifier = '%' AND @table_owner = '' AND @table_name = ''
+    SELECT TABLE_QUALIFIER = CAST(name AS nvarchar(128)), TABLE_OWNER = CAST(NULL AS nvarchar(128)),
+           TABLE_NAME = CAST(NULL AS nvarchar(128)), TABLE_TYPE = CAST(NULL AS varchar(32)),
+           REMARKS = CAST(NULL AS varchar(254))
+    FROM master.sys.databases
+    ORDER BY 1
+ELSE IF @table_qualifier = '' AND @table_owner = '%' AND @table_name = ''
+    SELECT TABLE_QUALIFIER = CAST(NULL AS nvarchar(128)), TABLE_OWNER = CAST(name AS nvarchar(128)),
+           TABLE_NAME = CAST(NULL AS nvarchar(128)), TABLE_TYPE = CAST(NULL AS varchar(32)),
+           REMARKS = CAST(NULL AS varchar(254))
+    FROM sys.schemas
+    ORDER BY 2
+ELSE IF @table_type = '%' AND @table_qualifier = '' AND @table_owner = '' AND @table_name = ''
+    SELECT TABLE_QUALIFIER = CAST(NULL AS nvarchar(128)), TABLE_OWNER = CAST(NULL AS nvarchar(128)),
+           TABLE_NAME = CAST(NULL AS nvarchar(128)), TABLE_TYPE = CAST(t.name AS varchar(32)),
+           REMARKS = CAST(NULL AS varchar(254))
+    FROM (VALUES ('SYSTEM TABLE'), ('TABLE'), ('VIEW')) AS t (name)
+    ORDER BY 4
+ELSE
 SELECT TABLE_QUALIFIER = CAST(TABLE_CATALOG AS nvarchar(128)), TABLE_OWNER = CAST(TABLE_SCHEMA AS nvarchar(128)),
        TABLE_NAME = CAST(TABLE_NAME AS nvarchar(128)),
        TABLE_TYPE = CAST(CASE TABLE_TYPE WHEN 'VIEW' THEN 'VIEW' ELSE 'TABLE' END AS varchar(32)),

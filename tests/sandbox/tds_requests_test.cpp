@@ -192,6 +192,19 @@ TEST(TdsBulk, RowsAreFoundWhateverPiecesTheyComeIn) {
     }
 }
 
+TEST(TdsBulk, EndsWithItsDoneHoweverMuchOfItComes) {
+    const Buffer message = bulkMessage(3);
+    for (const std::size_t missing : {std::size_t{0}, std::size_t{4}, std::size_t{12}}) {
+        BulkReader reader(Version::V74, 1U << 20);
+        reader.feed(ByteSpan(message).first(message.size() - missing));
+        reader.endOfMessage();
+        std::vector<BulkReader::State> states;
+        for (int i = 0; i < 5; ++i) states.push_back(reader.next());
+        using enum BulkReader::State;
+        EXPECT_EQ(states, (std::vector{Columns, Row, Row, Row, End})) << missing;
+    }
+}
+
 TEST(TdsBulk, MessageThatEndsWithinARowIsTruncated) {
     const Buffer message = bulkMessage(3);
     BulkReader reader(Version::V74, 1U << 20);

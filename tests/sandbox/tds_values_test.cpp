@@ -56,7 +56,7 @@ TEST(TdsTypeInfo, NullableAndFixedForms) {
         {type(TypeId::Float), {0x6D, 8}, {0x3E}},
         {type(TypeId::SmallDateTime), {0x6F, 4}, {0x3A}},
         {type(TypeId::DateTime), {0x6F, 8}, {0x3D}},
-        {type(TypeId::Decimal, 0, 9, 2), {0x6A, 5, 9, 2}, {0x6A, 5, 9, 2}},
+        {type(TypeId::Decimal, 0, 9, 2), {0x6A, 17, 9, 2}, {0x6A, 17, 9, 2}},
         {type(TypeId::Decimal, 0, 38, 10), {0x6A, 17, 38, 10}, {0x6A, 17, 38, 10}},
         {type(TypeId::UniqueIdentifier), {0x24, 16}, {0x24, 16}},
         {type(TypeId::VarChar, 10), {0xA7, 10, 0, 6, 4, 0xD0, 0, 0}, {0xA7, 10, 0, 6, 4, 0xD0, 0, 0}},
