@@ -75,17 +75,34 @@ public:
             const std::string reference =
                 "Bong " + std::to_string(order.id) + " ved " + employeeName(chain_, order.employee);
             const Customer& customer = customerOf(chain_, order);
-            orders_.rows.push_back({integer(kWarehouse), integer(customer.priceCategory), integer(customer.id),
-                                    std::string("NR"), integer(kHeadOffice), integer(3), order.time,
-                                    integer(kOrderStatus), integer(1), kVat, reference, order.requisition.value_or(""),
-                                    integer(kDeliveryForm)});
+            orders_.rows.push_back({integer(kWarehouse),
+                                    integer(customer.priceCategory),
+                                    integer(customer.id),
+                                    std::string("NR"),
+                                    integer(kHeadOffice),
+                                    integer(3),
+                                    order.time,
+                                    integer(kOrderStatus),
+                                    integer(1),
+                                    kVat,
+                                    reference,
+                                    order.requisition.value_or(""),
+                                    integer(kDeliveryForm),
+                                    std::string("NOK"),
+                                    integer(0),
+                                    integer(0),
+                                    integer(0),
+                                    integer(1),
+                                    integer(0),
+                                    integer(0),
+                                    integer(0)});
             links_.rows.push_back({integer(chain_.departmentOf(till).id), till.number, integer(order.id), reference,
                                    order.time, integer(customer.id)});
             for (const OrderLine& line : order.lines)
                 orderLines_.rows.push_back({reference, order.time, integer(customer.id), line.item,
                                             line.text.value_or(nameOf(line.item)), line.quantity, line.quantity,
-                                            roundedTo(line.price / (1 + kVat / 100), 3), line.discount, line.cost,
-                                            kVat});
+                                            roundedTo(line.price / (1 + kVat / 100), 3), line.discount, line.cost, kVat,
+                                            integer(0), integer(1), integer(1)});
         });
     }
 
@@ -129,7 +146,8 @@ public:
             if (isSale(settlement)) last = settlement.time;
         tills_.rows.push_back({integer(chain_.departmentOf(till).id), till.number, unsettled, last});
         for (const int type : {1, 2, 3, 5, 7})
-            log_.rows.push_back({integer(type), integer(chain_.departmentOf(till).id), till.number, integer(1)});
+            log_.rows.push_back(
+                {integer(type), integer(chain_.departmentOf(till).id), till.number, integer(1), integer(1)});
         for (const Order& order : till.orders)
             if (order.settlement) counted_.rows.push_back(countedRow(till, order));
     }
@@ -191,14 +209,18 @@ private:
     std::map<std::pair<int, std::string>, double> stock_;
     std::map<std::tuple<int, std::int64_t, int>, Hour> hours_;  // department, settlement's time, hour
 
-    TableData orders_{"ORDRE",
-                      {"Or_Fra_Ik_Ku_ID", "Or_Pi_ID", "Or_Ku_ID", "RTRIM(Or_An_ID)", "Or_Eier_Ik_Ku_ID", "Or_Ordretype",
-                       "Or_Dato", "Or_Status", "Or_MvaBeregnes", "Or_MvaSats", "Or_VaarRef", "Or_DeresRef", "Or_Le_Id"},
-                      {}};
-    TableData orderLines_{"ORDRELINJE JOIN ORDRE ON OL_Or_ID = Or_ID",
-                          {"Or_VaarRef", "Or_Dato", "Or_Ku_ID", "RTRIM(OL_Va_ID)", "OL_Navn", "OL_Bestilt", "OL_Levert",
-                           "ROUND(OL_Pris, 3)", "OL_Rabatt", "OL_Kostpris", "OL_Mvasats"},
-                          {}};
+    TableData orders_{
+        "ORDRE",
+        {"Or_Fra_Ik_Ku_ID", "Or_Pi_ID",     "Or_Ku_ID",       "RTRIM(Or_An_ID)", "Or_Eier_Ik_Ku_ID", "Or_Ordretype",
+         "Or_Dato",         "Or_Status",    "Or_MvaBeregnes", "Or_MvaSats",      "Or_VaarRef",       "Or_DeresRef",
+         "Or_Le_Id",        "Or_Vu_Id",     "Or_Porto",       "Or_Prislapp",     "Or_Rabatt",        "Or_Vu_Kurs",
+         "Or_AntKolli",     "Or_Avrunding", "Or_AntPaller"},
+        {}};
+    TableData orderLines_{
+        "ORDRELINJE JOIN ORDRE ON OL_Or_ID = Or_ID",
+        {"Or_VaarRef", "Or_Dato", "Or_Ku_ID", "RTRIM(OL_Va_ID)", "OL_Navn", "OL_Bestilt", "OL_Levert",
+         "ROUND(OL_Pris, 3)", "OL_Rabatt", "OL_Kostpris", "OL_Mvasats", "OL_Status", "OL_MvaBeregnes", "OL_Utskrift"},
+        {}};
     TableData links_{"PosOrdre JOIN ORDRE ON Pos_Or_Kreditt_Or_Id = Or_ID",
                      {"Pos_Or_Ik_Ku_Id", "Pos_Or_KasseNr", "Pos_Or_Id", "Or_VaarRef", "Or_Dato", "Or_Ku_ID"},
                      {}};
@@ -222,7 +244,7 @@ private:
     TableData tills_{"Internkundekasse",
                      {"Ikk_Ik_Ku_Id", "RTRIM(Ikk_Kassenummer)", "Ikk_AntIkkeOppgjorteSalg", "Ikk_SistHentetOppgjor"},
                      {}};
-    TableData log_{"dts_logg", {"dl_dlt_id", "dl_ik_ku_id", "dl_kassenr", "dl_info"}, {}};
+    TableData log_{"dts_logg", {"dl_dlt_id", "dl_ik_ku_id", "dl_kassenr", "dl_info", "dl_dp_id"}, {}};
     TableData counted_{"PosOrdre",
                        {"Pos_Or_Ik_Ku_Id", "Pos_Or_KasseNr", "Pos_Or_Id",
                         "CASE WHEN Pos_Or_OppdatertBeholdning IS NULL THEN 0 ELSE 1 END"},
