@@ -169,6 +169,10 @@ void Connection::setCatalogHooks() {
         const auto row = views::objectById(*this, *database, id);
         return row ? std::optional<std::string>(row->name) : std::nullopt;
     };
+    functions_.objectDefinition = [this](std::int32_t id) -> std::optional<std::string> {
+        const auto object = catalog(*current_)->findById(id);
+        return object && !object->text.empty() ? std::optional(object->text) : std::nullopt;
+    };
     functions_.objectProperty = [this](std::int32_t id, std::string_view property) -> std::optional<std::int32_t> {
         const auto row = views::objectById(*this, *current_, id);
         if (!row) return std::nullopt;

@@ -184,7 +184,7 @@ std::string shortenText(std::string text, const Type& from, const Type& to) {
         if (from.id == TypeId::BigInt || isUnicode(to.id)) throw errors::expressionOverflow(to);
         return "*";
     }
-    if (from.id == TypeId::Decimal) throw errors::overflowConverting("numeric", to, 8);
+    if (from.id == TypeId::Decimal) throw errors::overflowConverting("numeric", to, 5);
     if (from.id == TypeId::Real || from.id == TypeId::Float) throw errors::expressionOverflow(to);
     if (from.id == TypeId::Money || from.id == TypeId::SmallMoney) throw errors::moneySpace(to);
     if (from.id == TypeId::UniqueIdentifier) throw errors::guidSpace();

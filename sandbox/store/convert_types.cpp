@@ -174,9 +174,8 @@ Type binaryResultType(BinaryOp op, const Type& a, const Type& b) {
     }
     if (isLob(a.id) || isLob(b.id)) throw errors::incompatible(a, b, operatorName(op));
     if (a.id == TypeId::UniqueIdentifier || b.id == TypeId::UniqueIdentifier) {
-        if (a.id == b.id || isCharacter(a.id) || isCharacter(b.id)) {
-            throw errors::invalidOperand(a.id == TypeId::UniqueIdentifier ? a : b, operatorName(op));
-        }
+        if (a.id == b.id) throw errors::invalidOperand(a, operatorName(op));
+        if (isCharacter(a.id) || isCharacter(b.id)) throw errors::incompatible(a, b, operatorName(op));
         throw errors::operandClash(a, b);
     }
     if (isTemporal(a.id) || isTemporal(b.id)) return dateResult(op, a, b);
@@ -185,8 +184,9 @@ Type binaryResultType(BinaryOp op, const Type& a, const Type& b) {
     if (isNumeric(a.id) || isNumeric(b.id)) {
         const Type& number = isNumeric(a.id) ? a : b;
         const Type& other = isNumeric(a.id) ? b : a;
+        if (number.id == TypeId::Bit && !isBit(op)) throw errors::incompatible(a, b, operatorName(op));
         requireImplicitConversion(other, number);
-        return numericResult(op, number, number.id == TypeId::Bit ? Type{.id = TypeId::Int} : number);
+        return numericResult(op, number, number);
     }
     if (isBit(op)) throw errors::incompatible(a, b, operatorName(op));
     if (op != BinaryOp::Add) throw errors::invalidOperand(isCharacter(a.id) ? a : b, operatorName(op));

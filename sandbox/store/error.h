@@ -1,6 +1,7 @@
 // An error or message as SQL Server tells it, and the exception that carries one through the sandbox.
 #pragma once
 
+#include <cstdint>
 #include <exception>
 #include <string>
 #include <utility>
@@ -14,8 +15,9 @@ struct Message {
     int severity = 16;
     int state = 1;
     std::string text{};
-    std::string procedure{};  // empty outside a procedure
-    int line = 0;             // 1-based line of the batch or procedure; 0: filled in by the statement that fails
+    std::string procedure{};   // empty outside a procedure
+    int line = 0;              // 1-based line of the batch or procedure; 0: filled in by the statement that fails
+    std::uint32_t offset = 0;  // in that text, of a name that is wrong; never told
 };
 
 // What an error does beyond ending its statement. The interpreter decides on it; the thrower knows it.

@@ -162,6 +162,7 @@ constexpr FunctionRow kFunctions[] = {
     {"QUOTENAME", 1, 2, "nn", asIs<TypeId::NVarChar, 258>, "t_quotename"},
     {"SOUNDEX", 1, 1, "t", asIs<TypeId::VarChar, 4>, "t_soundex"},
     {"DIFFERENCE", 2, 2, "tt", kInt, "t_difference"},
+    {"HASHBYTES", 2, 2, "to", asIs<TypeId::VarBinary, kMostNarrow>, "t_hashbytes", "2"},
     {"PARSENAME", 2, 2, "ni", kName, "t_parsename"},
     {"ISNUMERIC", 1, 1, "a", kInt, "t_isnumeric", "1"},
     {"ISDATE", 1, 1, "a", kInt, "t_isdate", "1"},
@@ -223,6 +224,7 @@ constexpr FunctionRow kFunctions[] = {
     {"OBJECT_ID", 1, 2, "nn", kInt, "t_object_id", "", false},
     {"OBJECT_NAME", 1, 2, "ii", kName, "t_object_name", "", false},
     {"OBJECT_SCHEMA_NAME", 1, 2, "ii", kName, "t_object_schema_name", "", false},
+    {"OBJECT_DEFINITION", 1, 1, "i", asIs<TypeId::NVarChar, Type::kMax>, "t_object_definition", "", false},
     {"OBJECTPROPERTY", 2, 2, "in", kInt, "t_objectproperty", "", false},
     {"COL_LENGTH", 2, 2, "nn", asIs<TypeId::SmallInt>, "t_col_length", "", false},
     {"COL_NAME", 2, 2, "ii", kName, "t_col_name", "", false},
@@ -258,6 +260,7 @@ constexpr FunctionRow kFunctions[] = {
     {"ERROR_LINE", 0, 0, "", kInt, "t_error_line", "", false},
     {"ERROR_PROCEDURE", 0, 0, "", kName, "t_error_procedure", "", false},
     {"ERROR_MESSAGE", 0, 0, "", kMessageText, "t_error_message", "", false},
+    {"CURSOR_STATUS", 2, 2, "nn", asIs<TypeId::SmallInt>, "t_cursor_status", "", false},
     {"XACT_STATE", 0, 0, "", asIs<TypeId::SmallInt>, "t_xact_state", "", false},
 };
 

@@ -63,6 +63,7 @@ struct FunctionContext {
     std::function<std::optional<std::int32_t>(std::string_view name, std::string_view kind)>
         objectId;  // kind may be empty
     std::function<std::optional<std::string>(std::int32_t id, std::optional<std::int32_t> database)> objectName;
+    std::function<std::optional<std::string>(std::int32_t id)> objectDefinition;
     std::function<std::optional<std::int32_t>(std::int32_t id, std::string_view property)> objectProperty;
     std::function<std::optional<std::int32_t>(std::string_view table, std::string_view column)> columnLength;
     std::function<std::optional<std::string>(std::int32_t table, std::int32_t column)> columnName;
@@ -75,6 +76,7 @@ struct FunctionContext {
     std::function<std::optional<Decimal>()> scopeIdentity, lastIdentity;  // SCOPE_IDENTITY(), @@IDENTITY
     std::function<const Message*()> caughtError;     // ERROR_NUMBER() and the like; nullptr outside CATCH
     std::function<std::int32_t()> transactionState;  // XACT_STATE()
+    std::function<std::int32_t(bool global, std::string_view name)> cursorStatus;
 
     bool nullEliminated = false;  // an aggregate left a NULL out; the session clears it
     std::optional<double> rand;   // RAND() without a seed: one value a statement; the session clears it

@@ -47,6 +47,19 @@ void objectSchemaName(Call& call) {
     giveText(call, nameOfObject(call) ? std::optional<std::string>("dbo") : std::nullopt);
 }
 
+void objectDefinition(Call& call) {
+    const auto& hook = call.session().objectDefinition;
+    giveText(call, hook ? hook(int32(call, 0)) : std::nullopt);
+}
+
+void cursorStatus(Call& call) {
+    constexpr std::int32_t kNoSuchCursor = -3;
+    const auto& hook = call.session().cursorStatus;
+    const std::string_view kind = trimBlanks(call.text(0));
+    const bool known = sameName(kind, "global") || sameName(kind, "local");
+    call.integer64(hook && known ? hook(sameName(kind, "global"), trimBlanks(call.text(1))) : kNoSuchCursor);
+}
+
 void objectProperty(Call& call) {
     const auto& hook = call.session().objectProperty;
     giveInt(call, hook ? hook(int32(call, 0), trimBlanks(call.text(1))) : std::nullopt);
@@ -256,6 +269,8 @@ constexpr Registration kSession[] = {
     {"t_object_id", -1, strict<objectId>, true},
     {"t_object_name", -1, strict<objectName>, true},
     {"t_object_schema_name", -1, strict<objectSchemaName>, true},
+    {"t_object_definition", 1, strict<objectDefinition>, true},
+    {"t_cursor_status", 2, strict<cursorStatus>, false},
     {"t_objectproperty", 2, strict<objectProperty>, true},
     {"t_col_length", 2, strict<columnLength>, true},
     {"t_col_name", 2, strict<columnName>, true},

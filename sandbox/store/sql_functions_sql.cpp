@@ -94,6 +94,30 @@ std::string call(std::string_view prefix, BinaryOp op, std::string_view a, std::
     return out + ")";
 }
 
+// "x || y" of "(x || y)", else the text itself: SQLite's parser nests only so deep, and parentheses add to that.
+std::string_view withinChain(std::string_view sql) {
+    if (!sql.starts_with('(') || !sql.ends_with(')')) return sql;
+    const std::string_view inner = sql.substr(1, sql.size() - 2);
+    int depth = 0;
+    char quote = '\0';
+    for (std::size_t i = 0; i < inner.size(); ++i) {
+        const char c = inner[i];
+        if (quote != '\0') {
+            if (c == quote) quote = '\0';
+        } else if (c == '\'' || c == '"') {
+            quote = c;
+        } else if (c == '(') {
+            ++depth;
+        } else if (c == ')') {
+            if (--depth < 0) return sql;
+        } else if (c == ' ' && depth == 0) {
+            if (inner.substr(i, 4) != " || ") return sql;
+            i += 3;
+        }
+    }
+    return inner;
+}
+
 }  // namespace
 
 std::string castSql(std::string_view sql, const Type& from, const Type& to, int style, bool tryCast) {
@@ -119,7 +143,7 @@ std::string arithmeticSql(BinaryOp op, std::string_view a, const Type& typeA, st
     if (isCharacter(result.id) || isBinary(result.id)) {
         const int most = isUnicode(result.id) ? kMostWide : kMostNarrow;
         const bool whole = result.length == Type::kMax || typeA.length + typeB.length <= most;
-        if (isCharacter(result.id) && whole) return "(" + std::string(a) + " || " + std::string(b) + ")";
+        if (isCharacter(result.id) && whole) return "(" + std::string(withinChain(a)) + " || " + std::string(b) + ")";
         return "t_concat(" + std::string(a) + ", " + std::string(b) + ", " + code(result) + ")";
     }
     // Text and binary operands become the type of the number beside them.

@@ -1,4 +1,6 @@
 // Functions on text: cutting, joining, writing. Places and lengths are UTF-16 units; binary values count bytes.
+#include <openssl/evp.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -269,6 +271,39 @@ std::string soundexOf(std::string_view text) {
     return out;
 }
 
+// Of the value's bytes as its type stores them; NULL for an algorithm that there is not.
+void hashBytes(Call& call) {
+    const struct {
+        std::string_view name;
+        const EVP_MD* digest;
+    } algorithms[] = {{"MD5", EVP_md5()},
+                      {"SHA", EVP_sha1()},
+                      {"SHA1", EVP_sha1()},
+                      {"SHA2_256", EVP_sha256()},
+                      {"SHA2_512", EVP_sha512()}};
+    const Type type = call.type(2);
+    Bytes data;
+    if (isBinary(type.id)) {
+        data = call.bytes(1);
+    } else if (isUnicode(type.id)) {
+        for (const char16_t unit : toUtf16(call.text(1))) {
+            data.push_back(static_cast<std::uint8_t>(unit & 0xFF));
+            data.push_back(static_cast<std::uint8_t>(unit >> 8));
+        }
+    } else {
+        data = toCodePage1252(call.text(1));
+    }
+    for (const auto& algorithm : algorithms) {
+        if (!sameName(algorithm.name, trimBlanks(call.text(0)))) continue;
+        Bytes hash(EVP_MAX_MD_SIZE);
+        unsigned int size = 0;
+        EVP_Digest(data.data(), data.size(), hash.data(), &size, algorithm.digest, nullptr);
+        hash.resize(size);
+        return call.blob(hash);
+    }
+    call.null();
+}
+
 void soundex(Call& call) {
     call.string(soundexOf(trimBlanks(call.text(0))));
 }
@@ -304,6 +339,7 @@ constexpr Registration kText[] = {
     {"t_concat_ws", -1, always<concatWithSeparator>},
     {"t_quotename", -1, strict<quoteName>},
     {"t_choose", -1, always<choose>},
+    {"t_hashbytes", 3, strict<hashBytes>},
     {"t_soundex", 1, strict<soundex>},
     {"t_difference", 2, strict<difference>},
 };

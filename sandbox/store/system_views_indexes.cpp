@@ -140,8 +140,19 @@ std::vector<SystemView> indexViews() {
             {"name", kName, [](const N& n) { return n.row.index == nullptr ? Value{} : text(n.row.index->name); }},
         });
     sysindexes.bare = true;
+    SystemView sysforeignkeys = makeView<R>("sys", "sysforeignkeys", foreignKeyColumns,
+                                            {
+                                                {"constid", kInt, [](const R& r) { return number(r.constraint); }},
+                                                {"fkeyid", kInt, [](const R& r) { return number(r.child); }},
+                                                {"rkeyid", kInt, [](const R& r) { return number(r.parent); }},
+                                                {"fkey", kSmallInt, [](const R& r) { return number(r.childColumn); }},
+                                                {"rkey", kSmallInt, [](const R& r) { return number(r.parentColumn); }},
+                                                {"keyno", kSmallInt, [](const R& r) { return number(r.number); }},
+                                            });
+    sysforeignkeys.bare = true;
     return {
         live(std::move(sysindexes)),
+        std::move(sysforeignkeys),
         makeView<I>(
             "sys", "indexes", indexes,
             {

@@ -56,6 +56,13 @@ BoundQuery bindSelect(const BindContext& context, const ast::Query& query) {
     Binder binder(context);
     binder::SelectExtras extras;
     const binder::QueryNodePtr node = binder.query(query, nullptr, &extras);
+    for (std::size_t i = 0; i < node->columns.size() && !extras.assigns; ++i) {
+        const binder::OutputColumn& column = node->columns[i];
+        if (column.coercibility != binder::Coercibility::Conflict || column.conflict.empty() || column.failed) continue;
+        binder.fail(451, 16, 1, binder.statementLine(context.line),
+                    "Cannot resolve the collation conflict between " + column.conflict +
+                        " occurring in SELECT statement column " + std::to_string(i + 1) + ".");
+    }
     binder.throwIfFailed();
     BoundQuery out = binder.finish(binder::render(*node));
     out.assigns = extras.assigns;

@@ -13,7 +13,6 @@ using binder::Bound;
 using binder::Clause;
 using binder::fullName;
 using binder::isStored;
-using binder::isView;
 using binder::quoted;
 using binder::Scope;
 using binder::Source;
@@ -28,16 +27,38 @@ struct ChangeSource {
     std::string from;       // SQLite FROM text
     std::string condition;  // of applies
     bool joined = false;
+    std::size_t base = 0;  // of the target: which of its tables is changed
+
+    [[nodiscard]] const ResolvedObject& table() const { return target->bases[base].table; }
+    [[nodiscard]] const std::string& row() const { return target->bases[base].row; }
 };
 
 bool sameObject(const Source& source, const ResolvedObject& object) {
     return source.object && source.object->object == object.object && source.object->attachedAs == object.attachedAs;
 }
 
+// The target as a FROM item of its own, before the others.
+void addTarget(Binder& binder, const ast::Target& target, const binder::TableText& others, Scope& scope,
+               ChangeSource& out) {
+    ast::TableRef own{.place = target.place, .node = {}};
+    if (target.variable.empty()) {
+        own.node = ast::NamedTable{.name = target.name, .alias = {}, .hints = {}};
+    } else {
+        own.node = ast::VariableTable{.variable = target.variable, .alias = {}};
+    }
+    const binder::TableText table = binder.table(own, scope);
+    out.target = table.sources.front();
+    scope.sources.push_back(out.target);
+    out.joined = !out.from.empty();
+    const std::string beside = others.needsParentheses ? "(" + out.from + ")" : out.from;
+    out.from = table.sql + (out.from.empty() ? "" : ", " + beside);
+}
+
 ChangeSource changeSource(Binder& binder, const ast::Target& target, const std::vector<ast::TableRefPtr>& from,
-                          Scope& scope, std::string_view verb) {
+                          Scope& scope) {
     ChangeSource out;
     const int line = target.place.line;
+    binder.changing = true;
     const binder::TableText tables = binder.tables(from, scope);
     out.from = tables.sql;
     out.condition = tables.condition;
@@ -48,54 +69,35 @@ ChangeSource changeSource(Binder& binder, const ast::Target& target, const std::
     out.target = binder::findSource(scope, name, binder.database());  // an alias, or a table without one
     if (out.target == nullptr || (out.target->hasAlias && !name.schema.empty())) {
         out.target = nullptr;
-        if (name.schema.empty() && binder.isCte(name.name)) {
-            reportNotSupported(binder, std::string(verb) + " of a common table expression", line);
-            return out;
-        }
-        const std::optional<ResolvedObject> found = resolveTarget(binder, target);
-        if (!found) return out;
+        const bool isCte = isName && name.schema.empty() && binder.isCte(name.name);
+        const std::optional<ResolvedObject> found = isCte ? std::nullopt : resolveTarget(binder, target);
+        if (!found && !isCte) return out;
         for (Source* source : scope.sources) {
-            if (!sameObject(*source, *found)) continue;
+            if (isCte || !sameObject(*source, *found)) continue;
             if (out.target != nullptr) {
                 binder.fail(8154, 16, 1, line, "The table '" + name.written() + "' is ambiguous.");
                 return out;
             }
             out.target = source;
         }
-        if (out.target == nullptr && isView(*found)) {
-            reportNotSupported(binder, std::string(verb) + " of a view", line);
-            return out;
-        }
-        if (out.target == nullptr) {
-            out.target = binder.addTable(*found, name, "");
-            scope.sources.push_back(out.target);
-            out.joined = !out.from.empty();
-            const bool parenthesized = tables.needsParentheses;
-            const std::string others = parenthesized ? "(" + out.from + ")" : out.from;
-            out.from = Binder::tableSql(*out.target) + (out.from.empty() ? "" : ", " + others);
-        }
+        if (out.target == nullptr) addTarget(binder, target, tables, scope, out);
     }
-    if (out.target->missing) {
-        out.target = nullptr;
-        return out;
-    }
-    if (!out.target->object || isView(*out.target->object)) {
-        reportNotSupported(binder, std::string(verb) + " of a view or derived table", line);
-        out.target = nullptr;
-    }
+    binder.changing = false;
+    if (out.target->missing || !requireUpdatable(binder, *out.target, line)) out.target = nullptr;
+    if (out.target) out.joined = out.joined || out.target->bases.size() > 1;
     return out;
 }
 
 std::string rowsOf(Binder& binder, const ChangeSource& source, const std::string& items, const ast::ExprPtr& where,
                    Scope& scope, const std::optional<ast::Top>& top) {
-    const std::string row = quoted(source.target->alias) + "._rowid_";
+    const std::string& row = source.row();
     std::string condition = source.condition;
     const auto require = [&](const std::string& more) { condition += (condition.empty() ? "" : " AND ") + more; };
     if (where) {
         scope.clause = Clause::Where;
         require(binder.condition(*where, scope));
     }
-    if (source.target->nullableSide) require(row + " IS NOT NULL");
+    if (source.target->nullableSide || source.target->bases.size() > 1) require(row + " IS NOT NULL");
     std::string sql = "SELECT " + items + " FROM " + source.from;
     if (!condition.empty()) sql += " WHERE " + condition;
     if (!top) return sql;
@@ -108,8 +110,8 @@ std::string rowsOf(Binder& binder, const ChangeSource& source, const std::string
 // The SET list of an UPDATE.
 class SetList {
 public:
-    SetList(Binder& binder, Scope& scope, Source& target, BoundUpdate& out)
-        : binder_(binder), scope_(scope), target_(target), out_(out), table_(*out.target.object) {}
+    SetList(Binder& binder, Scope& scope, ChangeSource& source, BoundUpdate& out)
+        : binder_(binder), scope_(scope), source_(source), target_(*source.target), out_(out) {}
 
     void add(const ast::Assignment& assignment) {
         std::optional<VariableRef> variable;
@@ -155,7 +157,9 @@ private:
                          "The multi-part identifier \"" + reference.written() + "\" could not be bound.");
             return;
         }
-        const ColumnDef* column = table_.findColumn(reference.name);
+        const binder::SourceColumn* named = target_.find(reference.name);
+        const ColumnDef* column = named ? changedColumn(*named, line) : nullptr;
+        if (named && !column) return;
         Bound value;
         if (!ast::as<ast::DefaultValue>(*assignment.expr)) {
             value = binder_.value(*assignment.expr, scope_);
@@ -180,6 +184,22 @@ private:
         values_ += ", " + binder_.stored(value, *column, fullName(out_.target), line);
     }
 
+    // The table's column behind one of the target's; nullptr, with the error reported, where there is none.
+    const ColumnDef* changedColumn(const binder::SourceColumn& named, int line) {
+        if (!named.base.def) {
+            reportDerivedColumn(binder_, target_, line);
+            return nullptr;
+        }
+        if (out_.columns.empty()) {
+            source_.base = named.base.base;
+            out_.target = source_.table();
+        } else if (named.base.base != source_.base) {
+            reportSeveralTables(binder_, target_, line);
+            return nullptr;
+        }
+        return named.base.def;
+    }
+
     void check(const ColumnDef& column, int line) {
         if (column.identity) {
             binder_.fail(8102, 16, 1, line, "Cannot update identity column '" + column.name + "'.");
@@ -193,14 +213,15 @@ private:
     [[nodiscard]] bool isTarget(const ast::ObjectName& name) {
         Scope own;
         own.sources = {&target_};
-        return binder::findSource(own, name, binder_.database()) != nullptr || sameName(name.name, table_.name);
+        return binder::findSource(own, name, binder_.database()) != nullptr ||
+               sameName(name.name, out_.target.object->name);
     }
 
     Binder& binder_;
     Scope& scope_;
+    ChangeSource& source_;
     Source& target_;
     BoundUpdate& out_;
-    const ObjectDef& table_;
     std::vector<std::string> assignments_;
     std::string values_;
 };
@@ -229,23 +250,25 @@ BoundUpdate bindUpdate(const BindContext& context, const ast::Update& statement)
     BoundUpdate out;
     const Binder::CteGuard ctes = binder.enterCtes(statement.ctes);
     Scope scope;
-    const ChangeSource source = changeSource(binder, statement.target, statement.from, scope, "UPDATE");
+    ChangeSource source = changeSource(binder, statement.target, statement.from, scope);
     if (source.target == nullptr) {
         raiseForMissingTarget(binder, scope, statement.assignments, statement.where);
         return out;
     }
-    out.target = *source.target->object;
+    out.target = source.table();
     out.mayRepeat = source.joined;
     for (const ast::Assignment& assignment : statement.assignments) {
         if (!assignment.variable.empty()) binder.assignedVariables.insert(foldName(assignment.variable));
     }
     scope.clause = Clause::Set;
     binder.perRowVariables = true;
-    SetList set(binder, scope, *source.target, out);
+    SetList set(binder, scope, source, out);
     for (const ast::Assignment& assignment : statement.assignments) set.add(assignment);
     binder.perRowVariables = false;
-    const std::string row = quoted(source.target->alias) + "._rowid_";
-    out.source = binder.finish(rowsOf(binder, source, set.items(row), statement.where, scope, statement.top));
+    if (source.target->bases[source.base].checked) {
+        reportNotSupported(binder, "UPDATE of a view WITH CHECK OPTION", statement.target.place.line);
+    }
+    out.source = binder.finish(rowsOf(binder, source, set.items(source.row()), statement.where, scope, statement.top));
     out.source.columns.push_back({.name = {}, .type = kRowId, .nullable = false});
     for (const ColumnDef* column : out.columns) {
         out.source.columns.push_back({.name = column->name, .type = column->type, .nullable = column->nullable});
@@ -258,15 +281,15 @@ BoundDelete bindDelete(const BindContext& context, const ast::Delete& statement)
     BoundDelete out;
     const Binder::CteGuard ctes = binder.enterCtes(statement.ctes);
     Scope scope;
-    const ChangeSource source = changeSource(binder, statement.target, statement.from, scope, "DELETE");
+    const ChangeSource source = changeSource(binder, statement.target, statement.from, scope);
     if (source.target == nullptr) {
         raiseForMissingTarget(binder, scope, {}, statement.where);
         return out;
     }
-    out.target = *source.target->object;
+    if (source.target->bases.size() > 1) reportSeveralTables(binder, *source.target, statement.target.place.line);
+    out.target = source.table();
     out.mayRepeat = source.joined;
-    const std::string row = quoted(source.target->alias) + "._rowid_";
-    out.source = binder.finish(rowsOf(binder, source, row, statement.where, scope, statement.top));
+    out.source = binder.finish(rowsOf(binder, source, source.row(), statement.where, scope, statement.top));
     out.source.columns.push_back({.name = {}, .type = kRowId, .nullable = false});
     return out;
 }

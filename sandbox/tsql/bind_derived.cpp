@@ -32,11 +32,19 @@ Binder::CteGuard Binder::enterCtes(const std::vector<ast::Cte>& ctes) {
     return CteGuard(std::make_unique<CteScope>(*this, ctes));
 }
 
-bool Binder::isCte(std::string_view name) const {
-    for (const CteFrame* frame = ctes_; frame != nullptr; frame = frame->parent) {
+namespace {
+
+bool isCteOf(const CteFrame* frame, std::string_view name) {
+    for (; frame != nullptr; frame = frame->parent) {
         if (sandbox::sameName(frame->cte->name, name)) return true;
     }
     return false;
+}
+
+}  // namespace
+
+bool Binder::isCte(std::string_view name) const {
+    return isCteOf(ctes_, name);
 }
 
 namespace {
@@ -89,6 +97,12 @@ TableText Binder::derived(QueryNodePtr query, const std::string& alias, const st
     TableText out;
     Source* source = addDerived(query->columns, columns, alias, line);
     source->missing = source->missing || query->failed;
+    source->notUpdatable = query->notUpdatable;
+    for (std::size_t i = 0; i < query->bases.size(); ++i) {
+        source->bases.push_back(
+            {query->bases[i].table, quoted(source->alias) + ".r" + std::to_string(i + 1), query->bases[i].checked});
+    }
+    query->withRows = true;
     out.sources.push_back(source);
     out.sql = "(" + render(*query) + ") AS " + quoted(source->alias);
     return out;
@@ -154,6 +168,7 @@ TableText Binder::view(const ResolvedObject& found, const ast::NamedTable& node,
             names.clear();
             for (const ColumnDef& column : made) names.push_back(column.name);
         }
+        for (Base& base : rows->bases) base.checked = base.checked || create.checkOption;
         out = derived(std::move(rows), exposed, names, line);
     }
     const Message useless{
@@ -186,6 +201,17 @@ TableText Binder::cte(const CteFrame& frame, const std::string& alias) {
     const bool recursive = operation != nullptr && operation->op == ast::SetOperator::UnionAll &&
                            mentions(*operation->right, frame.cte->name);
     if (recursive) return recursiveCte(frame, alias);
+    if (mentions(*frame.cte->query, frame.cte->name) && !isCteOf(frame.parent, frame.cte->name)) {
+        fail(252, 16, 1, line,
+             "Recursive common table expression '" + frame.cte->name +
+                 "' does not contain a top-level UNION ALL operator.");
+        TableText out;
+        Source& source = sources_.emplace_back();
+        source.exposed = alias;
+        source.missing = true;
+        out.sources.push_back(&source);
+        return out;
+    }
     const Restore<const CteFrame*> ctes(ctes_, frame.parent);
     return derived(query(*frame.cte->query, nullptr), alias, frame.cte->columns, line);
 }

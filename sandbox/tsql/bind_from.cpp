@@ -39,8 +39,10 @@ Source* Binder::addTable(const ResolvedObject& found, const ast::ObjectName& nam
     source.name = name;
     source.alias = newAlias('a');
     source.object = found;
+    source.bases = {{found, quoted(source.alias) + "._rowid_"}};
     for (const ColumnDef& column : found.object->columns) {
         SourceColumn& out = source.columns.emplace_back();
+        out.base.def = &column;
         out.name = column.name;
         out.sql = quoted(source.alias) + "." + quoted(column.name);
         out.type = column.type;
@@ -87,6 +89,7 @@ Source* Binder::addDerived(const std::vector<OutputColumn>& columns, const std::
         column.coercibility =
             columns[i].coercibility == Coercibility::Default ? Coercibility::Implicit : columns[i].coercibility;
         column.failed = columns[i].failed;
+        column.base = columns[i].base;
         if (column.name.empty()) {
             fail(8155, 16, 2, line,
                  "No column name was specified for column " + std::to_string(i + 1) + " of '" + exposed + "'.");

@@ -43,6 +43,55 @@ std::vector<const ColumnDef*> listedColumns(Binder& binder, const ObjectDef& tab
     return out;
 }
 
+// The table behind a view and its columns that an INSERT into the view fills; empty, with the error reported, where the
+// view cannot be inserted into.
+struct ViewTarget {
+    ResolvedObject table;
+    std::vector<const ColumnDef*> listed;
+};
+
+std::optional<ViewTarget> behindView(Binder& binder, const ast::Insert& statement) {
+    const int line = statement.target.place.line;
+    const ast::TableRef ref{.place = statement.target.place,
+                            .node = ast::NamedTable{.name = statement.target.name, .alias = {}, .hints = {}}};
+    Scope scope;
+    binder.changing = true;
+    const binder::TableText text = binder.table(ref, scope);
+    binder.changing = false;
+    const binder::Source& view = *text.sources.front();
+    if (view.missing || !requireUpdatable(binder, view, line)) return std::nullopt;
+    std::vector<const binder::SourceColumn*> columns;
+    for (std::size_t i = 0; i < statement.columns.size(); ++i) {
+        const int at = i < statement.columnPlaces.size() ? statement.columnPlaces[i].line : line;
+        const binder::SourceColumn* column = view.find(statement.columns[i]);
+        if (!column) reportMissingColumn(binder, statement.columns[i], at);
+        if (column && std::find(columns.begin(), columns.end(), column) != columns.end()) {
+            reportNamedTwice(binder, column->name, at);
+        }
+        if (column) columns.push_back(column);
+    }
+    for (const binder::SourceColumn& column : view.columns) {
+        const bool identity = column.base.def && column.base.def->identity;
+        if (statement.columns.empty() && !identity) columns.push_back(&column);
+    }
+    ViewTarget out;
+    for (const binder::SourceColumn* column : columns) {
+        if (!column->base.def || !isStored(*column->base.def)) {
+            reportDerivedColumn(binder, view, line);
+            return std::nullopt;
+        }
+        if (column->base.base != columns.front()->base.base) {
+            reportSeveralTables(binder, view, line);
+            return std::nullopt;
+        }
+        out.listed.push_back(column->base.def);
+    }
+    const binder::Base& base = view.bases[columns.empty() ? 0 : columns.front()->base.base];
+    if (base.checked) reportNotSupported(binder, "INSERT into a view WITH CHECK OPTION", line);
+    out.table = base.table;
+    return out;
+}
+
 // Columns of the table with their places in a source that gives the listed columns first, then the defaults of the
 // others; defaults gets those.
 std::vector<BoundInsert::Column> layOut(const ObjectDef& table, const std::vector<const ColumnDef*>& listed,
@@ -253,17 +302,22 @@ BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement)
         reportNotSupported(binder, "OUTPUT of INSERT EXEC", line);
     }
     const std::optional<ResolvedObject> target = resolveTarget(binder, statement.target);
-    if (target && isView(*target)) reportNotSupported(binder, "INSERT into a view", line);
-    if (!target || isView(*target)) {
+    std::optional<ViewTarget> view;
+    if (target && isView(*target)) view = behindView(binder, statement);
+    if (!target || (isView(*target) && !view)) {
         if (!target) parseErrorsOfSource(binder, statement);
         binder.throwIfFailed();
         return out;
     }
-    out.target = *target;
-    const ObjectDef& table = *target->object;
+    out.target = view ? view->table : *target;
+    const ObjectDef& table = *out.target.object;
     const bool defaultsOnly = std::holds_alternative<ast::Insert::DefaultValues>(statement.source);
     std::vector<const ColumnDef*> listed;
-    if (!defaultsOnly) listed = listedColumns(binder, table, statement.columns, statement.columnPlaces, line);
+    if (view && !defaultsOnly) {
+        listed = std::move(view->listed);
+    } else if (!defaultsOnly) {
+        listed = listedColumns(binder, table, statement.columns, statement.columnPlaces, line);
+    }
     const bool listFailed = !statement.columns.empty() && listed.size() != statement.columns.size();
     InsertBinder insert(binder, out, std::move(listed));
     std::string limit;

@@ -2,6 +2,7 @@
 // bind_set.cpp.
 #include <algorithm>
 #include <array>
+#include <tuple>
 
 #include "sandbox/store/collation.h"
 #include "sandbox/store/convert.h"
@@ -91,6 +92,7 @@ QueryNodePtr Binder::select(const ast::Select& select, Scope* parent, const std:
     const int line = select.place.line;
     Scope scope;
     scope.parent = parent;
+    scope.makesTable = select.into.has_value();
     TableText from = tables(select.from, scope);
     node->from = from.sql;
     node->fromTables = from.sources.size();
@@ -129,6 +131,7 @@ QueryNodePtr Binder::select(const ast::Select& select, Scope* parent, const std:
         scope.clause = Clause::Select;
         selectItems(select, scope, *node);
     }
+    if (changing) findBases(select, scope, *node);
     if (select.having) {
         scope.clause = Clause::Having;
         node->having = condition(*select.having, scope);
@@ -232,6 +235,23 @@ void Binder::selectItems(const ast::Select& select, Scope& scope, QueryNode& nod
     }
 }
 
+void Binder::findBases(const ast::Select& select, const Scope& scope, QueryNode& node) {
+    if (select.distinct || scope.grouped) {
+        node.notUpdatable = NotUpdatable::Groups;
+        return;
+    }
+    for (const Source* source : scope.sources) {
+        for (std::size_t i = 0; i < node.items.size(); ++i) {
+            const SourceColumn* column = node.items[i].column;
+            const auto same = [&](const SourceColumn& own) { return &own == column; };
+            if (!column || std::none_of(source->columns.begin(), source->columns.end(), same)) continue;
+            node.columns[i].base = {node.bases.size() + column->base.base, column->base.def};
+        }
+        node.bases.insert(node.bases.end(), source->bases.begin(), source->bases.end());
+        if (source->notUpdatable != NotUpdatable::No) node.notUpdatable = source->notUpdatable;
+    }
+}
+
 void Binder::into(const ast::Select& select, const Scope& scope, const QueryNode& node, SelectExtras& extras) {
     IntoTarget& target = extras.into.emplace();
     target.database = select.into->database;
@@ -239,6 +259,8 @@ void Binder::into(const ast::Select& select, const Scope& scope, const QueryNode
     target.name = select.into->name;
     target.line = select.into->place.line;
     int identities = 0;
+    bool newIdentity = false;
+    std::string inherited;
     for (std::size_t i = 0; i < node.items.size(); ++i) {
         const Bound& item = node.items[i];
         const OutputColumn& output = node.columns[i];
@@ -255,14 +277,24 @@ void Binder::into(const ast::Select& select, const Scope& scope, const QueryNode
         column.collation = isCharacter(column.type.id) ? output.collation : "";
         column.columnId = static_cast<int>(i) + 1;
         const bool keepsIdentity = output.identity && scope.sources.size() == 1 && !scope.grouped && !select.distinct;
-        if (keepsIdentity && scope.sources.front()->object) {
+        if (item.newIdentity) {
+            column.identity = true;
+            std::tie(column.identitySeed, column.identityIncrement) = *item.newIdentity;
+            newIdentity = true;
+        } else if (keepsIdentity && scope.sources.front()->object) {
             const ColumnDef* def = scope.sources.front()->object->object->findColumn(item.column->name);
             ++identities;
+            inherited = column.name;
             column.identity = true;
             column.identitySeed = def->identitySeed;
             column.identityIncrement = def->identityIncrement;
         }
         target.columns.push_back(std::move(column));
+    }
+    if (newIdentity && identities > 0) {
+        fail(8108, 16, 1, select.place.line,
+             "Cannot add identity column, using the SELECT INTO statement, to table '" + target.name +
+                 "', which already has column '" + inherited + "' that inherits the identity property.");
     }
     if (identities <= 1) return;
     for (ColumnDef& column : target.columns) column.identity = false;
@@ -277,6 +309,7 @@ OutputColumn outputOf(const Bound& item, std::string name) {
     out.updatable = item.column != nullptr;
     out.coercibility = item.coercibility;
     out.collation = item.collation;
+    out.conflict = item.conflict;
     out.failed = item.failed;
     return out;
 }

@@ -16,12 +16,13 @@ std::string orderText(const std::vector<OrderTerm>& order, bool inWindow) {
     return out;
 }
 
-std::string columnNames(std::size_t count) {
+std::string columnNames(const QueryNode& node) {
     std::string out;
-    for (std::size_t i = 1; i <= count; ++i) {
+    for (std::size_t i = 1; i <= node.items.size(); ++i) {
         if (i > 1) out += ", ";
         out += "c" + std::to_string(i);
     }
+    for (std::size_t i = 1; node.withRows && i <= node.bases.size(); ++i) out += ", r" + std::to_string(i);
     return out;
 }
 
@@ -35,6 +36,9 @@ std::string itemList(const QueryNode& node, std::span<const Type> wanted, bool c
         const TypeId shown = typed ? wanted[i].id : item.type.id;
         if (collated && isCharacter(shown)) out += " COLLATE " + sqliteCollation(item.collation);
         out += " AS c" + std::to_string(i + 1);
+    }
+    for (std::size_t i = 0; node.withRows && i < node.bases.size(); ++i) {
+        out += ", " + node.bases[i].row + " AS r" + std::to_string(i + 1);
     }
     return out;
 }
@@ -67,7 +71,7 @@ std::string renderNumbered(const QueryNode& node, std::span<const Type> wanted) 
     }
     const std::string kept =
         node.limit.percent ? "n < total * " + node.limit.count + " / 100.0 + 1" : "n <= " + node.limit.count;
-    return "SELECT " + columnNames(node.items.size()) + " FROM (" + inner + ") WHERE " + kept + " ORDER BY place";
+    return "SELECT " + columnNames(node) + " FROM (" + inner + ") WHERE " + kept + " ORDER BY place";
 }
 
 std::string renderSelect(const QueryNode& node, std::span<const Type> wanted, bool collated) {

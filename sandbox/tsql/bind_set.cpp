@@ -1,13 +1,28 @@
 // Rows put together: UNION, EXCEPT and INTERSECT with their common types, and tables of VALUES.
+#include "sandbox/store/collation.h"
 #include "sandbox/store/convert.h"
 #include "sandbox/tsql/ast.h"
 #include "sandbox/tsql/binder.h"
 
 namespace sandbox::binder {
 
+namespace {
+
+std::string_view nameOf(ast::SetOperator op) {
+    switch (op) {
+        case ast::SetOperator::UnionAll: return "UNION ALL";
+        case ast::SetOperator::Except: return "EXCEPT";
+        case ast::SetOperator::Intersect: return "INTERSECT";
+        default: return "UNION";
+    }
+}
+
+}  // namespace
+
 QueryNodePtr Binder::setOperation(const ast::SetOperation& operation, Scope* parent, SelectExtras* extras) {
     auto node = std::make_unique<QueryNode>();
     node->op = operation.op;
+    node->notUpdatable = NotUpdatable::Union;
     node->left = body(*operation.left, parent, nullptr, extras);
     node->right = body(*operation.right, parent, nullptr, nullptr);
     node->failed = node->left->failed || node->right->failed;
@@ -31,6 +46,7 @@ QueryNodePtr Binder::setOperation(const ast::SetOperation& operation, Scope* par
         OutputColumn column = left[i];
         column.identity = false;
         column.updatable = false;
+        column.base = {};
         column.nullable = left[i].nullable || right[i].nullable;
         column.failed = left[i].failed || right[i].failed;
         if (!column.failed) {
@@ -45,9 +61,23 @@ QueryNodePtr Binder::setOperation(const ast::SetOperation& operation, Scope* par
                          "comparable.");
             }
         }
+        const bool atOdds = left[i].coercibility == Coercibility::Implicit &&
+                            right[i].coercibility == Coercibility::Implicit &&
+                            !sandbox::sameName(left[i].collation, right[i].collation);
         if (right[i].coercibility > column.coercibility) {
             column.coercibility = right[i].coercibility;
             column.collation = right[i].collation;
+            column.conflict = right[i].conflict;
+        } else if (atOdds) {
+            const std::string both = "\"" + left[i].collation + "\" and \"" + right[i].collation + "\" in the ";
+            if (node->op == ast::SetOperator::UnionAll) {
+                column.coercibility = Coercibility::Conflict;
+                column.conflict = both + "UNION ALL operator";
+            } else {
+                fail(468, 16, 9, line,
+                     "Cannot resolve the collation conflict between " + both + std::string(nameOf(node->op)) +
+                         " operation.");
+            }
         }
         node->columns.push_back(std::move(column));
     }

@@ -76,7 +76,8 @@ void Binder::throwIfFailed() {
     std::vector<Message> told;
     for (Message& error : errors_) {
         const bool again = std::any_of(told.begin(), told.end(), [&](const Message& other) {
-            return other.number == error.number && other.text == error.text && other.line == error.line;
+            return other.number == error.number && other.text == error.text && other.line == error.line &&
+                   other.offset == error.offset;
         });
         if (!again) told.push_back(std::move(error));
     }
@@ -105,7 +106,7 @@ std::string Binder::parameter(Parameter wanted) {
     return "?" + std::to_string(parameters_.size());
 }
 
-Bound Binder::combine(std::span<const Bound* const> operands) {
+Bound Binder::combine(std::span<const Bound* const> operands, std::string_view operation) {
     Bound out;
     out.nullable = false;
     out.constant = true;
@@ -116,9 +117,11 @@ Bound Binder::combine(std::span<const Bound* const> operands) {
         if (operand->coercibility > out.coercibility) {
             out.coercibility = operand->coercibility;
             out.collation = operand->collation;
+            out.conflict = operand->conflict;
         } else if (operand->coercibility == out.coercibility && out.coercibility == Coercibility::Implicit &&
                    !sandbox::sameName(operand->collation, out.collation)) {
             out.coercibility = Coercibility::Conflict;
+            out.conflict = "\"" + out.collation + "\" and \"" + operand->collation + "\"" + std::string(operation);
         }
     }
     return out;

@@ -31,7 +31,9 @@ struct OutputColumn {
     bool updatable = false;
     Coercibility coercibility = Coercibility::None;
     std::string collation;
+    std::string conflict;
     bool failed = false;
+    BaseColumn base{};
 };
 
 struct OrderTerm {
@@ -68,6 +70,11 @@ struct QueryNode {
     std::vector<OrderTerm> order;
     Limit limit;
     bool failed = false;
+
+    // What a change through it changes: the row ids are columns r1, r2 ... behind the others where withRows is set.
+    std::vector<Base> bases;
+    NotUpdatable notUpdatable = NotUpdatable::No;
+    bool withRows = false;
 
     [[nodiscard]] bool isSet() const { return left != nullptr; }
 };
@@ -126,7 +133,8 @@ public:
     // conversion for storing into a column
     std::string stored(const Bound& bound, const ColumnDef& column, const std::string& table, int line);
     Bound defaultOf(const ColumnDef& column);
-    static Bound combine(std::span<const Bound* const> operands);  // nullability, collation, failure; no SQL
+    // Nullability, collation, failure; no SQL. operation: " in the add operator", for collations that are at odds.
+    static Bound combine(std::span<const Bound* const> operands, std::string_view operation = {});
     std::string collationOf(const Bound& a, const Bound& b, std::string_view operation, int line);
     std::string withCollation(const Bound& bound) const;  // sql, with COLLATE for texts
 
@@ -159,6 +167,7 @@ public:
     [[nodiscard]] const std::string& database() const { return database_; }
     [[nodiscard]] int statementLine(int fallback) const;
 
+    bool changing = false;                    // an UPDATE or DELETE looks for its rows: queries tell their bases
     bool perRowVariables = false;             // assigned variables are read through t_var
     std::set<std::string> assignedVariables;  // folded names
     std::string setVariable(const VariableRef& variable, const Bound& value, int line);
@@ -189,6 +198,7 @@ private:
     Bound call(const ast::Call& node, Scope& scope, int line);
     Bound aggregate(const ast::Call& node, Scope& scope, int line);
     Bound ranking(const ast::Call& node, Scope& scope, int line);
+    Bound newIdentity(const ast::Call& node, const Scope& scope, int line);
     Bound nullIf(const ast::Call& node, Scope& scope, int line);
     Bound iif(const ast::Call& node, Scope& scope, int line);
     std::string over(const ast::Over& over, Scope& scope);
@@ -217,6 +227,7 @@ private:
     void orderTerms(const std::vector<ast::OrderItem>& orderBy, Scope& scope, QueryNode& node,
                     const std::vector<ast::SelectItem>& items);
     void orderSet(const std::vector<ast::OrderItem>& orderBy, QueryNode& node);
+    static void findBases(const ast::Select& select, const Scope& scope, QueryNode& node);
     void into(const ast::Select& select, const Scope& scope, const QueryNode& node, SelectExtras& extras);
 
     // bind_from.cpp

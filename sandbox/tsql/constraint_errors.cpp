@@ -16,6 +16,11 @@ SqlError conflict(std::string_view verb, std::string_view kind, const std::strin
     return SqlError(Message{.number = 547, .severity = 16, .state = 0, .text = text + "."});
 }
 
+// Of table variables too.
+std::string ownerAndName(const FoundObject& table) {
+    return table.object->schema + "." + table.object->name;
+}
+
 std::string onlyOne(const std::vector<std::string>& columns) {
     return columns.size() == 1 ? columns.front() : "";
 }
@@ -50,12 +55,12 @@ SqlError duplicateKey(const FoundObject& table, const IndexDef& index, const std
             .severity = 14,
             .state = 1,
             .text = std::string("Violation of ") + (index.primaryKey ? "PRIMARY KEY" : "UNIQUE KEY") + " constraint '" +
-                    index.name + "'. Cannot insert duplicate key in object '" + shortName(table) + "'." + value});
+                    index.name + "'. Cannot insert duplicate key in object '" + ownerAndName(table) + "'." + value});
     }
     return SqlError(Message{.number = 2601,
                             .severity = 14,
                             .state = 1,
-                            .text = "Cannot insert duplicate key row in object '" + shortName(table) +
+                            .text = "Cannot insert duplicate key row in object '" + ownerAndName(table) +
                                     "' with unique index '" + index.name + "'." + value});
 }
 

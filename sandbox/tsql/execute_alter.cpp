@@ -286,7 +286,8 @@ std::vector<Message> dependents(const ExecuteContext& context, const FoundObject
     }
     for (const auto& child : context.connection.catalog(*table.database)->childrenOf(def)) {
         for (const ForeignKeyDef& key : child->foreignKeys) {
-            if (key.parentId == def.id && has(key.parentColumns)) add("object", key.name);
+            const bool told = child->id == def.id && has(key.columns);
+            if (key.parentId == def.id && has(key.parentColumns) && !told) add("object", key.name);
         }
     }
     return messages;

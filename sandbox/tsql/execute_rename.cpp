@@ -14,6 +14,13 @@ using definition::message;
 namespace {
 
 SqlError noSuchItem(const ExecuteContext& context, std::string_view object, std::string_view type) {
+    if (!type.empty() && !sandbox::sameName(type, "OBJECT")) {
+        return SqlError({message(15248, 1,
+                                 "Either the parameter @objname is ambiguous or the claimed @objtype (" +
+                                     std::string(type) + ") is wrong.",
+                                 11)},
+                        Effect::Scope);
+    }
     return SqlError(
         {message(15225, 1,
                  "No item by the name of '" + std::string(object) + "' could be found in the current database '" +
@@ -160,8 +167,6 @@ void executeRename(const ExecuteContext& context, std::string_view object, std::
     Write write(context.connection, found ? *found->database : *context.connection.current());
     if (!rename(context, object, std::string(newName), type)) throw noSuchItem(context, object, type);
     write.done();
-    context.info(message(
-        15477, 1, "Caution: Changing any part of an object name could break scripts and stored procedures.", 10));
 }
 
 }  // namespace sandbox

@@ -7,6 +7,7 @@
 #include "sandbox/store/collation.h"
 #include "sandbox/tsql/bind_computed.h"
 #include "sandbox/tsql/execute_errors.h"
+#include "sandbox/tsql/stored_expression.h"
 
 namespace sandbox {
 
@@ -45,29 +46,6 @@ bool canBeKey(const Type& type) {
 }
 
 }  // namespace
-
-std::string storedExpression(std::string_view text) {
-    // Brackets around the whole are SQL Server's to add.
-    const auto trim = [&] {
-        while (!text.empty() && static_cast<unsigned char>(text.front()) <= ' ') text.remove_prefix(1);
-        while (!text.empty() && static_cast<unsigned char>(text.back()) <= ' ') text.remove_suffix(1);
-    };
-    for (trim(); text.size() >= 2 && text.front() == '(' && text.back() == ')'; trim()) {
-        int depth = 0;
-        bool quoted = false;
-        bool whole = true;
-        for (std::size_t i = 0; i < text.size(); ++i) {
-            if (text[i] == '\'') quoted = !quoted;
-            if (quoted) continue;
-            depth += text[i] == '(' ? 1 : text[i] == ')' ? -1 : 0;
-            if (depth == 0 && i + 1 < text.size()) whole = false;
-        }
-        if (!whole) break;
-        text = text.substr(1, text.size() - 2);
-    }
-    const bool isNumber = !text.empty() && text.find_first_not_of("0123456789.+-") == std::string_view::npos;
-    return (isNumber ? "((" : "(") + std::string(text) + (isNumber ? "))" : ")");
-}
 
 std::shared_ptr<Database> placeOf(const ExecuteContext& context, const ast::ObjectName& name) {
     if (!name.schema.empty() && !sameName(name.schema, "dbo")) {
@@ -142,7 +120,7 @@ void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
     ColumnDef column;
     column.name = from.name;
     if (from.computed) {
-        column.computedText = storedExpression(from.computedText);
+        column.computedText = storedExpression(*from.computed, from.computedText);
         column.nullable = from.nullable.value_or(true);
         column.columnId = ++table_.lastColumnId;
         table_.columns.push_back(std::move(column));
@@ -307,7 +285,7 @@ void TableBuilder::addIndex(IndexDef index) {
 void TableBuilder::addCheck(const ast::Constraint& constraint, const ast::ColumnDefinition* column) {
     CheckDef check;
     check.id = database_->newObjectId();
-    check.text = storedExpression(constraint.exprText);
+    check.text = storedExpression(*constraint.expr, constraint.exprText);
     check.name = constraintName(constraint.name, madeUpName("CK", column != nullptr ? column->name : "", check.id));
     std::set<std::string> used;  // the table's columns
     ast::forEachExpr(*constraint.expr, [&](const ast::Expr& expr) {
@@ -348,7 +326,7 @@ void TableBuilder::addDefault(const ast::Constraint& constraint, const ast::Colu
                                   table_.name + "', column '" + name + "'.");
     }
     column->defaultId = database_->newObjectId();
-    column->defaultText = storedExpression(constraint.exprText);
+    column->defaultText = storedExpression(*constraint.expr, constraint.exprText);
     column->defaultName = constraintName(constraint.name, madeUpName("DF", name, column->defaultId));
     ast::forEachExpr(*constraint.expr, [](const ast::Expr& expr) {
         const auto* reference = ast::as<ast::ColumnRef>(expr);

@@ -47,9 +47,6 @@ private:
     bool isNew_;
 };
 
-// "((1))", "('x')", "(getdate())": an expression as the catalogue keeps it.
-[[nodiscard]] std::string storedExpression(std::string_view text);
-
 // Where a CREATE or ALTER puts an object: the database of its name, or the session's temporary tables. Raises 2702
 // for a database that does not exist and 2760 for another schema than dbo.
 [[nodiscard]] std::shared_ptr<Database> placeOf(const ExecuteContext& context, const ast::ObjectName& name);

@@ -67,7 +67,12 @@ Bound Binder::bindNode(const ast::Expr& expr, Scope& scope) {
                           [&](const ast::Literal& node) { return literal(node); },
                           [&](const ast::Variable& node) { return variable(node, line); },
                           [&](const ast::GlobalVariable& node) { return globalVariable(node, line); },
-                          [&](const ast::ColumnRef& node) { return columnRef(node, scope, line); },
+                          [&](const ast::ColumnRef& node) {
+                              const std::size_t before = errors_.size();
+                              Bound out = columnRef(node, scope, line);
+                              if (errors_.size() > before) errors_.back().offset = expr.place.offset;
+                              return out;
+                          },
                           [&](const ast::Unary& node) { return unary(node, scope, line); },
                           [&](const ast::Binary& node) { return binary(node, scope, line); },
                           [&](const ast::Case& node) { return caseExpr(node, scope, line); },
@@ -208,7 +213,7 @@ Bound Binder::binary(const ast::Binary& node, Scope& scope, int line) {
 
 Bound Binder::arithmetic(sandbox::BinaryOp op, const Bound& left, const Bound& right, int line) {
     const std::array<const Bound*, 2> both = {&left, &right};
-    Bound out = combine(both);
+    Bound out = combine(both, " in the add operator");
     if (out.failed) return out;
     const bool ok = guard(line, [&] {
         const bool isBit = op == BinaryOp::BitAnd || op == BinaryOp::BitOr || op == BinaryOp::BitXor;
@@ -247,7 +252,7 @@ Bound Binder::unify(std::vector<Bound>& values, int line) {
         operands.push_back(&each);
         types.push_back(each.type);
     }
-    Bound out = combine(operands);
+    Bound out = combine(operands, " in the CASE operator");
     if (out.failed) return out;
     if (!guard(line, [&] { out.type = commonType(types); })) {
         out.failed = true;

@@ -91,6 +91,7 @@ Bound Binder::call(const ast::Call& node, Scope& scope, int line) {
                         "\" or the user-defined function or aggregate \"" + node.name.written() +
                         "\", or the name is ambiguous.");
     }
+    if (name == "IDENTITY") return newIdentity(node, scope, line);
     if (findWindowFunction(name) != nullptr) return ranking(node, scope, line);
     if (isAggregate(name)) return aggregate(node, scope, line);
     const FunctionRow* row = findFunction(name);
@@ -179,6 +180,34 @@ Bound Binder::call(const ast::Call& node, Scope& scope, int line) {
     return out;
 }
 
+// Numbers for the rows of SELECT ... INTO, in the order in which they are found.
+Bound Binder::newIdentity(const ast::Call& node, const Scope& scope, int line) {
+    const auto& seed = std::get<ast::Cast>(node.arguments[0]->node);
+    const auto whole = [](const ast::Expr& expr) {
+        return std::get<std::int64_t>(std::get<ast::Literal>(expr.node).value.value);
+    };
+    if (!scope.makesTable || scope.clause != Clause::Select) {
+        return fail(177, 15, 1, line,
+                    "The IDENTITY function can only be used when the SELECT statement has an INTO clause.");
+    }
+    if (!seed.type.known) {
+        return fail(243, 16, 1, line, "Type " + seed.type.written + " is not a defined system type.");
+    }
+    if (!isInteger(seed.type.type.id) || seed.type.type.id == TypeId::Bit) {
+        return fail(2749, 16, 2, line,
+                    "Identity column must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
+                    "scale of 0, unencrypted, and constrained to be nonnullable.");
+    }
+    Bound out;
+    out.newIdentity = {whole(*seed.operand), whole(*node.arguments[1])};
+    out.type = seed.type.type;
+    out.nullable = false;
+    const std::string number = "((row_number() OVER () - 1) * " + std::to_string(out.newIdentity->second) + " + " +
+                               std::to_string(out.newIdentity->first) + ")";
+    out.sql = castSql(number, Type{.id = TypeId::BigInt}, out.type);
+    return out;
+}
+
 Bound Binder::nullIf(const ast::Call& node, Scope& scope, int line) {
     const Bound first = value(*node.arguments[0], scope);
     const Bound second = value(*node.arguments[1], scope);
@@ -234,8 +263,10 @@ Bound Binder::aggregate(const ast::Call& node, Scope& scope, int line) {
         }
     }
     const bool starred = node.star;
-    if (!starred && node.arguments.empty()) {
-        return fail(174, 15, 1, line, "The " + node.name.name + " function requires 1 argument(s).");
+    const std::size_t wanted = name == "STRING_AGG" ? 2 : 1;
+    if (!starred && node.arguments.size() != wanted) {
+        return fail(174, 15, 1, line,
+                    "The " + node.name.name + " function requires " + std::to_string(wanted) + " argument(s).");
     }
     Bound argument;
     argument.nullable = false;

@@ -29,21 +29,27 @@ private:
     std::size_t caught_;
 };
 
+// Ends what lives no longer than a frame: temporary tables of procedures and texts, table variables of batches.
 class TemporaryScope {
 public:
-    TemporaryScope(SessionState& session, bool opened) : session_(session), opened_(opened) {
+    TemporaryScope(SessionState& session, const Frame& frame)
+        : session_(session), frame_(frame), opened_(frame.kind != Frame::Kind::Batch) {
         if (opened_) session_.connection->beginTemporaryScope();
     }
     ~TemporaryScope() {
-        if (!opened_) return;
-        session_.connection->endTemporaryScope();
-        session_.definitionsChanged();
+        if (opened_) {
+            session_.connection->endTemporaryScope();
+            session_.definitionsChanged();
+        } else if (!frame_.unit->tables.empty()) {
+            session_.connection->dropTableVariables();
+        }
     }
     TemporaryScope(const TemporaryScope&) = delete;
     TemporaryScope& operator=(const TemporaryScope&) = delete;
 
 private:
     SessionState& session_;
+    const Frame& frame_;
     bool opened_;
 };
 
@@ -170,7 +176,7 @@ void Interpreter::runFrame(Frame& frame, const std::function<std::shared_ptr<Uni
     static const auto kNothing = std::make_shared<Unit>();
     if (!frame.unit) frame.unit = kNothing;
     FrameGuard guard(session_, frame);
-    TemporaryScope scope(session_, frame.kind != Frame::Kind::Batch);
+    TemporaryScope scope(session_, frame);
     try {
         frame.unit = load();
         Unit& unit = *frame.unit;
@@ -186,7 +192,6 @@ void Interpreter::runFrame(Frame& frame, const std::function<std::shared_ptr<Uni
         fail(e, nullptr, true);
     }
     runAll(*frame.unit->body);
-    if (frame.kind == Frame::Kind::Batch && !frame.unit->tables.empty()) session_.connection->dropTableVariables();
 }
 
 bool Interpreter::inside() const {

@@ -153,9 +153,17 @@ void Interpreter::runPermission(const ast::Permission& n) {
 
 void Interpreter::runAlterDatabase(const ast::AlterDatabase& n) {
     if (!n.name.empty() && !session_.shared.databases.find(n.name)) {
-        raise(5011, 14, 5,
-              "User does not have permission to alter database '" + n.name +
-                  "', the database does not exist, or the database is not in a state that allows access checks.");
+        const auto told = [](int number, int severity, int state, std::string text) {
+            return Message{.number = number, .severity = severity, .state = state, .text = std::move(text)};
+        };
+        throw SqlError(
+            std::vector<Message>{
+                told(
+                    5011, 14, 5,
+                    "User does not have permission to alter database '" + n.name +
+                        "', the database does not exist, or the database is not in a state that allows access checks."),
+                told(5069, 16, 1, "ALTER DATABASE statement failed.")},
+            Effect::Statement);
     }
     // What this server is anyway.
     static constexpr std::string_view kHolds[] = {"RECOVERY SIMPLE", "MULTI_USER",      "READ_WRITE",

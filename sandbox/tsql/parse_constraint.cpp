@@ -9,6 +9,13 @@ bool Parser::seesConstraint() const {
     return seesAnyWord({"CONSTRAINT", "PRIMARY", "UNIQUE", "FOREIGN", "REFERENCES", "CHECK", "DEFAULT"});
 }
 
+void Parser::refuseSubquery(const ast::Expr& expr) const {
+    ast::forEachExpr(expr, [&](const ast::Expr& each) {
+        if (!ast::as<ast::Subquery>(each) && !ast::as<ast::Exists>(each)) return;
+        fail(1046, "Subqueries are not allowed in this context. Only scalar expressions are allowed.", each.place);
+    });
+}
+
 // [CONSTRAINT name] (PRIMARY KEY ... | UNIQUE ... | [FOREIGN KEY [( columns )]] REFERENCES ...
 //     | CHECK [NOT FOR REPLICATION] ( condition ) | DEFAULT value [FOR column] [WITH VALUES])
 ast::Constraint Parser::constraint() {
@@ -31,12 +38,14 @@ ast::Constraint Parser::constraint() {
         const std::uint32_t begin = peek().place.offset;
         expectSymbol("(");
         node.expr = condition();
+        refuseSubquery(*node.expr);
         expectSymbol(")");
         node.exprText = textOf({begin, previous().end});
     } else {
         expectWord("DEFAULT");
         node.kind = ast::Constraint::Kind::Default;
         node.expr = value();
+        refuseSubquery(*node.expr);
         node.exprText = textOf(node.expr->text);
         if (acceptWord("FOR")) node.forColumn = identifier();
         node.withValues = acceptWords("WITH", "VALUES");

@@ -44,6 +44,7 @@ ast::ExprPtr Parser::wordPrimary() {
     if (seesSymbol("(", 1)) {
         if (seesAnyWord({"CAST", "TRY_CAST"})) return cast(take().upper == "TRY_CAST");
         if (seesAnyWord({"CONVERT", "TRY_CONVERT"})) return convert(take().upper == "TRY_CONVERT");
+        if (acceptWord("IDENTITY")) return newIdentity(from);
         if (seesAnyWord({"COALESCE", "NULLIF", "LEFT", "RIGHT"})) {
             ast::ObjectName name;
             name.place = from;
@@ -59,6 +60,28 @@ ast::ExprPtr Parser::wordPrimary() {
     }
     if (seesAnyWord({"IDENTITYCOL", "ROWGUIDCOL"})) return make(from, ast::ColumnRef{{}, take().text});
     return nameOrCall();
+}
+
+// ( type [, seed, increment] ): a call of IDENTITY with its seed as the type, and the increment.
+ast::ExprPtr Parser::newIdentity(const ast::Place& from) {
+    constexpr Type kWhole{.id = TypeId::BigInt};
+    ast::Cast seed;
+    std::int64_t first = 1, step = 1;
+    expectSymbol("(");
+    seed.type = typeName(TypeUse::Cast);
+    if (acceptSymbol(",")) {
+        first = integer();
+        expectSymbol(",");
+        step = integer();
+    }
+    expectSymbol(")");
+    seed.operand = make(from, ast::Literal{{kWhole, first}});
+    ast::Call node;
+    node.name.place = from;
+    node.name.name = "IDENTITY";
+    node.arguments.push_back(make(from, std::move(seed)));
+    node.arguments.push_back(make(from, ast::Literal{{kWhole, step}}));
+    return make(from, std::move(node));
 }
 
 // [[[database.][schema.]table.]column | [schema.]function ( arguments )

@@ -179,6 +179,11 @@ std::optional<ast::Top> Parser::top() {
         node.count = make(from, literal(number));
     }
     node.percent = acceptWord("PERCENT");
+    const auto* number = ast::as<ast::Literal>(*node.count);
+    const auto* whole = number ? std::get_if<std::int64_t>(&number->value.value) : nullptr;
+    if (node.percent && whole && isInteger(number->value.type.id) && *whole > 100) {
+        fail(1031, "Percent values must be between 0 and 100.", node.count->place);
+    }
     node.withTies = acceptWords("WITH", "TIES");
     return node;
 }
@@ -254,7 +259,12 @@ std::vector<ast::OrderItem> Parser::orderBy() {
 
 // [OFFSET value (ROW | ROWS) [FETCH (FIRST | NEXT) value (ROW | ROWS) ONLY]]
 void Parser::offsetFetch(ast::Query& query) {
+    const ast::Place place = peek().place;
     if (!acceptWord("OFFSET")) return;
+    const auto* select = std::get_if<ast::Select>(&query.body->node);
+    if (select && select->top) {
+        fail(10741, "A TOP can not be used in the same query or sub-query as a OFFSET.", place, 15, 2);
+    }
     query.offset = value();
     expectAnyWord({"ROW", "ROWS"});
     if (!seesWord("FETCH") || !seesAnyWord({"FIRST", "NEXT"}, 1)) return;

@@ -196,7 +196,9 @@ private:
     ast::ColumnDefinition columnDefinition();
     bool columnOption(ast::ColumnDefinition& column);
     ast::Identity identity();
+    ast::ExprPtr newIdentity(const ast::Place& from);
     bool seesConstraint() const;
+    void refuseSubquery(const ast::Expr& expr) const;  // in a default or a check
     ast::Constraint constraint();
     void keyConstraint(ast::Constraint& constraint);
     void referenceConstraint(ast::Constraint& constraint);

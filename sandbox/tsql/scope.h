@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "sandbox/store/catalog.h"
@@ -29,11 +30,19 @@ struct Bound {
     bool nullable = true;
     Coercibility coercibility = Coercibility::None;
     std::string collation;
-    const SourceColumn* column = nullptr;  // set for a column and nothing else
-    std::optional<Value> literal;          // set for a literal and nothing else
-    bool isVariable = false;               // set for a variable and nothing else
-    bool constant = false;                 // the same for all rows
-    bool failed = false;                   // an error was reported: report none that follows from it
+    std::string conflict;                                              // of a Conflict: "a" and "b" in the add operator
+    const SourceColumn* column = nullptr;                              // set for a column and nothing else
+    std::optional<Value> literal;                                      // set for a literal and nothing else
+    std::optional<std::pair<std::int64_t, std::int64_t>> newIdentity;  // seed and increment of IDENTITY(type, ...)
+    bool isVariable = false;                                           // set for a variable and nothing else
+    bool constant = false;                                             // the same for all rows
+    bool failed = false;  // an error was reported: report none that follows from it
+};
+
+// A column of a table, as a change finds it behind a view, a derived table or a CTE.
+struct BaseColumn {
+    std::size_t base = 0;            // place in the source's bases
+    const ColumnDef* def = nullptr;  // in that table; none: derived from others, or a constant
 };
 
 struct SourceColumn {
@@ -45,7 +54,18 @@ struct SourceColumn {
     std::string collation;
     Coercibility coercibility = Coercibility::None;
     bool failed = false;
+    BaseColumn base{};
 };
+
+// A table whose rows a change through a source would change, and its row id.
+struct Base {
+    ResolvedObject table;
+    std::string row;       // SQL
+    bool checked = false;  // through a view WITH CHECK OPTION
+};
+
+// Why a query cannot be changed through.
+enum class NotUpdatable { No, Union, Groups };
 
 // One table of a FROM clause.
 struct Source {
@@ -57,6 +77,8 @@ struct Source {
     std::vector<SourceColumn> columns;
     bool missing = false;  // a table that is not there, or one in error: columns cannot be told
     bool nullableSide = false;
+    std::vector<Base> bases;  // of a table: itself; of others: only where a change is bound
+    NotUpdatable notUpdatable = NotUpdatable::No;
 
     [[nodiscard]] const SourceColumn* find(std::string_view columnName) const;
     // "t.b", as error 8120 and its like name a column: by the table's name, not by its alias.
@@ -75,6 +97,7 @@ struct Scope {
     Scope* parent = nullptr;
     std::vector<Source*> sources;
     Clause clause = Clause::None;
+    bool makesTable = false;  // of a SELECT ... INTO
 
     // Grouped queries: what stands outside of aggregates must be made of these.
     bool grouped = false;

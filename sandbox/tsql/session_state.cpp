@@ -6,7 +6,9 @@
 #include <chrono>
 #include <ctime>
 
+#include "sandbox/store/collation.h"
 #include "sandbox/store/storage_codec.h"
+#include "sandbox/tsql/interpreter_cursor.h"
 #include "sandbox/tsql/session_bulk.h"
 
 namespace sandbox {
@@ -118,6 +120,16 @@ SessionState::~SessionState() {
     shared.databases.processes().remove(spid);
 }
 
+// As CURSOR_STATUS tells it: open with rows, open without, closed, not there.
+std::int32_t SessionState::statusOf(bool global, std::string_view cursor) const {
+    if (!global && !frame) return -3;
+    const auto& known = global ? cursors : frame->cursors;
+    const auto found = known.find(foldName(cursor));
+    if (found == known.end()) return -3;
+    if (!found->second->open) return -1;
+    return found->second->rows.empty() ? 0 : 1;
+}
+
 void SessionState::connectFunctions() {
     FunctionContext& f = connection->functions();
     f.login = login.user;
@@ -133,6 +145,7 @@ void SessionState::connectFunctions() {
     f.lastIdentity = [this] { return asDecimal(identity); };
     f.caughtError = [this]() -> const Message* { return caught.empty() ? nullptr : &caught.back().message; };
     f.transactionState = [this] { return transaction.xactState(); };
+    f.cursorStatus = [this](bool global, std::string_view name) { return statusOf(global, name); };
     sqlite3_create_function_v2(connection->handle(), "t_set_var", 2, SQLITE_UTF8, this, &setVariable, nullptr, nullptr,
                                nullptr);
 }

@@ -111,6 +111,7 @@ struct SessionState {
     void applySettings();   // tells connection and functions what SET has changed
 
 private:
+    [[nodiscard]] std::int32_t statusOf(bool global, std::string_view cursor) const;
     void connectFunctions();
 
     std::uint64_t stamp_ = 1;

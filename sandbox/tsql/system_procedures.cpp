@@ -66,27 +66,53 @@ Status executeSql(Interpreter& interpreter, const SystemProcedure& self, std::ve
     return status;
 }
 
-Status rename(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
-              const std::string&) {
-    const auto textAt = [&](std::size_t place, std::string_view name) -> std::string {
-        for (std::size_t i = 0; i < arguments.size(); ++i) {
-            const bool here = arguments[i].name.empty() ? i == place : sameName(arguments[i].name, name);
-            if (here && !isNull(arguments[i].value.value)) {
-                return displayText(arguments[i].value.value, arguments[i].value.type);
-            }
+// The argument of this place or name as text; empty where it is not given.
+std::string textOf(const std::vector<CallArgument>& arguments, std::size_t place, std::string_view name) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const bool here = arguments[i].name.empty() ? i == place : sameName(arguments[i].name, name);
+        if (here && !isNull(arguments[i].value.value)) {
+            return displayText(arguments[i].value.value, arguments[i].value.type);
         }
-        return {};
-    };
-    const std::string object = textAt(0, "@objname");
-    const std::string newName = textAt(1, "@newname");
-    if (object.empty() || newName.empty()) {
+    }
+    return {};
+}
+
+std::string neededText(const std::vector<CallArgument>& arguments, std::size_t place, std::string_view name,
+                       const SystemProcedure& self) {
+    std::string text = textOf(arguments, place, name);
+    if (text.empty()) {
         raise(201, 4,
-              std::string("Procedure or function 'sp_rename' expects parameter '") +
-                  (object.empty() ? "@objname" : "@newname") + "', which was not supplied.",
+              "Procedure or function '" + std::string(self.name) + "' expects parameter '" + std::string(name) +
+                  "', which was not supplied.",
               self.name);
     }
-    interpreter.renameObject(object, newName, textAt(2, "@objtype"));
+    return text;
+}
+
+Status rename(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+              const std::string&) {
+    const std::string object = neededText(arguments, 0, "@objname", self);
+    const std::string newName = neededText(arguments, 1, "@newname", self);
+    try {
+        interpreter.renameObject(object, newName, textOf(arguments, 2, "@objtype"));
+    } catch (SqlError& error) {
+        for (Message& message : error.messages) message.procedure = self.name;
+        throw;
+    }
     return 0;
+}
+
+// What tells of one object: it must be there.
+Status runForObject(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+                    const std::string& database) {
+    const std::string object = neededText(arguments, 0, "@objname", self);
+    if (!interpreter.session().connection->findByText(object)) {
+        raise(15009, 1,
+              "The object '" + object + "' does not exist in database '" + interpreter.session().database() +
+                  "' or is invalid for this operation.",
+              self.name);
+    }
+    return runText(interpreter, self, arguments, database);
 }
 
 Status resetConnection(Interpreter& interpreter, const SystemProcedure&, std::vector<CallArgument>&,
@@ -136,7 +162,7 @@ constexpr auto kProcedures = std::to_array<SystemProcedure>({
     {"sp_describe_undeclared_parameters", &refuse, {}, {}},
     {"sp_help", &refuse, {}, {}},
     {"sp_helpdb", &refuse, {}, {}},
-    {"sp_helpindex", &refuse, {}, {}},
+    {"sp_helpindex", &runForObject, texts::kHelpIndexParameters, texts::kHelpIndex},
     {"sp_spaceused", &refuse, {}, {}},
     {"sp_who2", &refuse, {}, {}},
     {"sp_lock", &refuse, {}, {}},

@@ -137,4 +137,39 @@ WHERE o.name LIKE @procedure_name AND (@procedure_owner IS NULL OR 'dbo' LIKE @p
   AND (@column_name IS NULL OR p.name LIKE @column_name)
 ORDER BY 1, 2, 3, p.place)";
 
+inline constexpr std::string_view kHelpIndexParameters = "@objname nvarchar(776)";
+
+inline constexpr std::string_view kHelpIndex = R"(
+SET NOCOUNT ON
+DECLARE @keys TABLE (index_id int PRIMARY KEY, keys nvarchar(2078) NOT NULL)
+DECLARE @place int, @left int
+INSERT @keys SELECT index_id, N'' FROM sys.indexes WHERE object_id = OBJECT_ID(@objname) AND index_id > 0
+IF @@ROWCOUNT = 0
+    PRINT 'The object ''' + @objname + ''' does not have any indexes, or you do not have permissions.'
+SELECT @place = 1, @left = 1
+WHILE @left > 0
+BEGIN
+    UPDATE k
+    SET keys = k.keys + CASE @place WHEN 1 THEN N'' ELSE N', ' END + c.name
+             + CASE ic.is_descending_key WHEN 1 THEN N'(-)' ELSE N'' END
+    FROM @keys AS k
+    INNER JOIN sys.index_columns AS ic
+        ON ic.object_id = OBJECT_ID(@objname) AND ic.index_id = k.index_id AND ic.key_ordinal = @place
+    INNER JOIN sys.columns AS c ON c.object_id = ic.object_id AND c.column_id = ic.column_id
+    SELECT @left = @@ROWCOUNT, @place = @place + 1
+END
+SET NOCOUNT OFF
+IF EXISTS (SELECT * FROM @keys)
+SELECT index_name = i.name,
+       index_description = CAST(CASE i.type WHEN 1 THEN 'clustered' ELSE 'nonclustered' END
+           + CASE i.is_unique WHEN 1 THEN ', unique' ELSE '' END
+           + CASE i.is_primary_key WHEN 1 THEN ', primary key' ELSE '' END
+           + CASE i.is_unique_constraint WHEN 1 THEN ', unique key' ELSE '' END
+           + ' located on PRIMARY' AS varchar(210)),
+       index_keys = k.keys
+FROM sys.indexes AS i
+INNER JOIN @keys AS k ON k.index_id = i.index_id
+WHERE i.object_id = OBJECT_ID(@objname)
+ORDER BY i.name)";
+
 }  // namespace sandbox::texts

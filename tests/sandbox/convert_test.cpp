@@ -132,7 +132,7 @@ TEST(Convert, NumbersBecomeText) {
               "8115 16 2 Arithmetic overflow error converting expression to data type nvarchar.");
     EXPECT_EQ(asText(Decimal{150, 2}, decimal(3, 2)), "1.50");
     EXPECT_EQ(asText(Decimal{150, 2}, decimal(3, 2), varchar(2)),
-              "8115 16 8 Arithmetic overflow error converting numeric to data type varchar.");
+              "8115 16 5 Arithmetic overflow error converting numeric to data type varchar.");
     EXPECT_EQ(asText(std::int64_t{123457}, kMoney), "12.35");
     EXPECT_EQ(asText(std::int64_t{123457}, kMoney, varchar(20), 2), "12.3457");
     EXPECT_EQ(asText(std::int64_t{-12345678900}, kMoney, varchar(20), 1), "-1,234,567.89");

@@ -111,7 +111,7 @@ constexpr Refusal kRefusals[] = {
     {"DROP DATABASE master",
      "error 3708 16 4 - 1 Cannot drop the database 'master' because it is a system database.\n"},
     {"EXEC sp_rename 'nothing', 'x'",
-     "error 15225 11 1 - 1 No item by the name of 'nothing' could be found in the current database 'd', given "
+     "error 15225 11 1 sp_rename 1 No item by the name of 'nothing' could be found in the current database 'd', given "
      "that @itemtype was input as '(null)'.\n"},
 };
 
