@@ -41,6 +41,12 @@ struct IndexDef {
     };
     std::vector<Key> keys;
     std::vector<std::string> included;
+    // The rows that the index has: those that meet every condition. Empty: all rows.
+    struct Condition {
+        std::string column;
+        bool null = false;  // IS NULL, else IS NOT NULL
+    };
+    std::vector<Condition> filter;
     int indexId = 0;                // 1 where clustered, else 2 and up
     std::int32_t constraintId = 0;  // object_id of a primary key or unique constraint
 };

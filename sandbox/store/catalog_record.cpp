@@ -67,6 +67,15 @@ static void from_json(const Json& j, IndexDef::Key& k) {
     k.descending = j.at("descending");
 }
 
+static void to_json(Json& j, const IndexDef::Condition& c) {
+    j = Json{{"column", c.column}, {"null", c.null}};
+}
+
+static void from_json(const Json& j, IndexDef::Condition& c) {
+    c.column = j.at("column");
+    c.null = j.at("null");
+}
+
 static void to_json(Json& j, const IndexDef& i) {
     j = Json{{"name", i.name},
              {"unique", i.unique},
@@ -75,6 +84,7 @@ static void to_json(Json& j, const IndexDef& i) {
              {"clustered", i.clustered},
              {"keys", i.keys},
              {"included", i.included},
+             {"filter", i.filter},
              {"id", i.indexId},
              {"constraintId", i.constraintId}};
 }
@@ -87,6 +97,7 @@ static void from_json(const Json& j, IndexDef& i) {
     i.clustered = j.at("clustered");
     i.keys = j.at("keys");
     i.included = j.at("included");
+    i.filter = j.value("filter", std::vector<IndexDef::Condition>{});  // files of before have none
     i.indexId = j.at("id");
     i.constraintId = j.at("constraintId");
 }

@@ -105,6 +105,16 @@ bool isUnique(const I& i) {
     return i.index != nullptr && i.index->unique;
 }
 
+// As the server writes it: ([a] IS NOT NULL AND [b] IS NULL).
+std::string filterText(const I& i) {
+    std::string text;
+    if (i.index == nullptr) return text;
+    for (const IndexDef::Condition& c : i.index->filter) {
+        text += (text.empty() ? "([" : " AND [") + c.column + (c.null ? "] IS NULL" : "] IS NOT NULL");
+    }
+    return text.empty() ? text : text + ")";
+}
+
 SystemView live(SystemView view) {
     view.live = true;
     return view;
@@ -180,8 +190,8 @@ std::vector<SystemView> indexViews() {
                 {"is_hypothetical", kBit, [](const I&) { return number(0); }},
                 {"allow_row_locks", kBit, [](const I&) { return number(1); }},
                 {"allow_page_locks", kBit, [](const I&) { return number(1); }},
-                {"has_filter", kBit, [](const I&) { return number(0); }},
-                {"filter_definition", kLongText, [](const I&) { return Value{}; }},
+                {"has_filter", kBit, [](const I& i) { return number(filterText(i).empty() ? 0 : 1); }},
+                {"filter_definition", kLongText, [](const I& i) { return textOrNull(filterText(i)); }},
             }),
         live(makeView<N>("sys", "partitions", countedIndexes,
                          {

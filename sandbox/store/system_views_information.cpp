@@ -195,7 +195,8 @@ std::vector<ReferenceRow> references(Connection& connection, Database& database)
         ReferenceRow row{database.name(), std::string(object.name), object.foreignKey, {}, object.object};
         if (const auto parent = catalog->findById(object.foreignKey->parentId)) {
             for (const IndexDef& index : parent->indexes) {
-                if (index.unique && index.keys.size() == object.foreignKey->columns.size() && row.unique.empty()) {
+                if (index.unique && index.filter.empty() && index.keys.size() == object.foreignKey->columns.size() &&
+                    row.unique.empty()) {
                     row.unique = index.name;
                 }
             }

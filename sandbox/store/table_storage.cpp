@@ -59,6 +59,14 @@ std::string addColumnSql(std::string_view schema, const ObjectDef& table, const 
     return "ALTER TABLE " + storageTable(schema, table) + " ADD COLUMN " + columnDeclaration(column);
 }
 
+std::string filterSql(const IndexDef& index) {
+    std::vector<std::string> conditions;
+    for (const IndexDef::Condition& c : index.filter) {
+        conditions.push_back(quoteIdentifier(c.column) + (c.null ? " IS NULL" : " IS NOT NULL"));
+    }
+    return joined(conditions, " AND ");
+}
+
 std::vector<std::string> createIndexSql(std::string_view schema, const ObjectDef& table, const IndexDef& index) {
     std::vector<std::string> keys;
     std::vector<std::string> keysWithNulls;
@@ -79,11 +87,12 @@ std::vector<std::string> createIndexSql(std::string_view schema, const ObjectDef
     }
     const std::string on = " ON " + quoteIdentifier(table.storageName) + " (";
     const std::string create = index.unique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ";
+    const std::string filter = filterSql(index);
     std::vector<std::string> texts{create + indexName(schema, table, indexSuffix(index)) + on + joined(keys, ", ") +
-                                   ")"};
+                                   ")" + (filter.empty() ? "" : " WHERE " + filter)};
     if (index.unique && !someNull.empty()) {
         texts.push_back(create + indexName(schema, table, indexSuffix(index) + "n") + on + joined(keysWithNulls, ", ") +
-                        ") WHERE " + joined(someNull, " OR "));
+                        ") WHERE (" + joined(someNull, " OR ") + ")" + (filter.empty() ? "" : " AND " + filter));
     }
     return texts;
 }
@@ -95,7 +104,7 @@ std::vector<std::string> dropIndexSql(std::string_view schema, const ObjectDef& 
 
 std::string createForeignKeyIndexSql(std::string_view schema, const ObjectDef& table, const ForeignKeyDef& key) {
     const bool covered = std::any_of(table.indexes.begin(), table.indexes.end(), [&](const IndexDef& index) {
-        return index.keys.size() >= key.columns.size() &&
+        return index.filter.empty() && index.keys.size() >= key.columns.size() &&
                std::equal(key.columns.begin(), key.columns.end(), index.keys.begin(),
                           [](const std::string& column, const IndexDef::Key& k) { return sameName(column, k.column); });
     });

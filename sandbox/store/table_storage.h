@@ -16,6 +16,8 @@ namespace sandbox {
 
 [[nodiscard]] std::string createStorageSql(std::string_view schema, const ObjectDef& table);
 [[nodiscard]] std::string addColumnSql(std::string_view schema, const ObjectDef& table, const ColumnDef& column);
+// The condition of the rows that an index has; empty: all.
+[[nodiscard]] std::string filterSql(const IndexDef& index);
 // A unique index over columns that may be null has a second SQLite index, in which nulls are equal.
 [[nodiscard]] std::vector<std::string> createIndexSql(std::string_view schema, const ObjectDef& table,
                                                       const IndexDef& index);

@@ -98,8 +98,12 @@ SqlError duplicateError(const ExecuteContext& context, const FoundObject& table,
                         std::optional<std::int64_t> rowId) {
     const ObjectDef& object = *table.object;
     for (const IndexDef& index : object.indexes) {
-        if (!index.unique) continue;
-        std::string condition;
+        const bool has = std::all_of(index.filter.begin(), index.filter.end(), [&](const IndexDef::Condition& c) {
+            const ColumnDef* column = object.findColumn(c.column);
+            return isNull(newRow[static_cast<std::size_t>(column - object.columns.data())]) == c.null;
+        });
+        if (!index.unique || !has) continue;
+        std::string condition = index.filter.empty() ? "" : filterSql(index) + " AND ";
         for (const IndexDef::Key& key : index.keys) {
             condition += quoteIdentifier(object.findColumn(key.column)->name) + " IS ? AND ";
         }

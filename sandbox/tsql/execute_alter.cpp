@@ -279,6 +279,7 @@ std::vector<Message> dependents(const ExecuteContext& context, const FoundObject
     for (const IndexDef& index : def.indexes) {
         std::vector<std::string> columns = index.included;
         for (const IndexDef::Key& key : index.keys) columns.push_back(key.column);
+        for (const IndexDef::Condition& condition : index.filter) columns.push_back(condition.column);
         if (has(columns)) add(index.primaryKey || index.uniqueConstraint ? "object" : "index", index.name);
     }
     for (const ForeignKeyDef& key : def.foreignKeys) {

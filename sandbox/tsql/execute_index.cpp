@@ -24,8 +24,9 @@ namespace {
 std::string duplicateIn(const ExecuteContext& context, const FoundObject& table, const IndexDef& index) {
     std::string keys;
     for (const IndexDef::Key& key : index.keys) keys += (keys.empty() ? "" : ", ") + quoteIdentifier(key.column);
-    Statement look = context.connection.prepare("SELECT " + keys + " FROM " + tableSql(table) + " GROUP BY " + keys +
-                                                " HAVING count(*) > 1 ORDER BY " + keys + " LIMIT 1");
+    const std::string where = index.filter.empty() ? "" : " WHERE " + filterSql(index);
+    Statement look = context.connection.prepare("SELECT " + keys + " FROM " + tableSql(table) + where + " GROUP BY " +
+                                                keys + " HAVING count(*) > 1 ORDER BY " + keys + " LIMIT 1");
     std::vector<Value> row(table.object->columns.size());
     if (look.step()) {
         for (std::size_t i = 0; i < index.keys.size(); ++i) {
@@ -35,6 +36,23 @@ std::string duplicateIn(const ExecuteContext& context, const FoundObject& table,
         }
     }
     return keyText(*table.object, index, row);
+}
+
+// WHERE of CREATE INDEX: columns that are null or are not, joined by AND. Any other condition is refused.
+void addFilter(const ObjectDef& table, const ast::Expr& condition, IndexDef& index) {
+    if (const auto* both = ast::as<ast::Logical>(condition); both && both->isAnd) {
+        for (const ast::ExprPtr& one : both->operands) addFilter(table, *one, index);
+        return;
+    }
+    const auto* test = ast::as<ast::IsNull>(condition);
+    const auto* named = test ? ast::as<ast::ColumnRef>(*test->operand) : nullptr;
+    if (!named) throw unsupported("filtered index with such a condition");
+    const ColumnDef* column = table.findColumn(named->name);
+    if (!column) {
+        throw definitionError(1911, 1, "Column name '" + named->name + "' does not exist in the target table or view.");
+    }
+    if (!column->computedText.empty()) throw unsupported("filtered index on a computed column");
+    index.filter.push_back({column->name, !test->negated});
 }
 
 }  // namespace
@@ -66,7 +84,6 @@ void executeCreateIndex(const ExecuteContext& context, const ast::CreateIndex& s
     const auto found = context.connection.find(name.database, name.schema, name.name);
     if (!found || found->object->system) throw cannotFind(1088, 12, name.written());
     if (found->object->kind != ObjectKind::Table) throw unsupported("index on a view");
-    if (statement.where) throw unsupported("filtered index");
     if (statement.ignoreDuplicates) throw unsupported("index with IGNORE_DUP_KEY");
     Write write(context.connection, *found->database);
     const auto table = findAgain(context, *found);
@@ -87,6 +104,7 @@ void executeCreateIndex(const ExecuteContext& context, const ast::CreateIndex& s
     index.clustered = statement.clustered;
     index.included = statement.included;
     for (const ast::IndexColumn& key : statement.columns) index.keys.push_back({key.name, key.descending});
+    if (statement.where) addFilter(*table->object, *statement.where, index);
     builder.addIndex(std::move(index));
     buildIndex(context, *table, def.indexes.back());
     context.connection.put(*table->database, def);

@@ -77,6 +77,9 @@ void renameColumn(const ExecuteContext& context, const FoundObject& table, const
         for (IndexDef::Key& key : index.keys) {
             if (sameName(key.column, old)) key.column = name;
         }
+        for (IndexDef::Condition& condition : index.filter) {
+            if (sameName(condition.column, old)) condition.column = name;
+        }
     }
     for (ForeignKeyDef& key : def.foreignKeys) {
         renameIn(key.columns, old, name);

@@ -82,7 +82,7 @@ void TableBuilder::matchParent(ForeignKeyDef& key, const ObjectDef& parent) {
         column = found->name;
     }
     const bool isKey = std::any_of(parent.indexes.begin(), parent.indexes.end(), [&](const IndexDef& index) {
-        return index.unique && index.keys.size() == key.parentColumns.size() &&
+        return index.unique && index.filter.empty() && index.keys.size() == key.parentColumns.size() &&
                std::all_of(index.keys.begin(), index.keys.end(), [&](const IndexDef::Key& k) {
                    return std::find(key.parentColumns.begin(), key.parentColumns.end(), k.column) !=
                           key.parentColumns.end();
