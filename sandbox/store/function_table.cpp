@@ -268,6 +268,11 @@ std::string lowered(std::string_view name) {
     return foldName(name);
 }
 
+// text, ntext and image may be searched, and not much else.
+bool searchesLobs(const FunctionRow& row, int place) {
+    return place == 2 && (row.name == "CHARINDEX" || row.name == "PATINDEX");
+}
+
 // What an argument with this letter is cast to.
 Type argumentType(const FunctionRow& row, char letter, const Type& given, int place) {
     switch (letter) {
@@ -280,9 +285,12 @@ Type argumentType(const FunctionRow& row, char letter, const Type& given, int pl
             if (isBinary(given.id) || isCharacter(given.id)) return given;
             throw errors::invalidArgument(given, place, lowered(row.name));
         case 'x':
-            if (isBinary(given.id)) return given;
+            if (isBinary(given.id) && !isLob(given.id)) return given;
             [[fallthrough]];
         case 't':
+            if (isLob(given.id) && !searchesLobs(row, place)) {
+                throw errors::invalidArgument(given, place, lowered(row.name));
+            }
             if (isCharacter(given.id)) return given;
             return fixed(TypeId::VarChar, std::max(1, textLength(given)));
         case 'e':

@@ -223,7 +223,14 @@ Bound Binder::arithmetic(sandbox::BinaryOp op, const Bound& left, const Bound& r
                        : side.type;
         };
         out.type = binaryResultType(op, beside(left, right), beside(right, left));
-        if (left.type.id == TypeId::Null || right.type.id == TypeId::Null) {
+        const bool joins = op == BinaryOp::Add && isCharacter(out.type.id);
+        if (joins && !context_.options.concatNullYieldsNull) {
+            const auto filled = [](const Bound& side) {
+                return side.type.id == TypeId::Null ? "''" : "ifnull(" + side.sql + ", '')";
+            };
+            const auto typed = [&](const Bound& side) { return side.type.id == TypeId::Null ? out.type : side.type; };
+            out.sql = arithmeticSql(op, filled(left), typed(left), filled(right), typed(right), out.type);
+        } else if (left.type.id == TypeId::Null || right.type.id == TypeId::Null) {
             out.sql = "NULL";
         } else {
             out.sql = arithmeticSql(op, left.sql, left.type, right.sql, right.type, out.type);
