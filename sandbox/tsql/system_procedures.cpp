@@ -6,6 +6,7 @@
 #include "sandbox/store/collation.h"
 #include "sandbox/store/convert.h"
 #include "sandbox/tsql/procedures.h"
+#include "sandbox/tsql/system_procedure_describe.h"
 #include "sandbox/tsql/system_procedures_drivers.h"
 #include "sandbox/tsql/system_procedures_keys.h"
 #include "sandbox/tsql/system_procedures_texts.h"
@@ -89,6 +90,23 @@ std::string neededText(const std::vector<CallArgument>& arguments, std::size_t p
     return text;
 }
 
+Status describeResult(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+                      const std::string&) {
+    std::array<std::string, 2> texts;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string& name = arguments[i].name;
+        const std::size_t place = name.empty() ? i : sameName(name, "@tsql") ? 0 : sameName(name, "@params") ? 1 : 2;
+        if (place < texts.size()) texts.at(place) = unicodeText(arguments[i], place == 0 ? "@tsql" : "@params", self);
+    }
+    if (texts[0].empty()) {
+        raise(201, 4,
+              "Procedure or function 'sp_describe_first_result_set' expects parameter '@tsql', which was not supplied.",
+              self.name);
+    }
+    describeFirstResultSet(interpreter, texts[0], texts[1]);
+    return 0;
+}
+
 Status rename(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
               const std::string&) {
     const std::string object = neededText(arguments, 0, "@objname", self);
@@ -158,7 +176,7 @@ constexpr auto kProcedures = std::to_array<SystemProcedure>({
     {"sp_columns_managed", &runText, texts::kManagedColumnsParameters, texts::kManagedColumns},
     {"sp_indexes_managed", &runText, texts::kManagedIndexesParameters, texts::kManagedIndexes},
     {"sp_indexcolumns_managed", &runText, texts::kManagedIndexColumnsParameters, texts::kManagedIndexColumns},
-    {"sp_describe_first_result_set", &refuse, {}, {}},
+    {"sp_describe_first_result_set", &describeResult, {}, {}},
     {"sp_describe_undeclared_parameters", &refuse, {}, {}},
     {"sp_help", &refuse, {}, {}},
     {"sp_helpdb", &refuse, {}, {}},
