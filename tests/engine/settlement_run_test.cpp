@@ -236,7 +236,11 @@ TEST_F(SettlementRun, RosterThatCannotBeReadEndsTheRunQuietly) {
     chain.engine.Avdeling->SetExcludePosListSQL(QStringLiteral("AND finnes_ikke=1"));
     EXPECT_NO_THROW(run());
     ASSERT_EQ(chain.errorMessages().size(), 1);
-    EXPECT_TRUE(chain.errorMessages().first().startsWith(QStringLiteral("En feil oppstod i rutinen ExecuteOppgjor: ")));
+    const QString line = QStringLiteral("En feil oppstod i rutinen ExecuteOppgjor: ");
+    EXPECT_TRUE(chain.errorMessages().first().startsWith(line));
+    EXPECT_EQ(events.lines().last(),
+              QStringLiteral("ERR En feil oppstod ved innhenting av oppgjør: {Feilmelding} Feilmelding=") +
+                  chain.errorMessages().first().mid(line.size()));
     EXPECT_EQ(savedLog(), QString());
 }
 

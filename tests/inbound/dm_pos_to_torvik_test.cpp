@@ -235,6 +235,42 @@ TEST(TillTransfer, DepartmentOfReleasedTimeGetsNoneUntilTheTillReleasesIt) {
     EXPECT_EQ(transfer.run.tillValue(0, "SELECT IN_KLAR_HENT_TIMER FROM INNSTILLINGER"), "NULL");
 }
 
+// An ended entry of each status, one that is not ended, and one whose end stands in its correction alone.
+constexpr char kTimeEntryOfEachStatus[] =
+    R"(INSERT TIMER (TI_ID, TI_AN_ID, TI_TIDINN, TI_TIDUT, TI_INNMETODE, TI_STATUS)
+SELECT TI_STATUS, '100', '20260302 08:00', '20260302 16:00', 1, TI_STATUS
+FROM (SELECT 0 AS TI_STATUS UNION SELECT 1 UNION SELECT 2 UNION SELECT 4 UNION SELECT 8 UNION SELECT 17) AS t
+INSERT TIMER (TI_ID, TI_AN_ID, TI_TIDINN, TI_INNMETODE, TI_STATUS) VALUES (101, '100', '20260302 09:00', 1, 2)
+INSERT TIMER (TI_ID, TI_AN_ID, TI_TIDINN, TI_INNMETODE, TI_STATUS, TI_KORRIGERTTIDINN, TI_KORRIGERTTIDUT)
+VALUES (102, '100', '20260302 07:00', 1, 4, '20260302 10:00', '20260302 15:00')
+INSERT TIMERPRKODE SELECT TI_ID, 5, NULL FROM TIMER)";
+
+const char* const kStagedTimes = "SELECT tti_id FROM Temp_Timer_Import ORDER BY tti_id";
+const char* const kStagedCodes = "SELECT ttpi_ti_id FROM Temp_Timerprkode_Import ORDER BY ttpi_ti_id";
+const char* const kTimesOnTill = "SELECT TI_ID, TI_STATUS FROM TIMER ORDER BY TI_ID";
+
+TEST(TillTransfer, EndedTimeEntriesOfFourStatusesAreFetchedAndMarked) {
+    TillTransfer transfer;
+    transfer.onTill(kTimeEntryOfEachStatus);
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.run.backOfficeRows(kStagedTimes), Rows({"1", "2", "4", "8", "102"}));
+    EXPECT_EQ(transfer.run.backOfficeRows(kStagedCodes), Rows({"1", "2", "4", "8", "102"}));
+    EXPECT_EQ(transfer.run.tillRows(0, kTimesOnTill),
+              Rows({"0 | 0", "1 | 17", "2 | 18", "4 | 20", "8 | 24", "17 | 17", "101 | 2", "102 | 20"}));
+}
+
+TEST(TillTransfer, ReleasedTimeEntriesOfThreeStatusesAreFetchedAndMarkedEndedOrNot) {
+    TillTransfer transfer;
+    transfer.run.chain.runInBackOffice("UPDATE Internkunde SET Ik_TimeImportType = 0 WHERE Ik_Ku_Id = 1001");
+    transfer.onTill(kTimeEntryOfEachStatus);
+    transfer.onTill("UPDATE INNSTILLINGER SET IN_KLAR_HENT_TIMER = '20260302 09:00'");  // before the corrected begin
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.run.backOfficeRows(kStagedTimes), Rows({"2", "4", "8", "101"}));
+    EXPECT_EQ(transfer.run.backOfficeRows(kStagedCodes), Rows({"2", "4", "8", "101"}));
+    EXPECT_EQ(transfer.run.tillRows(0, kTimesOnTill),
+              Rows({"0 | 0", "1 | 1", "2 | 18", "4 | 20", "8 | 24", "17 | 17", "101 | 18", "102 | 4"}));
+}
+
 TEST(TillTransfer, StaffThatTheBackOfficeHasAreNotSent) {
     TillTransfer transfer;
     EXPECT_EQ(transfer.execute(), QString());

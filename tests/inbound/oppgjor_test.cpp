@@ -148,6 +148,18 @@ TEST_F(OppgjorTest, ClearsTheStockMovementsWhereTheBackOfficeHasThem) {
     EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM Posbeholdningstransaksjoner"), "0");
 }
 
+TEST_F(OppgjorTest, StockMovementsAreClearedBehindWhatTheQueryHoldsAndTheLinesPileUp) {
+    run.engine.IsEnterprise = false;  // without credit orders, which use the same query
+    Requests requests(run.chain.backOffice());
+    EXPECT_EQ(execute(), QString());
+    const QStringList texts = requests.with(QStringLiteral("delete from posbeholdningstransaksjoner"));
+    ASSERT_EQ(texts.size(), 2);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_TRUE(texts[i].startsWith(QStringLiteral("update InternKundeKasse SET Ikk_AntIkkeOppgjorteSalg"))) << i;
+        EXPECT_EQ(texts[i].count(QStringLiteral("delete from posbeholdningstransaksjoner")), i + 1);
+    }
+}
+
 TEST_F(OppgjorTest, BackOfficeWithoutStockMovementsIsNoFailure) {
     run.chain.runInBackOffice("DROP TABLE Posbeholdningstransaksjoner");
     EXPECT_EQ(execute(), QString());
@@ -169,19 +181,79 @@ TEST_F(OppgjorTest, SavesTheTextThatMarksASettlement) {
         "update Oppgjor set OP_OPPDATERTTIDSPUNKT=GETDATE() where OP_OPPDATERTTIDSPUNKT is null and Op_Id=1"));
 }
 
+// The events of both phases, in their order; those of the copies and of the store sales have tests of their own.
+QStringList eventsOfTheWalk(const RecordedLog& log) {
+    QStringList events;
+    for (const QString& line : log.lines())
+        if (!line.startsWith(QStringLiteral("DBG "))) events << line;
+    return events;
+}
+
 TEST_F(OppgjorTest, LogsItsEventsWithTheirValues) {
     EXPECT_EQ(execute(), QString());
-    const QStringList events = run.structured.lines();
-    EXPECT_TRUE(events.contains(QStringLiteral(
-        "INF Starter innhenting av {Antall_oppgjor} oppgjør for avdeling {Avdeling} kassenummer {Kassenummer} "
-        "Antall_oppgjor=2 Avdeling=101 Kassenummer=1")))
-        << events.join(u'\n').toStdString();
-    EXPECT_TRUE(events.contains(QStringLiteral(
+    const QString who = QStringLiteral(" Avdeling=101 Kassenummer=1");
+    const auto settlement = [&](const QString& text, int number) {
+        return text + QStringLiteral(" Oppgjorsnummer=%1").arg(number) + who;
+    };
+    const QString begins =
+        QStringLiteral("INF Henter oppgjør {Oppgjorsnummer} for avdeling {Avdeling} kassenummer {Kassenummer}");
+    const QString ends =
+        QStringLiteral("INF Hentet oppgjør {Oppgjorsnummer} for avdeling {Avdeling} kassenummer {Kassenummer}");
+    EXPECT_EQ(
+        eventsOfTheWalk(run.structured),
+        QStringList(
+            {QStringLiteral("INF Starter innhenting av {Antall_oppgjor} oppgjør for avdeling {Avdeling} kassenummer "
+                            "{Kassenummer} Antall_oppgjor=2") +
+                 who,
+             QStringLiteral("INF Starter innhenting av transaksjoner  for avdeling {Avdeling} kassenummer "
+                            "{Kassenummer}") +
+                 who,
+             QStringLiteral("INF Fullført innhenting av transaksjoner for avdeling {Avdeling} kassenummer "
+                            "{Kassenummer}") +
+                 who,
+             settlement(begins, 1), settlement(ends, 1), settlement(begins, 2), settlement(ends, 2),
+             QStringLiteral("INF Fullført innhenting av {Antall_oppgjor} oppgjør for avdeling {Avdeling} kasse "
+                            "{Kassenummer} Antall_oppgjor=2") +
+                 who}));
+    EXPECT_TRUE(run.structured.lines().contains(QStringLiteral(
         "DBG Henter {Antall_oppgjor} oppgjør fra avdelingsnummer {Avdelingsnummer} kassenummer {Kassenummer} "
         "Antall_oppgjor=3 Avdelingsnummer=101 Kassenummer=1")));
-    EXPECT_TRUE(events.contains(QStringLiteral(
-        "INF Fullført innhenting av {Antall_oppgjor} oppgjør for avdeling {Avdeling} kasse {Kassenummer} "
-        "Antall_oppgjor=2 Avdeling=101 Kassenummer=1")));
+    EXPECT_EQ(run.structured.lines()
+                  .filter(QStringLiteral("DBG Henter {Antall_ordre} ordrer fra avdelingsnummer {Avdelingsnummer} "
+                                         "kassenummer {Kassenummer} Antall_ordre="))
+                  .size(),
+              1);
+}
+
+TEST_F(OppgjorTest, FailureOfEitherPhaseHasItsEvent) {
+    inBackOffice("UPDATE Internkunde SET Ik_Fakturaregel = 2");
+    const QString ofTheSettlement = execute();
+    EXPECT_EQ(eventsOfTheWalk(run.structured).last(),
+              QStringLiteral("ERR En feil oppstod ved innhenting av oppgjør {Oppgjorsnummer} for avdeling {Avdeling} "
+                             "kassenummer {Kassenummer}: {Feilmelding} Oppgjorsnummer=1 Avdeling=101 Kassenummer=1 "
+                             "Feilmelding=") +
+                  ofTheSettlement);
+
+    onTill("ALTER TABLE ORDRELINJE DROP COLUMN OL_KORREKSJON");
+    const QString ofTheTransfer = execute();
+    EXPECT_EQ(eventsOfTheWalk(run.structured).last(),
+              QStringLiteral("ERR En feil oppstod ved innhenting av transaksjoner for avdeling {Avdeling} kassenummer "
+                             "{Kassenummer}: {Feilmelding} Avdeling=101 Kassenummer=1 Feilmelding=") +
+                  ofTheTransfer);
+}
+
+TEST_F(OppgjorTest, LogOfAWholeTillInItsOrder) {
+    run.logPane.Clear();
+    EXPECT_EQ(execute(), QString());
+    const QStringList begin{QStringLiteral("Transaksjon startet for kildedatabase"),
+                            QStringLiteral("Transaksjon startet for måldatabase")};
+    const QStringList end{QStringLiteral("Transaksjon commit for kildedatabase"),
+                          QStringLiteral("Transaksjon commit for måldatabase")};
+    QStringList log;
+    for (const QString& line : run.log())  // the pane's line of a settlement stands without its time
+        if (!line.isEmpty() && !line.startsWith(QStringLiteral("Behandler timesalg"))) log << line;
+    EXPECT_EQ(log, QStringList(QStringLiteral("START OPPGJØR FOR AVDELING 101, KASSENUMMER 1")) + begin + end + begin +
+                       end + begin + end + QStringList(QStringLiteral("SLUTT oppgjør FOR AVDELING 101")));
 }
 
 }  // namespace
