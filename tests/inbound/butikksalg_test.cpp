@@ -137,6 +137,26 @@ TEST_F(StoreSales, OrdersThatTheBackOfficeHasCountedOrDoesNotHaveAddNothing) {
     EXPECT_EQ(backOffice(kHours), Rows({"2026-03-02 21:00:00.000 | 10 | 550 | 2"}));
 }
 
+TEST_F(StoreSales, OrdersOfAnotherTillOrSettlementWithTheSameNumberStayUncounted) {
+    for (const char* key : {"'2', 10", "'1', 9"}) {
+        inBackOffice(std::string("INSERT PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id, Pos_Op_Tidspunkt, "
+                                 "Pos_Op_Type, Pos_Op_Status) VALUES (1001, ") +
+                     key + ", '20260302', 'NORMAL', 0)");
+        inBackOffice(std::string("INSERT PosOrdre (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Op_Id, Pos_Or_Id, "
+                                 "Pos_Or_Ku_Id, Pos_Or_Ika_Id, Pos_Or_Tidspunkt, Pos_Or_TidspunktFerdig, "
+                                 "Pos_Or_Status) VALUES (1001, ") +
+                     key + ", 99, 1, '100', '20260302', '20260302', 0)");
+    }
+    order(101, 10, "20260302 10:15");
+    line(1001, 101, "100000", "2, 50, 0");
+
+    EXPECT_EQ(execute(), QString());
+
+    EXPECT_EQ(backOffice("SELECT Pos_Or_KasseNr, Pos_Or_Op_Id, Pos_Or_OppdatertBeholdning FROM PosOrdre WHERE "
+                         "Pos_Or_Id = 99 ORDER BY Pos_Or_KasseNr"),
+              Rows({"1 | 9 | NULL", "2 | 10 | NULL"}));
+}
+
 TEST_F(StoreSales, UnknownItemStopsTheSettlementAndTheReplacementSavesIt) {
     onTill("INSERT VARE (VA_ID, VA_NAVN, VA_PRIS, VA_MVASATS) VALUES ('77', 'Ukjent', 2, 25)");
     order(101, 10, "20260302 10:15");

@@ -102,10 +102,14 @@ TEST_F(CreditOrderRepair, OneMissingLineListsTheSaleOnce) {
     run.engine.SetRunAsService(false);
 }
 
-TEST_F(CreditOrderRepair, SalesBeforeTheDateOrNotSettledAreNotLookedAt) {
+TEST_F(CreditOrderRepair, SalesBeforeTheDateBrokenOffOrNotSettledAreNotLookedAt) {
     QStringList list;
     CreateCreditOrdersEx(run.engine, QDateTime(QDate(2026, 3, 2), QTime(10, 16)), list);
     EXPECT_EQ(list, QStringList());
+    onTill("UPDATE ORDRE SET OR_STATUS = 1 WHERE OR_ID = 101");
+    EXPECT_EQ(missing(), QStringList());
+    onTill("UPDATE ORDRE SET OR_STATUS = 0 WHERE OR_ID = 101");
+    EXPECT_EQ(missing(), QStringList({"101"}));
     onTill("UPDATE ORDRE SET OR_OP_ID = NULL WHERE OR_ID = 101");
     EXPECT_EQ(missing(), QStringList());
 }

@@ -53,6 +53,26 @@ TEST_F(OppgjorTest, TheDtsOptionChoosesOnlyTheWords) {
     EXPECT_EQ(status().Melding, QStringLiteral("Ikke noe noe oppgjør å hente. DTS er kjørt OK.,"));
 }
 
+TEST_F(OppgjorTest, SalesWithoutASettlementAreCountedButForThoseThatWereBrokenOff) {
+    onTill(
+        "INSERT ORDRE (OR_ID, OR_KU_ID, OR_AN_ID, OR_TIDSPUNKT, OR_TIDSPUNKTFERDIG, OR_STATUS) VALUES "
+        "(801, 1, '100', '20260305', '20260305', 0), (802, 1, '100', '20260305', '20260305', 1)");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice("SELECT Ikk_AntIkkeOppgjorteSalg, Ikk_SistHentetOppgjor FROM Internkundekasse"),
+              Rows({"2 | 2026-03-03 21:00:00.000"}));  // the made-up chain has one itself
+
+    onTill("UPDATE ORDRE SET OR_STATUS = 1 WHERE OR_OP_ID IS NULL");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice("SELECT Ikk_AntIkkeOppgjorteSalg FROM Internkundekasse"), Rows({"0"}));
+}
+
+TEST_F(OppgjorTest, TillThatHasSettledNothingYetIsTold) {
+    onTill("UPDATE OPPGJOR SET OP_TYPE = 'VARETELLING'");
+    inBackOffice("UPDATE Internkundekasse SET Ikk_SistHentetOppgjor = GETDATE()");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice("SELECT Ikk_SistHentetOppgjor FROM Internkundekasse"), Rows({"NULL"}));
+}
+
 TEST_F(OppgjorTest, SettlementMarkedByAnotherRunRollsBackAndStopsTheTill) {
     bool marked = false;
     run.engine.Seam.pumpMessages = [&] {

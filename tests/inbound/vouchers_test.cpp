@@ -52,6 +52,22 @@ TEST_F(Vouchers, KnownCardKeepsItsIssueAndTakesItsRedemption) {
     EXPECT_EQ(backOffice(kCards), Rows({"G1 | 101 | 1 | 100 | 17 | 250 | NULL | 102 | 3 | 205 | 88"}));
 }
 
+TEST_F(Vouchers, SameNumberOfAnotherTillOrDepartmentIsAnotherCard) {
+    for (const char* other : {"'101', '2'", "'102', '1'"}) {
+        const std::string rest = std::string(other) + ", '100', 17, 1, NULL, NULL, NULL, NULL, NULL, '20260101')\n";
+        inBackOffice("INSERT POSGAVEKORT VALUES ('G1', " + rest + "INSERT POSTilgodelapp VALUES ('T1', " + rest);
+    }
+    card("G1", "250, NULL, '103', '3', '205', 88");
+    onTill("INSERT TILGODELAPP VALUES ('T1', '101', '1', '100', 4, 99.5, NULL, '103', '3', '205', 89, NULL)");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice("SELECT RTRIM(GA_AVDNR), RTRIM(GA_KASSENR), GA_BELOP, GA_BT_ID FROM POSGAVEKORT ORDER BY "
+                         "GA_AVDNR, GA_KASSENR"),
+              Rows({"101 | 1 | 250 | 88", "101 | 2 | 1 | NULL", "102 | 1 | 1 | NULL"}));
+    EXPECT_EQ(backOffice("SELECT RTRIM(TG_AVDNR), RTRIM(TG_KASSENR), TG_BELOP, TG_BT_ID FROM POSTilgodelapp ORDER BY "
+                         "TG_AVDNR, TG_KASSENR"),
+              Rows({"101 | 1 | 99.5 | 89", "101 | 2 | 1 | NULL", "102 | 1 | 1 | NULL"}));
+}
+
 TEST_F(Vouchers, CardWithoutRedemptionSetsFourNulls) {
     card("G1", "250, NULL, NULL, NULL, NULL, NULL");
     Requests requests(run.chain.backOffice());
