@@ -117,6 +117,7 @@ struct BoundInsert {
     bool explicitIdentity = false;
     // INSERT ... EXEC: no source query; the caller runs the procedure, and feeds each row through bindInsertRows.
     bool fromExecute = false;
+    std::vector<std::string> filled;  // of that: the columns of target that the rows fill, in their order
     BoundQuery source;
 };
 

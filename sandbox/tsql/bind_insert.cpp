@@ -337,6 +337,7 @@ BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement)
         }
     } else {
         out.fromExecute = true;
+        for (const ColumnDef* column : insert.listed()) out.filled.push_back(column->name);
     }
     insert.finish(sql);
     return out;

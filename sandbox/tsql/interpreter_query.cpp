@@ -320,11 +320,8 @@ void Interpreter::runInsertExecute(const ast::Statement& s, const ast::Insert& n
     beginImplicitly();
     requireWritable();
     const ResolvedObject target = std::get<BoundInsert>(node(&s).bound).target;
-    const auto& all = target.object->columns;
-    const auto filled = std::count_if(all.begin(), all.end(), [](const ColumnDef& column) {
-        return column.computedText.empty() && !column.identity;
-    });
-    RowCollector collector(*reply_, n.columns.empty() ? static_cast<std::size_t>(filled) : n.columns.size());
+    const std::vector<std::string> filled = std::get<BoundInsert>(node(&s).bound).filled;
+    RowCollector collector(*reply_, filled.size());
     {
         struct Redirect {
             Interpreter& interpreter;
@@ -343,7 +340,7 @@ void Interpreter::runInsertExecute(const ast::Statement& s, const ast::Insert& n
     session_.startStatement();
     std::int64_t rows = 0;
     for (const auto& set : collector.sets()) {
-        const auto insert = bindInsertRows(context, target, n.columns, set.types, false);
+        const auto insert = bindInsertRows(context, target, filled, set.types, false);
         rows += executeInsertRows(executeContext(context), insert, set.rows);
     }
     succeed(rows);

@@ -23,6 +23,10 @@ constexpr auto kUnsupportedKinds = std::to_array<UnsupportedKind>({
     {"TRIGGER", true},        {"TYPE", false},        {"USER", false},      {"XML", false},
 });
 
+std::string unknownKind(const std::string& kind) {
+    return "Unknown object type '" + kind + "' used in a CREATE, DROP, or ALTER statement.";
+}
+
 }  // namespace
 
 // CREATE (TABLE | INDEX | VIEW | PROCEDURE | DATABASE | ...)
@@ -59,6 +63,7 @@ Parser::Node Parser::drop() {
     for (const UnsupportedKind& kind : kUnsupportedKinds) {
         if (seesWord(kind.word)) return unsupportedStatement("DROP " + peek().upper, SkipTo::StatementEnd);
     }
+    if (seesIdentifier()) fail(343, unknownKind(peek().text), peek().place);
     unexpected();
 }
 
@@ -83,6 +88,7 @@ Parser::Node Parser::module(ast::Verb verb, const ast::Extent& verbText) {
         if (kind.isModule) requireFirst(what);
         return unsupportedStatement(what, kind.isModule ? SkipTo::BatchEnd : SkipTo::StatementEnd);
     }
+    if (seesIdentifier()) fail(343, unknownKind(peek().text), peek().place);
     unexpected();
 }
 
