@@ -157,6 +157,7 @@ struct SystemViewRow {
 [[nodiscard]] std::vector<SystemView> columnViews();
 [[nodiscard]] std::vector<SystemView> indexViews();
 [[nodiscard]] std::vector<SystemView> informationSchemaViews();
+[[nodiscard]] std::vector<SystemView> constraintViews();
 [[nodiscard]] std::vector<SystemView> serverViews();
 [[nodiscard]] std::vector<SystemView> principalViews();
 [[nodiscard]] std::vector<SystemView> emptyViews();

@@ -20,7 +20,7 @@ const std::vector<SystemView>& allViews() {
         std::vector<SystemView> all;
         for (auto list :
              {views::objectViews(), views::columnViews(), views::indexViews(), views::informationSchemaViews(),
-              views::serverViews(), views::principalViews(), views::emptyViews()}) {
+              views::constraintViews(), views::serverViews(), views::principalViews(), views::emptyViews()}) {
             std::move(list.begin(), list.end(), std::back_inserter(all));
         }
         return all;
