@@ -9,7 +9,8 @@ packages=(
     unixodbc-dev tdsodbc freetds-dev freetds-bin
     libsqlite3-dev libicu-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev libsimpleini-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    python3-pyodbc python3-pymssql python3-tds libdbd-sybase-perl unixodbc default-jre-headless libjtds-java bsh openssl
+    python3-pyodbc python3-pymssql python3-tds python3-pkg-resources libdbd-sybase-perl unixodbc
+    default-jre-headless libjtds-java bsh openssl
     xvfb xauth xdotool imagemagick fonts-dejavu-core
 )
 [ "${1:-}" != --fuzz ] || packages+=(clang-14 libclang-rt-14-dev)
