@@ -4,6 +4,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <iostream>
 #include <set>
 #include <stdexcept>
 
@@ -72,9 +73,48 @@ TableData newRows(TableData table, const std::vector<TableData>& before) {
 
 }  // namespace
 
+// The databases made on a server elsewhere.
+class DemoChain::MadeDatabases {
+public:
+    explicit MadeDatabases(const OtherServer& server) : run_(server.run), drop_(server.drop) {}
+    ~MadeDatabases() {
+        for (const std::string& name : names_) {
+            try {
+                drop_(name);
+            } catch (const std::exception& e) {
+                std::cerr << name << " stays: " << e.what() << std::endl;
+            }
+        }
+    }
+    MadeDatabases(const MadeDatabases&) = delete;
+    MadeDatabases& operator=(const MadeDatabases&) = delete;
+
+    [[nodiscard]] Filling make(const std::string& name) {
+        run_("master", "CREATE DATABASE " + name);
+        names_.push_back(name);
+        return {.run = [this, name](std::string_view batch) { run_(name, batch); }};
+    }
+
+private:
+    decltype(OtherServer::run) run_;
+    decltype(OtherServer::drop) drop_;
+    std::vector<std::string> names_;
+};
+
 DemoChain::DemoChain(DemoChainOptions options)
     : options_(std::move(options)), chain_(options_.model ? std::move(*options_.model) : makeChain(options_.chain)) {
     options_.model.reset();
+    if (options_.elsewhere)
+        makeElsewhere();
+    else
+        startServers();
+}
+
+DemoChain::~DemoChain() = default;
+DemoChain::DemoChain(DemoChain&&) noexcept = default;
+DemoChain& DemoChain::operator=(DemoChain&&) noexcept = default;
+
+void DemoChain::startServers() {
     for (const Till& till : chain_.tills) {
         tills_.push_back(start(till.database, 0));
         fill(*tills_.back(), till.database, [&](const Filling& filling) { installTill(chain_, till, filling); });
@@ -91,6 +131,20 @@ DemoChain::DemoChain(DemoChainOptions options)
                         "' WHERE Ikk_Database = '" + till.database + "'");
 }
 
+void DemoChain::makeElsewhere() {
+    const OtherServer& server = *options_.elsewhere;
+    backOfficeDatabase_ = server.prefix + kBackOfficeDatabase;
+    made_ = std::make_unique<MadeDatabases>(server);
+    for (Till& till : chain_.tills) {
+        till.database = server.prefix + till.database;
+        installTill(chain_, till, made_->make(till.database));
+    }
+    const auto address = [&server](const Till& till) {
+        return TillAddress{server.address, till.database, server.user, server.password};
+    };
+    installBackOffice(chain_, address, made_->make(backOfficeDatabase_));
+}
+
 std::unique_ptr<Server> DemoChain::start(const std::string& name, std::uint16_t port) {
     ServerOptions options;
     options.host = options_.host;
@@ -103,23 +157,29 @@ std::unique_ptr<Server> DemoChain::start(const std::string& name, std::uint16_t 
 }
 
 TillAddress DemoChain::addressOf(std::size_t index) const {
-    return {options_.host + "," + std::to_string(tills_.at(index)->port()), chain_.tills.at(index).database, kTillUser,
-            kTillPassword};
+    const std::string& database = chain_.tills.at(index).database;
+    if (const auto& server = options_.elsewhere) return {server->address, database, server->user, server->password};
+    return {options_.host + "," + std::to_string(tills_.at(index)->port()), database, kTillUser, kTillPassword};
 }
 
 std::string DemoChain::dataLink() const {
-    return "Provider=SQLOLEDB.1;Password=" + options_.saPassword +
-           ";Persist Security Info=True;User ID=sa;Initial Catalog=" + kBackOfficeDatabase +
-           ";Data Source=" + options_.host + "," + std::to_string(backOffice_->port());
+    const auto& server = options_.elsewhere;
+    return "Provider=SQLOLEDB.1;Password=" + (server ? server->password : options_.saPassword) +
+           ";Persist Security Info=True;User ID=" + (server ? server->user : "sa") +
+           ";Initial Catalog=" + backOfficeDatabase_ +
+           ";Data Source=" + (server ? server->address : options_.host + "," + std::to_string(backOffice_->port()));
 }
 
 void DemoChain::runInBackOffice(std::string_view batch) {
+    if (options_.elsewhere) return options_.elsewhere->run(backOfficeDatabase_, batch);
     Session session(backOffice_->engine(), loginTo(kBackOfficeDatabase));
     runIn(session, batch);
 }
 
 void DemoChain::runInTill(std::size_t index, std::string_view batch) {
-    Session session(tills_.at(index)->engine(), loginTo(chain_.tills.at(index).database));
+    const std::string& database = chain_.tills.at(index).database;
+    if (options_.elsewhere) return options_.elsewhere->run(database, batch);
+    Session session(tills_.at(index)->engine(), loginTo(database));
     runIn(session, batch);
 }
 

@@ -1,9 +1,11 @@
 // A made-up chain on running servers: the back office and each till are a server of their own, so that one till can be
-// stopped, slowed or cut while the others go on. Used by torvik-sandbox --chain and by tests of whole runs.
+// stopped, slowed or cut while the others go on. Used by torvik-sandbox --chain and by tests of whole runs. It can also
+// stand on one SQL Server elsewhere, a database each, which goes when the chain does.
 #pragma once
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,6 +17,17 @@
 
 namespace sandbox::chain {
 
+// A SQL Server elsewhere, and a login that may create databases.
+struct OtherServer {
+    std::string address;  // as a till's row in the back office names it: "host,port"
+    std::string user;
+    std::string password;
+    std::string prefix;  // of the names of the databases
+    // Runs a batch in a database; raises when the server answers an error.
+    std::function<void(const std::string& database, std::string_view batch)> run;
+    std::function<void(const std::string& database)> drop;
+};
+
 struct DemoChainOptions {
     ChainOptions chain;
     std::optional<Chain> model;  // a chain that is made already, in place of `chain`
@@ -22,6 +35,7 @@ struct DemoChainOptions {
     std::uint16_t port = 0;                        // of the back office; the tills take any free ones
     std::string saPassword = "Torvik-Sandbox-1";   // of every server
     std::optional<std::filesystem::path> dataDir;  // none: in memory. A chain found there is opened, not made again
+    std::optional<OtherServer> elsewhere;          // none: servers of its own
 };
 
 class DemoChain {
@@ -33,9 +47,14 @@ public:
     // Every server listens and every database is filled when it returns. Raises std::runtime_error with the server's
     // text when a script fails.
     explicit DemoChain(DemoChainOptions options);
+    ~DemoChain();
+    DemoChain(DemoChain&&) noexcept;
+    DemoChain& operator=(DemoChain&&) noexcept;
 
     [[nodiscard]] const Chain& model() const { return chain_; }
     [[nodiscard]] Chain& model() { return chain_; }
+    // Whether the servers are its own, and backOffice() and till() may be called.
+    [[nodiscard]] bool isSandbox() const { return !options_.elsewhere; }
     [[nodiscard]] Server& backOffice() { return *backOffice_; }
     [[nodiscard]] Server& till(std::size_t index) { return *tills_.at(index); }
     [[nodiscard]] TillAddress addressOf(std::size_t index) const;
@@ -51,10 +70,15 @@ public:
     void sellAnotherDay(std::size_t index);
 
 private:
+    class MadeDatabases;
     [[nodiscard]] std::unique_ptr<Server> start(const std::string& name, std::uint16_t port);
+    void startServers();
+    void makeElsewhere();
 
     DemoChainOptions options_;
     Chain chain_;
+    std::string backOfficeDatabase_ = kBackOfficeDatabase;
+    std::unique_ptr<MadeDatabases> made_;
     std::unique_ptr<Server> backOffice_;
     std::vector<std::unique_ptr<Server>> tills_;
 };

@@ -30,6 +30,7 @@ int iconOf(ChainRun& run, const QString& department, const QString& till) {
 
 TEST(SettlementFaults, StoppedTillDoesNotStopTheOthers) {
     ChainRun run;
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.chain.till(kFaulty).stopListening();
 
     run.fetch();
@@ -44,6 +45,7 @@ TEST(SettlementFaults, StoppedTillDoesNotStopTheOthers) {
 
 TEST(SettlementFaults, TillWithAnOpenTransactionIsLeftAlone) {
     ChainRun run;
+    TORVIK_NEEDS_SANDBOX(run.chain);
     const auto address = run.chain.addressOf(kFaulty);
     db::Session busy;
     busy.SetServer(QString::fromStdString(address.server));
@@ -69,6 +71,7 @@ TEST(SettlementFaults, TillWithAnOpenTransactionIsLeftAlone) {
 
 TEST(SettlementFaults, WrongPasswordIsAFailedConnectionAndNamesNoPassword) {
     ChainRun run;
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.chain.runInBackOffice(
         "UPDATE Internkundekasse SET Ikk_Passord = 'hemmelig' WHERE Ikk_Ik_Ku_Id = 1002 AND Ikk_Kassenummer = '1'");
 
@@ -82,6 +85,7 @@ TEST(SettlementFaults, WrongPasswordIsAFailedConnectionAndNamesNoPassword) {
 
 TEST(SettlementFaults, TillThatLacksAColumnFailsAtItsStepAndKeepsItsData) {
     ChainRun run;
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.chain.runInTill(kFaulty, "ALTER TABLE ORDRELINJE DROP COLUMN OL_KORREKSJON");
 
     run.fetch();
@@ -105,6 +109,7 @@ TEST(SettlementFaults, TillThatLacksAColumnFailsAtItsStepAndKeepsItsData) {
 
 TEST(SettlementFaults, TemporarySettlementHoldsTheTillBack) {
     ChainRun run;
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.chain.runInTill(
         kFaulty,
         "INSERT OPPGJOR (OP_ID, OP_AN_ID, OP_TIDSPUNKT, OP_TYPE) SELECT 99, MIN(AN_ID), GETDATE(), 'MIDLERTIDIG' FROM ANSATT");
@@ -120,6 +125,7 @@ class LostBackOffice : public testing::TestWithParam<const char*> {};
 
 TEST_P(LostBackOffice, LosesNothingAndTakesNothingTwice) {
     ChainRun run({.departments = 2, .tills = 3, .days = 2});
+    TORVIK_NEEDS_SANDBOX(run.chain);
     sandbox::FaultRule cut;
     cut.match.textContains = GetParam();
     cut.action = sandbox::FaultAction::DropBefore;
@@ -145,6 +151,7 @@ INSTANTIATE_TEST_SUITE_P(AtEachStep, LostBackOffice,
 
 TEST(SettlementFaults, AfterALostBackOfficeTheOtherTillsOfTheSameRunAreFetched) {
     ChainRun run;
+    TORVIK_NEEDS_SANDBOX(run.chain);
     sandbox::FaultRule cut;
     cut.match.textContains = "ExecuteDtsFromPos";
     cut.skip = 1;

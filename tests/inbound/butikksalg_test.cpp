@@ -89,6 +89,7 @@ TEST_F(StoreSales, BackOfficeOf1050IsNotToldTheStatus) {
 }
 
 TEST_F(StoreSales, SettlementWithoutOrdersPostsNothingAndSavesAnEmptyList) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     Requests requests(run.chain.backOffice());
     EXPECT_EQ(execute(), QString());
     EXPECT_EQ(requests.count(QStringLiteral("UpdateButikksalg2")), 0);
@@ -173,6 +174,7 @@ TEST_F(StoreSales, UnknownItemStopsTheSettlementAndTheReplacementSavesIt) {
 }
 
 TEST_F(StoreSales, StatementsTravelInABatchOfOneAndThenOf64) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     order(101, 10, "20260302 10:15");
     std::string items;
     std::string soldLines;
@@ -210,6 +212,7 @@ TEST_F(StoreSales, SayWhatIsMissing) {
 }
 
 TEST_F(StoreSales, SettlementNumberSetWhileClosedOnlyChangesTheTexts) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     TOppgjor oppgjor(*run.engine.Avdeling);
     TButikksalg sales(oppgjor);
     Requests requests(run.chain.till(0));

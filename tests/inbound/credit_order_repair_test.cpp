@@ -187,6 +187,7 @@ TEST_F(CreditOrderRepair, WhatWasMadeBeforeAFailureStands) {
 
 TEST(CreditOrderRepairWalk, TillThatCannotBeReachedIsPassedOverAndDepartmentsAreWaitedBetween) {
     ChainRun run({.departments = 2, .tills = 4, .days = 0});
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.target.Open();
     run.chain.till(0).stopListening();  // 101/1
 

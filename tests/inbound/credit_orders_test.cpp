@@ -289,6 +289,7 @@ protected:
 };
 
 TEST_F(CreditOrdersOfNewTill, TillFrom229IsAskedForTheOrderItWasMadeFrom) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     Requests requests(run.chain.till(0));
     creditSale(101, 4001);
     EXPECT_EQ(execute(), QString());

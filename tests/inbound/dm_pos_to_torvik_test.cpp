@@ -23,6 +23,7 @@ QString marks(const TillTransfer& transfer) {
 
 TEST(TillTransfer, StartsAtTheFirstSettlementWhereNoneIsSynchronised) {
     TillTransfer transfer;
+    TORVIK_NEEDS_SANDBOX(transfer.run.chain);
     Requests requests(transfer.run.chain.till(0));
     EXPECT_EQ(transfer.execute(), QString());
     EXPECT_EQ(requests.count(QStringLiteral("SELECT * FROM Oppgjor WHERE OP_ID >= 1")), 1);
@@ -30,6 +31,7 @@ TEST(TillTransfer, StartsAtTheFirstSettlementWhereNoneIsSynchronised) {
 
 TEST(TillTransfer, StartsBehindTheLastSynchronisedSettlement) {
     TillTransfer transfer;
+    TORVIK_NEEDS_SANDBOX(transfer.run.chain);
     transfer.run.chain.runInBackOffice(
         "INSERT PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id, Pos_Op_Tidspunkt, Pos_Op_Type, Pos_Op_Status, "
         "Pos_Op_Synkronisert) VALUES (1001, '1', 1, GETDATE(), 'NORMAL', 0, GETDATE()), "
@@ -280,6 +282,7 @@ TEST(TillTransfer, StaffThatTheBackOfficeHasAreNotSent) {
 
 TEST(TillTransfer, DepartmentWithoutStaffIsSentAllOfItsOwn) {
     TillTransfer transfer;
+    TORVIK_NEEDS_SANDBOX(transfer.run.chain);
     transfer.run.chain.runInBackOffice("DELETE InternKundeAnsatt");
     transfer.onTill(
         "INSERT ANSATT (AN_ID, AN_NAVN, AN_AKTIV, AN_RABATT, AN_RABKUNPAAORDPRIS, AN_NIVAA, AN_AVDNR) VALUES "

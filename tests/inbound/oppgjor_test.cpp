@@ -93,6 +93,7 @@ TEST_F(OppgjorTest, SettlementMarkedByAnotherRunRollsBackAndStopsTheTill) {
 }
 
 TEST_F(OppgjorTest, PairThatCannotBeStartedIsToldByItsErrorAloneAndLeavesNoneOpen) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     sandbox::FaultRule refuse;
     refuse.match.textContains = "BEGIN TRANSACTION";
     refuse.action = sandbox::FaultAction::Fail;
@@ -115,6 +116,7 @@ TEST_F(OppgjorTest, PairThatCannotBeStartedIsToldByItsErrorAloneAndLeavesNoneOpe
 }
 
 TEST_F(OppgjorTest, SideThatCannotBeRolledBackIsToldAndTheOtherIsRolledBack) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.chain.runInBackOffice("UPDATE Internkunde SET Ik_Fakturaregel = 2");  // the first settlement fails
     sandbox::FaultRule refuse;
     refuse.match.textContains = "ROLLBACK";
@@ -169,6 +171,7 @@ TEST_F(OppgjorTest, ClearsTheStockMovementsWhereTheBackOfficeHasThem) {
 }
 
 TEST_F(OppgjorTest, StockMovementsAreClearedBehindWhatTheQueryHoldsAndTheLinesPileUp) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.engine.IsEnterprise = false;  // without credit orders, which use the same query
     Requests requests(run.chain.backOffice());
     EXPECT_EQ(execute(), QString());

@@ -69,6 +69,7 @@ TEST_F(Vouchers, SameNumberOfAnotherTillOrDepartmentIsAnotherCard) {
 }
 
 TEST_F(Vouchers, CardWithoutRedemptionSetsFourNulls) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     card("G1", "250, NULL, NULL, NULL, NULL, NULL");
     Requests requests(run.chain.backOffice());
     EXPECT_EQ(execute(), QString());
@@ -97,6 +98,7 @@ TEST_F(Vouchers, CreditNoteIsCreatedAndRedeemed) {
 }
 
 TEST_F(Vouchers, WithoutChangesNothingRunsAtTheBackOfficeAndTheMarkStillRuns) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     onTill("INSERT GAVEKORT VALUES ('G1', '101', '1', '100', 17, 250, NULL, NULL, NULL, NULL, NULL, '20260101')");
     Requests backOfficeRequests(run.chain.backOffice());
     Requests tillRequests(run.chain.till(0));
@@ -112,6 +114,7 @@ struct BatchCase {
 };
 
 TEST_F(Vouchers, SixteenCardsAreABatch) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     const BatchCase cases[] = {{15, {60}}, {16, {64}}, {17, {64, 4}}, {32, {64, 64}}};
     Requests requests(run.chain.backOffice());
     int number = 0;

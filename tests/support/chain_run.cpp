@@ -5,6 +5,7 @@
 
 #include "engine/db/query.h"
 #include "sandbox/chain/posted_rows.h"
+#include "tests/support/sandbox_given_server.h"
 
 namespace torvik::test {
 
@@ -103,10 +104,12 @@ std::string contents(db::Session& session) {
 }  // namespace
 
 ChainRun::ChainRun(const sandbox::chain::ChainOptions& options)
-    : RunningChain{sandbox::chain::DemoChain({.chain = options})}, ChainProgram(chain.dataLink()) {}
+    : RunningChain{sandbox::chain::DemoChain({.chain = options, .elsewhere = givenServerForAChain()})},
+      ChainProgram(chain.dataLink()) {}
 
 ChainRun::ChainRun(sandbox::chain::Chain model)
-    : RunningChain{sandbox::chain::DemoChain({.model = std::move(model)})}, ChainProgram(chain.dataLink()) {}
+    : RunningChain{sandbox::chain::DemoChain({.model = std::move(model), .elsewhere = givenServerForAChain()})},
+      ChainProgram(chain.dataLink()) {}
 
 testing::AssertionResult ChainRun::posted(const std::set<std::size_t>& tills) const {
     const auto session = backOfficeSession();

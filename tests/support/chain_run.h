@@ -1,4 +1,6 @@
-// The program over a demo chain of its own, with the chain's tables at hand. Tests of whole runs start from it.
+// The program over a demo chain of its own, with the chain's tables at hand. Tests of whole runs start from it. The
+// chain stands on servers of its own, or on the one that TORVIK_TEST_SERVER names; tests that make faults or count
+// requests need the former and say so with TORVIK_NEEDS_SANDBOX(run.chain).
 #pragma once
 
 #include <gtest/gtest.h>
@@ -10,6 +12,7 @@
 
 #include "sandbox/chain/demo_chain.h"
 #include "tests/support/chain_program.h"
+#include "tests/support/sandbox_server.h"
 
 namespace torvik::test {
 

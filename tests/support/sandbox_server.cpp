@@ -1,33 +1,13 @@
 // See sandbox_server.h.
 #include "tests/support/sandbox_server.h"
 
-#include <QCoreApplication>
-
 #include "engine/db/errors.h"
 #include "engine/db/query.h"
+#include "tests/support/sandbox_given_server.h"
 
 namespace torvik::test {
 
 namespace {
-
-QString uniqueDatabaseName() {
-    static int count = 0;
-    return QStringLiteral("torvik_test_%1_%2").arg(QCoreApplication::applicationPid()).arg(++count);
-}
-
-std::unique_ptr<db::Session> opened(const db::ConnectSettings& settings) {
-    auto session = std::make_unique<db::Session>();
-    session->SetConnectString(db::oleDbFromSettings(settings));
-    session->Open();
-    return session;
-}
-
-void execute(db::Session& session, const QString& batch) {
-    db::Query query(&session);
-    query.ParamCheck = false;
-    query.SQL = QStringList{batch};
-    query.ExecSQL();
-}
 
 QString cellText(const db::Value& value) {
     if (value.isNull()) return QStringLiteral("NULL");
@@ -42,8 +22,9 @@ QString cellText(const db::Value& value) {
 }  // namespace
 
 SandboxServer::SandboxServer(Wire wire) : database_(uniqueDatabaseName()) {
-    const QString given = qEnvironmentVariable("TORVIK_TEST_SERVER");
-    if (given.isEmpty()) {
+    if (const auto given = givenServer()) {
+        settings_ = *given;
+    } else {
         sandbox::ServerOptions options;
         options.saPassword = "sandbox";
         options.tls = wire == Wire::Tls ? sandbox::TlsMode::Required : sandbox::TlsMode::NotSupported;
@@ -51,8 +32,6 @@ SandboxServer::SandboxServer(Wire wire) : database_(uniqueDatabaseName()) {
         settings_.Server = QStringLiteral("%1,%2").arg(QString::fromStdString(server_->host())).arg(server_->port());
         settings_.Username = QStringLiteral("sa");
         settings_.Password = QStringLiteral("sandbox");
-    } else {
-        settings_ = db::settingsFromOleDb(given);
     }
     if (wire == Wire::Tls) settings_.Encrypt = settings_.TrustServerCertificate = true;
     settings_.Database = QStringLiteral("master");
@@ -65,8 +44,7 @@ SandboxServer::~SandboxServer() {
     try {
         session_->Close();
         if (server_) return;  // its databases end with it
-        settings_.Database = QStringLiteral("master");
-        execute(*opened(settings_), QStringLiteral("DROP DATABASE ") + database_);
+        dropDatabase(settings_, database_);
     } catch (const db::Error& e) {
         qWarning("%s stays: %s", qPrintable(database_), e.what());
     }

@@ -1,6 +1,6 @@
-// A SQL Server for a test: the stand-in server in this process, or the one that TORVIK_TEST_SERVER names (an OLE DB
-// connection string of a login that may create databases). Each object has a fresh database, dropped at its end, and a
-// session on it. Tests of faults need the stand-in and say so with TORVIK_NEEDS_SANDBOX.
+// A SQL Server for a test: the stand-in server in this process, or the one that TORVIK_TEST_SERVER names
+// (sandbox_given_server.h). Each object has a fresh database, dropped at its end, and a session on it. Tests that make
+// faults or count requests need the stand-in and say so with TORVIK_NEEDS_SANDBOX.
 #pragma once
 
 #include <QString>
@@ -51,6 +51,6 @@ private:
 };
 
 #define TORVIK_NEEDS_SANDBOX(fixture) \
-    if (!(fixture).isSandbox()) GTEST_SKIP() << "needs the stand-in server: it makes faults"
+    if (!(fixture).isSandbox()) GTEST_SKIP() << "needs the stand-in server: it makes faults or counts requests"
 
 }  // namespace torvik::test
