@@ -22,8 +22,9 @@ public:
     template <typename KeyOf>
     [[nodiscard]] std::vector<Key>& keys(const QString& names, const KeyOf& keyOf) {
         if (names_ == names && !keys_.empty()) return keys_;
-        keys_.clear();
-        for (const QString& name : names.split(u';', Qt::SkipEmptyParts)) keys_.push_back(keyOf(name.trimmed()));
+        std::vector<Key> found;  // keyOf raises for a name that is not there, and the keys then stay those of names_
+        for (const QString& name : names.split(u';', Qt::SkipEmptyParts)) found.push_back(keyOf(name.trimmed()));
+        keys_ = std::move(found);
         names_ = names;
         return keys_;
     }

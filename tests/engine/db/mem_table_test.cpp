@@ -96,6 +96,14 @@ TEST_F(MemTableTest, LocateThatFindsNothingStaysWhereItIs) {
     EXPECT_EQ(table.RecNo(), 2);
 }
 
+TEST_F(MemTableTest, LocateOnAColumnThatIsNotThereLeavesTheNextSearchAlone) {
+    addThree();
+    EXPECT_TRUE(table.Locate(QStringLiteral("Avd"), "001"));
+    EXPECT_THROW(static_cast<void>(table.Locate(QStringLiteral("Sum;Borte"), {Value(3.5), Value(1)})), UsageError);
+    EXPECT_TRUE(table.Locate(QStringLiteral("Avd"), "002"));
+    EXPECT_EQ(table.RecNo(), 2);
+}
+
 TEST_F(MemTableTest, LocateOptions) {
     add("Øst  ", 1, u"1");
     EXPECT_TRUE(table.Locate(QStringLiteral("Avd"), "Øst"));
