@@ -42,10 +42,21 @@ if(TORVIK_SANITIZE)
     add_compile_options(-Wno-maybe-uninitialized)
 endif()
 
-# torvik_box(NAME [QT] LINK target...): a static library of all sources of this folder.
-function(torvik_box name)
-    cmake_parse_arguments(BOX "QT" "" "LINK" ${ARGN})
+# torvik_sources(OUT room...): all sources of this folder and of its rooms, the subfolders named.
+function(torvik_sources out)
     file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    foreach(room ${ARGN})
+        file(GLOB of_room CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${room}/*.cpp
+             ${CMAKE_CURRENT_SOURCE_DIR}/${room}/*.h)
+        list(APPEND sources ${of_room})
+    endforeach()
+    set(${out} ${sources} PARENT_SCOPE)
+endfunction()
+
+# torvik_box(NAME [QT] [ROOMS folder...] LINK target...): a static library of all sources of this folder and its rooms.
+function(torvik_box name)
+    cmake_parse_arguments(BOX "QT" "" "LINK;ROOMS" ${ARGN})
+    torvik_sources(sources ${BOX_ROOMS})
     list(FILTER sources EXCLUDE REGEX "main\\.cpp$")
     if(NOT sources MATCHES "\\.cpp")
         add_library(${name} INTERFACE)
@@ -62,12 +73,12 @@ function(torvik_box name)
     endif()
 endfunction()
 
-# torvik_tests(NAME LINK target... [GROUPS group filter...]): one test program of all *_test.cpp of this folder; each test
-# is a ctest test. Where the tests share a costly beginning, GROUPS makes each filter one ctest test, NAME.group, and what
+# torvik_tests(NAME [ROOMS folder...] LINK target... [GROUPS group filter...]): one test program of all sources of this
+# folder and its rooms; each test is a ctest test. Where the tests share a costly beginning, GROUPS makes each filter one ctest test, NAME.group, and what
 # no filter names one more, NAME.rest.
 function(torvik_tests name)
-    cmake_parse_arguments(T "" "" "LINK;GROUPS" ${ARGN})
-    file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+    cmake_parse_arguments(T "" "" "LINK;GROUPS;ROOMS" ${ARGN})
+    torvik_sources(sources ${T_ROOMS})
     if(NOT sources)
         return()
     endif()

@@ -5,7 +5,7 @@
 #include "engine/db/mem_table.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "engine/torvik_pos.h"
 #include "logging/logger.h"
 

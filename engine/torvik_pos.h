@@ -19,7 +19,7 @@
 
 #include "engine/avdeling.h"
 #include "engine/kasse_collection.h"
-#include "engine/log_pane.h"
+#include "engine/log/log_pane.h"
 #include "engine/seams.h"
 #include "engine/torvik_pos_types.h"
 

@@ -4,7 +4,7 @@
 #include <QDir>
 
 #include "engine/abort.h"
-#include "engine/log_pane.h"
+#include "engine/log/log_pane.h"
 #include "inbound/statement_text.h"
 #include "inbound/table_map.h"
 #include "logging/logger.h"

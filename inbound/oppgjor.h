@@ -9,7 +9,7 @@
 #include <functional>
 
 #include "engine/db/query.h"
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 
 namespace torvik {
 

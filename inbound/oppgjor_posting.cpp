@@ -4,7 +4,7 @@
 #include "engine/abort.h"
 #include "engine/avdeling.h"
 #include "engine/db/session.h"
-#include "engine/log_pane.h"
+#include "engine/log/log_pane.h"
 #include "engine/torvik_pos.h"
 #include "inbound/butikksalg.h"
 #include "inbound/oppgjor.h"

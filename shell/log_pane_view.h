@@ -3,7 +3,7 @@
 
 #include <QWidget>
 
-#include "engine/log_pane.h"
+#include "engine/log/log_pane.h"
 
 class QTextEdit;
 

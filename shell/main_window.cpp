@@ -25,7 +25,7 @@
 #include "engine/avdeling.h"
 #include "engine/db/query.h"
 #include "engine/db/udl.h"
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "inbound/fetch_till.h"
 #include "logging/ini_file.h"
 #include "logging/logger.h"

@@ -11,7 +11,7 @@
 
 #include "engine/abort.h"
 #include "engine/avdeling.h"
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "logging/program_file.h"
 #include "shell/application_folder.h"
 #include "shell/icons.h"

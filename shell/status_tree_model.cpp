@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <array>
 
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "shell/icons.h"
 
 namespace torvik {

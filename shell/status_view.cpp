@@ -12,7 +12,7 @@
 #include <QVBoxLayout>
 #include <algorithm>
 
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "shell/status_tree_model.h"
 
 namespace torvik {

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/avdeling.h"
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "sandbox/chain/posted_rows.h"
 #include "tests/support/chain_run.h"
 

@@ -4,7 +4,7 @@
 
 #include "engine/abort.h"
 #include "engine/db/query.h"
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "tests/engine/small_chain.h"
 #include "tests/support/recording_sink.h"
 

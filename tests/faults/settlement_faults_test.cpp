@@ -4,7 +4,7 @@
 
 #include "engine/avdeling.h"
 #include "engine/db/query.h"
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "tests/support/chain_run.h"
 
 namespace torvik::test {

@@ -6,7 +6,7 @@
 #include <QDir>
 #include <QFile>
 
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "tests/inbound/one_till.h"
 
 namespace torvik::test {

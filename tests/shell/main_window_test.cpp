@@ -16,7 +16,7 @@
 
 #include "engine/avdeling.h"
 #include "engine/db/errors.h"
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "logging/program_file.h"
 #include "shell/application_folder.h"
 #include "shell/settings_panel.h"

@@ -9,7 +9,7 @@
 #include <QPlainTextEdit>
 #include <QTreeView>
 
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "engine/torvik_pos.h"
 #include "shell/status_tree_model.h"
 #include "tests/support/qt_print.h"

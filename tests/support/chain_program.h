@@ -6,7 +6,7 @@
 #include <string>
 
 #include "engine/db/session.h"
-#include "engine/log_pane.h"
+#include "engine/log/log_pane.h"
 #include "engine/torvik_pos.h"
 #include "tests/support/recording_sink.h"
 

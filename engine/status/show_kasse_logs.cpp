@@ -1,5 +1,5 @@
 // From the work list's logs to the status frame: new lines into the detail table, and each till's icon.
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "engine/torvik_pos.h"
 
 namespace torvik {

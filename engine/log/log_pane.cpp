@@ -1,5 +1,5 @@
 // Writing a log as a text file.
-#include "engine/log_pane.h"
+#include "engine/log/log_pane.h"
 
 #include <QFile>
 #include <filesystem>

@@ -1,5 +1,5 @@
 // memLogEntries as rows and as a model, with the till's rows and errors found by key.
-#include "engine/log_entry_table.h"
+#include "engine/status/log_entry_table.h"
 
 #include <array>
 

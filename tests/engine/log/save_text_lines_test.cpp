@@ -6,7 +6,7 @@
 #include <QTemporaryDir>
 
 #include "engine/abort.h"
-#include "engine/log_pane.h"
+#include "engine/log/log_pane.h"
 #include "tests/support/full_disk.h"
 
 namespace torvik {

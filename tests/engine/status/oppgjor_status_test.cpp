@@ -1,4 +1,4 @@
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The status frame's operations on its two tables, and the views' order and filter.
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 
 #include "engine/abort.h"
 

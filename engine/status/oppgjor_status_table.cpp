@@ -1,5 +1,5 @@
 // memOppgjorStatus as rows and as a model: captions, widths, what is hidden, how values show.
-#include "engine/oppgjor_status_table.h"
+#include "engine/status/oppgjor_status_table.h"
 
 #include <array>
 

@@ -9,8 +9,8 @@
 #include <QTime>
 
 #include "engine/kasse_collection.h"
-#include "engine/log_entry_table.h"
-#include "engine/oppgjor_status_table.h"
+#include "engine/status/log_entry_table.h"
+#include "engine/status/oppgjor_status_table.h"
 
 namespace torvik {
 

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "engine/oppgjor_status.h"
+#include "engine/status/oppgjor_status.h"
 #include "tests/engine/fake_surroundings.h"
 #include "tests/engine/signal_count.h"
 
