@@ -4,8 +4,8 @@
 #include <string>
 
 #include "bench/figure.h"
-#include "sandbox/tsql/engine.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/engine.h"
+#include "sandbox/tsql/run/session.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 #include "bench/figure.h"
 #include "bench/one_core.h"
 #include "sandbox/server/server.h"
-#include "sandbox/tsql/reply.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/reply.h"
+#include "sandbox/tsql/run/session.h"
 
 namespace {
 

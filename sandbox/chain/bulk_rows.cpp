@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/session.h"
 
 namespace sandbox::chain {
 

@@ -10,7 +10,7 @@
 
 #include "sandbox/chain/bulk_rows.h"
 #include "sandbox/chain/install.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/session.h"
 
 namespace sandbox::chain {
 

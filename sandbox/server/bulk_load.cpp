@@ -4,7 +4,7 @@
 #include <algorithm>
 
 #include "sandbox/server/names.h"
-#include "sandbox/store/locks.h"
+#include "sandbox/store/databases/locks.h"
 
 namespace sandbox::server {
 namespace {

@@ -8,7 +8,7 @@
 #include "sandbox/server/inbox.h"
 #include "sandbox/server/reply_writer.h"
 #include "sandbox/tds/bulk.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/session.h"
 
 namespace sandbox::server {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "sandbox/tds/requests.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/session.h"
 
 namespace sandbox::server {
 

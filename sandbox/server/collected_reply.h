@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "sandbox/tsql/reply.h"
+#include "sandbox/tsql/run/reply.h"
 
 namespace sandbox::server {
 

@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "sandbox/server/login_handler.h"
-#include "sandbox/store/locks.h"
+#include "sandbox/store/databases/locks.h"
 
 namespace sandbox::server {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "sandbox/server/call_arguments.h"
 #include "sandbox/server/reply_writer.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/session.h"
 
 namespace sandbox::server {
 

@@ -13,8 +13,8 @@
 #include <string_view>
 #include <vector>
 
-#include "sandbox/store/error.h"
-#include "sandbox/tsql/engine.h"
+#include "sandbox/store/values/error.h"
+#include "sandbox/tsql/run/engine.h"
 
 namespace sandbox {
 

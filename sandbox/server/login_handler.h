@@ -11,7 +11,7 @@
 #include "sandbox/server/tls.h"
 #include "sandbox/tds/login.h"
 #include "sandbox/tds/prelogin.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/session.h"
 
 namespace sandbox::server {
 

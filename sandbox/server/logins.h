@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "sandbox/store/error.h"
+#include "sandbox/store/values/error.h"
 
 namespace sandbox::server {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "sandbox/server/call_arguments.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/session.h"
 
 namespace sandbox::server {
 

@@ -11,7 +11,7 @@
 #include "sandbox/server/channel.h"
 #include "sandbox/tds/packet.h"
 #include "sandbox/tds/tokens.h"
-#include "sandbox/tsql/reply.h"
+#include "sandbox/tsql/run/reply.h"
 
 namespace sandbox::server {
 

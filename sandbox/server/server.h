@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "sandbox/server/faults.h"
-#include "sandbox/tsql/engine.h"
+#include "sandbox/tsql/run/engine.h"
 
 namespace sandbox {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "sandbox/store/value.h"
+#include "sandbox/store/values/value.h"
 #include "sandbox/tds/bytes.h"
 #include "sandbox/tds/type_info.h"
 

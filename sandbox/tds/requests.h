@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "sandbox/store/error.h"
-#include "sandbox/store/value.h"
+#include "sandbox/store/values/error.h"
+#include "sandbox/store/values/value.h"
 #include "sandbox/tds/bytes.h"
 #include "sandbox/tds/protocol.h"
 

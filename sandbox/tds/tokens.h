@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "sandbox/store/error.h"
+#include "sandbox/store/values/error.h"
 #include "sandbox/tds/type_info.h"
 #include "sandbox/tds/values.h"
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string>
 
-#include "sandbox/store/type.h"
+#include "sandbox/store/values/type.h"
 #include "sandbox/tds/bytes.h"
 #include "sandbox/tds/protocol.h"
 

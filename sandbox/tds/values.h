@@ -1,7 +1,7 @@
 // Values on the wire, in the form that their WireType says ([MS-TDS] 2.2.5.5).
 #pragma once
 
-#include "sandbox/store/value.h"
+#include "sandbox/store/values/value.h"
 #include "sandbox/tds/bytes.h"
 #include "sandbox/tds/type_info.h"
 

@@ -5,7 +5,7 @@
 #include <set>
 #include <stdexcept>
 
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/session.h"
 #include "tests/sandbox/support/reply_lines.h"
 
 namespace torvik::test {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "sandbox/server/socket.h"
-#include "sandbox/store/value.h"
+#include "sandbox/store/values/value.h"
 #include "sandbox/tds/bytes.h"
 #include "sandbox/tds/protocol.h"
 #include "sandbox/tds/type_info.h"

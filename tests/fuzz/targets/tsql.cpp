@@ -5,12 +5,12 @@
 #include <mutex>
 #include <thread>
 
-#include "sandbox/store/error.h"
-#include "sandbox/tsql/ast.h"
-#include "sandbox/tsql/engine.h"
-#include "sandbox/tsql/parser.h"
-#include "sandbox/tsql/reply.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/store/values/error.h"
+#include "sandbox/tsql/parse/parser.h"
+#include "sandbox/tsql/run/engine.h"
+#include "sandbox/tsql/run/reply.h"
+#include "sandbox/tsql/run/session.h"
+#include "sandbox/tsql/syntax/ast.h"
 #include "tests/fuzz/targets/targets.h"
 
 namespace sandbox::fuzz {

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "sandbox/tsql/engine.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/engine.h"
+#include "sandbox/tsql/run/session.h"
 #include "tests/sandbox/support/reply_lines.h"
 
 namespace sandbox::test {

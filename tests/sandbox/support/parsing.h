@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "sandbox/store/error.h"
-#include "sandbox/tsql/parser.h"
+#include "sandbox/store/values/error.h"
+#include "sandbox/tsql/parse/parser.h"
 
 namespace sandbox {
 

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "sandbox/store/decimal.h"
-#include "sandbox/tsql/reply.h"
+#include "sandbox/store/values/decimal.h"
+#include "sandbox/tsql/run/reply.h"
 
 namespace sandbox::test {
 

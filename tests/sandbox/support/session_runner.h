@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "sandbox/tsql/engine.h"
-#include "sandbox/tsql/session.h"
+#include "sandbox/tsql/run/engine.h"
+#include "sandbox/tsql/run/session.h"
 #include "tests/sandbox/support/reply_lines.h"
 
 namespace sandbox::test {

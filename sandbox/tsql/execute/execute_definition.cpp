@@ -1,0 +1,204 @@
+// CREATE TABLE, table variables, SELECT INTO, DROP and TRUNCATE.
+#include <algorithm>
+
+#include "sandbox/store/databases/table_storage.h"
+#include "sandbox/store/values/collation.h"
+#include "sandbox/tsql/execute/execute_errors.h"
+#include "sandbox/tsql/execute/execute_insert.h"
+#include "sandbox/tsql/execute/execute_table.h"
+
+namespace sandbox {
+
+using definition::cannotDrop;
+using definition::cannotFind;
+using definition::definitionError;
+using definition::nameTaken;
+
+namespace {
+
+ObjectDef newTable(Database& database, std::string_view name) {
+    ObjectDef table;
+    table.id = database.newObjectId();
+    table.name = name;
+    table.storageName = "t" + std::to_string(table.id);
+    table.created = table.modified = currentTicks();
+    return table;
+}
+
+// Inside of a Write.
+void makeTable(Connection& connection, Database& database, const ObjectDef& table) {
+    const std::string& schema = database.attachedAs();
+    connection.run(createStorageSql(schema, table));
+    for (const IndexDef& index : table.indexes) {
+        for (const std::string& sql : createIndexSql(schema, table, index)) connection.run(sql);
+    }
+    for (const ForeignKeyDef& key : table.foreignKeys) {
+        const std::string sql = createForeignKeyIndexSql(schema, table, key);
+        if (!sql.empty()) connection.run(sql);
+    }
+    connection.put(database, table);
+}
+
+void requireFreeName(const ExecuteContext& context, Database& database, std::string_view name) {
+    if (context.connection.catalog(database)->nameTaken("dbo", name)) throw nameTaken(name);
+}
+
+void createTable(const ExecuteContext& context, const std::shared_ptr<Database>& database, std::string_view name,
+                 const ast::TableDefinition& definition) {
+    requireFreeName(context, *database, name);
+    Write write(context.connection, *database);
+    requireFreeName(context, *database, name);  // another session may have been first
+    TableBuilder builder(context, database, newTable(*database, name), true);
+    builder.add(definition);
+    makeTable(context.connection, *database, builder.table());
+    // A condition over columns that are not there must not be stored.
+    const FoundObject made{context.connection.catalog(*database)->find("dbo", name), database};
+    for (const CheckDef& check : made.object->checks) {
+        (void)bindCheck(context.bind, resolved(made), check.text, true);
+    }
+    write.done();
+}
+
+std::string_view kindWord(ObjectKind kind) {
+    switch (kind) {
+        case ObjectKind::Table: return "table";
+        case ObjectKind::View: return "view";
+        case ObjectKind::Procedure: return "procedure";
+        case ObjectKind::Function: return "function";
+    }
+    return "object";
+}
+
+std::string upper(std::string_view word) {
+    std::string text(word);
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::toupper(c); });
+    return text;
+}
+
+std::optional<ObjectKind> kindOf(ast::DropObjects::Kind kind) {
+    switch (kind) {
+        case ast::DropObjects::Kind::Table: return ObjectKind::Table;
+        case ast::DropObjects::Kind::View: return ObjectKind::View;
+        case ast::DropObjects::Kind::Procedure: return ObjectKind::Procedure;
+        case ast::DropObjects::Kind::Function: return ObjectKind::Function;
+        case ast::DropObjects::Kind::Trigger: return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+bool referencedByOthers(const ExecuteContext& context, const FoundObject& table) {
+    const auto children = context.connection.catalog(*table.database)->childrenOf(*table.object);
+    return std::any_of(children.begin(), children.end(),
+                       [&](const auto& child) { return child->id != table.object->id; });
+}
+
+void dropObject(const ExecuteContext& context, const ast::ObjectName& name, std::optional<ObjectKind> kind,
+                bool ifExists) {
+    const std::string_view word = kind ? kindWord(*kind) : "trigger";
+    std::optional<FoundObject> found;
+    if (kind) found = context.connection.find(name.database, name.schema, name.name);
+    if (!found || found->object->system) {
+        if (ifExists) return;
+        throw cannotDrop(word, name.written(), 5);
+    }
+    const ObjectDef& object = *found->object;
+    if (object.kind != *kind) {
+        throw definitionError(3705, 1,
+                              "Cannot use DROP " + upper(word) + " with '" + name.written() + "' because '" +
+                                  name.written() + "' is a " + std::string(kindWord(object.kind)) + ". Use DROP " +
+                                  upper(kindWord(object.kind)) + ".");
+    }
+    if (referencedByOthers(context, *found)) {
+        throw definitionError(
+            3726, 1,
+            "Could not drop object '" + name.written() + "' because it is referenced by a FOREIGN KEY constraint.");
+    }
+    Write write(context.connection, *found->database);
+    requireUnchanged(context, *found);
+    if (object.kind == ObjectKind::Table) context.connection.run("DROP TABLE " + tableSql(*found));
+    context.connection.erase(*found->database, object);
+    write.done();
+}
+
+}  // namespace
+
+void executeCreateTable(const ExecuteContext& context, const ast::CreateTable& statement) {
+    createTable(context, placeOf(context, statement.table), statement.table.name, statement.definition);
+}
+
+void executeDeclareTable(const ExecuteContext& context, std::string_view name, const ast::TableDefinition& definition) {
+    createTable(context, context.connection.temporary(), name, definition);
+}
+
+std::int64_t executeSelectInto(const ExecuteContext& context, const BoundQuery& query) {
+    const IntoTarget& into = *query.into;
+    ast::ObjectName name;
+    name.database = into.database;
+    name.schema = into.schema;
+    name.name = into.name;
+    const std::shared_ptr<Database> database = placeOf(context, name);
+    requireFreeName(context, *database, into.name);
+    Write write(context.connection, *database);
+    requireFreeName(context, *database, into.name);
+    ObjectDef table = newTable(*database, into.name);
+    for (const ColumnDef& column : into.columns) {
+        if (table.findColumn(column.name) != nullptr) {
+            throw definitionError(2705, 3,
+                                  "Column names in each table must be unique. Column name '" + column.name +
+                                      "' in table '" + table.name + "' is specified more than once.");
+        }
+        table.columns.push_back(column);
+        table.columns.back().columnId = ++table.lastColumnId;
+    }
+    makeTable(context.connection, *database, table);
+
+    BoundInsert insert;
+    const FoundObject made{context.connection.catalog(*database)->find("dbo", into.name), database};
+    insert.target = resolved(made);
+    int source = 0;
+    for (const ColumnDef& column : made.object->columns) insert.columns.push_back({&column, source++});
+    insert.explicitIdentity = true;
+    RowInserter inserter(context, made, insert, {});
+    {
+        Statement rows = context.connection.prepare(query.sql);
+        context.bindParameters(rows, query, {});
+        while (rows.step()) inserter.add(StatementRow(rows.get()));
+    }
+    const std::int64_t count = inserter.finish();
+    write.done();
+    return count;
+}
+
+void executeDrop(const ExecuteContext& context, const ast::DropObjects& statement) {
+    std::vector<Message> errors;  // the others of the list are dropped all the same
+    for (const ast::ObjectName& name : statement.names) {
+        try {
+            dropObject(context, name, kindOf(statement.kind), statement.ifExists);
+        } catch (const SqlError& e) {
+            errors.insert(errors.end(), e.messages.begin(), e.messages.end());
+        }
+    }
+    if (!errors.empty()) throw SqlError(std::move(errors), Effect::Statement);
+}
+
+void executeTruncate(const ExecuteContext& context, const ast::Truncate& statement) {
+    const ast::ObjectName& name = statement.table;
+    const auto table = context.connection.find(name.database, name.schema, name.name);
+    if (!table || table->object->system) throw cannotFind(4701, 1, name.written());
+    if (table->object->kind != ObjectKind::Table) {
+        throw definitionError(4708, 2, "Could not truncate object '" + name.written() + "' because it is not a table.");
+    }
+    if (referencedByOthers(context, *table)) {
+        throw definitionError(4712, 1,
+                              "Cannot truncate table '" + name.written() +
+                                  "' because it is being referenced by a FOREIGN KEY constraint.");
+    }
+    Write write(context.connection, *table->database);
+    context.connection.run("DELETE FROM " + tableSql(*table));
+    const bool hasIdentity = std::any_of(table->object->columns.begin(), table->object->columns.end(),
+                                         [](const ColumnDef& column) { return column.identity; });
+    if (hasIdentity) context.connection.resetIdentity(*table->database, table->object->id, std::nullopt);
+    write.done();
+}
+
+}  // namespace sandbox

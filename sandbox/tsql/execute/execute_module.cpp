@@ -1,0 +1,39 @@
+// CREATE and ALTER of views, procedures and functions: their texts in the catalogue.
+#include "sandbox/tsql/execute/execute_errors.h"
+#include "sandbox/tsql/execute/execute_table.h"
+
+namespace sandbox {
+
+void executeCreateModule(const ExecuteContext& context, ObjectKind kind, ast::Verb verb, const ast::ObjectName& name,
+                         std::string text, std::vector<ParameterDef> parameters, std::vector<ColumnDef> columns) {
+    const std::shared_ptr<Database> database = placeOf(context, name);
+    if (database->temporary()) throw definition::unsupported("temporary procedure");
+    Write write(context.connection, *database);
+    const auto catalog = context.connection.catalog(*database);
+    const auto before = catalog->find("dbo", name.name);
+    if (verb == ast::Verb::Create || (verb == ast::Verb::CreateOrAlter && !before)) {
+        if (catalog->nameTaken("dbo", name.name)) {
+            throw definition::definitionError(2714, 3,
+                                              "There is already an object named '" + name.name + "' in the database.");
+        }
+    } else if (!before) {
+        throw definition::definitionError(208, 6, "Invalid object name '" + name.written() + "'.");
+    } else if (before->kind != kind) {
+        throw definition::definitionError(
+            2010, 1, "Cannot perform alter on '" + name.written() + "' because it is an incompatible object type.");
+    }
+    ObjectDef object;
+    object.id = before ? before->id : database->newObjectId();
+    object.name = before ? before->name : name.name;
+    object.kind = kind;
+    object.text = std::move(text);
+    object.modified = currentTicks();
+    object.created = before ? before->created : object.modified;
+    object.parameters = std::move(parameters);
+    object.columns = std::move(columns);
+    for (ColumnDef& column : object.columns) column.columnId = ++object.lastColumnId;
+    context.connection.put(*database, std::move(object));
+    write.done();
+}
+
+}  // namespace sandbox
