@@ -9,8 +9,8 @@
 #include "bench/big_settlement.h"
 #include "bench/chain_process.h"
 #include "bench/figure.h"
-#include "engine/abort.h"
-#include "engine/avdeling.h"
+#include "engine/base/abort.h"
+#include "engine/roster/avdeling.h"
 #include "inbound/oppgjor.h"
 #include "tests/support/chain_program.h"
 

@@ -78,8 +78,8 @@ function(torvik_box name)
 endfunction()
 
 # torvik_tests(NAME [ROOMS folder...] LINK target... [GROUPS group filter...]): one test program of all sources of this
-# folder and its rooms; each test is a ctest test. Where the tests share a costly beginning, GROUPS makes each filter one ctest test, NAME.group, and what
-# no filter names one more, NAME.rest.
+# folder and its rooms; each test is a ctest test. Where the tests share a costly beginning, GROUPS makes each filter one
+# ctest test, NAME.group, and what no filter names one more, NAME.rest.
 function(torvik_tests name)
     cmake_parse_arguments(T "" "" "LINK;GROUPS;ROOMS" ${ARGN})
     torvik_sources(sources ${T_ROOMS})

@@ -1,7 +1,7 @@
 // Life of the engine object: what it is made of, the sessions it works on, the timer.
 #include "engine/torvik_pos.h"
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 #include "engine/db/mem_table.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"

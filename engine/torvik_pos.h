@@ -17,11 +17,11 @@
 #include <memory>
 #include <optional>
 
-#include "engine/avdeling.h"
-#include "engine/kasse_collection.h"
+#include "engine/base/seams.h"
+#include "engine/base/torvik_pos_types.h"
 #include "engine/log/log_pane.h"
-#include "engine/seams.h"
-#include "engine/torvik_pos_types.h"
+#include "engine/roster/avdeling.h"
+#include "engine/roster/kasse_collection.h"
 
 namespace torvik {
 

@@ -2,10 +2,10 @@
 
 #include <QDir>
 
-#include "engine/abort.h"
-#include "engine/avdeling.h"
+#include "engine/base/abort.h"
 #include "engine/db/session.h"
 #include "engine/log/log_pane.h"
+#include "engine/roster/avdeling.h"
 #include "engine/torvik_pos.h"
 #include "inbound/oppgjor.h"
 #include "inbound/statement_text.h"

@@ -2,10 +2,10 @@
 
 #include <cmath>
 
-#include "engine/abort.h"
-#include "engine/avdeling.h"
+#include "engine/base/abort.h"
 #include "engine/db/mem_table.h"
 #include "engine/db/session.h"
+#include "engine/roster/avdeling.h"
 #include "engine/torvik_pos.h"
 #include "inbound/credit_order_parts.h"
 #include "inbound/statement_text.h"

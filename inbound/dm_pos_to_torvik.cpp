@@ -3,7 +3,7 @@
 
 #include <QDir>
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 #include "engine/log/log_pane.h"
 #include "inbound/statement_text.h"
 #include "inbound/table_map.h"

@@ -11,10 +11,10 @@
 #include <map>
 #include <memory>
 
+#include "engine/base/torvik_pos_types.h"
 #include "engine/db/query.h"
 #include "engine/db/stored_proc.h"
 #include "engine/db/table.h"
-#include "engine/torvik_pos_types.h"
 #include "inbound/table_transfer.h"
 #include "inbound/transfer_steps.h"
 

@@ -1,6 +1,6 @@
 #include "inbound/fetch_till.h"
 
-#include "engine/avdeling.h"
+#include "engine/roster/avdeling.h"
 #include "engine/torvik_pos.h"
 #include "inbound/dm_pos_to_torvik.h"
 

@@ -1,9 +1,9 @@
 // What both phases of a till's fetch share: the queries, the pair of transactions, the status line of the till.
 #include "inbound/oppgjor.h"
 
-#include "engine/abort.h"
-#include "engine/avdeling.h"
+#include "engine/base/abort.h"
 #include "engine/db/session.h"
+#include "engine/roster/avdeling.h"
 #include "engine/torvik_pos.h"
 #include "inbound/butikksalg.h"
 #include "inbound/dm_pos_to_torvik.h"

@@ -1,8 +1,8 @@
 // Credit orders of the settlement being posted: each sale on credit of the till becomes an order of the back office
 // that can be invoiced, with its lines, linked to the till's order. Runs inside the settlement's pair of transactions.
-#include "engine/abort.h"
-#include "engine/avdeling.h"
+#include "engine/base/abort.h"
 #include "engine/db/session.h"
+#include "engine/roster/avdeling.h"
 #include "engine/torvik_pos.h"
 #include "inbound/credit_order_parts.h"
 #include "inbound/oppgjor.h"

@@ -1,10 +1,10 @@
 // Phase two of a till's fetch: the open settlements one at a time, each in a pair of transactions of its own.
 #include <QDir>
 
-#include "engine/abort.h"
-#include "engine/avdeling.h"
+#include "engine/base/abort.h"
 #include "engine/db/session.h"
 #include "engine/log/log_pane.h"
+#include "engine/roster/avdeling.h"
 #include "engine/torvik_pos.h"
 #include "inbound/butikksalg.h"
 #include "inbound/oppgjor.h"

@@ -1,6 +1,6 @@
 // What a single back office, without a chain above it, takes from a till before the transfer: its staff, and a first
 // settlement to count from.
-#include "engine/avdeling.h"
+#include "engine/roster/avdeling.h"
 #include "engine/torvik_pos.h"
 #include "inbound/oppgjor.h"
 #include "inbound/statement_text.h"

@@ -1,7 +1,7 @@
 // Phase one of a till's fetch: what the till says of itself, then the raw transfer in its pair of transactions.
-#include "engine/abort.h"
-#include "engine/avdeling.h"
+#include "engine/base/abort.h"
 #include "engine/db/session.h"
+#include "engine/roster/avdeling.h"
 #include "engine/torvik_pos.h"
 #include "inbound/dm_pos_to_torvik.h"
 #include "inbound/oppgjor.h"

@@ -2,7 +2,7 @@
 // pair of transactions, and marked on the till.
 #include <QScopeGuard>
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 #include "engine/db/session.h"
 #include "engine/torvik_pos.h"
 #include "inbound/oppgjor.h"

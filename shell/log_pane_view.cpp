@@ -9,7 +9,7 @@
 #include <QTextEdit>
 #include <QVBoxLayout>
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 
 namespace torvik {
 

@@ -3,7 +3,7 @@
 #include <QDate>
 #include <QFileInfo>
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 #include "logging/program_file.h"
 #include "logging/setup_logging.h"
 #include "shell/application_folder.h"

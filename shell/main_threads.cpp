@@ -4,7 +4,7 @@
 #include <QMessageBox>
 
 #include "engine/torvik_pos.h"
-#include "engine/torvik_pos_thread.h"
+#include "engine/workers/torvik_pos_thread.h"
 
 namespace torvik {
 

@@ -5,7 +5,7 @@
 #include <QString>
 #include <functional>
 
-#include "engine/thread_collection.h"
+#include "engine/workers/thread_collection.h"
 
 class QWidget;
 

@@ -21,10 +21,10 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
-#include "engine/abort.h"
-#include "engine/avdeling.h"
+#include "engine/base/abort.h"
 #include "engine/db/query.h"
 #include "engine/db/udl.h"
+#include "engine/roster/avdeling.h"
 #include "engine/status/oppgjor_status.h"
 #include "inbound/fetch_till.h"
 #include "logging/ini_file.h"

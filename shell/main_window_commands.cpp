@@ -9,8 +9,8 @@
 #include <QProgressBar>
 #include <QToolBar>
 
-#include "engine/abort.h"
-#include "engine/avdeling.h"
+#include "engine/base/abort.h"
+#include "engine/roster/avdeling.h"
 #include "engine/status/oppgjor_status.h"
 #include "logging/program_file.h"
 #include "shell/application_folder.h"

@@ -3,7 +3,7 @@
 
 #include <QDialog>
 
-#include "engine/kasse_collection.h"
+#include "engine/roster/kasse_collection.h"
 
 class QLabel;
 class QPushButton;

@@ -4,7 +4,7 @@
 #include <QFile>
 #include <filesystem>
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 
 namespace torvik {
 

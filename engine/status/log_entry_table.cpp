@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "engine/kasse_collection.h"
+#include "engine/roster/kasse_collection.h"
 
 namespace torvik {
 

@@ -1,7 +1,7 @@
 // The status frame's operations on its two tables, and the views' order and filter.
 #include "engine/status/oppgjor_status.h"
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 
 namespace torvik {
 

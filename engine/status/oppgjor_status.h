@@ -8,7 +8,7 @@
 #include <QString>
 #include <QTime>
 
-#include "engine/kasse_collection.h"
+#include "engine/roster/kasse_collection.h"
 #include "engine/status/log_entry_table.h"
 #include "engine/status/oppgjor_status_table.h"
 

@@ -1,7 +1,7 @@
 // Whole settlement runs over a demo chain, measured against the chain's own model.
 #include <gtest/gtest.h>
 
-#include "engine/avdeling.h"
+#include "engine/roster/avdeling.h"
 #include "engine/status/oppgjor_status.h"
 #include "sandbox/chain/posted_rows.h"
 #include "tests/support/chain_run.h"

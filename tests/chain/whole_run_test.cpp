@@ -9,7 +9,7 @@
 #include <set>
 #include <sstream>
 
-#include "engine/avdeling.h"
+#include "engine/roster/avdeling.h"
 #include "sandbox/chain/posted_rows.h"
 #include "sandbox/chain/scripts.h"
 #include "sandbox/chain/settled_rows.h"

@@ -6,7 +6,7 @@
 #include <QTimer>
 #include <array>
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 #include "engine/db/mem_table.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"

@@ -2,8 +2,8 @@
 // reported with its words, the others are fetched whole, and the next good run makes up for it.
 #include <gtest/gtest.h>
 
-#include "engine/avdeling.h"
 #include "engine/db/query.h"
+#include "engine/roster/avdeling.h"
 #include "engine/status/oppgjor_status.h"
 #include "tests/support/chain_run.h"
 

@@ -6,9 +6,9 @@
 
 #include <mutex>
 
-#include "engine/abort.h"
-#include "engine/avdeling.h"
+#include "engine/base/abort.h"
 #include "engine/db/query.h"
+#include "engine/roster/avdeling.h"
 #include "inbound/oppgjor.h"
 #include "tests/support/chain_run.h"
 #include "tests/support/qt_print.h"

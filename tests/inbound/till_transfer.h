@@ -4,8 +4,8 @@
 
 #include <QStringList>
 
-#include "engine/avdeling.h"
 #include "engine/db/query.h"
+#include "engine/roster/avdeling.h"
 #include "inbound/dm_pos_to_torvik.h"
 #include "tests/support/chain_run.h"
 

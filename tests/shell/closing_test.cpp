@@ -5,10 +5,10 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 #include "engine/db/query.h"
 #include "shell/main_threads.h"
-#include "tests/engine/scripted_worker.h"
+#include "tests/engine/workers/scripted_worker.h"
 #include "tests/shell/window_over_a_chain.h"
 #include "tests/support/pump.h"
 #include "tests/support/qt_print.h"

@@ -6,7 +6,7 @@
 #include <QWidget>
 
 #include "engine/torvik_pos.h"
-#include "tests/engine/scripted_worker.h"
+#include "tests/engine/workers/scripted_worker.h"
 #include "tests/support/pump.h"
 #include "tests/support/qt_print.h"
 

@@ -14,8 +14,8 @@
 #include <QTime>
 #include <QTreeView>
 
-#include "engine/avdeling.h"
 #include "engine/db/errors.h"
+#include "engine/roster/avdeling.h"
 #include "engine/status/oppgjor_status.h"
 #include "logging/program_file.h"
 #include "shell/application_folder.h"

@@ -8,7 +8,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "engine/kasse_collection.h"
+#include "engine/roster/kasse_collection.h"
 #include "sandbox/chain/demo_chain.h"
 #include "shell/main_window.h"
 #include "shell/settings.h"

@@ -3,7 +3,7 @@
 
 #include <QDir>
 
-#include "engine/avdeling.h"
+#include "engine/roster/avdeling.h"
 #include "inbound/fetch_till.h"
 
 namespace torvik::test {

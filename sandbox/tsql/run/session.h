@@ -84,8 +84,8 @@ public:
 
     // INSERT BULK: beginBulk parses and binds the statement and says which columns are to come (each request's rows
     // follow as one BULK LOAD message); bulkRow stores one row; endBulk makes the load final and gives the count.
-    // Each may throw SqlError, and StatementCancelled (sandbox/store/databases/locks.h) after cancel(); the load is then
-    // undone.
+    // Each may throw SqlError, and StatementCancelled (sandbox/store/databases/locks.h) after cancel(); the load is
+    // then undone.
     [[nodiscard]] BulkTarget beginBulk(std::string_view statement);
     void bulkRow(std::span<const Value> cells);
     [[nodiscard]] std::int64_t endBulk();

@@ -5,7 +5,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 #include "engine/log/log_pane.h"
 #include "tests/support/full_disk.h"
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/abort.h"
+#include "engine/base/abort.h"
 #include "tests/engine/signal_count.h"
 #include "tests/support/qt_print.h"
 

@@ -1,0 +1,204 @@
+// What becomes of a run when a till or the back office cannot be reached: told with its words, within the session's
+// connection time-out, and with no password in any log.
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+
+#include "engine/base/abort.h"
+#include "engine/db/errors.h"
+#include "engine/db/query.h"
+#include "engine/status/oppgjor_status.h"
+#include "tests/engine/small_chain.h"
+#include "tests/support/recording_sink.h"
+
+namespace torvik {
+namespace {
+
+constexpr int kConnectSeconds = 1;
+constexpr int kSlackMs = 4000;  // for a machine that is busy with other things
+
+class FailedConnections : public testing::Test {
+protected:
+    FailedConnections() {
+        chain.tills(QStringLiteral("1/1 1/2 1/3"));
+        chain.target.Open();
+        chain.engine.Avdeling->Open();
+        for (db::Query& row = chain.engine.Avdeling->Qry(); !row.Eof(); row.Next()) {
+            TKasseItem& till = chain.engine.Avdeling->KasseCollection()->Add();
+            till.Ik_Ku_ID = static_cast<int>(row.FieldByName(QStringLiteral("ik_ku_id")).AsInteger());
+            till.Kassenr = row.FieldByName(QStringLiteral("ikk_kassenummer")).AsString();
+        }
+        chain.source.SetConnectionTimeout(kConnectSeconds);
+        chain.engine.RetryCount = 1;
+        chain.engine.Tasks = {taHent};
+        chain.engine.OnFetchTill = [this](TTorvikPos& engine) { fetched.append(engine.Avdeling->Ikk_Kassenummer()); };
+    }
+
+    // Till 2 gets another address or login.
+    void setTill(const char* assignments) {
+        chain.run(chain.kBackOffice, QStringLiteral("UPDATE Internkundekasse SET %1 WHERE Ikk_Kassenummer = '2'")
+                                         .arg(QString::fromUtf8(assignments)));
+    }
+    void run() {
+        chain.log.Clear();
+        QElapsedTimer timer;
+        timer.start();
+        chain.engine.ExecuteOppgjor();
+        elapsed = timer.elapsed();
+    }
+    // Everything that any log holds of the run.
+    [[nodiscard]] QString allLogs() const {
+        QStringList all = chain.log.Lines() + chain.errors.Lines() + events.lines();
+        const TKasseCollection& workList = *chain.engine.Avdeling->KasseCollection();
+        for (int i = 0; i < workList.Count(); ++i) {
+            for (const TKasseLogItem& item : workList[i].LogItems) all.append(item.Msg);
+        }
+        const OppgjorStatusTable& table = chain.engine.ffraOppgjorStatus->memOppgjorStatus;
+        for (int row = 0; row < table.RecordCount(); ++row) all.append(table.Row(row).Melding);
+        return all.join(u'\n');
+    }
+
+    test::RecordedLog events;
+    test::SmallChain chain;
+    QStringList fetched;
+    qint64 elapsed = 0;
+};
+
+struct Cause {
+    const char* name;
+    const char* assignments;  // of the till's row
+    int hangingLogins;        // of the server
+};
+
+void PrintTo(const Cause& cause, std::ostream* out) {
+    *out << cause.name;
+}
+
+class FailedConnection : public FailedConnections, public testing::WithParamInterface<Cause> {};
+
+TEST_P(FailedConnection, IsToldAndPassedOver) {
+    if (*GetParam().assignments) setTill(GetParam().assignments);
+    if (GetParam().hangingLogins > 0) {
+        // The roster has been read by then: the till's is the next login.
+        chain.engine.OnFetchTill = [this](TTorvikPos& engine) {
+            fetched.append(engine.Avdeling->Ikk_Kassenummer());
+            if (fetched.last() == u"1") chain.server.faults().hangLogins(GetParam().hangingLogins);
+        };
+    }
+
+    run();
+
+    EXPECT_EQ(fetched, (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
+    EXPECT_EQ(chain.errorMessages(),
+              (QStringList{QStringLiteral("Feil i ExecuteOppgjor for avd. 1, kasse 2. Se feil nedenfor"),
+                           QStringLiteral("Klarte ikke å koble til avdelingsnummer 1 kassenummer 2)")}));
+    EXPECT_TRUE(events.lines().contains(
+        QStringLiteral("ERR Feil ved innhenting av oppgjør for avdelingsnummer {Avdeling} kassenummer {Kassenummer}: "
+                       "{Feilmelding} Avdeling=1 Kassenummer=2 Feilmelding=Klarte ikke å koble til avdelingsnummer 1 "
+                       "kassenummer 2)")));
+    const OppgjorStatusTable& table = chain.engine.ffraOppgjorStatus->memOppgjorStatus;
+    EXPECT_EQ(table.Row(table.Locate(QStringLiteral("1"), QStringLiteral("2"))).StatusIcon, 3);
+    EXPECT_LT(elapsed, kConnectSeconds * 1000 + kSlackMs);
+    for (const char16_t* secret : {u"hemmelig", u"sesam-sesam"})
+        EXPECT_FALSE(allLogs().contains(QString::fromUtf16(secret))) << allLogs().toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(Causes, FailedConnection,
+                         testing::Values(Cause{"UnknownHost", "Ikk_Server = 'kasse-2.finnes-ikke.invalid'", 0},
+                                         Cause{"NobodyListens", "Ikk_Server = '127.0.0.1,1'", 0},
+                                         Cause{"AcceptsAndNeverAnswers", "", 1},
+                                         Cause{"WrongPassword", "Ikk_Passord = 'sesam-sesam'", 0},
+                                         Cause{"UnknownUser", "Ikk_Brukernavn = 'ukjent'", 0},
+                                         Cause{"DatabaseMissing", "Ikk_Database = 'Finnes_ikke'", 0},
+                                         Cause{"NoServerNamed", "Ikk_Server = ''", 0},
+                                         Cause{"ProviderWithoutADriver", "Ikk_Provider = 1", 0}),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+// Reading the version may fail; then SET NOCOUNT decides. Each statement waits as long as a login, and as long again
+// for the answer to its own cancelling.
+TEST_F(FailedConnections, TillThatAnswersTheLoginAndThenNoMoreIsGivenUp) {
+    chain.server.faults().add({.match = {.database = "Kasse_1_2"}, .action = sandbox::FaultAction::Hang, .times = 0});
+    run();
+    EXPECT_EQ(fetched, (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
+    EXPECT_EQ(chain.errorMessages().value(1),
+              QStringLiteral("Klarte ikke å koble til avdelingsnummer 1 kassenummer 2)"));
+    EXPECT_LT(elapsed, 4 * kConnectSeconds * 1000 + kSlackMs);
+}
+
+TEST_F(FailedConnections, TillThatFallsSilentAtATransactionsStartIsATillError) {
+    chain.server.faults().add({.match = {.database = "Kasse_1_2", .textContains = "BEGIN TRANSACTION"},
+                               .action = sandbox::FaultAction::Hang});
+    chain.engine.OnFetchTill = [this](TTorvikPos& engine) {
+        engine.SourceConnection->StartTransaction();
+        engine.SourceConnection->Rollback();
+        fetched.append(engine.Avdeling->Ikk_Kassenummer());
+    };
+    run();
+    EXPECT_EQ(fetched, (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
+    EXPECT_EQ(chain.errorMessages().value(0),
+              QStringLiteral("Feil i ExecuteOppgjor for avd. 1, kasse 2. Se feil nedenfor"));
+    EXPECT_LT(elapsed, 2 * kConnectSeconds * 1000 + kSlackMs);
+}
+
+TEST_F(FailedConnections, ConnectionThatBreaksRightAfterTheLoginIsTriedAgain) {
+    chain.engine.RetryCount = 2;
+    chain.engine.Avdeling->Qry().First();
+    chain.server.faults().add({.match = {.textContains = "SET NOCOUNT"}, .action = sandbox::FaultAction::DropBefore});
+    EXPECT_TRUE(chain.engine.ConnectSource());
+    EXPECT_EQ(chain.messages(), (QStringList{QStringLiteral("Venter i 20 sekunder på neste forsøk"),
+                                             QStringLiteral("Database versjon 213")}));
+}
+
+TEST_F(FailedConnections, TillWithoutSettingsIsFetchedWithTheVersionOfTheTillBefore) {
+    chain.run(QStringLiteral("Kasse_1_2"), QStringLiteral("DROP TABLE innstillinger"));
+    chain.run(QStringLiteral("Kasse_1_1"), QStringLiteral("UPDATE innstillinger SET in_dbversion = ' 188 '"));
+    run();
+    EXPECT_EQ(fetched.size(), 3);
+    EXPECT_EQ(chain.messages().filter(QStringLiteral("Database versjon")),
+              (QStringList{QStringLiteral("Database versjon 188"), QStringLiteral("Database versjon 188"),
+                           QStringLiteral("Database versjon 213")}));
+    EXPECT_EQ(chain.errorMessages(), QStringList());
+}
+
+TEST_F(FailedConnections, BackOfficeThatIsDownAtTheStartEndsTheRunWithItsOwnWords) {
+    chain.target.Close();
+    chain.cutServer();
+    run();
+    EXPECT_EQ(fetched, QStringList());
+    ASSERT_EQ(chain.errorMessages().size(), 1);
+    EXPECT_TRUE(chain.errorMessages().first().startsWith(QStringLiteral("En feil oppstod i rutinen ExecuteOppgjor: ")));
+    EXPECT_FALSE(allLogs().contains(QStringLiteral("hemmelig")));
+}
+
+TEST_F(FailedConnections, BackOfficeThatRefusesTheLoginNamesNoPassword) {
+    chain.target.Close();
+    chain.target.SetPassword(QStringLiteral("sesam-sesam"));
+    run();
+    ASSERT_EQ(chain.errorMessages().size(), 1);
+    EXPECT_TRUE(chain.errorMessages().first().contains(QStringLiteral("Login failed for user 'sa'")))
+        << chain.errorMessages().first().toStdString();
+    EXPECT_FALSE(allLogs().contains(QStringLiteral("sesam-sesam")));
+}
+
+TEST_F(FailedConnections, BackOfficeThatGoesMidRunFailsTheRestQuietlyAndTheNextRunStartsAnew) {
+    bool breaks = true;
+    chain.engine.OnFetchTill = [&](TTorvikPos& engine) {
+        fetched.append(engine.Avdeling->Ikk_Kassenummer());
+        if (fetched.size() == 2 && breaks) chain.cutServer();
+    };
+    run();
+    // The tills stood on the same server: the third cannot be reached either.
+    EXPECT_EQ(fetched, (QStringList{QStringLiteral("1"), QStringLiteral("2")}));
+    EXPECT_FALSE(chain.target.Connected());
+
+    breaks = false;
+    chain.server.startListening();
+    fetched.clear();
+    chain.errors.Clear();
+    run();
+    EXPECT_EQ(fetched.size(), 3);
+    EXPECT_EQ(chain.errorMessages(), QStringList());
+}
+
+}  // namespace
+}  // namespace torvik
