@@ -11,7 +11,7 @@
 #include "bench/figure.h"
 #include "engine/base/abort.h"
 #include "engine/roster/avdeling.h"
-#include "inbound/oppgjor.h"
+#include "inbound/settlement/oppgjor.h"
 #include "tests/support/chain_program.h"
 
 namespace {

@@ -13,7 +13,7 @@
 
 #include "engine/db/connect_string.h"
 #include "engine/db/odbc.h"
-#include "inbound/table_map.h"
+#include "inbound/transfer/maps/table_map.h"
 
 namespace torvik::bench {
 

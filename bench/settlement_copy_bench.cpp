@@ -8,8 +8,8 @@
 #include "bench/plain_copy.h"
 #include "engine/db/query.h"
 #include "engine/roster/avdeling.h"
-#include "inbound/dm_pos_to_torvik.h"
-#include "inbound/transfer_steps.h"
+#include "inbound/transfer/dm_pos_to_torvik.h"
+#include "inbound/transfer/transfer_steps.h"
 #include "tests/support/chain_program.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include "engine/roster/avdeling.h"
 #include "engine/torvik_pos.h"
-#include "inbound/dm_pos_to_torvik.h"
+#include "inbound/transfer/dm_pos_to_torvik.h"
 
 namespace torvik {
 

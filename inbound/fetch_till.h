@@ -1,7 +1,7 @@
 // Joins the fetch to the engine: what its settlement run does at a till, and how a cancel reaches a transfer under way.
 #pragma once
 
-#include "inbound/oppgjor.h"
+#include "inbound/settlement/oppgjor.h"
 
 namespace torvik {
 

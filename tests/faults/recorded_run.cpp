@@ -5,7 +5,7 @@
 #include <map>
 #include <mutex>
 
-#include "inbound/transfer_steps.h"
+#include "inbound/transfer/transfer_steps.h"
 
 namespace torvik::test {
 

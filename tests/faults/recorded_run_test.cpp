@@ -5,8 +5,8 @@
 
 #include <set>
 
-#include "inbound/table_map.h"
-#include "inbound/transfer_steps.h"
+#include "inbound/transfer/maps/table_map.h"
+#include "inbound/transfer/transfer_steps.h"
 #include "tests/faults/fault_stage.h"
 #include "tests/support/qt_print.h"
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <map>
 
-#include "inbound/transfer_steps.h"
+#include "inbound/transfer/transfer_steps.h"
 #include "tests/faults/fault_case.h"
 
 namespace torvik::test {

@@ -9,7 +9,7 @@
 #include "engine/base/abort.h"
 #include "engine/db/query.h"
 #include "engine/roster/avdeling.h"
-#include "inbound/oppgjor.h"
+#include "inbound/settlement/oppgjor.h"
 #include "tests/support/chain_run.h"
 #include "tests/support/qt_print.h"
 

@@ -6,7 +6,7 @@
 
 #include "engine/db/query.h"
 #include "engine/roster/avdeling.h"
-#include "inbound/dm_pos_to_torvik.h"
+#include "inbound/transfer/dm_pos_to_torvik.h"
 #include "tests/support/chain_run.h"
 
 namespace torvik::test {

@@ -1,0 +1,31 @@
+#include "engine/db/statement_text.h"
+
+#include <QLocale>
+#include <cmath>
+
+namespace torvik {
+
+QStringList statementLines(const QString& text) {
+    return text.split(QLatin1Char('\n'));
+}
+
+QStringList statementLines(const char* text) {
+    return statementLines(QString::fromUtf8(text));
+}
+
+QString dateTimeLiteral(const QDateTime& value) {
+    return QStringLiteral("'%1'").arg(
+        value.toString(QStringLiteral("yyyyMMdd HH:mm:ss.zzz")).replace(QLatin1Char('.'), QLatin1Char(':')));
+}
+
+QString dateLiteral(const QDate& value) {
+    return QStringLiteral("'%1'").arg(value.toString(QStringLiteral("yyyyMMdd")));
+}
+
+QString numberLiteral(double value) {
+    const double size = std::abs(value);
+    const bool plain = size == 0 || (size >= 1e-5 && size < 1e15);
+    return QString::number(value, plain ? 'f' : 'g', QLocale::FloatingPointShortest);
+}
+
+}  // namespace torvik

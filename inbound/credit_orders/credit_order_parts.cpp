@@ -1,0 +1,131 @@
+#include "inbound/credit_orders/credit_order_parts.h"
+
+#include "engine/db/session.h"
+#include "engine/db/statement_text.h"
+#include "engine/torvik_pos.h"
+
+namespace torvik {
+
+namespace {
+
+constexpr int kQueryTimeout = 600;  // seconds
+constexpr int kCollectingCustomer = 12000;
+
+constexpr char kImportStatus[] = R"(declare @str varchar(255)
+if exists ( select 1 from syscolumns (NOLOCK) where name='In_Rpos_Or_Status_Import')
+set @str = 'select In_Rpos_Or_Status_Import from innstillinger (NOLOCK) '
+else
+set @str = 'select 0 AS In_Rpos_Or_Status_Import'
+EXEC(@str))";
+
+constexpr char kCustomer[] = "select ku_id from kunde where ku_id=%1";
+
+constexpr char kLinkedOrder[] =
+    R"(SELECT Pos_Or_Kreditt_Or_Id Or_ID FROM PosOrdre JOIN InternKunde ON Pos_Or_Ik_Ku_Id = Ik_Ku_Id 
+WHERE Pos_Or_Id = :Pos_Or_Id 
+AND Pos_Or_KasseNr = :KasseNr 
+AND Ik_Avdelingsnummer = :AvdNr 
+AND Pos_Or_Kreditt_Or_Id IS NOT NULL )";
+
+constexpr char kLinkOrder[] = R"(UPDATE PosOrdre SET Pos_Or_Kreditt_Or_Id = :Kreditt_Or_Id 
+FROM PosOrdre JOIN InternKunde ON Pos_Or_Ik_Ku_Id = Ik_Ku_Id 
+WHERE Pos_Or_Id = :Pos_Or_Id 
+AND Pos_Or_KasseNr = :KasseNr 
+AND Ik_Avdelingsnummer = :AvdNr )";
+
+constexpr char kInsertLine[] =
+    "INSERT INTO ORDRELINJE (OL_Or_ID,OL_Va_ID,OL_Navn,OL_Bestilt,OL_Levert,OL_Pris,OL_Rabatt,OL_Kostpris,OL_Status,OL_MvaBeregnes,OL_Utskrift,OL_Hoved_OL_ID,OL_Mvasats)";
+constexpr char kSelectLine[] = "SELECT %1,'%2','%3'";
+// The till's price less VAT; ordered and delivered are the same.
+constexpr char kSelectLineAmounts[] = ",%1,%2,%3 / (1+(%4/100)),%5,VA_KOSTPRIS";
+constexpr char kFromItem[] = " FROM ordre,vare,internkunde WHERE or_eier_ik_ku_id=ik_ku_id and va_id='%1' AND or_id=%2";
+
+constexpr char kRemoveFee[] =
+    R"(update ordrelinje set ol_pris = 0 from innstillinger, ordre join kunde on or_ku_id = ku_id
+ where ol_or_id = or_id and ku_FjernGebyr = 1 and or_id = %1
+and Ol_Va_ID = In_Fakturagebyr_Va_ID)";
+
+QString quotesDoubled(QString text) {
+    return text.replace(QLatin1Char('\''), QStringLiteral("''"));
+}
+
+QString textOf(const db::Query& row, const char* column) {
+    return row.FieldByName(QString::fromUtf8(column)).AsString().trimmed();
+}
+
+void setKeyOf(const CreditSale& sale, db::Query& query) {
+    query.ParamByName(QStringLiteral("Pos_Or_Id")) = sale.order;
+    query.ParamByName(QStringLiteral("KasseNr")) = sale.till;
+    query.ParamByName(QStringLiteral("AvdNr")) = sale.department;
+}
+
+}  // namespace
+
+int integerOf(const db::Query& row, const char* column) {
+    return static_cast<int>(row.FieldByName(QString::fromUtf8(column)).AsInteger());
+}
+
+CreditSale::CreditSale(const db::Query& row)
+    : order(integerOf(row, "OR_ID")),
+      customer(integerOf(row, "KU_ID")),
+      time(dateTimeLiteral(row.FieldByName(QStringLiteral("OR_TIDSPUNKT")).AsDateTime())),
+      ourReference(QStringLiteral("Bong %1 ved %2").arg(QString::number(order), textOf(row, "AN_NAVN"))),
+      requisition(quotesDoubled(textOf(row, "OR_REKVISISJONSNUMMER"))),
+      department(textOf(row, "IN_AVDNR")),
+      till(textOf(row, "IN_KASSENR")) {}
+
+std::unique_ptr<db::Query> creditOrderQuery(TTorvikPos& torvikPos, const QStringList& sql) {
+    auto query = std::make_unique<db::Query>(torvikPos.TargetConnection());
+    query->ParamCheck = false;
+    query->CommandTimeout = kQueryTimeout;
+    query->SQL = sql;
+    return query;
+}
+
+int importStatus(db::Query& general) {
+    general.Close();
+    general.SQL = statementLines(kImportStatus);
+    general.Open();
+    const int status = integerOf(general, "In_Rpos_Or_Status_Import");
+    general.Close();
+    return status;
+}
+
+int customerAtBackOffice(TTorvikPos& torvikPos, int customer) {
+    const auto known = creditOrderQuery(torvikPos, {QString::fromUtf8(kCustomer).arg(customer)});
+    known->Open();
+    return known->IsEmpty() ? kCollectingCustomer : customer;
+}
+
+int linkedCreditOrder(TTorvikPos& torvikPos, const CreditSale& sale) {
+    const auto linked = creditOrderQuery(torvikPos, statementLines(kLinkedOrder));
+    linked->ParamCheck = true;
+    setKeyOf(sale, *linked);
+    linked->Open();
+    return linked->IsEmpty() ? 0 : integerOf(*linked, "Or_ID");
+}
+
+void linkCreditOrder(TTorvikPos& torvikPos, const CreditSale& sale, int number) {
+    const auto link = creditOrderQuery(torvikPos, statementLines(kLinkOrder));
+    link->ParamCheck = true;
+    link->ParamByName(QStringLiteral("Kreditt_Or_Id")) = number;
+    setKeyOf(sale, *link);
+    link->ExecSQL();
+}
+
+void insertCreditOrderLine(TTorvikPos& torvikPos, int number, const db::Query& row, const char* vat) {
+    const QString item = torvikPos.ResolveVaId(textOf(row, "OL_VA_ID"));
+    const QString quantity = numberLiteral(row.FieldByName(QStringLiteral("OL_ANTALL")).AsFloat());
+    const QString price = numberLiteral(row.FieldByName(QStringLiteral("OL_SALGSPRIS")).AsFloat());
+    const QString discount = numberLiteral(row.FieldByName(QStringLiteral("OL_RABATT")).AsFloat());
+    const QString rate = QString::number(row.FieldByName(QStringLiteral("OL_MVASATS")).AsFloat(), 'f', 2);
+    const QString order = QString::number(number);
+    creditOrderQuery(torvikPos, {QString::fromUtf8(kInsertLine),
+                                 QString::fromUtf8(kSelectLine).arg(order, item, quotesDoubled(textOf(row, "VA_NAVN"))),
+                                 QString::fromUtf8(kSelectLineAmounts).arg(quantity, quantity, price, rate, discount),
+                                 QString::fromUtf8(vat).arg(rate), QString::fromUtf8(kFromItem).arg(item, order)})
+        ->ExecSQL();
+    creditOrderQuery(torvikPos, statementLines(QString::fromUtf8(kRemoveFee).arg(order)))->ExecSQL();
+}
+
+}  // namespace torvik

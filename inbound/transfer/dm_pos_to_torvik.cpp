@@ -1,0 +1,140 @@
+// The data module's life, its walk over the steps, and its one failure handler.
+#include "inbound/transfer/dm_pos_to_torvik.h"
+
+#include <QDir>
+
+#include "engine/base/abort.h"
+#include "engine/db/statement_text.h"
+#include "engine/log/log_pane.h"
+#include "inbound/transfer/maps/table_map.h"
+#include "logging/logger.h"
+
+namespace torvik {
+
+namespace {
+
+constexpr int kLongTimeout = 10000;  // seconds
+constexpr int kProgressEvery = 1000;
+constexpr int kInfoLength = 255;
+
+constexpr char kInsertLog[] = R"(insert into dts_logg (dl_dlt_id,dl_ik_ku_id,dl_kassenr,dl_tidspunkt,dl_dp_id, dl_info)
+values (:LogType,:Ik_Ku_ID,:KasseNr,getdate(),1,:Info))";
+
+}  // namespace
+
+TdmPOStoTorvik::TdmPOStoTorvik(QObject* owner) : QObject(owner) {
+    for (const TableMap* map : allTableMaps()) {
+        auto& table = stagingTables_[QString::fromUtf8(map->component)];
+        if (table) continue;
+        table = std::make_unique<db::Table>();
+        table->setObjectName(QString::fromUtf8(map->component));
+        table->CommandTimeout = kLongTimeout;
+    }
+    for (db::Query* query :
+         {&qrySource, &qryCreateUtbetalingImport, &qryInsertUtbetaling, &qryUpdateTimer, &qryCreateTempTables})
+        query->CommandTimeout = kLongTimeout;
+    // Source texts hold no parameters, and may hold colons.
+    for (db::Query* query :
+         {&qrySource, &qryCreateUtbetalingImport, &qryUpdateTimer, &qryCreateTempTables, &qryGeneral})
+        query->ParamCheck = false;
+    qryLog.SQL = statementLines(kInsertLog);
+    spInsert.StoredProcName = QStringLiteral("ExecuteDtsFromPos;1");
+    spDeleteTemp.StoredProcName = QStringLiteral("DeleteFromTemp;1");
+    for (db::StoredProc* procedure : {&spInsert, &spDeleteTemp}) procedure->CommandTimeout = kLongTimeout;
+}
+
+void TdmPOStoTorvik::SetSourceConnection(db::Session* value) {
+    sourceConnection_ = value;
+    for (db::Query* query : {&qryCreateUtbetalingImport, &qryInsertUtbetaling, &qrySource, &qryUpdateTimer})
+        query->SetConnection(value);
+}
+
+void TdmPOStoTorvik::SetDestinationConnection(db::Session* value) {
+    destinationConnection_ = value;
+    for (const auto& [name, table] : stagingTables_) table->SetConnection(value);
+    for (db::Query* query : {&qryCreateTempTables, &qryLog, &qryGeneral}) query->SetConnection(value);
+    spInsert.SetConnection(value);
+    spDeleteTemp.SetConnection(value);
+}
+
+void TdmPOStoTorvik::Execute() {
+    int p = 0;
+    try {
+        for (const TransferStep& step : transferSteps()) {
+            p = step.p;
+            runStep(step);
+        }
+    } catch (const std::exception& e) {
+        if (p < kInsertDataStep) writeLog(DtsLogg::CopyFailed);
+        if (p == kInsertDataStep) writeLog(DtsLogg::PostingFailed);
+        throw EngineError(QStringLiteral("Feil ved overføring til avd %1 kassenr %2. %3 feilet (p=%4): %5")
+                              .arg(QString::number(Ik_Ku_ID), kasseNr_, step_, QString::number(p), ErrorText(e)));
+    }
+}
+
+void TdmPOStoTorvik::runStep(const TransferStep& step) {
+    if (step.before != DtsLogg::None) writeLog(step.before);
+    if (step.map) runTransfer(*step.map);
+    if (step.run) {
+        setStep(QString::fromUtf8(step.name));
+        (this->*step.run)();
+    }
+    if (step.after != DtsLogg::None) writeLog(step.after);
+}
+
+void TdmPOStoTorvik::runTransfer(const TableMap& map) {
+    if (tillVersion_ < map.fromVersion) return;
+    if (map.requiredTable && !tillHasTable(map.requiredTable)) return;
+    setStep(QString::fromUtf8(map.step));
+
+    qrySource.Close();
+    qrySource.SQL = statementLines(sourceSql(map));
+    qrySource.Open();
+    if (map.openedEvent) logOpened(map);
+
+    const TransferRun run{Ik_Ku_ID, kasseNr_, QUuid(unId_), tillVersion_, Now};
+    const QString word = QString::fromUtf8(map.rowProgress ? map.rowProgress : "");
+    transferTable(map, run, qrySource, *stagingTables_.at(QString::fromUtf8(map.component)),
+                  [this, &word](int row, int rows) { Progress(word, row, false, rows); });
+}
+
+void TdmPOStoTorvik::logOpened(const TableMap& map) {
+    GlobalLogger().LogDebug(QString::fromUtf8(map.openedEvent),
+                            {qrySource.RecordCount(), ikAvdelingsnummer_, kasseNr_});
+}
+
+void TdmPOStoTorvik::setStep(const QString& name) {
+    step_ = name;
+    if (OnProgress) OnProgress(this, 0, QStringLiteral("Start %1: ").arg(name));
+}
+
+void TdmPOStoTorvik::Progress(const QString& text, int position, bool forced, int maximum) {
+    if (CheckForCancel)
+        throw EngineError(QStringLiteral("Avbrutt av bruker. Avbrutt oppgave: (%1: %2 av %3)")
+                              .arg(text, QString::number(position), QString::number(maximum)));
+    if (!forced && position % kProgressEvery != 0) return;
+    if (!OnProgress) return;
+    const int percent = maximum == 0 ? 0 : static_cast<int>(qint64{position} * 100 / maximum);
+    OnProgress(this, percent,
+               QStringLiteral("%1: %2 av %3").arg(text, QString::number(position), QString::number(maximum)));
+}
+
+void TdmPOStoTorvik::writeLog(DtsLogg type, const QString& info) {
+    const int logType = static_cast<int>(type);
+    qryLog.ParamByName(QStringLiteral("LogType")) = logType;
+    qryLog.ParamByName(QStringLiteral("Ik_Ku_ID")) = Ik_Ku_ID;
+    qryLog.ParamByName(QStringLiteral("KasseNr")) = kasseNr_;
+    if (info.isEmpty())
+        qryLog.ParamByName(QStringLiteral("Info")) = 1;
+    else
+        qryLog.ParamByName(QStringLiteral("Info")) = info.left(kInfoLength);
+    qryLog.ExecSQL();
+    logLines_ << QStringLiteral("Logtype: %1, Ik_ku_ID: %2, Kassenr: %3, Info: %4")
+                     .arg(QString::number(logType), QString::number(Ik_Ku_ID), kasseNr_, info);
+}
+
+void TdmPOStoTorvik::SaveLog() const {
+    SaveTextLines(QDir::current().filePath(QStringLiteral("PosToTorvikLog.txt")), logLines_);
+}
+
+}  // namespace torvik

@@ -1,0 +1,106 @@
+// The data module that copies one till's raw data into staging tables on the back office and has the back office's own
+// procedures take it from there. It is given two open sessions with a transaction on each, starts and ends none itself,
+// and lives for one till. TOppgjor makes it, runs it once and frees it.
+#pragma once
+
+#include <QDateTime>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "engine/base/torvik_pos_types.h"
+#include "engine/db/query.h"
+#include "engine/db/stored_proc.h"
+#include "engine/db/table.h"
+#include "inbound/transfer/table_transfer.h"
+#include "inbound/transfer/transfer_steps.h"
+
+namespace torvik {
+
+class TdmPOStoTorvik : public QObject {
+    Q_OBJECT
+
+public:
+    explicit TdmPOStoTorvik(QObject* owner = nullptr);
+
+    // The till's session: the source queries follow it.
+    [[nodiscard]] db::Session* SourceConnection() const { return sourceConnection_; }
+    void SetSourceConnection(db::Session* value);
+    // The back office's: the staging tables, the log and the procedures follow it.
+    [[nodiscard]] db::Session* DestinationConnection() const { return destinationConnection_; }
+    void SetDestinationConnection(db::Session* value);
+
+    int Ik_Ku_ID = 0;  // the department's customer id
+    [[nodiscard]] const QString& KasseNr() const { return kasseNr_; }
+    void SetKasseNr(const QString& value) { kasseNr_ = value.trimmed(); }
+    [[nodiscard]] const QString& UnID() const { return unId_; }  // of this run; empty before its Startup
+    bool CheckForCancel = false;                                 // the next progress report raises the cancel error
+    TProgressEvent OnProgress;
+    std::function<QDateTime()> Now = [] { return QDateTime::currentDateTime(); };
+
+    // Runs the whole transfer. Raises EngineError "Feil ved overføring til avd ...", or, when even the mark of the
+    // failure could not be written, what that raised.
+    void Execute();
+    // The lines of dts_logg of this run, over "PosToTorvikLog.txt" in the working directory.
+    void SaveLog() const;
+
+    // Whether no run of this till had started in the ten minutes before this one.
+    [[nodiscard]] bool NoRecentStart() const { return noRecentStart_; }
+
+    // The steps that are no table transfers; transfer_steps.cpp tells when each runs.
+    void initialize();
+    void createTempTables();
+    void startup();
+    void createUtbetalingImport();
+    void insertUtbetaling();
+    void insertData();
+    void updateTimer();
+    void deleteTemp();
+    void finish();
+
+private:
+    void runStep(const TransferStep& step);
+    void runTransfer(const TableMap& map);
+    [[nodiscard]] bool tillHasTable(const char* name);
+    [[nodiscard]] QString sourceSql(const TableMap& map);
+    [[nodiscard]] QString knownStaff();
+    [[nodiscard]] int timeImportType();
+    void logOpened(const TableMap& map);
+
+    void setStep(const QString& name);
+    void Progress(const QString& text, int position, bool forced, int maximum);
+    void writeLog(DtsLogg type, const QString& info = {});
+    void runProcedure(db::StoredProc& procedure);
+    // A closed temporary query on the back office with this text.
+    [[nodiscard]] std::unique_ptr<db::Query> destinationQuery(const QString& sql) const;
+
+    db::Session* sourceConnection_ = nullptr;
+    db::Session* destinationConnection_ = nullptr;
+    QString kasseNr_;
+    QString unId_;
+    QString ikAvdelingsnummer_;
+    int tillVersion_ = 0;
+    qint64 firstId_ = 1;  // the first settlement id to fetch
+    QString step_;
+    bool noRecentStart_ = true;
+    QStringList logLines_;
+
+    db::Query qrySource;  // the one cursor of all table transfers
+    db::Query qryCreateUtbetalingImport;
+    db::Query qryInsertUtbetaling;
+    db::Query qryUpdateTimer;
+    db::Query qryGeneral;
+    db::Query qryCreateTempTables;
+    db::Query qryLog;
+    db::StoredProc spInsert;
+    db::StoredProc spDeleteTemp;
+    std::map<QString, std::unique_ptr<db::Table>> stagingTables_;  // by component name
+};
+
+// The data module of the till being fetched; none between tills. A cancel reaches a transfer under way through it.
+inline std::unique_ptr<TdmPOStoTorvik> dmPOStoTorvik;
+
+}  // namespace torvik

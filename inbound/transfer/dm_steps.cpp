@@ -1,0 +1,212 @@
+// The steps of the transfer that are no table transfers, and the questions by which table transfers are prepared.
+#include "engine/db/session.h"
+#include "engine/db/statement_text.h"
+#include "inbound/transfer/dm_pos_to_torvik.h"
+#include "inbound/transfer/maps/table_map.h"
+#include "inbound/transfer/staging_tables.h"
+
+namespace torvik {
+
+namespace {
+
+constexpr char kRecentStarts[] =
+    R"(select * from dts_logg where dl_dlt_id = 0 and dl_ik_ku_id = %1 and dl_kassenr = '%2' and dl_tidspunkt > dateadd(minute,-10, current_timestamp))";
+
+constexpr char kTillOfRun[] =
+    R"(SELECT internkundekasse.*, Ik_Avdelingsnummer FROM internkundekasse join InternKunde ON Ikk_Ik_Ku_Id=Ik_Ku_Id  WHERE ikk_ik_ku_id=%1  AND ikk_kassenummer='%2')";
+
+// The whole of the protection against fetching twice: the first id moves on only when the back office has posted a
+// settlement and its transaction has committed.
+constexpr char kFirstId[] =
+    R"(SELECT COALESCE((MAX(POS_OP_ID) + 1),1) OP_ID FROM POSOPPGJOR WHERE POS_OP_IK_KU_ID = %1 AND POS_OP_KASSENR = '%2' AND Pos_Op_Synkronisert IS NOT NULL)";
+
+constexpr char kNewRunId[] = "SELECT NEWID() AS UNID";
+
+constexpr char kTillVersion[] = "SELECT IN_DBVERSION FROM INNSTILLINGER";
+
+constexpr char kTillTable[] = "select count(*) AS Antall from sysobjects where name='%1'";
+
+constexpr char kKnownStaff[] = "select ika_id from InternkundeAnsatt where Ika_Ik_Ku_ID=%1 order by ika_id";
+
+constexpr char kTimeImportType[] =
+    "select isnull(Ik_TimeImportType,1) Ik_TimeimportType from InternKunde where Ik_Ku_ID = %1";
+
+constexpr char kDropUtbetalingImport[] =
+    R"(if exists (select 1 from  sysobjects where name = 'sp_UTBETALINGIMPORT' and type = 'P')
+drop procedure sp_UTBETALINGIMPORT)";
+
+constexpr char kCreateUtbetalingImport[] = R"(create procedure sp_UTBETALINGIMPORT (@id int)
+as
+if exists (select 1 from  sysobjects where id = object_id('UTBETALINGIMPORT') and type = 'U')
+drop table UTBETALINGIMPORT
+create table UTBETALINGIMPORT (
+  iUB_BT_ID int not null,
+  iUB_NAVN varchar(25) not null,
+  iUB_KONTO char(11) not null,
+  iUB_TELEFON varchar(30) null,
+  iUB_EPOST varchar(255) null,
+  iUB_ADRESSE varchar(512) null,
+  constraint iPK_UTBETALING primary key (iUB_BT_ID)
+)
+if (select in_dbversion from innstillinger) >= '149.0'
+insert into UTBETALINGIMPORT select UB_BT_ID,UB_NAVN,UB_KONTO,UB_TELEFON,UB_EPOST,UB_ADRESSE from UTBETALING,BETALING,ORDRE
+where ub_bt_id = bt_id and bt_or_id = or_id and or_op_id >=@id)";
+
+constexpr char kInsertUtbetaling[] = "exec sp_UTBETALINGIMPORT :Op_ID";
+
+constexpr char kMarkReleasedTimer[] = R"(UPDATE Timer SET Ti_Status = Ti_Status + 16
+FROM innstillinger
+WHERE Ti_Status IN (2,4,8)
+  AND IN_KLAR_HENT_TIMER is not null and coalesce(ti_korrigerttidinn, ti_tidinn)<=IN_KLAR_HENT_TIMER
+UPDATE innstillinger SET IN_KLAR_HENT_TIMER=null)";
+
+constexpr char kMarkClosedTimer[] = R"(UPDATE Timer SET Ti_Status = Ti_Status + 16
+WHERE Ti_Status IN (1,2,4,8) AND NOT coalesce(ti_korrigerttidut, ti_tidut) IS NULL
+UPDATE innstillinger SET IN_KLAR_HENT_TIMER=null)";
+
+constexpr char kDeleteStartMark[] =
+    "delete from dts_logg where dl_dlt_id = 0 and dl_ik_ku_id = %1 and dl_kassenr = '%2'";
+
+constexpr int kReleasedOnly = 0;  // time import type: only entries that the till has released
+
+}  // namespace
+
+std::unique_ptr<db::Query> TdmPOStoTorvik::destinationQuery(const QString& sql) const {
+    auto query = std::make_unique<db::Query>(destinationConnection_);
+    query->ParamCheck = false;
+    query->SQL = QStringList{sql};
+    return query;
+}
+
+void TdmPOStoTorvik::initialize() {
+    Progress(step_, 0, true, 0);
+    const auto starts = destinationQuery(QString::fromUtf8(kRecentStarts).arg(QString::number(Ik_Ku_ID), kasseNr_));
+    starts->Open();
+    noRecentStart_ = starts->IsEmpty();
+    Progress(step_, 1, true, 1);
+}
+
+void TdmPOStoTorvik::createTempTables() {
+    Progress(QStringLiteral("Creating temporary tables"), 0, true, 0);
+    qryCreateTempTables.SQL = createTempTablesSql();
+    qryCreateTempTables.ExecSQL();
+    Progress(QStringLiteral("Temporary tables created"), 1, true, 1);
+}
+
+void TdmPOStoTorvik::startup() {
+    const auto till = destinationQuery(QString::fromUtf8(kTillOfRun).arg(QString::number(Ik_Ku_ID), kasseNr_));
+    till->Open();
+    const auto text = [&till](const char* column) {
+        return till->FieldByName(QString::fromUtf8(column)).AsString().trimmed();
+    };
+    ikAvdelingsnummer_ = text("Ik_Avdelingsnummer");
+    Progress(QStringLiteral("Starter overføring fra avd %1, kassenr %2 (%3)")
+                 .arg(QString::number(Ik_Ku_ID), kasseNr_, text("ikk_database")),
+             0, true, 1);
+
+    const auto first = destinationQuery(QString::fromUtf8(kFirstId).arg(QString::number(Ik_Ku_ID), kasseNr_));
+    first->Open();
+    firstId_ = first->FieldByName(QStringLiteral("OP_ID")).AsInteger();
+    const auto id = destinationQuery(QString::fromUtf8(kNewRunId));
+    id->Open();
+    unId_ = id->FieldByName(QStringLiteral("UNID")).AsString();
+
+    if (!sourceConnection_->Connected()) {
+        sourceConnection_->SetDatabase(text("ikk_database"));
+        sourceConnection_->SetUsername(text("ikk_brukernavn"));
+        sourceConnection_->SetPassword(text("ikk_passord"));
+        sourceConnection_->SetServer(text("ikk_server"));
+        sourceConnection_->SetTrustServerCertificate(
+            till->FieldByName(QStringLiteral("Ikk_AutentiseringType")).AsInteger() == 1);
+        sourceConnection_->Open();
+    }
+    db::Query version(sourceConnection_);
+    version.SQL = statementLines(kTillVersion);
+    version.Open();
+    tillVersion_ = static_cast<int>(version.FieldByName(QStringLiteral("IN_DBVERSION")).AsInteger());
+    Progress(step_, 1, true, 1);
+}
+
+bool TdmPOStoTorvik::tillHasTable(const char* name) {
+    qrySource.Close();
+    qrySource.SQL = QStringList{QString::fromUtf8(kTillTable).arg(QString::fromUtf8(name))};
+    qrySource.Open();
+    return qrySource.FieldByName(QStringLiteral("Antall")).AsInteger() > 0;
+}
+
+QString TdmPOStoTorvik::sourceSql(const TableMap& map) {
+    const char* text = map.source;
+    if (map.releasedSource && timeImportType() == kReleasedOnly) text = map.releasedSource;
+    QString sql = QString::fromUtf8(text);
+    sql.replace(QStringLiteral("%d"), QString::number(firstId_));
+    if (sql.contains(QStringLiteral("%s"))) sql.replace(QStringLiteral("%s"), knownStaff());
+    return sql;
+}
+
+// The staff that the back office has, as a list of literals: the till's others are the ones to send.
+QString TdmPOStoTorvik::knownStaff() {
+    qryGeneral.Close();
+    qryGeneral.SQL = QStringList{QString::fromUtf8(kKnownStaff).arg(Ik_Ku_ID)};
+    qryGeneral.Open();
+    QStringList ids;
+    for (; !qryGeneral.Eof(); qryGeneral.Next())
+        ids << QStringLiteral("'%1'").arg(qryGeneral.FieldByName(QStringLiteral("ika_id")).AsString().trimmed());
+    qryGeneral.Close();
+    const QString list = ids.join(QLatin1Char(','));
+    return list.trimmed().isEmpty() ? QStringLiteral("'-1'") : list;
+}
+
+int TdmPOStoTorvik::timeImportType() {
+    qryGeneral.Close();
+    qryGeneral.SQL = QStringList{QString::fromUtf8(kTimeImportType).arg(Ik_Ku_ID)};
+    qryGeneral.Open();
+    const auto type = static_cast<int>(qryGeneral.FieldByName(QStringLiteral("Ik_TimeimportType")).AsInteger());
+    qryGeneral.Close();
+    return type;
+}
+
+void TdmPOStoTorvik::createUtbetalingImport() {
+    for (const char* sql : {kDropUtbetalingImport, kCreateUtbetalingImport}) {
+        qryCreateUtbetalingImport.SQL = statementLines(sql);
+        qryCreateUtbetalingImport.ExecSQL();
+    }
+}
+
+void TdmPOStoTorvik::insertUtbetaling() {
+    qryInsertUtbetaling.SQL = statementLines(kInsertUtbetaling);
+    qryInsertUtbetaling.ParamByName(QStringLiteral("Op_ID")) = firstId_;
+    qryInsertUtbetaling.ExecSQL();
+    const auto rows = static_cast<int>(qryInsertUtbetaling.RowsAffected());
+    Progress(QStringLiteral("Overfører Utbetalinger"), rows, true, rows);
+}
+
+void TdmPOStoTorvik::runProcedure(db::StoredProc& procedure) {
+    procedure.ParamByName(QStringLiteral("Ik_Ku_Id")) = Ik_Ku_ID;
+    procedure.ParamByName(QStringLiteral("KasseNr")) = kasseNr_;
+    procedure.ParamByName(QStringLiteral("KasseNr")).SetType(db::FieldType::Integer);
+    procedure.ParamByName(QStringLiteral("UnId")) = QUuid(unId_);
+    procedure.ExecProc();
+}
+
+void TdmPOStoTorvik::insertData() {
+    Progress(QStringLiteral("Overfører data til Torvik"), 0, true, 0);
+    runProcedure(spInsert);
+    Progress(QStringLiteral("Data overført til Torvik"), 1, true, 1);
+}
+
+// Adding 16 takes a time entry out of the statuses that are fetched, so that it is fetched once.
+void TdmPOStoTorvik::updateTimer() {
+    Progress(QStringLiteral("Oppdaterer Timer"), 0, true, 0);
+    qryUpdateTimer.SQL = statementLines(timeImportType() == kReleasedOnly ? kMarkReleasedTimer : kMarkClosedTimer);
+    qryUpdateTimer.ExecSQL();
+}
+
+void TdmPOStoTorvik::deleteTemp() {
+    runProcedure(spDeleteTemp);
+}
+
+void TdmPOStoTorvik::finish() {
+    destinationQuery(QString::fromUtf8(kDeleteStartMark).arg(QString::number(Ik_Ku_ID), kasseNr_))->ExecSQL();
+}
+
+}  // namespace torvik
