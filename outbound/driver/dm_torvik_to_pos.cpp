@@ -1,0 +1,258 @@
+#include "outbound/driver/dm_torvik_to_pos.h"
+
+#include <QDir>
+#include <QRandomGenerator>
+#include <exception>
+
+#include "engine/base/abort.h"
+#include "engine/log/log_pane.h"
+#include "outbound/driver/row_copy.h"
+#include "outbound/exports/send_steps.h"
+
+namespace torvik {
+
+namespace {
+
+// The choice of a whole register, and its first rows, may take minutes on a busy back office.
+constexpr int kBackOfficeTimeout = 600;
+constexpr int kTillQuestionTimeout = 30;
+// A merge takes as long as the till needs.
+constexpr int kNoTimeout = 0;
+
+constexpr int kSessionIDs = 5000;
+
+constexpr char kGlobalVariables[] = "select In_Id, In_SendValutaTilkasse,In_Slett_Va_ID from innstillinger";
+constexpr char kTillVersion[] = "select @@VERSION as version, in_dbversion from innstillinger";
+constexpr char kTillTable[] = "select count(*) AS Antall from sysobjects where name='%1'";
+
+QStringList linesOf(const QString& sql) {
+    return sql.split(QLatin1Char('\n'));
+}
+
+}  // namespace
+
+TdmTorvikToPOS::TdmTorvikToPOS(QObject* owner) : QObject(owner) {
+    RandomSessionID = [] { return QRandomGenerator::global()->bounded(kSessionIDs); };
+    qrySource.CommandTimeout = kBackOfficeTimeout;
+    spKasseVareAlle.CommandTimeout = kBackOfficeTimeout;
+    spKasseVareAlle.StoredProcName = QStringLiteral("KasseVareAlle");
+    qryGetGlobalVariables.SQL = QStringList{QString::fromUtf8(kGlobalVariables)};
+    qryTarget.CommandTimeout = kNoTimeout;
+    qryTarget1.CommandTimeout = kTillQuestionTimeout;
+    for (db::Query* query : {&qrySource, &qryGetGlobalVariables, &qryTarget1}) query->ParamCheck = false;
+    ldrGeneral.OnProgress = [this](db::BulkLoader&, int percent) { progress_.ldrGeneralProgress(percent); };
+}
+
+void TdmTorvikToPOS::SetSourceConnection(db::Session* value) {
+    sourceConnection_ = value;
+    for (db::Query* query : {&qrySource, &qryGetGlobalVariables}) query->SetConnection(value);
+    spKasseVareAlle.SetConnection(value);
+}
+
+void TdmTorvikToPOS::SetDestinationConnection(db::Session* value) {
+    destinationConnection_ = value;
+    qryTarget.SetConnection(value);
+    qryTarget1.SetConnection(value);
+    ldrGeneral.SetConnection(value);
+}
+
+void TdmTorvikToPOS::Execute() {
+    for (const SendStep& step : sendSteps())
+        if (step.when.holds(facts())) runStep(step.number, *step.what);
+}
+
+void TdmTorvikToPOS::runStep(int number, const Actions& what) {
+    const auto runActions = [&] {
+        for (const Action& action : what) std::visit([this](const auto& one) { run(one); }, action);
+    };
+    if (number < kFirstGuardedStep) {
+        runActions();
+        return;
+    }
+    try {
+        runActions();
+    } catch (const std::exception& e) {
+        qrySource.Close();
+        std::throw_with_nested(EngineError(QStringLiteral("TorvikToPOS failed: %1 SessionID: %2 %3")
+                                               .arg(CurrentTransformation(), sessionId_, ErrorText(e))));
+    }
+}
+
+SendFacts TdmTorvikToPOS::facts() const {
+    return {.Ik_Ku_ID = Ik_Ku_ID,
+            .KasseNr = KasseNr,
+            .SessionID = sessionId_,
+            .TorvikPOSversion = torvikPosVersion_,
+            .ItemUpdateSelection = ItemUpdateSelection,
+            .DagerSidenEndring = DagerSidenEndring,
+            .SendPriceAndCustomer = SendPriceAndCustomer,
+            .DeleteItem = DeleteItem,
+            .SendCurrency = sendCurrency_,
+            .ReplaceItemNumber = replaceItemNumber_,
+            .tillTables = tillTables_};
+}
+
+void TdmTorvikToPOS::SaveLog() const {
+    SaveTextLines(QDir::current().filePath(QStringLiteral("TorvikToPosLog.txt")), {});
+}
+
+void TdmTorvikToPOS::run(const SetTransformation& action) {
+    progress_.SetCurrentTransformation(QString::fromUtf8(action.name));
+}
+
+void TdmTorvikToPOS::run(const StartClock&) {
+    transferStartTime_ = Now();
+}
+
+void TdmTorvikToPOS::run(const Report& action) {
+    progress_.DoProgress(QString::fromUtf8(action.text), action.value, action.forced, action.total);
+}
+
+void TdmTorvikToPOS::run(const CreateTables& action) {
+    onTill(createTablesSql(action.tables));
+}
+
+void TdmTorvikToPOS::run(const DropTable& action) {
+    onTill(dropTableSql(action.name));
+}
+
+// The source streams, so that a register of any size takes no more memory than a block of its rows.
+void TdmTorvikToPOS::run(const LoadTable& action) {
+    const QDateTime started = Now();
+    const QString caption = QString::fromUtf8(action.caption);
+    progress_.SetCurrentTransformation(caption);
+    progress_.loadBegins();
+    qrySource.UniDirectional = true;
+    qrySource.CountRows = action.counted;
+    openSource(sqlOf(action.query, facts()));
+    ldrGeneral.TableName = QString::fromUtf8(action.table);
+    ldrGeneral.LoadFromDataSet(qrySource);
+    const int rows = qrySource.RecordCount();
+    progress_.DoProgress(QStringLiteral("Overfører ") + caption, qrySource.RecNo(), true, rows);
+    logTransfer(caption, rows, started);
+    qrySource.Close();
+}
+
+void TdmTorvikToPOS::run(const CopyRows& action) {
+    qrySource.UniDirectional = false;
+    openSource(QString::fromUtf8(action.query));
+    const int rows = qrySource.RecordCount();
+    const QString text = QString::fromUtf8(action.progress);
+    copyRows(action, qrySource, *destinationConnection_,
+             [&](int row) { progress_.DoProgress(text, row, false, rows); });
+    progress_.DoProgress(text, qrySource.RecNo(), true, rows);
+    LogTransferDone(QString::fromUtf8(action.name), rows);
+    qrySource.Close();
+}
+
+void TdmTorvikToPOS::run(const EditOneRow& action) {
+    qrySource.UniDirectional = false;
+    openSource(sqlOf(action.query, facts()));
+    editOneRow(action, qrySource, *destinationConnection_);
+    qrySource.Close();
+}
+
+void TdmTorvikToPOS::run(const TillBatch& action) {
+    onTill(sqlOf(action.sql, facts()));
+}
+
+void TdmTorvikToPOS::run(const BuiltTillBatch& action) {
+    onTill(action.sql());
+}
+
+void TdmTorvikToPOS::run(const BackOfficeBatch& action) {
+    qrySource.Close();
+    qrySource.SQL = linesOf(sqlOf(action.sql, facts()));
+    qrySource.ExecSQL();
+}
+
+void TdmTorvikToPOS::run(const Install& action) {
+    onTill(dropProcedureSql(*action.procedure));
+    onTill(createProcedureSql(*action.procedure, facts()));
+}
+
+void TdmTorvikToPOS::run(const Run& action) {
+    onTill(callSql(*action.procedure, facts()));
+}
+
+void TdmTorvikToPOS::run(const AskForTable& action) {
+    if (TableExists(action.table)) tillTables_.insert(action.table);
+}
+
+void TdmTorvikToPOS::run(DriverTask task) {
+    switch (task) {
+        case DriverTask::GetGlobalVariables: GetGlobalVariables(); return;
+        case DriverTask::DrawSessionID: drawSessionID(); return;
+        case DriverTask::ReadTillVersion: readTillVersion(); return;
+        case DriverTask::KasseVareAlle: callKasseVareAlle(); return;
+    }
+}
+
+// The query stays open: the settings are read once in the life of the object.
+void TdmTorvikToPOS::GetGlobalVariables() {
+    qryGetGlobalVariables.Open();
+    const db::Field* currency = qryGetGlobalVariables.FindField(QStringLiteral("In_SendValutaTilkasse"));
+    sendCurrency_ = currency && currency->AsBoolean();
+    const db::Field& replacement = qryGetGlobalVariables.FieldByName(QStringLiteral("In_Slett_Va_ID"));
+    DeleteItem = DeleteItem && !replacement.IsNull();
+    replaceItemNumber_ = replacement.AsString();
+}
+
+void TdmTorvikToPOS::drawSessionID() {
+    sessionId_ = QString::number(RandomSessionID());
+}
+
+void TdmTorvikToPOS::readTillVersion() {
+    tillTables_.clear();
+    qryTarget1.Close();
+    qryTarget1.SQL = QStringList{QString::fromUtf8(kTillVersion)};
+    qryTarget1.Open();
+    torvikPosVersion_ = static_cast<int>(qryTarget1.FieldByName(QStringLiteral("in_dbversion")).AsInteger());
+    qryTarget1.Close();
+}
+
+void TdmTorvikToPOS::callKasseVareAlle() {
+    const auto parameter = [this](const char* name) -> db::Parameter& {
+        return spKasseVareAlle.ParamByName(QString::fromUtf8(name));
+    };
+    parameter("Ik_Ku_Id") = Ik_Ku_ID;
+    parameter("Kassenummer") = KasseNr;
+    parameter("Nummertype") = true;
+    parameter("SesjonID") = sessionId_;
+    parameter("Utvalg") = ItemUpdateSelection == iusAll ? 2 : ItemUpdateSelection == iusChanged ? 1 : 0;
+    spKasseVareAlle.ExecProc();
+}
+
+void TdmTorvikToPOS::onTill(const QString& batch) {
+    qryTarget.SQL = linesOf(batch);
+    qryTarget.Execute();
+}
+
+void TdmTorvikToPOS::openSource(const QString& sql) {
+    qrySource.Close();
+    qrySource.SQL = linesOf(sql);
+    qrySource.Open();
+}
+
+bool TdmTorvikToPOS::TableExists(const char* name) {
+    db::Query query(destinationConnection_);
+    query.ParamCheck = false;
+    query.SQL = QStringList{QString::fromUtf8(kTillTable).arg(QString::fromUtf8(name))};
+    query.Open();
+    return !query.IsEmpty() && query.FieldByName(QStringLiteral("Antall")).AsInteger() > 0;
+}
+
+void TdmTorvikToPOS::LogTransferDone(const QString& name, int count) {
+    if (!OnLog) return;
+    logTransfer(name, count, transferStartTime_);
+    transferStartTime_ = Now();
+}
+
+void TdmTorvikToPOS::logTransfer(const QString& name, int count, const QDateTime& started) {
+    if (!OnLog) return;
+    const QTime taken = QTime(0, 0).addSecs(static_cast<int>(started.secsTo(Now())));
+    OnLog(QStringLiteral("Fullført overføring av %1 poster i tabellen %2. Tid brukt: %3")
+              .arg(QString::number(count), name, taken.toString(QStringLiteral("hh:mm:ss"))));
+}
+
+}  // namespace torvik

@@ -1,0 +1,25 @@
+// Copies rows of a query into a table on the till one by one, as a CopyRows or an EditOneRow tells. Used by
+// TdmTorvikToPOS.
+#pragma once
+
+#include <functional>
+
+#include "outbound/shape/action.h"
+
+namespace torvik {
+
+namespace db {
+class Query;
+class Session;
+}  // namespace db
+
+// Called at each row with its number, from 1; what it raises ends the copy.
+using RowDone = std::function<void(int row)>;
+
+// The source is open and stands on its first row. The rows stand in the table when it returns.
+void copyRows(const CopyRows& copy, db::Query& source, db::Session& till, const RowDone& rowDone);
+
+// The source is open. Gives whether there was a row on both sides.
+bool editOneRow(const EditOneRow& edit, db::Query& source, db::Session& till);
+
+}  // namespace torvik

@@ -1,0 +1,114 @@
+// What the steps of a send are made of. An export is a list of these actions, in the order in which they are done; no
+// export has code of its own. TdmTorvikToPOS carries them out.
+#pragma once
+
+#include <span>
+#include <variant>
+
+#include "outbound/shape/procedure.h"
+#include "outbound/shape/sql_text.h"
+#include "outbound/shape/work_table.h"
+
+namespace torvik {
+
+// CurrentTransformation := name.
+struct SetTransformation {
+    const char* name;
+};
+
+// TransferStartTime := now.
+struct StartClock {};
+
+// DoProgress with these values.
+struct Report {
+    const char* text;
+    int value;
+    bool forced;
+    int total;
+};
+
+// Makes work tables on the till, in one batch.
+struct CreateTables {
+    std::span<const WorkTable* const> tables;
+};
+
+// Drops a work table on the till, in a batch of its own.
+struct DropTable {
+    const char* name;
+};
+
+// Loads the rows of a query on the back office into a table on the till, by column name, through the bulk loader.
+// CurrentTransformation becomes the caption.
+struct LoadTable {
+    const char* caption;
+    const char* table;
+    SqlText query;
+    // How many rows the query has is asked first, so that progress can be told in percent: for a single SELECT only.
+    bool counted = true;
+};
+
+// A column of a row that is copied as it is, by name.
+struct CopiedColumn {
+    const char* source;
+    const char* target;
+    enum class As { Variant, String } as = As::Variant;  // as a string, null is the empty text
+    bool ifTargetHas = false;                            // left out where the till's table has no such column
+};
+
+// Copies the rows of a query on the back office into a table on the till one by one. With a key column, the first of
+// `columns`, a row that the table has is edited, and only others are inserted.
+struct CopyRows {
+    const char* progress;  // the text of the row progress
+    const char* name;      // the name in the line that tells the end
+    const char* query;
+    const char* table;
+    std::span<const CopiedColumn> columns;
+    bool keyed = false;
+};
+
+// Edits the one row of a table on the till from the one row of a query; without a row on either side, does nothing.
+struct EditOneRow {
+    SqlText query;
+    const char* table;
+    std::span<const CopiedColumn> columns;
+};
+
+// One batch on the till.
+struct TillBatch {
+    SqlText sql;
+};
+
+// One batch on the till whose text is made of a table of data.
+struct BuiltTillBatch {
+    QString (*sql)();
+};
+
+// One batch on the back office.
+struct BackOfficeBatch {
+    SqlText sql;
+};
+
+// Drops a procedure on the till if it is there, and makes it for this till's schema: two batches.
+struct Install {
+    const Procedure* procedure;
+};
+
+// Runs a procedure that has been installed: one batch.
+struct Run {
+    const Procedure* procedure;
+};
+
+// Notes whether the till has a table, for pieces of SQL that tell it by tillHas().
+struct AskForTable {
+    const char* table;
+};
+
+// What the driver does of its own.
+enum class DriverTask { GetGlobalVariables, DrawSessionID, ReadTillVersion, KasseVareAlle };
+
+using Action =
+    std::variant<SetTransformation, StartClock, Report, CreateTables, DropTable, LoadTable, CopyRows, EditOneRow,
+                 TillBatch, BuiltTillBatch, BackOfficeBatch, Install, Run, AskForTable, DriverTask>;
+using Actions = std::span<const Action>;
+
+}  // namespace torvik
