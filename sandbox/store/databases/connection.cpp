@@ -98,6 +98,7 @@ Connection::Connection(Databases& databases, int spid) : databases_(databases), 
 Connection::~Connection() {
     resetBusyStatements();
     rollback();
+    releaseSessionLocks();
     for (const auto& [sql, statement] : idle_) sqlite3_finalize(statement);
     sqlite3_close_v2(sqlite_);
 }
@@ -159,6 +160,10 @@ void Connection::interrupt() {
 
 void Connection::clearInterrupt() {
     cancelled_ = false;
+}
+
+void Connection::releaseSessionLocks() {
+    databases_.locks().releaseAll(spid_, LockOwner::Session);
 }
 
 // ---- databases

@@ -118,6 +118,8 @@ public:
     // nothing.
     void lockForWriting(Database& database);
     void setLockTimeout(std::optional<std::chrono::milliseconds> timeout) { lockTimeout_ = timeout; }
+    [[nodiscard]] std::optional<std::chrono::milliseconds> lockTimeout() const { return lockTimeout_; }
+    void releaseSessionLocks();  // the application locks that no transaction owns
 
     // ---- catalogue changes; only inside a Write
     void put(Database& database, ObjectDef object);
@@ -131,7 +133,7 @@ public:
     // ---- cancelling
     void interrupt();       // from any thread: the running SQLite statement or lock wait raises StatementCancelled
     void clearInterrupt();  // before a batch
-    [[nodiscard]] bool interrupted() const { return cancelled_; }
+    [[nodiscard]] const std::atomic<bool>& interrupted() const { return cancelled_; }
     // Raises what the last SQLite call's failure means: a function's own error, StatementCancelled, 1205 where another
     // session has changed what this transaction has read, SqliteError.
     [[noreturn]] void raiseFailure();

@@ -176,7 +176,7 @@ void Connection::forgetTransaction() {
     usedIdentities_.clear();
     identityResets_.clear();
     retiredScopes_.clear();
-    databases_.locks().releaseAll(spid_);
+    databases_.locks().releaseAll(spid_, LockOwner::Transaction);
 }
 
 // A statement in mid-run would take an attention's interrupt over to the next one, be it a roll-back.

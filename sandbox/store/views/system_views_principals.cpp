@@ -1,22 +1,17 @@
 // The views about who may do what: every login is the owner of every database.
+#include "sandbox/store/databases/principals.h"
 #include "sandbox/store/views/system_view_rows.h"
 
 namespace sandbox::views {
 
 namespace {
 
-struct Principal {
-    std::string_view name;
-    int id = 0;
-    bool role = false;
-    bool login = false;
-    std::string_view schema;
-};
+// A server's principals are shown under the same columns.
+using Principal = DatabasePrincipal;
 
 std::vector<Principal> ofDatabase(Connection&, Database&) {
-    return {{"public", 0, true, false, {}},      {"dbo", 1, false, true, "dbo"},
-            {"guest", 2, false, false, "guest"}, {"INFORMATION_SCHEMA", 3, false, false, {}},
-            {"sys", 4, false, false, {}},        {"db_owner", 16384, true, false, {}}};
+    const auto all = databasePrincipals();
+    return {all.begin(), all.end()};
 }
 
 std::vector<Principal> ofServer(Connection&, Database&) {

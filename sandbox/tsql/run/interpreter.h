@@ -53,11 +53,12 @@ public:
     void sendRows(std::span<const ResultColumn> columns, std::span<const std::vector<Value>> rows);
     void done(std::optional<std::int64_t> count);
     void inform(Message message);
+    void report(const SqlError& error) { fail(error, nullptr, false); }  // and goes on, where the error lets it
     void renameObject(const std::string& object, const std::string& newName, const std::string& type);
     [[nodiscard]] ExecuteContext executeContext(const BindContext& bind);
     std::optional<std::int32_t> runNested(std::string_view text, std::string_view declarations,
                                           std::vector<CallArgument>& arguments, int levels,
-                                          const std::string& database = {});
+                                          const std::string& database = {}, const std::string& procedure = {});
 
 private:
     friend class CompilePass;

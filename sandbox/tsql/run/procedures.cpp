@@ -157,6 +157,21 @@ private:
     std::shared_ptr<Database> home_;      // where the callee begins
 };
 
+// A system procedure whose body is T-SQL, compiled in the current database.
+std::shared_ptr<Unit> systemUnit(SessionState& session, const std::string& name, std::string_view declarations,
+                                 std::string_view body) {
+    const std::string key = "system " + name + " " + std::to_string(session.connection->current()->id());
+    if (auto known = session.texts.find(key)) return known;
+    std::string text = "CREATE PROCEDURE " + name + " ";
+    text += declarations;
+    text += " AS ";
+    text += body;
+    auto unit = parseProcedure(text, true);
+    unit->database = session.database();
+    session.texts.put(key, unit);
+    return unit;
+}
+
 }  // namespace
 
 std::optional<FoundObject> Interpreter::findProcedure(const ast::ObjectName& name) {
@@ -252,9 +267,9 @@ void Interpreter::fillParameters(Frame& callee, const std::vector<CallArgument>&
 
 std::optional<std::int32_t> Interpreter::runNested(std::string_view text, std::string_view declarations,
                                                    std::vector<CallArgument>& arguments, int levels,
-                                                   const std::string& database) {
+                                                   const std::string& database, const std::string& procedure) {
     Frame inner;
-    inner.kind = Frame::Kind::Text;
+    inner.kind = procedure.empty() ? Frame::Kind::Text : Frame::Kind::Procedure;
     inner.level = (session_.frame ? session_.frame->level : 0) + levels;
     if (inner.level > kDeepest) {
         throw SqlError(Message{.number = 217,
@@ -269,8 +284,9 @@ std::optional<std::int32_t> Interpreter::runNested(std::string_view text, std::s
     return runCallee(
         inner,
         [&] {
-            auto unit = unitOf(text, declarations);
-            inner.argumentPlaces = matchArguments(unit->parameters(), arguments, {}, text, declarations);
+            auto unit =
+                procedure.empty() ? unitOf(text, declarations) : systemUnit(session_, procedure, declarations, text);
+            inner.argumentPlaces = matchArguments(unit->parameters(), arguments, procedure, text, declarations);
             inner.prepare = [&](Frame& frame) { fillParameters(frame, arguments); };
             return unit;
         },

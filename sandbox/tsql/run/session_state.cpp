@@ -213,6 +213,7 @@ void SessionState::reset(bool keepTransaction) {
         connection->rollback();
     }
     bulk.reset();
+    connection->releaseSessionLocks();
     cursors.clear();
     settings = Settings{};
     identityInsert.clear();

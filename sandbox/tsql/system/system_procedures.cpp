@@ -6,9 +6,11 @@
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
 #include "sandbox/tsql/run/procedures.h"
+#include "sandbox/tsql/system/application_locks.h"
 #include "sandbox/tsql/system/system_procedure_describe.h"
 #include "sandbox/tsql/system/system_procedures_drivers.h"
 #include "sandbox/tsql/system/system_procedures_keys.h"
+#include "sandbox/tsql/system/system_procedures_locks.h"
 #include "sandbox/tsql/system/system_procedures_texts.h"
 
 namespace sandbox {
@@ -29,7 +31,12 @@ using Status = std::optional<std::int32_t>;
 // A text of this folder, run as the procedure's body.
 Status runText(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
                const std::string& database) {
-    return interpreter.runNested(self.text, self.declarations, arguments, 1, database);
+    return interpreter.runNested(self.text, self.declarations, arguments, 1, database, std::string(self.name));
+}
+
+Status lockForUser(Interpreter& interpreter, const SystemProcedure&, std::vector<CallArgument>& arguments,
+                   const std::string&) {
+    return userLock(interpreter, arguments);
 }
 
 Status refuse(Interpreter&, const SystemProcedure& self, std::vector<CallArgument>&, const std::string&) {
@@ -186,8 +193,9 @@ constexpr auto kProcedures = std::to_array<SystemProcedure>({
     {"sp_lock", &refuse, {}, {}},
     {"sp_configure", &refuse, {}, {}},
     {"sp_dboption", &refuse, {}, {}},
-    {"sp_getapplock", &refuse, {}, {}},
-    {"sp_releaseapplock", &refuse, {}, {}},
+    {"sp_getapplock", &runText, texts::kGetAppLockParameters, texts::kGetAppLock},
+    {"sp_releaseapplock", &runText, texts::kReleaseAppLockParameters, texts::kReleaseAppLock},
+    {"xp_userlock", &lockForUser, {}, {}},
     {"sp_addmessage", &refuse, {}, {}},
     {"sp_attach_db", &refuse, {}, {}},
     {"sp_detach_db", &refuse, {}, {}},

@@ -1,0 +1,104 @@
+// Application locks belong to the current database and to a principal of it. Being chosen as a deadlock's victim is a
+// return code here, and leaves the transaction and its other locks as they are.
+#include "sandbox/tsql/system/application_locks.h"
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "sandbox/store/databases/principals.h"
+#include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/convert.h"
+
+namespace sandbox {
+
+namespace {
+
+constexpr std::int32_t kTimedOut = -1;
+constexpr std::int32_t kDeadlockVictim = -3;
+constexpr std::int32_t kRefused = -999;
+
+constexpr std::string_view kProcedure = "xp_userlock";
+
+std::optional<std::string> textAt(const std::vector<CallArgument>& arguments, std::size_t place) {
+    if (place >= arguments.size() || isNull(arguments[place].value.value)) return std::nullopt;
+    return displayText(arguments[place].value.value, arguments[place].value.type);
+}
+
+std::optional<std::int64_t> numberAt(const std::vector<CallArgument>& arguments, std::size_t place) {
+    if (place >= arguments.size()) return std::nullopt;
+    const auto* number = std::get_if<std::int64_t>(&arguments[place].value.value);
+    return number ? std::optional(*number) : std::nullopt;
+}
+
+std::int32_t refuse(Interpreter& interpreter, int number, int state, std::string text) {
+    interpreter.report(SqlError(Message{.number = number,
+                                        .severity = 16,
+                                        .state = state,
+                                        .text = std::move(text),
+                                        .procedure = std::string(kProcedure),
+                                        .line = 1}));
+    return kRefused;
+}
+
+std::optional<LockOwner> ownerOf(std::string_view name) {
+    if (sameName(name, "Transaction")) return LockOwner::Transaction;
+    if (sameName(name, "Session")) return LockOwner::Session;
+    return std::nullopt;
+}
+
+std::int32_t codeOf(LockManager::Outcome outcome) {
+    switch (outcome) {
+        case LockManager::Outcome::Granted: return 0;
+        case LockManager::Outcome::GrantedAfterWait: return 1;
+        case LockManager::Outcome::TimedOut: return kTimedOut;
+        case LockManager::Outcome::DeadlockVictim: return kDeadlockVictim;
+    }
+    return kRefused;
+}
+
+}  // namespace
+
+std::int32_t userLock(Interpreter& interpreter, const std::vector<CallArgument>& arguments) {
+    const bool taking = numberAt(arguments, 0) == 0;
+    const auto name = textAt(arguments, 1);
+    if (!name) return refuse(interpreter, 1224, 5, "An invalid application lock resource was passed to xp_userlock.");
+    const auto mode = lockModeOf(textAt(arguments, 2).value_or(""));
+    const auto owner = ownerOf(textAt(arguments, 3).value_or(""));
+    if ((taking && !mode) || !owner) return kRefused;
+    const auto milliseconds = numberAt(arguments, 4);
+    if (milliseconds && *milliseconds < -1) {
+        return refuse(interpreter, 1227, 2, "An invalid application lock time-out was passed to xp_userlock.");
+    }
+    const std::string principal = textAt(arguments, 5).value_or("public");
+    const DatabasePrincipal* known = findDatabasePrincipal(principal);
+    if (known == nullptr) {
+        return refuse(interpreter, 1202, 1,
+                      "The database-principal '" + principal + "' does not exist or user is not a member.");
+    }
+    SessionState& session = interpreter.session();
+    if (*owner == LockOwner::Transaction && !session.transaction.open()) {
+        return refuse(interpreter, 3918, 2,
+                      "The statement or function must be executed in the context of a user transaction.");
+    }
+
+    Connection& connection = *session.connection;
+    LockManager& locks = connection.databases().locks();
+    const LockResource resource{.database = connection.current()->id(),
+                                .application = true,
+                                .principal = std::string(known->name),
+                                .name = *name};
+    if (taking) {
+        auto timeout = connection.lockTimeout();
+        if (milliseconds) timeout = std::chrono::milliseconds(*milliseconds);
+        if (milliseconds == -1) timeout.reset();
+        return codeOf(locks.take(session.spid, *owner, resource, *mode, timeout, connection.interrupted()));
+    }
+    if (locks.release(session.spid, *owner, resource)) return 0;
+    return refuse(interpreter, 1223, 1,
+                  "Cannot release the application lock (Database Principal: '" + std::string(known->name) +
+                      "', Resource: '" + *name + "') because it is not currently held.");
+}
+
+}  // namespace sandbox
