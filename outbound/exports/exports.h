@@ -34,4 +34,37 @@ extern const Actions kMergePrices;
 extern const Actions kCreateOfferTables;
 extern const Actions kSendOffers;
 
+// Customers, staff and the till itself.
+extern const Actions kSendCustomers;
+extern const Actions kSendTimeProfiles;
+extern const Actions kCreateStaffTable;
+extern const Actions kSendStaff;
+extern const Actions kSendTillSettings;
+extern const Actions kMergeStaff;
+extern const Actions kSendCustomerGroups;
+
+// Discounts, gift cards and credit notes.
+extern const Actions kCreateVoucherTables;
+extern const Actions kSendGiftCards;
+extern const Actions kSendCreditNotes;
+extern const Actions kCreateDiscountCardTable;
+extern const Actions kSendDiscountCards;
+extern const Actions kCreateDiscountMatrixTable;
+extern const Actions kSendDiscountMatrix;
+extern const Actions kMergeCustomersAndCards;
+extern const Actions kMergeDiscountMatrix;
+extern const Actions kMergeGiftCards;
+extern const Actions kMergeCreditNotes;
+extern const Actions kNoteGiftCards;
+extern const Actions kNoteCreditNotes;
+extern const Actions kDropVoucherTables;
+
+// Reasons, payment forms, currencies.
+extern const Actions kSendPaymentForms;
+extern const Actions kSendReasons;
+extern const Actions kMergeReasons;
+extern const Actions kRestartClock;
+extern const Actions kMergePaymentForms;
+extern const Actions kSendCurrencies;
+
 }  // namespace torvik

@@ -6,7 +6,9 @@ namespace torvik {
 
 namespace {
 
-constexpr int kPriceOffers = 178;  // the schema version that brought them
+// The schema versions that brought them.
+constexpr int kPriceOffers = 178;
+constexpr int kPaymentFormLimits = 213;
 
 constexpr SendStep kSteps[] = {
     {1, nullptr, kAlways, &kGetGlobalVariables},
@@ -21,14 +23,41 @@ constexpr SendStep kSteps[] = {
     {10, "VAREALIAS", kAlways, &kSendAliases},
     {11, "Produkt", kAlways, &kSendProducts},
     {12, "Delvareimport", kAlways, &kSendItemParts},
+    {13, "BETALINGFORM", schemaFrom(kPaymentFormLimits), &kSendPaymentForms},
+    {14, "Kunder", kAlways, &kSendCustomers},
+    {15, "Timeprofil", kAlways, &kSendTimeProfiles},
+    {16, nullptr, kAlways, &kCreateStaffTable},
+    {17, "ANSATT", kAlways, &kSendStaff},
+    {18, "Innstillinger", kAlways, &kSendTillSettings},
+    {19, "Opprette gavekort- og Tilgodelapptabeller", kAlways, &kCreateVoucherTables},
+    {20, "Gavekort", kAlways, &kSendGiftCards},
+    {21, "Tilgodelapp", kAlways, &kSendCreditNotes},
+    {22, "Rabattkortimport", kAlways, &kCreateDiscountCardTable},
+    {23, "Rabattkort", kAlways, &kSendDiscountCards},
+    {24, "Rabattmatrise", kAlways, &kCreateDiscountMatrixTable},
+    {25, nullptr, kAlways, &kMergeStaff},
+    {26, "PosGrunn", kAlways, &kSendReasons},
+    {27, "Grunn", kAlways, &kMergeReasons},
+    {28, nullptr, kAlways, &kRestartClock},
     {29, nullptr, kSendPriceAndCustomer, &kCreatePriceTables},
     {30, "Priskategori", kSendPriceAndCustomer, &kSendPriceCategories},
     {31, "Pris", kSendPriceAndCustomer, &kSendPrices},
     {32, nullptr, kSendPriceAndCustomer, &kMergePrices},
+    {33, "KundeGruppe", kSendPriceAndCustomer, &kSendCustomerGroups},
+    {34, "Rabattmatrise", kSendPriceAndCustomer, &kSendDiscountMatrix},
+    {35, "Kunde", kAlways, &kMergeCustomersAndCards},
+    {36, "Betalingform", schemaFrom(kPaymentFormLimits), &kMergePaymentForms},
     {37, "Vare", kAlways, &kMergeItems},
     {38, "Opprette Pristilbud tabeller", schemaFrom(kPriceOffers), &kCreateOfferTables},
     {39, "PRISTILBUDLINJE", schemaFrom(kPriceOffers), &kSendOffers},
+    {40, "Rabattmatrise", kSendPriceAndCustomer, &kMergeDiscountMatrix},
+    {41, "Gavekort", kAlways, &kMergeGiftCards},
+    {42, "Tilgodelapp", kAlways, &kMergeCreditNotes},
+    {43, "Overført Gavekort", kAlways, &kNoteGiftCards},
+    {44, "Overført Tilgodelapp", kAlways, &kNoteCreditNotes},
+    {45, nullptr, kAlways, &kDropVoucherTables},
     {46, "DeleteVare", kDeleteItem, &kDeleteItems},
+    {47, "Valuta", kSendCurrency, &kSendCurrencies},
     {48, nullptr, kAlways, &kDeleteVareEksport},
     {49, "ExportTime", kAlways, &kNoteExportTime},
 };
