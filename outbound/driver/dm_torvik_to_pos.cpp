@@ -73,6 +73,7 @@ void TdmTorvikToPOS::runStep(int number, const Actions& what) {
         runActions();
     } catch (const std::exception& e) {
         qrySource.Close();
+        destinationConnection_->Rollback();  // of a merge that locks what it merges into
         std::throw_with_nested(EngineError(QStringLiteral("TorvikToPOS failed: %1 SessionID: %2 %3")
                                                .arg(CurrentTransformation(), sessionId_, ErrorText(e))));
     }
