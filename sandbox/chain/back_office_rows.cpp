@@ -87,7 +87,9 @@ Tables tillRegistersOfTheChain() {
 Tables customersAndDepartments(const Chain& chain) {
     TableData places{"Poststed", {"Po_Id", "Po_La_Id", "Po_Navn"}, {}};
     TableData customers{
-        "Kunde", {"Ku_Id", "Ku_Navn", "Ku_Adresse1", "Ku_Po_Id", "Ku_La_Id", "Ku_Telefon", "Ku_Type", "Ku_Pi_Id"}, {}};
+        "Kunde",
+        {"Ku_Id", "Ku_Navn", "Ku_Adresse1", "Ku_Po_Id", "Ku_La_Id", "Ku_Telefon", "Ku_Type", "Ku_Pi_Id", "Ku_UpdDato"},
+        {}};
     TableData memberships{"KundeKundegruppe", {"Kk_Ku_Id", "Kk_Kg_Id"}, {}};
     TableData relations{"KundeRelasjon", {"Krl_Fra_Ku_Id", "Krl_Til_Ku_Id", "Krl_Type"}, {}};
     TableData departments{"Internkunde",
@@ -96,8 +98,8 @@ Tables customersAndDepartments(const Chain& chain) {
                           {}};
     const auto nameless = std::monostate{};
     const auto addOwn = [&](int id, const char* name, Cell address) {
-        customers.rows.push_back(
-            {integer(id), text(name), std::move(address), nameless, nameless, nameless, integer(0), nameless});
+        customers.rows.push_back({integer(id), text(name), std::move(address), nameless, nameless, nameless, integer(0),
+                                  nameless, kLongAgo});
     };
     addOwn(kAnonymousCustomer, "Anonym kunde", nameless);
     addOwn(kClickAndCollectCustomer, "Klikk og hent", nameless);
@@ -111,7 +113,7 @@ Tables customersAndDepartments(const Chain& chain) {
         std::int64_t tills = 0;
         for (const Till& till : chain.tills) tills += till.department == static_cast<int>(d) ? 1 : 0;
         customers.rows.push_back({integer(department.id), department.name + " AS", department.name, nameless, nameless,
-                                  Cell("2200" + department.number), integer(0), nameless});
+                                  Cell("2200" + department.number), integer(0), nameless, kLongAgo});
         relations.rows.push_back({integer(department.id), integer(kWarehouse), text("LAGER")});
         departments.rows.push_back({integer(department.id), department.number, tills, integer(1),
                                     "9" + std::to_string(10000000 + department.id), department.name,
@@ -121,7 +123,7 @@ Tables customersAndDepartments(const Chain& chain) {
     for (const Customer& c : chain.customers) {
         if (known.insert(c.postcode).second) places.rows.push_back({c.postcode, integer(kNorway), c.town});
         customers.rows.push_back({integer(c.id), c.name, c.address, c.postcode, integer(kNorway), nameless, integer(1),
-                                  integer(c.priceCategory)});
+                                  integer(c.priceCategory), kLongAgo});
         memberships.rows.push_back({integer(c.id), integer(c.group)});
     }
     return {places, customers, memberships, relations, departments};
@@ -157,7 +159,7 @@ Tables items(const Chain& chain) {
                     "Va_Fargenavn", "Va_SendTilButikkKasser"},
                    {}};
     TableData aliases{"VareAlias", {"Vr_Id", "Vr_Va_Id"}, {{text("7030000000017"), chain.items.front().id}}};
-    TableData prices{"Pris", {"Ps_Va_Id", "Ps_Pi_Id", "Ps_Prisen"}, {}};
+    TableData prices{"Pris", {"Ps_Va_Id", "Ps_Pi_Id", "Ps_Prisen", "Ps_UpdDato"}, {}};
     TableData parts{"Delvare", {"Dv_Hoved_Va_ID", "Dv_Delvare_Va_ID", "Dv_Antall", "Dv_Utskriftsregel"}, {}};
     const auto none = std::monostate{};
     for (const Item& i : chain.serviceItems)
@@ -170,7 +172,8 @@ Tables items(const Chain& chain) {
         rows.rows.push_back({i.id, i.name, i.cost, i.price, i.price, i.group, integer(i.supplier), i.product, i.colour,
                              integer(i.changed)});
         for (const PriceCategory& c : kPriceCategories)
-            prices.rows.push_back({i.id, integer(c.id), static_cast<double>(static_cast<int>(i.price * c.factor))});
+            prices.rows.push_back(
+                {i.id, integer(c.id), static_cast<double>(static_cast<int>(i.price * c.factor)), kLongAgo});
         if (n % 50 == 1) parts.rows.push_back({i.id, chain.items[n - 1].id, 2.0, integer(1)});
     }
     return {suppliers, groups, products, rows, aliases, prices, parts};
@@ -182,11 +185,11 @@ Tables offersAndDiscounts(const Chain& chain) {
         extraSale.rows.push_back({integer(d.id), chain.items.back().id, text("EKS"), kLongAgo, kLongAhead});
     TableData cards{"POSRABATTKORT",
                     {"Pos_Ra_ID", "Pos_Ra_Navn", "Pos_Ra_GyldigTil", "Pos_Ra_Rabatt", "Pos_Ra_Aktiv",
-                     "Pos_Ra_KunPaaOrdPris", "Pos_Ra_Ku_ID"},
+                     "Pos_Ra_KunPaaOrdPris", "Pos_Ra_Ku_ID", "Pos_Ra_UpdDato"},
                     {}};
     for (std::size_t c = 0; c < chain.customers.size(); c += 2)
         cards.rows.push_back({"R" + std::to_string(chain.customers[c].id), chain.customers[c].name, kLongAhead, 10.0,
-                              integer(1), integer(1), integer(chain.customers[c].id)});
+                              integer(1), integer(1), integer(chain.customers[c].id), kLongAgo});
     TableData matrix{"RabattMatrise", {"Rm_Kg_Id", "Rm_Vg_ID", "Rm_Fra", "Rm_Til", "Rm_Rabatt"}, {}};
     for (std::size_t g = 4; g < chain.groups.size(); ++g) {
         matrix.rows.push_back({integer(1), chain.groups[g].id, 0.0, 1000.0, 5.0});

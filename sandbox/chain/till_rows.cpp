@@ -2,6 +2,7 @@
 // left out at the end.
 #include "sandbox/chain/chain_registers.h"
 #include "sandbox/chain/chain_rows.h"
+#include "sandbox/chain/chance.h"
 #include "sandbox/chain/till_versions.h"
 
 namespace sandbox::chain {
@@ -184,6 +185,37 @@ TableData numberSeries(const Till& till) {
              {text("BT_ID"), integer(payment + 1)}}};
 }
 
+// What hangs on one item beside its sales: keys of the till's screen, and goods moved, counted and complained of.
+std::vector<TableData> aroundAnItem(const Chain& chain) {
+    constexpr std::size_t kItem = 7;
+    const std::string& item = chain.items[kItem % chain.tillItems()].id;
+    const std::string& other = chain.items.front().id;
+    const Moment when{firstDay()};
+    const Cell top;
+    return {{"PLU", {"PLU_ID", "PLU_NAVN"}, {{integer(1), text("Hurtigtast")}}},
+            {"PLUMEDLEM", {"PLM_PLU_ID", "PLM_VA_ID"}, {{integer(1), item}}},
+            {"VAREGRUPPE",
+             {"VG_VA_ID", "VG_HOVED_VG_VA_ID"},
+             {{chain.serviceItems.front().id, top},
+              {item, chain.serviceItems.front().id},
+              {chain.serviceItems.back().id, item}}},
+            {"INTERNFLYTTING",
+             {"IF_ID", "IF_AN_ID", "IF_TIDSPUNKT", "IF_TIL_AVDNR"},
+             {{integer(1), chain.employees.front().id, when, text("102")}}},
+            {"INTERNFLYTTINGLINJE",
+             {"IFL_ID", "IFL_IF_ID", "IFL_VA_ID", "IFL_ANTALL"},
+             {{integer(1), integer(1), item, 2.0}, {integer(2), integer(1), other, 1.0}}},
+            {"VARETELLING", {"VT_ID", "VT_AN_ID", "VT_TIDSPUNKT"}, {{integer(1), chain.employees.front().id, when}}},
+            {"VARETELLINGLINJE", {"VL_ID", "VL_VT_ID", "VL_VA_ID", "VL_ANTALL"}, {{integer(1), integer(1), item, 4.0}}},
+            {"BEHOLDNINGSTRANSAKSJONER",
+             {"BHT_ID", "BHT_VA_ID", "BHT_ANTALL", "BHT_TIDSPUNKT"},
+             {{integer(1), item, 4.0, when}, {integer(2), other, 1.0, when}}},
+            {"REKLAMASJON", {"REK_ID", "REK_AN_ID", "REK_TIDSPUNKT"}, {{integer(1), chain.employees.front().id, when}}},
+            {"REKLAMASJONLINJE",
+             {"REKL_ID", "REKL_REK_ID", "REKL_VA_ID", "REKL_ANTALL"},
+             {{integer(1), integer(1), item, 1.0}}}};
+}
+
 }  // namespace
 
 std::vector<TableData> tillRegisters(const Chain& chain, const Till& till) {
@@ -221,8 +253,10 @@ std::vector<TableData> tillRegisters(const Chain& chain, const Till& till) {
                               integer(1), text("NOK")});
     TableData logTypes{"LOGGTYPE", {"LT_ID", "LT_NAVN"}, {}};
     for (const NamedNumber& t : kLogTypes) logTypes.rows.push_back({integer(t.id), text(t.name)});
-    return onlyWhatATillHas(till.version, {groups, customers, staff, items, reasonTypes, reasons, money, issuers, forms,
-                                           logTypes, numberSeries(till)});
+    std::vector<TableData> all{groups, customers, staff, items,    reasonTypes,       reasons,
+                               money,  issuers,   forms, logTypes, numberSeries(till)};
+    for (TableData& table : aroundAnItem(chain)) all.push_back(std::move(table));
+    return onlyWhatATillHas(till.version, std::move(all));
 }
 
 std::vector<TableData> tillSales(const Chain& chain, const Till& till) {
