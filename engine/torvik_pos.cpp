@@ -1,98 +1,45 @@
-// Life of the engine object: what it is made of, the sessions it works on, the timer.
 #include "engine/torvik_pos.h"
 
-#include "engine/base/abort.h"
-#include "engine/db/mem_table.h"
-#include "engine/db/query.h"
 #include "engine/db/session.h"
-#include "engine/status/oppgjor_status.h"
+#include "engine/run/settlement_run.h"
+#include "engine/status/show_kasse_logs.h"
 
 namespace torvik {
 
 namespace {
-
 constexpr int kTimerIntervalMs = 30000;
-constexpr int kQueryTimeoutSeconds = 600;
-
-bool lastRunAsService = false;
-
-std::unique_ptr<db::Query> newQuery() {
-    auto query = std::make_unique<db::Query>();
-    query->CommandTimeout = kQueryTimeoutSeconds;
-    return query;
 }
-
-}  // namespace
 
 TTorvikPos::TTorvikPos(QObject* owner, Seams seams)
     : QObject(owner),
       Seam(std::move(seams)),
-      Avdeling(std::make_unique<TAvdeling>(*this, nullptr)),
-      ffraOppgjorStatus(std::make_unique<TfraOppgjorStatus>()),
-      FqryGeneralTarget(newQuery()),
-      FqryIdTarget(newQuery()),
-      Vare(std::make_unique<db::MemTable>()),
-      VareAlias(std::make_unique<db::MemTable>()),
-      _ownPane(std::make_unique<StringListPane>()) {
-    Log = _ownPane.get();
+      parts_({Seam, *this, *this, this}, *this),
+      night_(parts_),
+      heard_(parts_.Control, [this](bool requested) {
+          if (OnCancelRequestChanged) OnCancelRequestChanged(requested);
+      }) {
     FTimer.setInterval(kTimerIntervalMs);
-    connect(&FTimer, &QTimer::timeout, this, [this] {
-        // An exception must not travel through the event loop.
-        try {
-            DoOnTimer();
-        } catch (...) {
-            timerFailed(std::current_exception());
-        }
-    });
+    connect(&FTimer, &QTimer::timeout, this, [this] { night_.Tick(); });
 }
 
 TTorvikPos::~TTorvikPos() = default;
 
-void TTorvikPos::SetTargetConnection(db::Session* value) {
-    FTargeTMSConnection = value;
-    FqryGeneralTarget->Close();
-    FqryGeneralTarget->SetConnection(value);
-}
-
 void TTorvikPos::SetAutoCommunicate(bool value) {
     FAutoCommunicate = value;
-    if (value) {
-        FTimer.start();
-    } else {
-        FTimer.stop();
-    }
+    value ? FTimer.start() : FTimer.stop();
 }
 
-void TTorvikPos::timerFailed(const std::exception_ptr& failure) {
-    if (OnTimerException) {
-        OnTimerException(failure);
-        return;
-    }
-    try {
-        std::rethrow_exception(failure);
-    } catch (const EAbort&) {
-    } catch (const std::exception& error) {
-        AddLog(ErrorText(error), true);
-    }
+void TTorvikPos::CancelConnectAttempt(db::Session* AConnection) {
+    if (AConnection && AConnection->Connected()) AConnection->Close();
 }
 
-void TTorvikPos::SetRunAsService(bool value) {
-    FRunAsService = value;
-    lastRunAsService = value;
+void TTorvikPos::ShowKasseLogs(bool ClearFirst, TKasseCollection& KasseCollection, bool OnlyNew,
+                               TfraOppgjorStatus* Frame) {
+    torvik::ShowKasseLogs(ClearFirst, KasseCollection, OnlyNew, Frame, Tasks);
 }
 
-bool TTorvikPos::LastRunAsService() {
-    return lastRunAsService;
-}
-
-void TTorvikPos::ExecuteDTSToPos() {
-    if (!OnExecuteDTSToPos) throw EngineError(QStringLiteral("ExecuteDTSToPos finnes ikke i dette programmet"));
-    OnExecuteDTSToPos(*this);
-}
-
-void TTorvikPos::ExecuteVaretelling() {
-    if (!OnExecuteVaretelling) throw EngineError(QStringLiteral("ExecuteVaretelling finnes ikke i dette programmet"));
-    OnExecuteVaretelling(*this);
+void TTorvikPos::ExecuteOppgjor() {
+    torvik::ExecuteOppgjor(parts_);
 }
 
 }  // namespace torvik

@@ -1,158 +1,80 @@
-// The engine: the roster, the two sessions, the run options that the window sets, the timer of the automatic run, the
-// wait and cancel policy and the visible logs. Every run is a method of it or is handed it. "Target" is the back
-// office's database and "source" that of the till being served, whichever way the data goes. Main thread only; what it
-// needs of the boxes above comes in through the On... callbacks.
-//
-// Implemented by concern: torvik_pos.cpp (life), connecting.cpp, waiting_and_cancel.cpp, add_log.cpp,
-// reference_tables.cpp, target_helpers.cpp, settlement_run.cpp, target_reconnect.cpp, night_job.cpp,
-// show_kasse_logs.cpp.
+// The engine object under the domain's names: a facade that holds the run options, the events and the parts of a run by
+// value and forwards to them. "Target" is the back office's database and "source" that of the till being served,
+// whichever way the data goes. The window makes one and sets it; what works for a run takes the parts (RunParts), what
+// works at a till a TillVisit, never this. Main thread only. See docs/engine.md.
 #pragma once
 
 #include <QObject>
-#include <QString>
-#include <QStringList>
-#include <QTime>
 #include <QTimer>
-#include <exception>
-#include <memory>
-#include <optional>
 
+#include "engine/base/engine_events.h"
+#include "engine/base/run_options.h"
 #include "engine/base/seams.h"
-#include "engine/base/torvik_pos_types.h"
-#include "engine/log/log_pane.h"
-#include "engine/roster/avdeling.h"
-#include "engine/roster/kasse_collection.h"
+#include "engine/run/night_job.h"
+#include "engine/run/run_parts.h"
 
 namespace torvik {
 
-namespace db {
-class MemTable;
-class Session;
-}  // namespace db
 class TThreadCollection;
-class TfraOppgjorStatus;
 
-class TTorvikPos : public QObject {
+class TTorvikPos : public QObject, public RunOptions, public EngineEvents {
     Q_OBJECT
 
 public:
     explicit TTorvikPos(QObject* owner = nullptr, Seams seams = {});
     ~TTorvikPos() override;
 
-    // --- Surroundings -------------------------------------------------------------------------------------------
-
     Seams Seam;
-    db::Session* SourceConnection = nullptr;  // the current till's, re-pointed for each till; not owned
-    // The back office's; not owned. The general query follows it.
-    [[nodiscard]] db::Session* TargetConnection() const { return FTargeTMSConnection; }
-    void SetTargetConnection(db::Session* value);
 
-    ILogPane* Log = nullptr;  // a pane of the engine's own until the window gives its own
-    ILogPane* ErrorLog = nullptr;
-    QStringList* NonVisualLog = nullptr;
-    QStringList* NonVisualErrorLog = nullptr;
-    QStringList Logbuffer;                    // log lines held back while AllowMultiThreading is set
+private:
+    RunParts parts_;
+    NightJob night_;
+
+public:
+    [[nodiscard]] RunParts& Parts() { return parts_; }
+
+    // --- Surroundings: views of the parts' own ------------------------------------------------------------------
+
+    db::Session*& SourceConnection = parts_.Till.SourceConnection;  // the current till's; not owned
+    [[nodiscard]] db::Session* TargetConnection() const { return parts_.Office.Connection(); }
+    void SetTargetConnection(db::Session* value) { parts_.SetTargetConnection(value); }  // not owned
+    TAuthMethod& SourceAuthMethod = parts_.Till.SourceAuthMethod;
+
+    ILogPane*& Log = parts_.Log.Log;  // a pane of the engine's own until the window gives its own
+    ILogPane*& ErrorLog = parts_.Log.ErrorLog;
+    QStringList*& NonVisualLog = parts_.Log.NonVisualLog;
+    QStringList*& NonVisualErrorLog = parts_.Log.NonVisualErrorLog;
+    QStringList& Logbuffer = parts_.Log.Logbuffer;
+    bool& AddToLogItems = parts_.Log.AddToLogItems;
+    TAvdeling* const Avdeling = &parts_.Roster;
+    std::unique_ptr<TfraOppgjorStatus>& ffraOppgjorStatus = parts_.Status;
+
     QObject* StatusParent = nullptr;          // the window part that shows the status frame
     TThreadCollection* ThreadList = nullptr;  // the window's list of workers; not owned
 
-    std::unique_ptr<TAvdeling> Avdeling;
-    std::unique_ptr<TfraOppgjorStatus> ffraOppgjorStatus;
+    // --- Options that depend on the day -------------------------------------------------------------------------
 
-    // --- Run options --------------------------------------------------------------------------------------------
+    [[nodiscard]] bool DeleteItemsOnSend() const { return RunOptions::DeleteItemsOnSend(Seam.now().date()); }
+    [[nodiscard]] bool DeleteItemsThisDay() const { return RunOptions::DeleteItemsThisDay(Seam.now().date()); }
 
-    // Armed, the timer ticks every 30 seconds.
-    [[nodiscard]] bool AutoCommunicate() const { return FAutoCommunicate; }
-    void SetAutoCommunicate(bool value);
-    QTime StartTime{0, 0};         // of the automatic run; only hour and minute count
-    QTime StartSendingTime{0, 0};  // latest start of sending in a synchronised run
-    bool SynchonizedRun = false;   // in step with the back office's daily job
-    bool ReceiveDataOnly = false;
-    TTasks Tasks;            // what the current run does
-    int RetryCount = 2;      // attempts to connect to a till
-    int RetryWaitTime = 20;  // seconds between attempts and between departments
+    // --- Cancelling and waiting ---------------------------------------------------------------------------------
 
-    bool IncludeVaretellingOnOppgjor = false;
-    bool IncludeGiftVoucherOnOppgjor = false;
-    bool IncludeCreditCouponOnOppgjor = false;
-    bool IncludeDTS_TorvikPOS = false;
-    QString VaretellingPeriode;  // YYYYMM
-    TVareOppdateringUtvalg VareOppdateringUtvalg = vopIngen;
-    // A second name for the same value.
-    [[nodiscard]] TVareOppdateringUtvalg SQLVareOppdateringUtvalg() const { return VareOppdateringUtvalg; }
-    void SetSQLVareOppdateringUtvalg(TVareOppdateringUtvalg value) { VareOppdateringUtvalg = value; }
-    bool IncludeNummertype = false;
-    bool FlagAsSentAfterUpdate = false;
-    QString ReplacementVa_Id;  // item number used when a sold item is unknown
-    QString ReplacementForNonExistingItemNumber;
-    bool AllowMultiThreading = false;  // diverts log lines to Logbuffer
-    TInitializeItems InitializeItems{nutvOppgjor};
-    bool IncludeExtraSaleProducts = true;
-    bool IsEnterprise = false;  // chain installation; false is a single back office
-    bool OnlyOppgjor = false;
-    bool ReverseProcessingOrder = false;
-    bool UsePlukkPrioritet = false;
-    bool SendCustomerAndPrice = false;
-    int DagerSidenEndring = 0;  // days that count as "changed"
-
-    // Reads true only on a day when items are deleted; the stored value is told by SetDeleteItemsOnSend.
-    [[nodiscard]] bool DeleteItemsOnSend() const;
-    void SetDeleteItemsOnSend(bool value) { fDeleteItemsOnSend = value; }
-    QStringList DeleteItemsWeekDays;  // "1" Monday to "7" Sunday
-    [[nodiscard]] bool DeleteItemsThisDay() const;
-
-    // Lets AddLog call OnAddLog and keeps operations from asking the user.
-    [[nodiscard]] bool RunAsService() const { return FRunAsService; }
-    void SetRunAsService(bool value);
-    // What was last set on any engine of the process.
-    [[nodiscard]] static bool LastRunAsService();
-
-    TAuthMethod SourceAuthMethod = amSQL;  // how the current till session logs in
-    bool OverrideSourceUserNameAndPassword = false;
-    QString OverrideSourceUserName;  // for the till's file share
-    QString OverrideSourcePassword;
-
-    // --- Cancelling ---------------------------------------------------------------------------------------------
-
-    bool Cancelled = false;
-    [[nodiscard]] bool CancelRequest() const { return fCancelRequest; }
-    void SetCancelRequest(bool value);
-    // Raises the silent abort if the run has been or shall be cancelled.
-    void TestCancel();
-    // Cancels the run now: logs it and raises the silent abort.
-    [[noreturn]] void Cancel();
+    bool& Cancelled = parts_.Control.Cancelled;
+    [[nodiscard]] bool CancelRequest() const { return parts_.Control.CancelRequest(); }
+    void SetCancelRequest(bool value) { parts_.Control.SetCancelRequest(value); }
+    void TestCancel() { parts_.Control.TestCancel(); }
+    [[noreturn]] void Cancel() { parts_.Control.Cancel(); }
     // Closes the given session if it is open; nothing for none.
     void CancelConnectAttempt(db::Session* AConnection);
-
-    // --- Events -------------------------------------------------------------------------------------------------
-
-    TNotifyEvent OnAutoStart;
-    TNotifyEvent OnAutoReceiveDataDone;
-    TNotifyEvent OnAutoStartDone;
-    TNotifyEvent OnThreadDone;
-    TProgressEvent OnProgress;
-    TPackageEventsOnProgressEvent OnDtsProgress;
-    TPackageEventsOnStartEvent OnDtsStart;
-    TSqlScriptReturnDataEvent OnSqlScriptReturnDataEvent;
-    TTorvikPosIniReceivedEvent OnTorvikPosIniReceivedEvent;
-    TVareOppdatert OnVareOppdatert;
-    TNewLogMessageEvent OnAddLog;
-    // Puts a warning to the operator that is answered with yes or no. Unset, the answer is no.
-    std::function<bool(const QString& Text)> OnAskOperator;
-
-    // What higher boxes do for the engine's runs. An operation that is missing when it is needed is an error.
-    TEngineOperation OnFetchTill;                      // fetch the settlements of the roster's current till
-    TEngineOperation OnExecuteDTSToPos;                // the sending run
-    TEngineOperation OnExecuteVaretelling;             // fetch the stock counts
-    std::function<void(bool)> OnCancelRequestChanged;  // so that a transfer under way hears of a cancel
-    std::function<void(const std::exception_ptr&)> OnTimerException;  // what left DoOnTimer; unset, it is logged
+    bool WaitRetryTime() { return parts_.Control.WaitRetryTime(); }
+    bool WaitSeconds(int seconds) { return parts_.Control.WaitSeconds(seconds); }
 
     // --- Log ----------------------------------------------------------------------------------------------------
 
-    // One log line to all outlets; pumps messages and never raises.
-    void AddLog(const QString& Msg, bool IsError = false, TKasseLogSeverity AKasseLogSeverity = kls_OK);
-    bool AddToLogItems = true;  // copy log lines to the per-till log of the current roster row
-    // Saves the logs in the temporary folder, over those of the run before.
-    void SaveOppgjorLog();
+    void AddLog(const QString& Msg, bool IsError = false, TKasseLogSeverity AKasseLogSeverity = kls_OK) {
+        parts_.Log.AddLog(Msg, IsError, AKasseLogSeverity);
+    }
+    void SaveOppgjorLog() { parts_.Log.SaveOppgjorLog(); }
     // Copies the work list's log items to the frame and works out each till's icon. The frame may be null.
     void ShowKasseLogs(bool ClearFirst, TKasseCollection& KasseCollection, bool OnlyNew, TfraOppgjorStatus* Frame);
 
@@ -160,100 +82,58 @@ public:
 
     // Fetches the settlements of all tills of the roster; lets no exception out.
     void ExecuteOppgjor();
-    // One tick of the automatic run's clock.
-    void DoOnTimer();
-    [[nodiscard]] bool TimerBusy() const { return FTimerBusy; }
     // Both raise EngineError if the program was put together without the operation.
-    void ExecuteDTSToPos();
-    void ExecuteVaretelling();
+    void ExecuteDTSToPos() { parts_.Execute(OnExecuteDTSToPos, u"ExecuteDTSToPos"); }
+    void ExecuteVaretelling() { parts_.Execute(OnExecuteVaretelling, u"ExecuteVaretelling"); }
 
-    // --- At a till ----------------------------------------------------------------------------------------------
+    // Armed, the automatic run's clock ticks every 30 seconds.
+    [[nodiscard]] bool AutoCommunicate() const { return FAutoCommunicate; }
+    void SetAutoCommunicate(bool value);
+    void DoOnTimer() { night_.DoOnTimer(); }
+    [[nodiscard]] bool TimerBusy() const { return night_.TimerBusy(); }
 
-    // Connects to the till of the roster's current row, with RetryCount attempts. False when none succeeded.
-    [[nodiscard]] bool ConnectSource();
-    // Closes the source session and points it at the till of the current row.
-    void ApplySourceConnectionSettings();
-    void ReadDbVersion();
-    [[nodiscard]] QString DbVersion() const { return fDbVersion; }  // in_dbversion of the current till
-    void SetNoCount(bool on);
-    [[nodiscard]] bool SourceHasOpenTransactions();
-    [[nodiscard]] bool SourceHasTemporarySettlements();
+    // --- At the till of the roster's current row ----------------------------------------------------------------
 
-    // Both pump messages, raise on cancel, and return true.
-    bool WaitRetryTime();
-    bool WaitSeconds(int seconds);
+    [[nodiscard]] bool ConnectSource() { return parts_.ConnectSource(); }
+    void ApplySourceConnectionSettings() { parts_.Till.ApplySourceConnectionSettings(); }
+    void ReadDbVersion() { parts_.Till.ReadDbVersion(); }
+    [[nodiscard]] const QString& DbVersion() const { return parts_.Till.DbVersion(); }
+    void SetNoCount(bool on) { parts_.Till.SetNoCount(on); }
+    [[nodiscard]] bool SourceHasOpenTransactions() { return parts_.Till.SourceHasOpenTransactions(); }
+    [[nodiscard]] bool SourceHasTemporarySettlements() { return parts_.Till.SourceHasTemporarySettlements(); }
 
     // --- At the back office -------------------------------------------------------------------------------------
 
-    // The general query on the target session; whoever uses it closes it.
-    [[nodiscard]] db::Query& qryGeneralTarget() const { return *FqryGeneralTarget; }
-    void LoadVareTable();
-    void LoadVareAliasTable();
-    // The item number to use for one found on a till; raises EngineError when neither it nor the replacement exists.
-    [[nodiscard]] QString ResolveVaId(const QString& Va_Id);
-    // The loaded reference tables.
-    [[nodiscard]] db::MemTable& VareTable() const { return *Vare; }
-    [[nodiscard]] db::MemTable& VareAliasTable() const { return *VareAlias; }
+    [[nodiscard]] db::Query& qryGeneralTarget() const { return parts_.Office.GeneralQuery(); }
+    void LoadVareTable() { parts_.Items.LoadVareTable(); }
+    void LoadVareAliasTable() { parts_.Items.LoadVareAliasTable(); }
+    [[nodiscard]] QString ResolveVaId(const QString& Va_Id) { return parts_.Items.ResolveVaId(Va_Id); }
+    [[nodiscard]] db::MemTable& VareTable() const { return parts_.Items.VareTable(); }
+    [[nodiscard]] db::MemTable& VareAliasTable() const { return parts_.Items.VareAliasTable(); }
 
-    [[nodiscard]] QString TargetServerName() const;  // "Data Source=..." and so on: connection string fragments
-    [[nodiscard]] QString TargetCatalog() const;
-    [[nodiscard]] QString TargetUserName() const;
-    [[nodiscard]] QString TargetPassword() const;
-    [[nodiscard]] double TargetDBVersion();  // in_dbversjon, read once
-    [[nodiscard]] QString GetTargetServerAndDatabaseName();
-    [[nodiscard]] int GetTargetId(const QString& AName);
-    [[nodiscard]] bool IsFakturaVedBackOffice(const QString& department);
+    [[nodiscard]] QString TargetServerName() const { return parts_.Office.ServerFragment(); }
+    [[nodiscard]] QString TargetCatalog() const { return parts_.Office.CatalogFragment(); }
+    [[nodiscard]] QString TargetUserName() const { return parts_.Office.UserFragment(); }
+    [[nodiscard]] QString TargetPassword() const { return parts_.Office.PasswordFragment(); }
+    [[nodiscard]] double TargetDBVersion() { return parts_.Office.DBVersion(); }
+    [[nodiscard]] QString GetTargetServerAndDatabaseName() { return parts_.Office.ServerAndDatabaseName(); }
+    [[nodiscard]] int GetTargetId(const QString& AName) { return parts_.Office.GetTargetId(AName); }
+    [[nodiscard]] bool IsFakturaVedBackOffice(const QString& department) {
+        return parts_.Office.IsFakturaVedBackOffice(department);
+    }
+    [[nodiscard]] bool ReadNextStep() { return parts_.Step.ReadNextStep(); }
+    void SetNextStep(int step) { parts_.Step.SetNextStep(step); }
+    void CheckTargetConnection(int Ik_Ku_Id, const QString& Kassenr) {
+        parts_.Reconnect.CheckTargetConnection(Ik_Ku_Id, Kassenr);
+    }
 
-    // The step of the synchronised run, shared with the back office's daily job: true when sending may begin.
-    [[nodiscard]] bool ReadNextStep();
-    void SetNextStep(int step);
-    // Re-opens a back-office session that broke and finds the till's row again; raises when the row is gone.
-    void CheckTargetConnection(int Ik_Ku_Id, const QString& Kassenr);
+    // So that a transfer under way hears of a cancel. Work at a till uses a CancelListener instead.
+    std::function<void(bool)> OnCancelRequestChanged;
 
 private:
-    void waitMs(qint64 milliseconds);
-    [[nodiscard]] bool rosterHasRow() const;
-    void callOnAddLog(const QString& Msg, TKasseLogSeverity severity);
-    void addTillLogItem(const QString& Msg, TKasseLogSeverity severity);
-    void addLogLine(const QString& line, bool IsError);
-
-    [[nodiscard]] db::Session& source() const;
-    [[nodiscard]] db::Session& target() const;
-    // The general query, closed, with this text.
-    [[nodiscard]] db::Query& generalQuery(const QStringList& sql);
-    void loadReferenceTable(db::MemTable& table, const QString& sql);
-    // Binds the query to the source session, opened if it is closed.
-    void openSourceFor(db::Query& query);
-    [[nodiscard]] bool sourceCountIsPositive(const QString& sql);
-
-    void prepareSettlementRun();
-    void fetchAllTills();
-    void fetchTill();
-    void reportTillFailure(const QString& message);
-    void relocateTill(int Ik_Ku_Id, const QString& Kassenr, bool& located);
-
-    void timerFailed(const std::exception_ptr& failure);
-    void listAllTills();
-    void runNight();
-    void fetchWithRetries();
-    void sendAfterBackOffice();
-    void waitForSendingTime();
-    void endNight();
-
-    db::Session* FTargeTMSConnection = nullptr;
-    std::unique_ptr<db::Query> FqryGeneralTarget;
-    std::unique_ptr<db::Query> FqryIdTarget;
-    std::unique_ptr<db::MemTable> Vare;
-    std::unique_ptr<db::MemTable> VareAlias;
-    std::unique_ptr<ILogPane> _ownPane;
+    CancelListener heard_;
     QTimer FTimer{this};
     bool FAutoCommunicate = false;
-    bool FTimerBusy = false;
-    bool fCancelRequest = false;
-    bool fDeleteItemsOnSend = false;
-    bool FRunAsService = false;
-    QString fDbVersion;
-    double fTargetDBVersion = -1.0;  // -1.0: not read yet
 };
 
 }  // namespace torvik

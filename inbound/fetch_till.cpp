@@ -7,8 +7,8 @@
 namespace torvik {
 
 void joinFetching(TTorvikPos& torvikPos, const OppgjorJoinPoints& joinPoints) {
-    torvikPos.OnFetchTill = [joinPoints](TTorvikPos& engine) {
-        auto* oppgjor = new TOppgjor(*engine.Avdeling, joinPoints);  // the roster owns it
+    torvikPos.OnFetchTill = [joinPoints](TillVisit& visit) {
+        auto* oppgjor = new TOppgjor(visit.Roster, joinPoints);  // the roster owns it
         oppgjor->IncludeLastBackupStatus = true;
         oppgjor->Execute();
     };

@@ -15,7 +15,6 @@ namespace torvik {
 namespace db {
 class Query;
 }
-class TTorvikPos;
 
 enum TAuthMethod { amTrusted, amSQL };
 enum TVareOppdateringUtvalg { vopIngen, vopEndrede, vopAlle };
@@ -37,9 +36,5 @@ using TPackageEventsOnProgressEvent =
 using TPackageEventsOnStartEvent = std::function<void(QObject* Sender, const QString& Task)>;
 // Level: 0 OK, 1 error, 2 warning, 4 anything else.
 using TNewLogMessageEvent = std::function<void(QObject* Sender, const QString& Text, int Level, const QDateTime& At)>;
-
-// An operation of a higher box, done at the roster's current till or over the whole roster. What it throws is its
-// failure.
-using TEngineOperation = std::function<void(TTorvikPos& TorvikPos)>;
 
 }  // namespace torvik

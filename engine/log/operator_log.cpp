@@ -1,8 +1,12 @@
-// The operator's log: one line to all outlets, and the settlement log files.
+#include "engine/log/operator_log.h"
+
 #include <QDir>
 
+#include "engine/base/engine_events.h"
+#include "engine/base/run_options.h"
+#include "engine/base/seams.h"
 #include "engine/db/query.h"
-#include "engine/torvik_pos.h"
+#include "engine/roster/avdeling.h"
 
 namespace torvik {
 
@@ -19,46 +23,50 @@ int eventLevel(TKasseLogSeverity severity) {
 
 }  // namespace
 
-void TTorvikPos::AddLog(const QString& Msg, bool IsError, TKasseLogSeverity AKasseLogSeverity) {
+OperatorLog::OperatorLog(const EngineContext& context, const TAvdeling& roster) : context_(context), roster_(roster) {}
+
+void OperatorLog::AddLog(const QString& Msg, bool IsError, TKasseLogSeverity AKasseLogSeverity) {
     // Logging never fails a run, so nothing leaves this routine.
     try {
         const TKasseLogSeverity effective = IsError ? kls_Error : AKasseLogSeverity;
         // The severity as given decides: an error passed with kls_OK does not reach the event.
-        if (FRunAsService && OnAddLog && AKasseLogSeverity != kls_OK) callOnAddLog(Msg, effective);
+        if (context_.Options.RunAsService() && context_.Events.OnAddLog && AKasseLogSeverity != kls_OK)
+            callOnAddLog(Msg, effective);
         if (AddToLogItems) addTillLogItem(Msg, effective);
-        addLogLine(QStringLiteral("%1  : %2").arg(LogTime(Seam.now()), Msg), IsError);
-        Seam.pumpMessages();
+        addLine(QStringLiteral("%1  : %2").arg(LogTime(context_.Seam.now()), Msg), IsError);
+        context_.Seam.pumpMessages();
     } catch (...) {
     }
 }
 
-bool TTorvikPos::rosterHasRow() const {
-    return Avdeling && Avdeling->Qry().Active() && !Avdeling->Qry().IsEmpty();
+bool OperatorLog::rosterHasRow() const {
+    return roster_.Qry().Active() && !roster_.Qry().IsEmpty();
 }
 
-void TTorvikPos::callOnAddLog(const QString& Msg, TKasseLogSeverity severity) {
+void OperatorLog::callOnAddLog(const QString& Msg, TKasseLogSeverity severity) const {
     if (Msg.trimmed().isEmpty()) return;
     QString text = Msg;
     if (rosterHasRow()) {
-        const db::Query& till = Avdeling->Qry();
+        const db::Query& till = roster_.Qry();
         text = QStringLiteral("AvdID %1, KasseNr %2: %3")
                    .arg(QString::number(till.FieldByName(QStringLiteral("ikk_ik_ku_id")).AsInteger()),
                         till.FieldByName(QStringLiteral("ikk_kassenummer")).AsString(), Msg);
     }
-    OnAddLog(this, text, eventLevel(severity), Seam.now());
+    context_.Events.OnAddLog(context_.Sender, text, eventLevel(severity), context_.Seam.now());
 }
 
-void TTorvikPos::addTillLogItem(const QString& Msg, TKasseLogSeverity severity) {
-    if (!rosterHasRow() || !Avdeling->KasseCollection() || Msg.trimmed().isEmpty()) return;
-    const db::Query& till = Avdeling->Qry();
-    Avdeling->KasseCollection()->AddLogItem(
+void OperatorLog::addTillLogItem(const QString& Msg, TKasseLogSeverity severity) const {
+    if (!rosterHasRow() || !roster_.KasseCollection() || Msg.trimmed().isEmpty()) return;
+    const db::Query& till = roster_.Qry();
+    roster_.KasseCollection()->AddLogItem(
         static_cast<int>(till.FieldByName(QStringLiteral("ikk_ik_ku_id")).AsInteger()),
         till.FieldByName(QStringLiteral("ikk_kassenummer")).AsString(), severity, 0, Msg);
 }
 
-void TTorvikPos::addLogLine(const QString& line, bool IsError) {
+void OperatorLog::addLine(const QString& line, bool IsError) {
+    const bool heldBack = context_.Options.AllowMultiThreading;
     if (Log) {
-        if (AllowMultiThreading) {
+        if (heldBack) {
             Logbuffer.append(line);
         } else {
             Log->AddLine(line);
@@ -66,13 +74,13 @@ void TTorvikPos::addLogLine(const QString& line, bool IsError) {
         if (IsError && ErrorLog) ErrorLog->AddLine(line);
     }
     if (NonVisualLog) {
-        (AllowMultiThreading ? Logbuffer : *NonVisualLog).append(line);
+        (heldBack ? Logbuffer : *NonVisualLog).append(line);
         if (IsError && NonVisualErrorLog) NonVisualErrorLog->append(line);
     }
 }
 
-void TTorvikPos::SaveOppgjorLog() {
-    QString folder = Seam.tempFolder();
+void OperatorLog::SaveOppgjorLog() const {
+    QString folder = context_.Seam.tempFolder();
     if (!folder.endsWith(u'/') && !folder.endsWith(QDir::separator())) folder += QDir::separator();
     const QString logFile = folder + QStringLiteral("ZoppgjorLog.txt");
     if (Log) Log->SaveLines(logFile);

@@ -1,40 +1,70 @@
-// Small questions to the back office, and the weekday rule of item deletion.
+#include "engine/office/back_office.h"
+
 #include "engine/base/abort.h"
+#include "engine/base/run_options.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
-#include "engine/torvik_pos.h"
 
 namespace torvik {
 
-db::Session& TTorvikPos::target() const {
+namespace {
+
+constexpr int kQueryTimeoutSeconds = 600;
+
+std::unique_ptr<db::Query> newQuery() {
+    auto query = std::make_unique<db::Query>();
+    query->CommandTimeout = kQueryTimeoutSeconds;
+    return query;
+}
+
+}  // namespace
+
+BackOffice::BackOffice(const EngineContext& context)
+    : context_(context), FqryGeneralTarget(newQuery()), FqryIdTarget(newQuery()) {}
+
+BackOffice::~BackOffice() = default;
+
+void BackOffice::SetConnection(db::Session* value) {
+    FTargeTMSConnection = value;
+    FqryGeneralTarget->Close();
+    FqryGeneralTarget->SetConnection(value);
+}
+
+db::Session& BackOffice::Session() const {
     if (!FTargeTMSConnection) throw EngineError(QStringLiteral("TargetConnection er ikke satt"));
     return *FTargeTMSConnection;
 }
 
-db::Query& TTorvikPos::generalQuery(const QStringList& sql) {
+void BackOffice::Begin() {
+    if (!Session().Connected()) Session().Open();
     FqryGeneralTarget->Close();
-    if (!FqryGeneralTarget->Connection()) FqryGeneralTarget->SetConnection(&target());
+    FqryGeneralTarget->SetConnection(&Session());
+}
+
+db::Query& BackOffice::GeneralQuery(const QStringList& sql) {
+    FqryGeneralTarget->Close();
+    if (!FqryGeneralTarget->Connection()) FqryGeneralTarget->SetConnection(&Session());
     FqryGeneralTarget->SQL = sql;
     return *FqryGeneralTarget;
 }
 
-QString TTorvikPos::TargetServerName() const {
-    return QStringLiteral("Data Source=%1").arg(target().Server());
+QString BackOffice::ServerFragment() const {
+    return QStringLiteral("Data Source=%1").arg(Session().Server());
 }
-QString TTorvikPos::TargetCatalog() const {
-    return QStringLiteral("Catalog=%1").arg(target().Database());
+QString BackOffice::CatalogFragment() const {
+    return QStringLiteral("Catalog=%1").arg(Session().Database());
 }
-QString TTorvikPos::TargetUserName() const {
-    return QStringLiteral("User ID=%1").arg(target().Username());
+QString BackOffice::UserFragment() const {
+    return QStringLiteral("User ID=%1").arg(Session().Username());
 }
-QString TTorvikPos::TargetPassword() const {
-    return QStringLiteral("Password=%1").arg(target().Password());
+QString BackOffice::PasswordFragment() const {
+    return QStringLiteral("Password=%1").arg(Session().Password());
 }
 
-double TTorvikPos::TargetDBVersion() {
+double BackOffice::DBVersion() {
     constexpr double kNotRead = -1.0;
     if (fTargetDBVersion == kNotRead) {
-        db::Query& query = generalQuery({QStringLiteral("select in_dbversjon from innstillinger")});
+        db::Query& query = GeneralQuery({QStringLiteral("select in_dbversjon from innstillinger")});
         query.Open();
         fTargetDBVersion = query.Fields(0).AsFloat();
         query.Close();
@@ -42,8 +72,8 @@ double TTorvikPos::TargetDBVersion() {
     return fTargetDBVersion;
 }
 
-QString TTorvikPos::GetTargetServerAndDatabaseName() {
-    db::Query& query = generalQuery({QStringLiteral("select @@SERVERNAME ServerName,DB_NAME() DatabaseName")});
+QString BackOffice::ServerAndDatabaseName() {
+    db::Query& query = GeneralQuery({QStringLiteral("select @@SERVERNAME ServerName,DB_NAME() DatabaseName")});
     query.Open();
     QString text = QStringLiteral("Server: %1, database: %2")
                        .arg(query.FieldByName(QStringLiteral("ServerName")).AsString(),
@@ -52,9 +82,9 @@ QString TTorvikPos::GetTargetServerAndDatabaseName() {
     return text;
 }
 
-int TTorvikPos::GetTargetId(const QString& AName) {
+int BackOffice::GetTargetId(const QString& AName) {
     FqryIdTarget->Close();
-    if (!FqryIdTarget->Connection()) FqryIdTarget->SetConnection(&target());
+    if (!FqryIdTarget->Connection()) FqryIdTarget->SetConnection(&Session());
     FqryIdTarget->SQL = {QStringLiteral("EXEC GetID '%1'").arg(AName)};
     FqryIdTarget->Open();
     const auto id = static_cast<int>(FqryIdTarget->Fields(0).AsInteger());
@@ -63,8 +93,8 @@ int TTorvikPos::GetTargetId(const QString& AName) {
 }
 
 // A server that lacks Ik_Fakturaregel refuses the batch (error 207): it binds columns before it runs anything.
-bool TTorvikPos::IsFakturaVedBackOffice(const QString& department) {
-    db::Query& query = generalQuery({
+bool BackOffice::IsFakturaVedBackOffice(const QString& department) {
+    db::Query& query = GeneralQuery({
         QStringLiteral("if exists ( select * from syscolumns c, sysobjects t where c.name = 'Ik_Fakturaregel' and "
                        "t.name = 'Internkunde' and t.id=c.id )"),
         QStringLiteral("  select CASE WHEN Ik_Fakturaregel IS NULL OR Ik_Fakturaregel=1 THEN 0 ELSE 1 END "
@@ -79,15 +109,7 @@ bool TTorvikPos::IsFakturaVedBackOffice(const QString& department) {
     const bool atBackOffice = query.FieldByName(QStringLiteral("FakturaVedBackOffice")).AsInteger() == 1;
     query.Close();
     // In a chain installation the column's meaning turns round.
-    return IsEnterprise ? !atBackOffice : atBackOffice;
-}
-
-bool TTorvikPos::DeleteItemsOnSend() const {
-    return fDeleteItemsOnSend && DeleteItemsThisDay();
-}
-
-bool TTorvikPos::DeleteItemsThisDay() const {
-    return DeleteItemsWeekDays.contains(QString::number(Seam.now().date().dayOfWeek()));
+    return context_.Options.IsEnterprise ? !atBackOffice : atBackOffice;
 }
 
 }  // namespace torvik

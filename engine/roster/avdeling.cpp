@@ -1,10 +1,11 @@
 // The roster query as ten numbered lines of text, of which the filters rewrite one each.
 #include "engine/roster/avdeling.h"
 
+#include "engine/base/run_options.h"
+#include "engine/base/seams.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/roster/kasse_collection.h"
-#include "engine/torvik_pos.h"
 
 namespace torvik {
 
@@ -59,11 +60,12 @@ QString applicationName(const QDateTime& now) {
 
 }  // namespace
 
-TAvdeling::TAvdeling(TTorvikPos& torvikPos, QObject* owner)
+TAvdeling::TAvdeling(const EngineContext& context, TTorvikPos& torvikPos, QObject* owner)
     : QObject(owner),
-      _torvikPos(torvikPos),
+      context_(context),
+      torvikPos_(torvikPos),
       FAvdQry(std::make_unique<db::Query>()),
-      fKasseCollection(std::make_shared<TKasseCollection>([&torvikPos] { return torvikPos.Seam.now(); })) {
+      fKasseCollection(std::make_shared<TKasseCollection>([context] { return context.Seam.now(); })) {
     FAvdQry->CommandTimeout = 600;
     FAvdQry->SQL = rosterText();
 }
@@ -80,7 +82,7 @@ void TAvdeling::editQuery(Change change) {
 }
 
 void TAvdeling::bindSession() {
-    if (!FAvdQry->Connection()) FAvdQry->SetConnection(_torvikPos.TargetConnection());
+    if (!FAvdQry->Connection()) FAvdQry->SetConnection(target_);
 }
 
 void TAvdeling::Open() {
@@ -88,19 +90,19 @@ void TAvdeling::Open() {
     bindSession();
     SetKasseCollection(fKasseCollection);
     QString order = QStringLiteral("ORDER BY ");
-    if (_torvikPos.UsePlukkPrioritet) {
+    if (context_.Options.UsePlukkPrioritet) {
         order += u"Ik_PlukkPrioritet, Ik_FaktorForLagernivaa desc ";
         order += u", ";
     }
     order += u"Ik_Avdelingsnummer";
-    if (_torvikPos.ReverseProcessingOrder) order += u" DESC";
+    if (context_.Options.ReverseProcessingOrder) order += u" DESC";
     FAvdQry->SQL[kOrderLine] = order;
     FAvdQry->Open();
 }
 
 void TAvdeling::Close() {
     FAvdQry->Close();
-    FAvdQry->SetConnection(_torvikPos.TargetConnection());
+    FAvdQry->SetConnection(target_);
 }
 
 void TAvdeling::SetDisplayActiveOnly(bool value) {
@@ -184,10 +186,14 @@ int TAvdeling::GetIk_Ku_Id(const QString& Avd) {
     return result;
 }
 
+void TAvdeling::FreeTillObjects() {
+    qDeleteAll(findChildren<QObject*>(Qt::FindDirectChildrenOnly));
+}
+
 QString TAvdeling::GetSourceConnectionString() const {
     const QString database = currentText(QStringLiteral("Ikk_Database"));
     const QString server = currentText(QStringLiteral("Ikk_Server"));
-    const QString application = applicationName(_torvikPos.Seam.now());
+    const QString application = applicationName(context_.Seam.now());
     if (FAvdQry->FieldByName(QStringLiteral("Ikk_AutentiseringType")).AsInteger() == 1) {
         return QStringLiteral(
                    "Provider=SQLOLEDB.1;Integrated Security=SSPI;Persist Security Info=False;Initial Catalog=%1;"

@@ -1,5 +1,5 @@
 // The till roster: one query on the back office whose rows are tills. The current row is the till being served; the
-// engine's log, the connection to the till and the transfers all read it.
+// log, the connection to the till and the walk read it. One walk has one.
 #pragma once
 
 #include <QObject>
@@ -7,11 +7,14 @@
 #include <QStringList>
 #include <memory>
 
+#include "engine/base/engine_context.h"
+
 namespace torvik {
 
 namespace db {
 class Query;
-}
+class Session;
+}  // namespace db
 class TKasseCollection;
 class TTorvikPos;
 
@@ -19,12 +22,13 @@ class TAvdeling : public QObject {
     Q_OBJECT
 
 public:
-    // The engine gives the back-office session and the ordering options, and must outlive the roster.
-    TAvdeling(TTorvikPos& torvikPos, QObject* owner);
+    TAvdeling(const EngineContext& context, TTorvikPos& torvikPos, QObject* owner);
     ~TAvdeling() override;
 
     // The engine this roster belongs to.
-    [[nodiscard]] TTorvikPos& TorvikPOS() const { return _torvikPos; }
+    [[nodiscard]] TTorvikPos& TorvikPOS() const { return torvikPos_; }
+    // The back office's session, which the query is given at its next opening. Not owned.
+    void SetTargetSession(db::Session* value) { target_ = value; }
     // The roster query itself: rows, current row, columns.
     [[nodiscard]] db::Query& Qry() const { return *FAvdQry; }
 
@@ -59,6 +63,8 @@ public:
     void AvdelingList(QStringList& AList);
     // -1 if there is no such department. Opens the query if need be and keeps its row.
     [[nodiscard]] int GetIk_Ku_Id(const QString& Avd);
+    // Frees what the roster has come to own for the till that has been served (a TOppgjor).
+    void FreeTillObjects();
     // The OLE DB connection string of the current row.
     [[nodiscard]] QString GetSourceConnectionString() const;
 
@@ -68,7 +74,9 @@ private:
     void bindSession();
     [[nodiscard]] QString currentText(const QString& column) const;
 
-    TTorvikPos& _torvikPos;
+    EngineContext context_;
+    TTorvikPos& torvikPos_;
+    db::Session* target_ = nullptr;
     std::unique_ptr<db::Query> FAvdQry;
     bool FDisplayActiveOnly = true;
     int FKu_Id = -1;

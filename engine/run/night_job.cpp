@@ -1,19 +1,18 @@
-// The automatic run: at the chosen minute fetch from all tills, wait for the back office's daily job if the two are
-// synchronised, send to all tills, and fetch stock counts. TimerBusy keeps a tick that comes while messages are pumped
-// from starting it again.
+#include "engine/run/night_job.h"
+
 #include <QScopeGuard>
 
 #include "engine/base/abort.h"
+#include "engine/base/run_options.h"
+#include "engine/base/seams.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
-#include "engine/torvik_pos.h"
+#include "engine/run/run_parts.h"
+#include "engine/run/settlement_run.h"
 
 namespace torvik {
 
 namespace {
-
-// The values of In_DagligJobbFlagg.
-enum Step { kFetching = 0, kFetched = 1, kBackOfficeDone = 2, kSent = 3 };
 
 constexpr int kFetchAttempts = 3;
 constexpr int kSecondsBetweenFetches = 180;
@@ -23,31 +22,62 @@ constexpr int kNearEnoughSeconds = 5;
 
 }  // namespace
 
-void TTorvikPos::DoOnTimer() {
+NightJob::NightJob(RunParts& parts)
+    : parts_(parts),
+      seam_(parts.Context.Seam),
+      options_(parts.Context.Options),
+      events_(parts.Context.Events),
+      sender_(parts.Context.Sender),
+      log_(parts.Log) {}
+
+void NightJob::DoOnTimer() {
     if (FTimerBusy) return;
     FTimerBusy = true;
     const auto idle = qScopeGuard([this] { FTimerBusy = false; });
 
     listAllTills();
     // A minute that was missed is not made up for.
-    const QTime now = Seam.now().time();
-    if (now.hour() != StartTime.hour() || now.minute() != StartTime.minute()) return;
+    const QTime now = seam_.now().time();
+    if (now.hour() != options_.StartTime.hour() || now.minute() != options_.StartTime.minute()) return;
 
     const auto done = qScopeGuard([this] { endNight(); });
     runNight();
 }
 
+void NightJob::Tick() noexcept {
+    try {
+        DoOnTimer();
+    } catch (...) {
+        failed(std::current_exception());
+    }
+}
+
+void NightJob::failed(const std::exception_ptr& failure) {
+    try {
+        if (events_.OnTimerException) {
+            events_.OnTimerException(failure);
+            return;
+        }
+        std::rethrow_exception(failure);
+    } catch (const EAbort&) {
+        // nothing is shown for a silent abort
+    } catch (const std::exception& error) {
+        log_.AddLog(ErrorText(error), true);
+    } catch (...) {
+    }
+}
+
 // The work list becomes all tills that the roster's filters let through.
-void TTorvikPos::listAllTills() {
-    target().Close();
-    target().Open();
-    if (!Avdeling->KasseCollection())
-        Avdeling->SetKasseCollection(std::make_shared<TKasseCollection>([this] { return Seam.now(); }));
-    TKasseCollection& workList = *Avdeling->KasseCollection();
+void NightJob::listAllTills() {
+    parts_.Office.Session().Close();
+    parts_.Office.Session().Open();
+    if (!parts_.Roster.KasseCollection())
+        parts_.Roster.SetKasseCollection(std::make_shared<TKasseCollection>([seam = &seam_] { return seam->now(); }));
+    TKasseCollection& workList = *parts_.Roster.KasseCollection();
     workList.Clear();
-    Avdeling->Close();
-    Avdeling->Open();
-    db::Query& tills = Avdeling->Qry();
+    parts_.Roster.Close();
+    parts_.Roster.Open();
+    db::Query& tills = parts_.Roster.Qry();
     const auto field = [&](const char16_t* column) -> const db::Field& {
         return tills.FieldByName(QString::fromUtf16(column));
     };
@@ -63,109 +93,88 @@ void TTorvikPos::listAllTills() {
     tills.First();
 }
 
-void TTorvikPos::runNight() {
-    if (OnAutoStart) OnAutoStart(this);
-    AddLog(QStringLiteral("Starter automatisk innhenting"));
-    if (SynchonizedRun) SetNextStep(kFetching);
-    Tasks = ReceiveDataOnly ? TTasks{taHent} : TTasks{taHent, taSend};
-    target().Close();
+void NightJob::runNight() {
+    if (events_.OnAutoStart) events_.OnAutoStart(sender_);
+    log_.AddLog(QStringLiteral("Starter automatisk innhenting"));
+    if (options_.SynchonizedRun) parts_.Step.SetNextStep(DailyJobStep::kFetching);
+    options_.Tasks = options_.ReceiveDataOnly ? TTasks{taHent} : TTasks{taHent, taSend};
+    parts_.Office.Session().Close();
     fetchWithRetries();
 
-    Seam.sleep(kPauseAroundReceived);
+    seam_.sleep(kPauseAroundReceived);
     try {
-        if (OnAutoReceiveDataDone) OnAutoReceiveDataDone(this);
+        if (events_.OnAutoReceiveDataDone) events_.OnAutoReceiveDataDone(sender_);
     } catch (const std::exception&) {
         // What the window does with the data received is no reason not to send.
     }
-    Seam.sleep(kPauseAroundReceived);
+    seam_.sleep(kPauseAroundReceived);
 
     try {
-        if (SynchonizedRun) SetNextStep(kFetched);
+        if (options_.SynchonizedRun) parts_.Step.SetNextStep(DailyJobStep::kFetched);
     } catch (const std::exception&) {
-        AddLog(QStringLiteral("Klarte ikke sette NextStep: "), true);
+        log_.AddLog(QStringLiteral("Klarte ikke sette NextStep: "), true);
     }
     try {
-        if (!ReceiveDataOnly) sendAfterBackOffice();
+        if (!options_.ReceiveDataOnly) sendAfterBackOffice();
     } catch (const std::exception&) {
-        AddLog(QStringLiteral("Feil i ExecuteVareoppdatering prosedyren"), true);
+        log_.AddLog(QStringLiteral("Feil i ExecuteVareoppdatering prosedyren"), true);
     }
-    if (SynchonizedRun) SetNextStep(kSent);
+    if (options_.SynchonizedRun) parts_.Step.SetNextStep(DailyJobStep::kSent);
     try {
-        if (IncludeVaretellingOnOppgjor) ExecuteVaretelling();
+        if (options_.IncludeVaretellingOnOppgjor) parts_.Execute(events_.OnExecuteVaretelling, u"ExecuteVaretelling");
     } catch (const std::exception& error) {
         // The text names another routine.
-        AddLog(QStringLiteral("Feil i ExecuteVareoppdatering prosedyren (%1)").arg(ErrorText(error)), true);
+        log_.AddLog(QStringLiteral("Feil i ExecuteVareoppdatering prosedyren (%1)").arg(ErrorText(error)), true);
     }
-    AddLog(QStringLiteral("Synkronisering fullført"));
+    log_.AddLog(QStringLiteral("Synkronisering fullført"));
 }
 
 // ExecuteOppgjor lets nothing out, so the retries are for a failure of its own error handling.
-void TTorvikPos::fetchWithRetries() {
+void NightJob::fetchWithRetries() {
     for (int failures = 0; failures < kFetchAttempts;) {
         try {
-            ExecuteOppgjor();
+            ExecuteOppgjor(parts_);
             return;
         } catch (const std::exception& error) {
-            AddLog(QStringLiteral("Prøver ExecuteOppgjor igjen (melding %1)").arg(ErrorText(error)));
+            log_.AddLog(QStringLiteral("Prøver ExecuteOppgjor igjen (melding %1)").arg(ErrorText(error)));
             if (++failures == kFetchAttempts) {
-                AddLog(QStringLiteral("Feil i ExecuteOppgjor prosedyren"), true);
+                log_.AddLog(QStringLiteral("Feil i ExecuteOppgjor prosedyren"), true);
                 throw;
             }
         }
-        TestCancel();
-        WaitSeconds(kSecondsBetweenFetches);
+        parts_.Control.TestCancel();
+        parts_.Control.WaitSeconds(kSecondsBetweenFetches);
     }
 }
 
-void TTorvikPos::sendAfterBackOffice() {
-    if (SynchonizedRun) waitForSendingTime();
-    ExecuteDTSToPos();
+void NightJob::sendAfterBackOffice() {
+    if (options_.SynchonizedRun) waitForSendingTime();
+    parts_.Execute(events_.OnExecuteDTSToPos, u"ExecuteDTSToPos");
 }
 
-void TTorvikPos::waitForSendingTime() {
-    AddLog(QStringLiteral("Venter på det som kommer først av neste steg i synkronisert kjøring og kl. %1")
-               .arg(StartSendingTime.toString(u"HH:mm")));
+void NightJob::waitForSendingTime() {
+    log_.AddLog(QStringLiteral("Venter på det som kommer først av neste steg i synkronisert kjøring og kl. %1")
+                    .arg(options_.StartSendingTime.toString(u"HH:mm")));
     int seconds = 0;
     do {
-        TestCancel();
-        Seam.pumpMessages();
-        Seam.sleep(kPauseBeforeNextLook);
+        parts_.Control.TestCancel();
+        seam_.pumpMessages();
+        seam_.sleep(kPauseBeforeNextLook);
         // On the time of day alone: a time that has passed comes round again tomorrow.
-        seconds = qAbs(Seam.now().time().msecsTo(StartSendingTime)) / 1000;
-        AddLog(QString::number(seconds));
-    } while (seconds > kNearEnoughSeconds && !ReadNextStep());
+        seconds = qAbs(seam_.now().time().msecsTo(options_.StartSendingTime)) / 1000;
+        log_.AddLog(QString::number(seconds));
+    } while (seconds > kNearEnoughSeconds && !parts_.Step.ReadNextStep());
 }
 
-void TTorvikPos::endNight() {
-    if (!OnAutoStartDone) {
-        AddLog(QStringLiteral("OnAutoStartDone was not assigned in DoOnTimer"));
+void NightJob::endNight() {
+    if (!events_.OnAutoStartDone) {
+        log_.AddLog(QStringLiteral("OnAutoStartDone was not assigned in DoOnTimer"));
         return;
     }
     try {
-        OnAutoStartDone(this);
+        events_.OnAutoStartDone(sender_);
     } catch (...) {
     }
-}
-
-bool TTorvikPos::ReadNextStep() {
-    db::Query& query = generalQuery({QStringLiteral("SELECT In_DagligJobbFlagg FROM Innstillinger (NOLOCK)")});
-    query.Open();
-    const qint64 step = query.Fields(0).AsInteger();
-    query.Close();
-    if (step != kBackOfficeDone) return false;
-    AddLog(QStringLiteral("Neste steg i synkron kjøring er: %1").arg(step));
-    return true;
-}
-
-void TTorvikPos::SetNextStep(int step) {
-    db::Query& query = generalQuery({QStringLiteral("SELECT In_DagligJobbFlagg FROM Innstillinger (NOLOCK)")});
-    query.Open();
-    const qint64 before = query.Fields(0).AsInteger();
-    query.Close();
-    query.SQL = {QStringLiteral("UPDATE Innstillinger SET In_DagligJobbFlagg = %1").arg(step)};
-    query.ExecSQL();
-    AddLog(QStringLiteral("Oppdaterer neste steg i synkron kjøring fra %1 til %2")
-               .arg(QString::number(before), QString::number(step)));
 }
 
 }  // namespace torvik

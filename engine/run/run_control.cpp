@@ -1,7 +1,11 @@
-// Waits and cancelling: a wait gives control to pending commands, and the cancel that one of them may be ends it.
+#include "engine/run/run_control.h"
+
+#include <algorithm>
+
 #include "engine/base/abort.h"
-#include "engine/db/session.h"
-#include "engine/torvik_pos.h"
+#include "engine/base/run_options.h"
+#include "engine/base/seams.h"
+#include "engine/log/operator_log.h"
 
 namespace torvik {
 
@@ -10,44 +14,56 @@ namespace {
 constexpr int kRoundMs = 20;
 }  // namespace
 
-bool TTorvikPos::WaitRetryTime() {
-    AddLog(QStringLiteral("Venter i %1 sekunder på neste forsøk").arg(RetryWaitTime));
-    waitMs(qint64{RetryWaitTime} * 1000);
-    return true;
+void RunControl::Begin() {
+    SetCancelRequest(false);
+    Cancelled = false;
 }
 
-bool TTorvikPos::WaitSeconds(int seconds) {
-    AddLog(QStringLiteral("Venter i %1 sekunder på neste forsåk").arg(seconds));
-    waitMs(qint64{seconds} * 1000);
-    return true;
-}
-
-void TTorvikPos::waitMs(qint64 milliseconds) {
-    const qint64 end = Seam.tickCount() + milliseconds;
-    for (qint64 left = milliseconds; left > 0; left = end - Seam.tickCount()) {
-        Seam.pumpFor(static_cast<int>(qMin<qint64>(left, kRoundMs)));
-        TestCancel();
-    }
-}
-
-void TTorvikPos::SetCancelRequest(bool value) {
+void RunControl::SetCancelRequest(bool value) {
     fCancelRequest = value;
-    if (OnCancelRequestChanged) OnCancelRequestChanged(value);
+    for (CancelListener* listener : listeners_) listener->heard_(value);
 }
 
-void TTorvikPos::TestCancel() {
+void RunControl::TestCancel() {
     if (!Cancelled && fCancelRequest) Cancel();
     if (Cancelled) throw EAbort();
 }
 
-void TTorvikPos::Cancel() {
-    AddLog(QStringLiteral("Avbrutt av bruker"), false, kls_OK);
+void RunControl::Cancel() {
+    log_.AddLog(QStringLiteral("Avbrutt av bruker"), false, kls_OK);
     Cancelled = true;
     throw EAbort();
 }
 
-void TTorvikPos::CancelConnectAttempt(db::Session* AConnection) {
-    if (AConnection && AConnection->Connected()) AConnection->Close();
+bool RunControl::WaitRetryTime() {
+    const int seconds = context_.Options.RetryWaitTime;
+    log_.AddLog(QStringLiteral("Venter i %1 sekunder på neste forsøk").arg(seconds));
+    waitMs(qint64{seconds} * 1000);
+    return true;
+}
+
+bool RunControl::WaitSeconds(int seconds) {
+    // The odd spelling is the system's own.
+    log_.AddLog(QStringLiteral("Venter i %1 sekunder på neste forsåk").arg(seconds));
+    waitMs(qint64{seconds} * 1000);
+    return true;
+}
+
+void RunControl::waitMs(qint64 milliseconds) {
+    const qint64 end = context_.Seam.tickCount() + milliseconds;
+    for (qint64 left = milliseconds; left > 0; left = end - context_.Seam.tickCount()) {
+        context_.Seam.pumpFor(static_cast<int>(qMin<qint64>(left, kRoundMs)));
+        TestCancel();
+    }
+}
+
+CancelListener::CancelListener(RunControl& control, std::function<void(bool)> heard)
+    : control_(control), heard_(std::move(heard)) {
+    control_.listeners_.push_back(this);
+}
+
+CancelListener::~CancelListener() {
+    std::erase(control_.listeners_, this);
 }
 
 }  // namespace torvik

@@ -1,6 +1,6 @@
-// From the work list's logs to the status frame: new lines into the detail table, and each till's icon.
+#include "engine/status/show_kasse_logs.h"
+
 #include "engine/status/oppgjor_status.h"
-#include "engine/torvik_pos.h"
 
 namespace torvik {
 
@@ -29,8 +29,8 @@ void forEachShown(TKasseCollection& tills, bool onlyNew, Each each) {
 
 }  // namespace
 
-void TTorvikPos::ShowKasseLogs(bool ClearFirst, TKasseCollection& KasseCollection, bool OnlyNew,
-                               TfraOppgjorStatus* Frame) {
+void ShowKasseLogs(bool ClearFirst, TKasseCollection& KasseCollection, bool OnlyNew, TfraOppgjorStatus* Frame,
+                   const TTasks& Tasks) {
     if (!Frame) {
         // The line is built and nothing keeps it: the walk only marks the items as shown.
         forEachShown(KasseCollection, OnlyNew, [](const TKasseItem& till, const TKasseLogItem& item) {

@@ -1,8 +1,13 @@
-// Connecting to the till of the roster's current row.
+#include "engine/till/till_connection.h"
+
+#include <optional>
+
 #include "engine/base/abort.h"
+#include "engine/base/run_options.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
-#include "engine/torvik_pos.h"
+#include "engine/log/operator_log.h"
+#include "engine/roster/avdeling.h"
 
 namespace torvik {
 
@@ -19,19 +24,23 @@ std::optional<db::ProviderKind> providerOf(const QString& ikkProvider) {
 
 }  // namespace
 
-db::Session& TTorvikPos::source() const {
+TillConnection::TillConnection(const EngineContext& context, const TAvdeling& roster, OperatorLog& log)
+    : context_(context), roster_(roster), log_(log) {}
+
+db::Session& TillConnection::Session() const {
     if (!SourceConnection) throw EngineError(QStringLiteral("SourceConnection er ikke satt"));
     return *SourceConnection;
 }
 
-void TTorvikPos::ApplySourceConnectionSettings() {
-    const db::Query& till = Avdeling->Qry();
+void TillConnection::ApplySourceConnectionSettings() {
+    const db::Query& till = roster_.Qry();
     const auto text = [&](const char16_t* column) {
         return till.FieldByName(QString::fromUtf16(column)).AsString().trimmed();
     };
     SourceAuthMethod = till.FieldByName(QStringLiteral("Ikk_AutentiseringType")).AsInteger() == 1 ? amTrusted : amSQL;
 
-    db::Session& session = source();
+    db::Session& session = Session();
+    versionIsCurrent_ = false;
     session.Close();
     session.SetLoginPrompt(false);
     session.SetServer(text(u"Ikk_Server"));
@@ -43,19 +52,11 @@ void TTorvikPos::ApplySourceConnectionSettings() {
     session.SetPassword(bySql ? text(u"Ikk_Passord") : QString());
 }
 
-bool TTorvikPos::ConnectSource() {
-    for (int attempt = 1; attempt <= RetryCount; ++attempt) {
-        if (attempt > 1) WaitRetryTime();
+bool TillConnection::ConnectSource(const std::function<void()>& wait) {
+    for (int attempt = 1; attempt <= context_.Options.RetryCount; ++attempt) {
+        if (attempt > 1) wait();
         try {
-            ApplySourceConnectionSettings();
-            source().Open();
-            try {
-                ReadDbVersion();
-            } catch (const std::exception&) {
-                // A till whose settings cannot be read counts as connected, with the version of the till before.
-            }
-            SetNoCount(false);
-            AddLog(QStringLiteral("Database versjon %1").arg(fDbVersion));
+            connectOnce();
             return true;
         } catch (const std::exception&) {
             // The caller reports a failed connection in its own words.
@@ -64,46 +65,59 @@ bool TTorvikPos::ConnectSource() {
     return false;
 }
 
-// A till that answers the login and then no more is given up after as long as one that does not answer at all.
-void TTorvikPos::openSourceFor(db::Query& query) {
-    if (!source().Connected()) {
-        ApplySourceConnectionSettings();
-        source().Open();
+void TillConnection::connectOnce() {
+    ApplySourceConnectionSettings();
+    Session().Open();
+    try {
+        ReadDbVersion();
+    } catch (const std::exception&) {
+        // A till whose settings cannot be read counts as connected, with the version of the till before.
     }
-    query.SetConnection(&source());
-    query.CommandTimeout = source().ConnectionTimeout();
+    SetNoCount(false);
+    log_.AddLog(QStringLiteral("Database versjon %1").arg(fDbVersion));
 }
 
-void TTorvikPos::ReadDbVersion() {
+// A till that answers the login and then no more is given up after as long as one that does not answer at all.
+void TillConnection::openFor(db::Query& query) {
+    if (!Session().Connected()) {
+        ApplySourceConnectionSettings();
+        Session().Open();
+    }
+    query.SetConnection(&Session());
+    query.CommandTimeout = Session().ConnectionTimeout();
+}
+
+void TillConnection::ReadDbVersion() {
     db::Query query;
-    openSourceFor(query);
+    openFor(query);
     query.SQL = {QStringLiteral("select in_dbversion from innstillinger")};
     query.Open();
     fDbVersion = query.Fields(0).AsString().trimmed();
+    versionIsCurrent_ = true;
 }
 
-void TTorvikPos::SetNoCount(bool on) {
+void TillConnection::SetNoCount(bool on) {
     db::Query query;
-    openSourceFor(query);
+    openFor(query);
     query.SQL = {QStringLiteral("SET NOCOUNT %1").arg(on ? QStringLiteral("ON") : QStringLiteral("OFF"))};
     query.ExecSQL();
 }
 
-bool TTorvikPos::sourceCountIsPositive(const QString& sql) {
-    db::Query query(&source());
+bool TillConnection::countIsPositive(const QString& sql) {
+    db::Query query(&Session());
     query.SQL = {sql};
     query.Open();
     return query.Fields(0).AsInteger() > 0;
 }
 
-bool TTorvikPos::SourceHasOpenTransactions() {
-    return sourceCountIsPositive(
+bool TillConnection::SourceHasOpenTransactions() {
+    return countIsPositive(
         QStringLiteral("SELECT SUM(open_tran) AS AntTrans FROM master..sysprocesses (NOLOCK) where dbid=db_id() and "
                        "open_tran>0"));
 }
 
-bool TTorvikPos::SourceHasTemporarySettlements() {
-    return sourceCountIsPositive(QStringLiteral("SELECT COUNT(*) AS Antall FROM OPPGJOR WHERE OP_TYPE='MIDLERTIDIG'"));
+bool TillConnection::SourceHasTemporarySettlements() {
+    return countIsPositive(QStringLiteral("SELECT COUNT(*) AS Antall FROM OPPGJOR WHERE OP_TYPE='MIDLERTIDIG'"));
 }
 
 }  // namespace torvik

@@ -130,10 +130,10 @@ TEST(TorvikPos, OperationThatIsNotThereIsAnErrorThatNamesIt) {
     TTorvikPos engine;
     EXPECT_THROW(engine.ExecuteDTSToPos(), EngineError);
     EXPECT_THROW(engine.ExecuteVaretelling(), EngineError);
-    TTorvikPos* sent = nullptr;
-    engine.OnExecuteDTSToPos = [&](TTorvikPos& self) { sent = &self; };
+    RunParts* sent = nullptr;
+    engine.OnExecuteDTSToPos = [&](RunParts& parts) { sent = &parts; };
     engine.ExecuteDTSToPos();
-    EXPECT_EQ(sent, &engine);
+    EXPECT_EQ(sent, &engine.Parts());
 }
 
 struct WeekdayCase {

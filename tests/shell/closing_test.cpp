@@ -119,11 +119,10 @@ TEST_F(Closing, NightEndsWithAllItsRuns) {
     TTorvikPos& engine = window.TorvikPos1();
     engine.Seam.sleep = [](int) {};
     bool sending = false;
-    engine.OnExecuteDTSToPos = [&](TTorvikPos& self) {
+    engine.OnExecuteDTSToPos = [&](RunParts& parts) {
         sending = true;
-        self.SetCancelRequest(false);
-        self.Cancelled = false;
-        self.WaitSeconds(3600);
+        parts.Control.Begin();
+        parts.Control.WaitSeconds(3600);
     };
     const auto pump = engine.Seam.pumpMessages;
     engine.Seam.pumpMessages = [&] {

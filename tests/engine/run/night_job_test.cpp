@@ -16,12 +16,12 @@ protected:
         TTorvikPos& engine = chain.engine;
         engine.StartTime = QTime(5, 6, 59);  // the same minute as the clock's
         engine.OnAutoStart = [this](QObject*) { steps.append(QStringLiteral("start")); };
-        engine.OnFetchTill = [this](TTorvikPos& self) {
-            steps.append(QStringLiteral("hent ") + self.Avdeling->Ikk_Kassenummer());
+        engine.OnFetchTill = [this](TillVisit& visit) {
+            steps.append(QStringLiteral("hent ") + visit.Till.Kassenummer);
         };
         engine.OnAutoReceiveDataDone = [this](QObject*) { steps.append(QStringLiteral("hentet flagg ") + flag()); };
-        engine.OnExecuteDTSToPos = [this](TTorvikPos&) { steps.append(QStringLiteral("send flagg ") + flag()); };
-        engine.OnExecuteVaretelling = [this](TTorvikPos&) { steps.append(QStringLiteral("tell flagg ") + flag()); };
+        engine.OnExecuteDTSToPos = [this](RunParts&) { steps.append(QStringLiteral("send flagg ") + flag()); };
+        engine.OnExecuteVaretelling = [this](RunParts&) { steps.append(QStringLiteral("tell flagg ") + flag()); };
         engine.OnAutoStartDone = [this](QObject*) { steps.append(QStringLiteral("slutt")); };
     }
 
@@ -91,10 +91,10 @@ TEST_F(NightJob, TickDuringAManualRunIsNotKeptOut) {
     chain.tills(QStringLiteral("1/1 1/2"));
     chain.engine.StartTime = QTime(23, 0);
     int tills = 0;
-    chain.engine.OnFetchTill = [&](TTorvikPos& engine) {
+    chain.engine.OnFetchTill = [&](TillVisit& visit) {
         if (++tills > 1) return;
-        engine.DoOnTimer();
-        EXPECT_EQ(engine.Avdeling->KasseCollection()->Count(), engine.Avdeling->Qry().RecordCount());
+        chain.engine.DoOnTimer();
+        EXPECT_EQ(visit.Roster.KasseCollection()->Count(), visit.Roster.Qry().RecordCount());
     };
     chain.engine.Avdeling->KasseCollection()->Clear();
     chain.engine.ExecuteOppgjor();
@@ -190,7 +190,7 @@ TEST_F(NightJob, FailureOfTheReceivedCallbackIsSwallowed) {
 }
 
 TEST_F(NightJob, FailedSendingIsLoggedAndTheJobEndsNormally) {
-    chain.engine.OnExecuteDTSToPos = [](TTorvikPos&) { throw EngineError(QStringLiteral("sending")); };
+    chain.engine.OnExecuteDTSToPos = [](RunParts&) { throw EngineError(QStringLiteral("sending")); };
     chain.engine.DoOnTimer();
     EXPECT_EQ(chain.errorMessages(), QStringList{QStringLiteral("Feil i ExecuteVareoppdatering prosedyren")});
     EXPECT_EQ(chain.messages().last(), QStringLiteral("Synkronisering fullført"));
@@ -199,7 +199,7 @@ TEST_F(NightJob, FailedSendingIsLoggedAndTheJobEndsNormally) {
 
 TEST_F(NightJob, FailedStockCountNamesTheOtherRoutine) {
     chain.engine.IncludeVaretellingOnOppgjor = true;
-    chain.engine.OnExecuteVaretelling = [](TTorvikPos&) { throw EngineError(QStringLiteral("telling")); };
+    chain.engine.OnExecuteVaretelling = [](RunParts&) { throw EngineError(QStringLiteral("telling")); };
     chain.engine.DoOnTimer();
     EXPECT_EQ(chain.errorMessages(), QStringList{QStringLiteral("Feil i ExecuteVareoppdatering prosedyren (telling)")});
     EXPECT_EQ(steps.last(), QStringLiteral("slutt"));
@@ -223,7 +223,7 @@ TEST_F(NightJob, FlagThatCannotBeSetAfterTheFetchIsLoggedAndTheLastOneLeavesTheH
     chain.engine.OnAutoReceiveDataDone = [this](QObject*) {
         chain.run(chain.kBackOffice, QStringLiteral("DROP TABLE Innstillinger"));
     };
-    chain.engine.OnExecuteDTSToPos = [this](TTorvikPos&) { steps.append(QStringLiteral("send")); };
+    chain.engine.OnExecuteDTSToPos = [this](RunParts&) { steps.append(QStringLiteral("send")); };
     EXPECT_ANY_THROW(chain.engine.DoOnTimer());
     EXPECT_EQ(chain.errorMessages(), QStringList{QStringLiteral("Klarte ikke sette NextStep: ")});
     EXPECT_EQ(steps.join(u'|'), QStringLiteral("start|send|slutt"));

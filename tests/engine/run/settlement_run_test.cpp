@@ -16,14 +16,13 @@ const QString kWait = QStringLiteral("Venter i 20 sekunder på neste forsøk");
 class SettlementRun : public testing::Test {
 protected:
     SettlementRun() {
-        chain.engine.OnFetchTill = [this](TTorvikPos& engine) {
+        chain.engine.OnFetchTill = [this](TillVisit& visit) {
             EXPECT_TRUE(chain.source.Connected());
-            fetched.append(engine.Avdeling->Avdelingsnummer() + u'/' + engine.Avdeling->Ikk_Kassenummer());
+            const TillIdentity& till = visit.Till;
+            fetched.append(till.Avdelingsnummer + u'/' + till.Kassenummer);
             if (fetch) fetch(fetched.last());
-            engine.ffraOppgjorStatus->SetStatus(
-                static_cast<int>(engine.Avdeling->Qry().FieldByName(QStringLiteral("Ikk_Ik_Ku_Id")).AsInteger()),
-                engine.Avdeling->Avdelingsnummer(), QStringLiteral("Storgata"), engine.Avdeling->Ikk_Kassenummer(),
-                ostHentet, oksTrue, {}, QTime(0, 0, 1), 0);
+            visit.Status->SetStatus(till.Ik_Ku_Id, till.Avdelingsnummer, QStringLiteral("Storgata"), till.Kassenummer,
+                                    ostHentet, oksTrue, {}, QTime(0, 0, 1), 0);
         };
         chain.engine.OnProgress = [this](QObject*, int percent, const QString& text) {
             progress.append(QStringLiteral("%1 ").arg(percent) + text);

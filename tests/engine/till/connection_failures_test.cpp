@@ -31,7 +31,7 @@ protected:
         chain.source.SetConnectionTimeout(kConnectSeconds);
         chain.engine.RetryCount = 1;
         chain.engine.Tasks = {taHent};
-        chain.engine.OnFetchTill = [this](TTorvikPos& engine) { fetched.append(engine.Avdeling->Ikk_Kassenummer()); };
+        chain.engine.OnFetchTill = [this](TillVisit& visit) { fetched.append(visit.Till.Kassenummer); };
     }
 
     // Till 2 gets another address or login.
@@ -80,8 +80,8 @@ TEST_P(FailedConnection, IsToldAndPassedOver) {
     if (*GetParam().assignments) setTill(GetParam().assignments);
     if (GetParam().hangingLogins > 0) {
         // The roster has been read by then: the till's is the next login.
-        chain.engine.OnFetchTill = [this](TTorvikPos& engine) {
-            fetched.append(engine.Avdeling->Ikk_Kassenummer());
+        chain.engine.OnFetchTill = [this](TillVisit& visit) {
+            fetched.append(visit.Till.Kassenummer);
             if (fetched.last() == u"1") chain.server.faults().hangLogins(GetParam().hangingLogins);
         };
     }
@@ -128,10 +128,10 @@ TEST_F(FailedConnections, TillThatAnswersTheLoginAndThenNoMoreIsGivenUp) {
 TEST_F(FailedConnections, TillThatFallsSilentAtATransactionsStartIsATillError) {
     chain.server.faults().add({.match = {.database = "Kasse_1_2", .textContains = "BEGIN TRANSACTION"},
                                .action = sandbox::FaultAction::Hang});
-    chain.engine.OnFetchTill = [this](TTorvikPos& engine) {
-        engine.SourceConnection->StartTransaction();
-        engine.SourceConnection->Rollback();
-        fetched.append(engine.Avdeling->Ikk_Kassenummer());
+    chain.engine.OnFetchTill = [this](TillVisit& visit) {
+        visit.TillSession.StartTransaction();
+        visit.TillSession.Rollback();
+        fetched.append(visit.Till.Kassenummer);
     };
     run();
     EXPECT_EQ(fetched, (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
@@ -182,8 +182,8 @@ TEST_F(FailedConnections, BackOfficeThatRefusesTheLoginNamesNoPassword) {
 
 TEST_F(FailedConnections, BackOfficeThatGoesMidRunFailsTheRestQuietlyAndTheNextRunStartsAnew) {
     bool breaks = true;
-    chain.engine.OnFetchTill = [&](TTorvikPos& engine) {
-        fetched.append(engine.Avdeling->Ikk_Kassenummer());
+    chain.engine.OnFetchTill = [&](TillVisit& visit) {
+        fetched.append(visit.Till.Kassenummer);
         if (fetched.size() == 2 && breaks) chain.cutServer();
     };
     run();

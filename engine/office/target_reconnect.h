@@ -1,0 +1,32 @@
+// After a till: a back-office session that broke is opened again and the walk's place on the roster found again, so
+// that one break does not fail all tills that follow.
+#pragma once
+
+#include <QString>
+
+#include "engine/base/engine_context.h"
+
+namespace torvik {
+
+class BackOffice;
+class TAvdeling;
+
+class TargetReconnect {
+public:
+    TargetReconnect(const EngineContext& context, BackOffice& office, TAvdeling& roster)
+        : context_(context), office_(office), roster_(roster) {}
+
+    // Leaves the roster on this till's row. Raises when the row is gone; three rounds without a connection end quietly.
+    void CheckTargetConnection(int Ik_Ku_Id, const QString& Kassenr);
+
+private:
+    void probe();
+    void reopen();
+    void locate(int Ik_Ku_Id, const QString& kassenr);
+
+    EngineContext context_;
+    BackOffice& office_;
+    TAvdeling& roster_;
+};
+
+}  // namespace torvik

@@ -1,0 +1,62 @@
+// Waits and cancelling of one run: a wait gives control to pending commands, and the cancel that one of them may be
+// ends it. Every run begins by Begin and asks TestCancel at the points that its page names. Main thread only.
+#pragma once
+
+#include <QtGlobal>
+#include <functional>
+#include <vector>
+
+#include "engine/base/engine_context.h"
+
+namespace torvik {
+
+class CancelListener;
+class OperatorLog;
+
+class RunControl {
+public:
+    RunControl(const EngineContext& context, OperatorLog& log) : context_(context), log_(log) {}
+    RunControl(const RunControl&) = delete;
+    RunControl& operator=(const RunControl&) = delete;
+
+    // Clears what a cancel of the run before has left.
+    void Begin();
+
+    bool Cancelled = false;
+    [[nodiscard]] bool CancelRequest() const { return fCancelRequest; }
+    void SetCancelRequest(bool value);
+    // Raises the silent abort if the run has been or shall be cancelled.
+    void TestCancel();
+    // Cancels the run now: logs it and raises the silent abort.
+    [[noreturn]] void Cancel();
+
+    // Both log the wait, pump messages, raise on cancel, and return true.
+    bool WaitRetryTime();
+    bool WaitSeconds(int seconds);
+
+private:
+    friend class CancelListener;
+    void waitMs(qint64 milliseconds);
+
+    EngineContext context_;
+    OperatorLog& log_;
+    bool fCancelRequest = false;
+    std::vector<CancelListener*> listeners_;
+};
+
+// While it lives, hears of every value that CancelRequest is given: how a cancel reaches work that asks no TestCancel.
+class CancelListener {
+public:
+    CancelListener(RunControl& control, std::function<void(bool requested)> heard);
+    ~CancelListener();
+    CancelListener(const CancelListener&) = delete;
+    CancelListener& operator=(const CancelListener&) = delete;
+
+private:
+    friend class RunControl;
+
+    RunControl& control_;
+    std::function<void(bool)> heard_;
+};
+
+}  // namespace torvik

@@ -1,0 +1,65 @@
+// The one walk over the tills of the roster: connects to each, has the work done, counts, reports, waits, cancels and
+// re-opens the back office. Fetching, repair, sending, stock counts, reset, number series and the fleet walk by it and
+// tell what differs as a plan; docs/architecture.md has each one's. It works on the parts it is given and on nothing of
+// the process, so that walks over parts of their own can run side by side.
+#pragma once
+
+#include <QString>
+#include <functional>
+
+#include "engine/run/till_visit.h"
+
+namespace torvik {
+
+class RunParts;
+
+struct TillWalkPlan {
+    enum class Connecting {
+        WithRetries,  // RetryCount attempts, the till's version, NOCOUNT off; Unreachable is called when all failed
+        Once,         // the row's settings and one attempt, whose failure is the till's
+        ByTheWork     // the work connects, when it has asked the back office
+    };
+    enum class Waiting { Never, BetweenDepartments, BetweenTills };
+    enum class CancelTest { Never, BeforeCounting, AfterCounting };
+
+    Connecting Connect = Connecting::WithRetries;
+    Waiting Wait = Waiting::BetweenTills;  // WaitRetryTime; never after the last till
+    CancelTest TestCancel = CancelTest::AfterCounting;
+    bool ReopensBackOffice = false;  // a broken session is opened again after each till, and the till's row found again
+    bool ShowsLogs = false;          // the till's log lines and icon go to the status frame after each till
+
+    // True for a till that is passed over without being connected to; it counts.
+    std::function<bool(const TillIdentity& till)> LeavesOut = {};
+    // The till could not be reached. What it raises is the till's failure; else the till is passed over.
+    std::function<void(const TillIdentity& till)> Unreachable = {};
+    std::function<void(TillVisit& visit)> Work;
+    // The till's failure, of whatever type it was raised.
+    std::function<void(const TillIdentity& till, const std::exception& failure)> Failed;
+    // True: the same till is served once more.
+    std::function<bool()> ServesAgain = {};
+    // The text that goes with the percentage; without it no progress is reported. Failed tills count too.
+    std::function<QString(const TillIdentity& till, int done, int count)> ProgressText = {};
+    // The roster has moved on, past the last till too, and the wait is over.
+    std::function<void()> MovedOn = {};
+};
+
+class TillWalk {
+public:
+    TillWalk(RunParts& parts, TillWalkPlan plan);
+
+    // From the roster's current row to its end. A till's failure stops nothing; raises a cancel, and what befalls the
+    // walk itself.
+    void Run();
+
+private:
+    void serve(const TillIdentity& till);
+    [[nodiscard]] bool connect(const TillIdentity& till);
+    void report(const TillIdentity& till);
+    void moveOn(const TillIdentity& till);
+
+    RunParts& parts_;
+    TillWalkPlan plan_;
+    int done_ = 0;
+};
+
+}  // namespace torvik

@@ -1,0 +1,57 @@
+// The session to the till that is being served: re-pointed for each till of the roster, opened with retries, and the
+// two questions that keep a busy till from being served. One walk has one.
+#pragma once
+
+#include <QString>
+#include <functional>
+
+#include "engine/base/engine_context.h"
+#include "engine/base/torvik_pos_types.h"
+
+namespace torvik {
+
+namespace db {
+class Query;
+class Session;
+}  // namespace db
+class OperatorLog;
+class TAvdeling;
+
+class TillConnection {
+public:
+    TillConnection(const EngineContext& context, const TAvdeling& roster, OperatorLog& log);
+
+    db::Session* SourceConnection = nullptr;  // not owned
+    // The same; raises EngineError when there is none.
+    [[nodiscard]] db::Session& Session() const;
+    TAuthMethod SourceAuthMethod = amSQL;  // how the current till's session logs in
+
+    // Closes the session and points it at the till of the roster's current row.
+    void ApplySourceConnectionSettings();
+    // Connects to that till, with RetryCount attempts and `wait` between them. False when none succeeded; what `wait`
+    // raises, a cancel, leaves.
+    [[nodiscard]] bool ConnectSource(const std::function<void()>& wait);
+
+    // in_dbversion of the till whose version was last read; empty before the first.
+    [[nodiscard]] const QString& DbVersion() const { return fDbVersion; }
+    void ReadDbVersion();
+    // Whether the version is that of the till that the session was last pointed at.
+    [[nodiscard]] bool VersionIsCurrent() const { return versionIsCurrent_; }
+    void SetNoCount(bool on);
+    [[nodiscard]] bool SourceHasOpenTransactions();
+    [[nodiscard]] bool SourceHasTemporarySettlements();
+
+private:
+    void connectOnce();
+    // Binds the query to the session, opened if it is closed.
+    void openFor(db::Query& query);
+    [[nodiscard]] bool countIsPositive(const QString& sql);
+
+    EngineContext context_;
+    const TAvdeling& roster_;
+    OperatorLog& log_;
+    QString fDbVersion;
+    bool versionIsCurrent_ = false;
+};
+
+}  // namespace torvik
