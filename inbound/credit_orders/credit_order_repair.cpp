@@ -3,10 +3,9 @@
 #include <cmath>
 
 #include "engine/base/abort.h"
-#include "engine/db/mem_table.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
-#include "engine/roster/avdeling.h"
+#include "engine/run/till_walk.h"
 #include "engine/torvik_pos.h"
 #include "inbound/credit_orders/credit_order_parts.h"
 
@@ -94,60 +93,56 @@ bool makeAllTheSame(TTorvikPos& torvikPos, const db::Query& line, qint64 backOff
     return torvikPos.OnAskOperator && torvikPos.OnAskOperator(known + QStringLiteral(" Vil du likevel opprette den?"));
 }
 
-void createMissingOfTill(TTorvikPos& torvikPos, const QDateTime& from) {
-    const QString avd = torvikPos.Avdeling->Avdelingsnummer();
-    const QString till = torvikPos.Avdeling->Ikk_Kassenummer();
-    if (!torvikPos.ConnectSource()) {
-        torvikPos.AddLog(QStringLiteral("Klarte ikke å koble til (avd. %1, kasse %2)").arg(avd, till), true);
-        return;
-    }
+// What fails is told in the repair's own words, and is no failure of the walk's.
+void createMissingOfTill(TTorvikPos& torvikPos, const TillVisit& visit, const QDateTime& from) {
     try {
         QStringList missing;
         CreateCreditOrdersEx(torvikPos, from, missing);
         for (const QString& order : std::as_const(missing)) CreateCreditOrder(torvikPos, order.toInt());
-        torvikPos.SourceConnection->Close();
     } catch (const std::exception& e) {
-        torvikPos.AddLog(
+        visit.Log.AddLog(
             QStringLiteral("En feil oppstod i TTorvikPOS.CreateCreditOrdersEx (avd. %1, kasse %2). Feil: %3")
-                .arg(avd, till, ErrorText(e)),
+                .arg(visit.Till.Avdelingsnummer, visit.Till.Kassenummer, ErrorText(e)),
             true);
     }
 }
 
-void createMissing(TTorvikPos& torvikPos, const QDateTime& from) {
-    torvikPos.qryGeneralTarget().Close();
-    torvikPos.qryGeneralTarget().SetConnection(torvikPos.TargetConnection());
-    torvikPos.LoadVareTable();
-    torvikPos.LoadVareAliasTable();
-    torvikPos.AddLog(
-        QStringLiteral("Lastet %1 varer for referanseintegritet").arg(torvikPos.VareTable().RecordCount()));
+TillWalkPlan planOf(TTorvikPos& torvikPos, const QDateTime& from) {
+    OperatorLog& log = torvikPos.Parts().Log;
+    return {
+        .Wait = TillWalkPlan::Waiting::BetweenDepartments,
+        .Unreachable =
+            [&log](const TillIdentity& till) {
+                log.AddLog(QStringLiteral("Klarte ikke å koble til (avd. %1, kasse %2)")
+                               .arg(till.Avdelingsnummer, till.Kassenummer),
+                           true);
+            },
+        .Work = [&torvikPos, from](TillVisit& visit) { createMissingOfTill(torvikPos, visit, from); },
+        .Failed =
+            [&log](const TillIdentity& till, const std::exception& failure) {
+                // The name of the other run is required.
+                log.AddLog(QStringLiteral("Feil i ExecuteOppgjor for avd. %1, kasse %2. Se feil nedenfor")
+                               .arg(till.Avdelingsnummer, till.Kassenummer),
+                           true);
+                log.AddLog(ErrorText(failure), true);
+            },
+        .ProgressText =
+            [](const TillIdentity&, int done, int count) {
+                return QStringLiteral("Hentet kredittordre fra %1 av %2 kasser")
+                    .arg(QString::number(done), QString::number(count));
+            },
+    };
+}
 
-    TAvdeling& roster = *torvikPos.Avdeling;
-    roster.Close();
-    roster.Open();
-    db::Query& tills = roster.Qry();
-    int count = 0;
-    while (!tills.Eof()) {
-        try {
-            createMissingOfTill(torvikPos, from);
-        } catch (const std::exception& e) {
-            torvikPos.AddLog(QStringLiteral("Feil i ExecuteOppgjor for avd. %1, kasse %2. Se feil nedenfor")
-                                 .arg(roster.Avdelingsnummer(), roster.Ikk_Kassenummer()),
-                             true);
-            torvikPos.AddLog(ErrorText(e), true);
-        }
-        ++count;
-        if (torvikPos.OnProgress)
-            torvikPos.OnProgress(&torvikPos, count * 100 / tills.RecordCount(),
-                                 QStringLiteral("Hentet kredittordre fra %1 av %2 kasser")
-                                     .arg(QString::number(count), QString::number(tills.RecordCount())));
-        torvikPos.TestCancel();
-        const int department = integerOf(tills, "ik_ku_id");
-        tills.Next();
-        if (!tills.Eof() && integerOf(tills, "ik_ku_id") != department) torvikPos.WaitRetryTime();
-    }
-    torvikPos.AddLog(QStringLiteral("fullføRT OPPRETTING AV MANGLENDE KREDITTORDRE"));
-    torvikPos.SaveOppgjorLog();
+void createMissing(TTorvikPos& torvikPos, const QDateTime& from) {
+    RunParts& parts = torvikPos.Parts();
+    parts.Office.SetConnection(parts.Office.Connection());
+    parts.Items.Load();
+    parts.Roster.Close();
+    parts.Roster.Open();
+    TillWalk(parts, planOf(torvikPos, from)).Run();
+    parts.Log.AddLog(QStringLiteral("fullføRT OPPRETTING AV MANGLENDE KREDITTORDRE"));
+    parts.Log.SaveOppgjorLog();
 }
 
 }  // namespace

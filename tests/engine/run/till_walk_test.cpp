@@ -1,0 +1,226 @@
+#include "engine/run/till_walk.h"
+
+#include <gtest/gtest.h>
+
+#include <QPointer>
+
+#include "engine/base/abort.h"
+#include "engine/db/errors.h"
+#include "engine/db/query.h"
+#include "engine/db/session.h"
+#include "tests/engine/small_chain.h"
+
+namespace torvik {
+namespace {
+
+using Connecting = TillWalkPlan::Connecting;
+using Waiting = TillWalkPlan::Waiting;
+using CancelTest = TillWalkPlan::CancelTest;
+
+class TillWalkOverAChain : public testing::Test {
+protected:
+    TillWalkOverAChain() {
+        chain.engine.RetryCount = 1;
+        chain.engine.OnProgress = [this](QObject*, int percent, const QString& text) {
+            progress.append(QStringLiteral("%1 ").arg(percent) + text);
+        };
+        plan.Work = [this](TillVisit& visit) {
+            served.append(visit.Till.Avdelingsnummer + u'/' + visit.Till.Kassenummer);
+            if (work) work(visit);
+        };
+        plan.Failed = [this](const TillIdentity& till, const std::exception& failure) {
+            failed.append(till.Kassenummer + QStringLiteral(": ") + ErrorText(failure));
+        };
+        plan.ProgressText = [](const TillIdentity& till, int done, int count) {
+            return QStringLiteral("%1: %2 av %3").arg(till.Kassenummer, QString::number(done), QString::number(count));
+        };
+    }
+
+    void walk() {
+        chain.target.Open();
+        parts().Roster.Close();
+        parts().Roster.Open();
+        TillWalk(parts(), plan).Run();
+    }
+    [[nodiscard]] RunParts& parts() { return chain.engine.Parts(); }
+    [[nodiscard]] qsizetype waits() const {
+        return chain.messages().count(QStringLiteral("Venter i 20 sekunder på neste forsøk"));
+    }
+
+    test::SmallChain chain;
+    TillWalkPlan plan;
+    std::function<void(TillVisit&)> work;
+    QStringList served;
+    QStringList failed;
+    QStringList progress;
+};
+
+TEST_F(TillWalkOverAChain, HandsTheWorkTheTillItsVersionAndBothSessions) {
+    chain.tills(QStringLiteral("7/2"));
+    work = [this](TillVisit& visit) {
+        EXPECT_EQ(visit.Till.Ik_Ku_Id, 7);
+        EXPECT_EQ(visit.Till.Ku_Adresse1, QStringLiteral("Storgata 7"));
+        EXPECT_EQ(visit.Till.Ikk_Kassenummer, QStringLiteral("2         "));
+        EXPECT_EQ(visit.DbVersion, QStringLiteral("213"));
+        EXPECT_EQ(&visit.TillSession, &chain.source);
+        EXPECT_EQ(&visit.OfficeSession, &chain.target);
+        EXPECT_TRUE(visit.TillSession.Connected());
+    };
+    walk();
+    EXPECT_EQ(served, QStringList{QStringLiteral("7/2")});
+    EXPECT_FALSE(chain.source.Connected()) << "closed after a till that succeeded";
+}
+
+TEST_F(TillWalkOverAChain, OneAttemptIsBareOfVersionAndRetries) {
+    chain.tills(QStringLiteral("1/1"));
+    chain.till({.department = 1, .number = QStringLiteral("2")});
+    chain.engine.RetryCount = 5;
+    plan.Connect = Connecting::Once;
+    plan.Wait = Waiting::Never;
+    work = [](TillVisit& visit) { EXPECT_EQ(visit.DbVersion, QString()); };
+    walk();
+    EXPECT_EQ(served, QStringList{QStringLiteral("1/1")});
+    EXPECT_EQ(failed.size(), 1);
+    EXPECT_EQ(chain.requestsWith("select in_dbversion"), 0);
+    EXPECT_EQ(chain.messages(), QStringList());
+}
+
+TEST_F(TillWalkOverAChain, WorkThatConnectsByItselfFindsTheSessionAsTheTillBeforeLeftIt) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    plan.Connect = Connecting::ByTheWork;
+    work = [](TillVisit& visit) { EXPECT_FALSE(visit.TillSession.Connected()); };
+    walk();
+    EXPECT_EQ(served.size(), 2);
+    EXPECT_EQ(chain.source.Server(), QString());
+}
+
+TEST_F(TillWalkOverAChain, UnreachableTillIsPassedOverAndCounts) {
+    chain.tills(QStringLiteral("1/1"));
+    chain.till({.department = 1, .number = QStringLiteral("2")});
+    chain.tills(QStringLiteral("2/1"));
+    QStringList unreachable;
+    plan.Unreachable = [&](const TillIdentity& till) { unreachable.append(till.Kassenummer); };
+    walk();
+    EXPECT_EQ(unreachable, QStringList{QStringLiteral("2")});
+    EXPECT_EQ(failed, QStringList());
+    EXPECT_EQ(served, (QStringList{QStringLiteral("1/1"), QStringLiteral("2/1")}));
+    EXPECT_EQ(progress, (QStringList{QStringLiteral("33 1: 1 av 3"), QStringLiteral("66 2: 2 av 3"),
+                                     QStringLiteral("100 1: 3 av 3")}));
+}
+
+struct WaitCase {
+    Waiting wait;
+    qsizetype waits;
+};
+
+class TillWalkWaits : public TillWalkOverAChain, public testing::WithParamInterface<WaitCase> {};
+
+TEST_P(TillWalkWaits, WhereThePlanSays) {
+    chain.tills(QStringLiteral("1/1 1/2 2/1 2/2"));
+    plan.Wait = GetParam().wait;
+    walk();
+    EXPECT_EQ(served.size(), 4);
+    EXPECT_EQ(waits(), GetParam().waits);
+}
+
+INSTANTIATE_TEST_SUITE_P(OverTwoDepartmentsOfTwoTills, TillWalkWaits,
+                         testing::Values(WaitCase{Waiting::Never, 0}, WaitCase{Waiting::BetweenDepartments, 1},
+                                         WaitCase{Waiting::BetweenTills, 3}));
+
+struct CancelCase {
+    CancelTest test;
+    int served;
+    int counted;
+};
+
+class TillWalkCancel : public TillWalkOverAChain, public testing::WithParamInterface<CancelCase> {};
+
+// Without a wait between them the tills are left to the plan's own test.
+TEST_P(TillWalkCancel, TakesEffectWhereThePlanSays) {
+    chain.tills(QStringLiteral("1/1 1/2 1/3"));
+    plan.Wait = Waiting::Never;
+    plan.TestCancel = GetParam().test;
+    work = [this](TillVisit& visit) {
+        if (served.size() == 2) visit.Control.SetCancelRequest(true);
+    };
+    if (GetParam().test == CancelTest::Never) {
+        EXPECT_NO_THROW(walk());
+    } else {
+        EXPECT_THROW(walk(), EAbort);
+    }
+    EXPECT_EQ(served.size(), GetParam().served);
+    EXPECT_EQ(progress.size(), GetParam().counted);
+}
+
+INSTANTIATE_TEST_SUITE_P(DuringTheSecondTill, TillWalkCancel,
+                         testing::Values(CancelCase{CancelTest::Never, 3, 3},
+                                         CancelCase{CancelTest::BeforeCounting, 2, 1},
+                                         CancelCase{CancelTest::AfterCounting, 2, 2}));
+
+TEST_F(TillWalkOverAChain, TillIsServedOnceMoreAfterAWaitWhenThePlanSaysSo) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    plan.ServesAgain = [this] { return served.size() < 3; };
+    walk();
+    EXPECT_EQ(served, (QStringList{QStringLiteral("1/1"), QStringLiteral("1/1"), QStringLiteral("1/1"),
+                                   QStringLiteral("1/2")}));
+    EXPECT_EQ(waits(), 3);
+}
+
+TEST_F(TillWalkOverAChain, FailureReachesThePlanAsTheTypeItWasRaisedAs) {
+    chain.tills(QStringLiteral("1/1"));
+    work = [](TillVisit& visit) {
+        db::Query query(&visit.TillSession);
+        query.SQL = {QStringLiteral("select * from finnes_ikke")};
+        query.Open();
+    };
+    int number = 0;
+    plan.Failed = [&](const TillIdentity&, const std::exception& failure) {
+        const auto* refused = dynamic_cast<const db::StatementError*>(&failure);
+        if (refused) number = refused->Number;
+    };
+    walk();
+    EXPECT_EQ(number, 208);
+    EXPECT_TRUE(chain.source.Connected()) << "open until the next till after one that failed";
+}
+
+TEST_F(TillWalkOverAChain, WhatATillMadeIsFreedWhenTheWalkMovesOn) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    QPointer<QObject> first;
+    work = [&](TillVisit& visit) {
+        if (served.size() == 1) {
+            first = new QObject(&visit.Roster);
+        } else {
+            EXPECT_TRUE(first.isNull());
+        }
+    };
+    walk();
+    EXPECT_EQ(served.size(), 2);
+}
+
+TEST_F(TillWalkOverAChain, WalkBesideAnotherHasASessionAPlaceAndALogOfItsOwn) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    db::Session office;
+    db::Session till;
+    office.SetConnectString(chain.connectString(chain.kBackOffice));
+    office.Open();
+    RunParts beside(parts().Context, chain.engine);
+    beside.SetTargetConnection(&office);
+    beside.Till.SourceConnection = &till;
+
+    work = [&](TillVisit& visit) {
+        if (&visit.TillSession == &till) return;
+        beside.Roster.Close();
+        beside.Roster.Open();
+        TillWalk(beside, plan).Run();
+        EXPECT_TRUE(chain.source.Connected());
+        EXPECT_EQ(parts().Roster.Ikk_Kassenummer(), visit.Till.Kassenummer);
+    };
+    walk();
+    EXPECT_EQ(served, (QStringList{QStringLiteral("1/1"), QStringLiteral("1/1"), QStringLiteral("1/2"),
+                                   QStringLiteral("1/2"), QStringLiteral("1/1"), QStringLiteral("1/2")}));
+    EXPECT_EQ(chain.messages().count(QStringLiteral("Database versjon 213")), 2);
+    EXPECT_EQ(beside.Log.Log->Lines().filter(QStringLiteral("Database versjon 213")).size(), 4);
+}
+
+}  // namespace
+}  // namespace torvik
