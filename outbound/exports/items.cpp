@@ -29,7 +29,7 @@ constexpr Piece kBody[] = {
 select DISTINCT VAI_ID,VAI_NAVN,VAI_PRIS,VAI_UTGAATT,substring(VAI_VAREGRUPPE,1,50),VAI_VEILPRIS,VAI_MVASATS,VAI_LE_ID,VAI_KOSTPRIS,VAI_MINLAGER,VAI_MAKSLAGER,VAI_VG_ID,VAI_PRISLAPP,VAI_MAKSRABATT
 from vareimport i left outer join vare v on i.vai_id = v.va_id where v.va_id is null)"},
     {R"(update v
-set va_navn=i.VAI_NAVN,va_pris=i.VAI_PRIS,va_utgaatt=i.VAI_UTGAATT,va_kategori=substring(VAI_VAREGRUPPE,1,50),va_veilpris=i.VAI_VEILPRIS,va_mvasats=i.VAI_MVASATS,va_le_id=i.VAI_LE_ID,va_kostpris=i.VAI_KOSTPRIS,va_minlager=i.VAI_MINLAGER,va_makslager=i.VAI_MAKSLAGER,va_vgr_id=i.VAI_VG_ID,va_prislapp=i.VAI_PRISLAPP,Va_MaksRabatt=i.VAI_MAKSRABATT
+set va_id=i.VAI_ID,va_navn=i.VAI_NAVN,va_pris=i.VAI_PRIS,va_utgaatt=i.VAI_UTGAATT,va_kategori=substring(VAI_VAREGRUPPE,1,50),va_veilpris=i.VAI_VEILPRIS,va_mvasats=i.VAI_MVASATS,va_le_id=i.VAI_LE_ID,va_kostpris=i.VAI_KOSTPRIS,va_minlager=i.VAI_MINLAGER,va_makslager=i.VAI_MAKSLAGER,va_vgr_id=i.VAI_VG_ID,va_prislapp=i.VAI_PRISLAPP,Va_MaksRabatt=i.VAI_MAKSRABATT
 from vare v join vareimport i on v.va_id = i.vai_id)"},
     {R"(update Vare
 set VA_INFOEKSTERN = PI_INFOEKSTERN, VA_INFOINTERN = PI_INFOINTERN, VA_INFOREGEL = PI_INFOREGEL
