@@ -11,8 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/db/connect_string.h"
-#include "engine/db/odbc.h"
+#include "engine/db/odbc/api.h"
 #include "inbound/transfer/maps/table_map.h"
 
 namespace torvik::bench {
@@ -23,7 +22,7 @@ public:
         SQLAllocHandle(SQL_HANDLE_ENV, SQL_NULL_HANDLE, &environment_);
         SQLSetEnvAttr(environment_, SQL_ATTR_ODBC_VERSION, db::odbc::number(SQL_OV_ODBC3), 0);
         SQLAllocHandle(SQL_HANDLE_DBC, environment_, &connection_);
-        const db::ServerAddress address = db::parseServer(settings.Server);
+        const db::odbc::ServerAddress address = db::odbc::parseServer(settings.Server);
         const std::string text =
             ("DRIVER={" + db::odbc::api().driver.Name + "};SERVER=" + address.Host +
              ";PORT=" + QString::number(address.Port) + ";DATABASE=" + settings.Database + ";UID=" + settings.Username +

@@ -60,7 +60,7 @@ Sum byQuery(db::Session& session) {
         sum.letters += query.FieldByName(QStringLiteral("Va_Navn")).AsString().size();
         sum.numbers += query.FieldByName(QStringLiteral("Va_Pris")).AsFloat();
         sum.numbers += double(query.FieldByName(QStringLiteral("Va_Antall")).AsInteger());
-        sum.letters += query.FieldByName(QStringLiteral("Va_Endret")).AsValue().toExactDateTime().date().year();
+        sum.letters += query.FieldByName(QStringLiteral("Va_Endret")).AsDateTime().date().year();
         sum.numbers += query.FieldByName(QStringLiteral("Va_Lager")).AsFloat();
         sum.numbers += double(query.FieldByName(QStringLiteral("Va_Gruppe")).AsInteger());
         sum.letters += query.FieldByName(QStringLiteral("Va_Merke")).AsString().size();

@@ -18,8 +18,9 @@ public:
     [[nodiscard]] static bool serves(Connection& connection, const TableShape& shape, const std::vector<int>& places);
 
     // Each operation raises StatementError, TimeoutError or ConnectionError, after which the copy is at its end.
-    // timeout: seconds that the server may be silent, 0: for ever.
-    BulkCopy(Connection& connection, const TableShape& shape, const std::vector<int>& places, int timeout);
+    // opening: a statement to run just before it, or none. timeout: seconds that the server may be silent, 0: for ever.
+    BulkCopy(Connection& connection, const TableShape& shape, const std::vector<int>& places, const QString& opening,
+             int timeout);
     ~BulkCopy();  // a copy not done is ended; what was sent is for the caller's transaction to take back
     BulkCopy(const BulkCopy&) = delete;
     BulkCopy& operator=(const BulkCopy&) = delete;

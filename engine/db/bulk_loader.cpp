@@ -96,7 +96,8 @@ void BulkLoader::Load::take() {
         try {
             block_.Values.push_back(convertTo(source_.Fields(int(i)).AsValue(), field.Type));
         } catch (const UsageError& e) {
-            throw UsageError(QStringLiteral("%1 for field '%2'").arg(e.text(), field.Name));
+            throw UsageError(
+                QStringLiteral("%1 for field '%2' in row %3").arg(e.text(), field.Name, QString::number(taken_ + 1)));
         }
     }
     ++block_.Rows;
@@ -115,14 +116,6 @@ void BulkLoader::Load::sendBlock() {
 }
 
 void BulkLoader::Load::endBatch() {
-    if (sender_.confirmed() != taken_) {
-        ServerMessage message;
-        message.Text = QStringLiteral("Of %1 rows for table %2 the server has %3")
-                           .arg(taken_)
-                           .arg(target_.Name)
-                           .arg(sender_.confirmed());
-        throw StatementError({message}, QString());
-    }
     if (ownTransactions_ && inBatch_ > 0) session_.Commit();
     inBatch_ = 0;
 }

@@ -1,7 +1,6 @@
 // See connect_string.h.
 #include "engine/db/connect_string.h"
 
-#include <QRegularExpression>
 #include <QStringList>
 #include <utility>
 
@@ -42,6 +41,14 @@ QString quotedValue(const QString& text, qsizetype& i, QChar close) {
     return value;
 }
 
+int wholeSeconds(const QString& key, const QString& value) {
+    bool ok = false;
+    const int seconds = value.toInt(&ok);
+    if (!ok || seconds < 0)
+        throw UsageError(QStringLiteral("The connection string has no whole number of seconds for \"%1\"").arg(key));
+    return seconds;
+}
+
 ProviderKind providerOf(const QString& name) {
     if (name.startsWith(u"SQLOLEDB", Qt::CaseInsensitive)) return ProviderKind::OleDb;
     if (name.startsWith(u"SQLNCLI", Qt::CaseInsensitive)) return ProviderKind::NativeClient;
@@ -67,24 +74,6 @@ QString oleDbQuoted(const QString& value) {
                        !value.startsWith(u'\'') && !value.startsWith(u'{');
     if (plain) return value;
     return u'"' + QString(value).replace(u'"', QStringLiteral("\"\"")) + u'"';
-}
-
-QString odbcQuoted(const QString& value) {
-    return u'{' + QString(value).replace(u'}', QStringLiteral("}}")) + u'}';
-}
-
-// FreeTDS before 1.4 ends a value in braces at the next "};" and takes all else as it stands, "}}" too.
-QString oldFreeTdsQuoted(const QString& value) {
-    if (value.contains(QStringLiteral("};")))
-        throw UsageError(QStringLiteral("FreeTDS before 1.4 cannot be given a name or password that holds \"};\""));
-    return u'{' + value + u'}';
-}
-
-// Braces only where they are needed: a port or version in braces is no number to FreeTDS.
-QString freeTdsQuoted(const QString& value, const OdbcDriver& driver) {
-    const bool plain = !value.contains(u';') && !value.startsWith(u'{') && value == value.trimmed();
-    if (plain) return value;
-    return driver.DoublesBraces ? odbcQuoted(value) : oldFreeTdsQuoted(value);
 }
 
 }  // namespace
@@ -147,7 +136,7 @@ ConnectSettings settingsFromOleDb(const QString& text) {
         } else if (isOneOf(key, {"Application Name", "App"})) {
             s.ApplicationName = value;
         } else if (isOneOf(key, {"Connect Timeout", "Connection Timeout", "Timeout"})) {
-            s.ConnectionTimeout = value.toInt();
+            s.ConnectionTimeout = wholeSeconds(key, value);
         } else if (isOneOf(key, {"Encrypt", "Use Encryption for Data"})) {
             s.Encrypt = isYes(value);
         } else if (isOneOf(key, {"TrustServerCertificate", "Trust Server Certificate"})) {
@@ -179,83 +168,6 @@ QString oleDbFromSettings(const ConnectSettings& s) {
     if (s.Encrypt) keywords.append({QStringLiteral("Use Encryption for Data"), QStringLiteral("True")});
     if (s.TrustServerCertificate) keywords.append({QStringLiteral("Trust Server Certificate"), QStringLiteral("True")});
     return formatConnectString(keywords);
-}
-
-OdbcDriver chooseDriver(const QStringList& registered, const QStringList& libraryPaths) {
-    static const QRegularExpression microsoft(QStringLiteral("^ODBC Driver (\\d+) for SQL Server$"));
-    int newest = 0;
-    QString chosen;
-    for (const QString& name : registered) {
-        const int version = microsoft.match(name).captured(1).toInt();
-        if (version > newest) {
-            newest = version;
-            chosen = name;
-        }
-    }
-    if (newest > 0) return {chosen, false};
-    if (!libraryPaths.isEmpty()) return {libraryPaths.first(), true};
-    throw ConnectionError(
-        ConnectionError::Reason::NoDriver,
-        QStringLiteral("No ODBC driver for SQL Server is installed. Install Microsoft's \"ODBC Driver 18 "
-                       "for SQL Server\" (package msodbcsql18), or FreeTDS (package tdsodbc)."));
-}
-
-ServerAddress parseServer(const QString& server) {
-    ServerAddress address;
-    QString text = server.trimmed();
-    if (text.startsWith(u"tcp:", Qt::CaseInsensitive)) text = text.mid(4);
-    const qsizetype comma = text.lastIndexOf(u',');
-    if (comma >= 0) {
-        bool ok = false;
-        address.Port = text.mid(comma + 1).trimmed().toInt(&ok);
-        if (!ok || address.Port < 1 || address.Port > 65535)
-            throw UsageError(QStringLiteral("The server name \"%1\" has no valid port").arg(server));
-        text = text.first(comma).trimmed();
-    }
-    const qsizetype slash = text.indexOf(u'\\');
-    if (slash >= 0) {
-        address.Instance = text.mid(slash + 1).trimmed();
-        text = text.first(slash).trimmed();
-    }
-    if (text == u"." || text.compare(u"(local)", Qt::CaseInsensitive) == 0) text = QStringLiteral("localhost");
-    address.Host = text;
-    return address;
-}
-
-QString odbcConnectString(const ConnectSettings& s, const OdbcDriver& driver) {
-    const ServerAddress address = parseServer(s.Server);
-    QStringList parts;
-    const auto add = [&](const char* key, const QString& value) {
-        parts += QLatin1String(key) + u'=' + (driver.FreeTds ? freeTdsQuoted(value, driver) : odbcQuoted(value));
-    };
-    if (driver.FreeTds) {
-        // A port beats an instance name: FreeTDS takes only one of them.
-        if (address.Port == 0 && !address.Instance.isEmpty()) {
-            add("Server", address.Host + u'\\' + address.Instance);
-        } else {
-            add("Server", address.Host);
-            add("Port", QString::number(address.Port == 0 ? 1433 : address.Port));
-        }
-        add("TDS_Version", QStringLiteral("7.4"));
-        if (s.Encrypt) add("Encryption", QStringLiteral("require"));
-    } else {
-        add("Driver", driver.Name);
-        QString server = address.Host;
-        if (!address.Instance.isEmpty() && address.Port == 0) server += u'\\' + address.Instance;
-        if (address.Port != 0) server = QStringLiteral("tcp:%1,%2").arg(server).arg(address.Port);
-        add("Server", server);
-        add("Encrypt", s.Encrypt ? QStringLiteral("yes") : QStringLiteral("no"));
-        add("TrustServerCertificate", s.TrustServerCertificate ? QStringLiteral("yes") : QStringLiteral("no"));
-    }
-    if (!s.Database.isEmpty()) add("Database", s.Database);
-    if (s.Authentication == Auth::Windows) {
-        add("Trusted_Connection", QStringLiteral("Yes"));
-    } else {
-        add("UID", s.Username);
-        add("PWD", s.Password);
-    }
-    if (!s.ApplicationName.isEmpty()) add("APP", s.ApplicationName);
-    return parts.join(u';') + u';';  // FreeTDS wants "};" behind a last value in braces
 }
 
 }  // namespace torvik::db

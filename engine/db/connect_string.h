@@ -1,5 +1,5 @@
-// What a session needs to know to connect, read from and written to OLE DB connection strings, and turned into an ODBC
-// connection string for the driver that is installed.
+// What a session needs to know to connect, read from and written to OLE DB connection strings. Used by Session; what
+// the ODBC driver is told is made of it in odbc/driver.h. The keywords: docs/sessions.md.
 #pragma once
 
 #include <QList>
@@ -37,26 +37,5 @@ using KeywordList = QList<QPair<QString, QString>>;
 // The settings that an OLE DB string names, all others at their defaults. Unknown keywords are passed over.
 [[nodiscard]] ConnectSettings settingsFromOleDb(const QString& text);
 [[nodiscard]] QString oleDbFromSettings(const ConnectSettings& settings);
-
-// An installed driver: its name in odbcinst, or the path of its library.
-struct OdbcDriver {
-    QString Name;
-    bool FreeTds = false;
-    bool DoublesBraces = true;  // "}}" stands for "}" within {}: not so in FreeTDS before 1.4
-};
-// The newest of Microsoft's drivers among the registered ones, else FreeTDS (registered, or its library file where it
-// is installed). Raises ConnectionError that names what to install.
-[[nodiscard]] OdbcDriver chooseDriver(const QStringList& registered, const QStringList& libraryPaths);
-
-// Server as host, host\instance, host,port or tcp:host,port.
-struct ServerAddress {
-    QString Host;
-    QString Instance;
-    int Port = 0;  // 0: not given
-};
-[[nodiscard]] ServerAddress parseServer(const QString& server);
-
-// The ODBC string for SQLDriverConnect; values are quoted in {}.
-[[nodiscard]] QString odbcConnectString(const ConnectSettings& settings, const OdbcDriver& driver);
 
 }  // namespace torvik::db

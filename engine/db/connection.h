@@ -1,21 +1,14 @@
-// An open connection, and a statement's reply being read from it: what Session, Query, Table and StoredProc stand on.
-// One reply at a time; whoever starts another must have read the first to its end. Internal to engine/db.
+// An open connection to one server: what Session, Query, Table and StoredProc stand on. One reply (reply.h) at a time;
+// whoever starts another must have read the first to its end. Internal; implemented in odbc/, which alone knows ODBC.
 #pragma once
 
-#include <functional>
 #include <memory>
-#include <vector>
 
 #include "engine/db/argument.h"
 #include "engine/db/connect_string.h"
 #include "engine/db/errors.h"
-#include "engine/db/row_store.h"
 
 namespace torvik::db {
-
-namespace odbc {
-class BulkCalls;
-}
 
 class Connection {
 public:
@@ -35,8 +28,16 @@ public:
     [[nodiscard]] Value scalar(const QString& text, int timeout);
     // Closes it without another word to the server, which rolls back what was open. No reply may be under way.
     void abandon();
+    // Whether rows can go by bulk copy (bulk_copy.h) at all.
+    [[nodiscard]] bool hasBulkCopy() const;
 
-    [[nodiscard]] odbc::BulkCalls bulkCalls() const;
+private:
+    friend class BulkCopy;
+    friend class Reply;
+    struct Handles;  // ODBC's, in odbc/handles.h
+
+    // Sorts out what a failure is and raises it.
+    [[noreturn]] void fail(QList<ServerMessage> errors, bool timedOut, const QString& statement);
     // Raises what the last bulk copy call left: StatementError, TimeoutError or ConnectionError. To be asked before
     // anything else of the connection; returns when it left nothing.
     void raiseBulkErrors(const QString& statement);
@@ -44,50 +45,9 @@ public:
     // that takes no further statement, so that it is given up. Raises ConnectionError.
     [[noreturn]] void loseBulk(const QString& statement);
 
-private:
-    friend class Reply;
-    struct Handles;
-
-    // Sorts out what a failure is and raises it.
-    [[noreturn]] void fail(QList<ServerMessage> errors, bool timedOut, const QString& statement);
-
     std::unique_ptr<Handles> handles_;
     bool alive_ = false;
     quint64 statements_ = 0;
 };
-
-// The reply to one request. Each operation raises the errors that it meets: StatementError or TimeoutError when the
-// session is usable, ConnectionError when it is lost; the reply is at its end then.
-class Reply {
-public:
-    // Sends the request and reads as far as its first row set, or to the end when it has none.
-    Reply(Connection& connection, const Request& request);
-    ~Reply();  // a reply not read to its end is cancelled
-    Reply(const Reply&) = delete;
-    Reply& operator=(const Reply&) = delete;
-
-    // Whether the reply stands at a row set, and that row set's columns.
-    [[nodiscard]] bool hasRows() const;
-    [[nodiscard]] const std::vector<FieldInfo>& columns() const;
-    // Appends a block of the row set's rows; false at its end.
-    bool fetch(RowStore& rows);
-    // Passes over the rest of this row set to the next one; false at the end of the reply.
-    bool nextRowSet();
-    // Reads to the end.
-    void finish();
-    [[nodiscard]] qint64 rowsAffected() const;
-
-private:
-    struct State;
-
-    void advance();
-    void note(int rc);
-    [[noreturn]] void fail();
-
-    std::unique_ptr<State> state_;
-};
-
-// The rows of the reply's last row set; none, and no columns, when it has no row set.
-[[nodiscard]] RowStore lastRows(Connection& connection, const Request& request);
 
 }  // namespace torvik::db

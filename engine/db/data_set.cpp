@@ -34,8 +34,10 @@ void DataSet::activate(std::vector<FieldInfo> columns) {
     placeOf_.clear();
     for (FieldInfo& info : columns)
         fields_.push_back(std::make_unique<Field>(*this, int(fields_.size()), std::move(info)));
-    const QStringList names = FieldNames();
-    namesDiffer_ = QSet<QString>(names.begin(), names.end()).size() == names.size();
+    QSet<QString> names;
+    for (const auto& field : fields_) names.insert(field->Name().toCaseFolded());
+    namesDiffer_ = names.size() == qsizetype(fields_.size());
+    nextAsked_ = 0;
     active_ = true;
     row_ = -1;
     dropped_ = 0;
@@ -193,6 +195,27 @@ Field& DataSet::FieldByName(const QString& name) {
     return const_cast<Field&>(std::as_const(*this).FieldByName(name));
 }
 
+QString DataSet::text(const char* column) const {
+    return FieldByName(QString::fromUtf8(column)).AsString().trimmed();
+}
+
+int DataSet::integer(const char* column) const {
+    const Field& field = FieldByName(QString::fromUtf8(column));
+    const qint64 value = field.AsInteger();
+    if (value != int(value))
+        throw UsageError(
+            QStringLiteral("'%1' is not a valid integer value for field '%2'").arg(value).arg(field.Name()));
+    return int(value);
+}
+
+DateTime DataSet::dateTime(const char* column) const {
+    const Field& field = FieldByName(QString::fromUtf8(column));
+    const DateTime value = field.AsDateTime();
+    if (!value.isValid())
+        throw UsageError(QStringLiteral("Row %1 has no date and time for field '%2'").arg(RecNo()).arg(field.Name()));
+    return value;
+}
+
 const Field& DataSet::Fields(int index) const {
     requireActive();
     if (index < 0 || index >= FieldCount())
@@ -279,18 +302,6 @@ void DataSet::setValue(int field, const Value& value) {
         throw UsageError(QStringLiteral("%1 for field '%2'").arg(e.text(), target.Name()));
     }
     buffer_.Set[size_t(field)] = true;
-}
-
-Value Field::AsValue() const {
-    return owner_.currentValue(index_);
-}
-
-bool Field::IsNull() const {
-    return AsValue().isNull();
-}
-
-void Field::SetValue(const Value& value) {
-    owner_.setValue(index_, value);
 }
 
 }  // namespace torvik::db

@@ -54,11 +54,18 @@ public:
         return Locate(name, QList<Value>{value}, options);
     }
 
-    // By name, without regard to case. FieldByName raises UsageError "Field 'X' not found", FindField gives nullptr.
+    // By name, without regard to case; of several the first. FieldByName raises UsageError "Field 'X' not found",
+    // FindField gives nullptr.
     [[nodiscard]] Field& FieldByName(const QString& name);
     [[nodiscard]] const Field& FieldByName(const QString& name) const;
     [[nodiscard]] Field* FindField(const QString& name);
     [[nodiscard]] const Field* FindField(const QString& name) const;
+    // The current row's value of a column: a text without blanks around it; a whole number, 0 for null, that raises
+    // UsageError naming the column when it is none or needs more than 32 bits.
+    [[nodiscard]] QString text(const char* column) const;
+    [[nodiscard]] int integer(const char* column) const;
+    // Raises UsageError naming the column and the row when it holds no date and time.
+    [[nodiscard]] DateTime dateTime(const char* column) const;
     [[nodiscard]] Field& Fields(int index);
     [[nodiscard]] const Field& Fields(int index) const;
     [[nodiscard]] int FieldCount() const { return int(fields_.size()); }

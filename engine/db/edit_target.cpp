@@ -6,6 +6,7 @@
 
 #include "engine/db/connection.h"
 #include "engine/db/errors.h"
+#include "engine/db/reply.h"
 #include "engine/db/sql_text.h"
 
 namespace torvik::db {
@@ -39,19 +40,36 @@ QString identityColumn(Connection& connection, const QString& table, int timeout
     return rows.rowCount() > 0 ? rows.value(0, 0).toQString() : QString();
 }
 
+// Whether more tables than one are read by what stands behind the first one's name.
+bool joinsMore(const QString& rest) {
+    static const QRegularExpression more(
+        QStringLiteral("\\b(?:JOIN|APPLY|UNION|EXCEPT|INTERSECT|PIVOT|UNPIVOT|GROUP\\s+BY)\\b"),
+        QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression endOfFrom(QStringLiteral("^(?:WHERE|ORDER|OPTION|FOR)\\b"),
+                                              QRegularExpression::CaseInsensitiveOption);
+    const QString bare = withoutNames(rest);
+    if (more.match(bare).hasMatch()) return true;
+    int depth = 0;  // a comma among hints parts no tables
+    for (qsizetype i = 0; i < bare.size(); ++i) {
+        if (bare[i] == u'(') ++depth;
+        if (bare[i] == u')') --depth;
+        if (depth > 0) continue;
+        if (bare[i] == u',') return true;
+        const bool startsWord = i == 0 || !bare[i - 1].isLetterOrNumber();
+        if (startsWord && endOfFrom.match(QStringView(bare).mid(i)).hasMatch()) return false;
+    }
+    return false;
+}
+
 }  // namespace
 
 QString tableOfSelect(const QString& text) {
     static const QRegularExpression shape(
         QStringLiteral("^\\s*SELECT\\b.*?\\bFROM\\s+((?:(?:\\[[^\\]]+\\]|\"[^\"]+\"|[\\w#$@]*)\\s*\\.\\s*)*"
-                       "(?:\\[[^\\]]+\\]|\"[^\"]+\"|[\\w#$@]+))\\s*(.*)$"),
+                       "(?:\\[[^\\]]+\\]|\"[^\"]+\"|[\\w#$@]+))(.*)$"),
         QRegularExpression::CaseInsensitiveOption | QRegularExpression::DotMatchesEverythingOption);
-    static const QRegularExpression several(QStringLiteral("^(?:(?:AS\\s+)?(?!WHERE\\b|ORDER\\b|WITH\\b)[\\w]+\\s*)?,|"
-                                                           "\\b(?:JOIN|UNION|GROUP\\s+BY|EXCEPT|INTERSECT)\\b"),
-                                            QRegularExpression::CaseInsensitiveOption);
-    const QString bare = withoutLiterals(text);
-    const auto match = shape.match(bare);
-    if (!match.hasMatch() || several.match(match.captured(2)).hasMatch())
+    const auto match = shape.match(withoutLiterals(text));
+    if (!match.hasMatch() || joinsMore(match.captured(2)))
         throw UsageError(QStringLiteral("The rows cannot be edited: the statement does not select from one table"));
     return match.captured(1).trimmed();
 }
@@ -110,11 +128,10 @@ void EditTarget::changeOne(Connection& connection, const QString& statement, std
     const RowStore answer = lastRows(connection, {batch, std::move(arguments), timeout});
     const qint64 rows = answer.rowCount() == 0 ? 0 : answer.value(0, 0).toInt();
     if (rows == 1) return;
-    ServerMessage message;
-    message.Text = rows == 0
-                       ? QStringLiteral("The row of table %1 has been changed or deleted by another user").arg(table_)
-                       : QStringLiteral("Table %1 has %2 rows that are the same").arg(table_).arg(rows);
-    throw StatementError({message}, statement);
+    throw StatementError(
+        rows == 0 ? QStringLiteral("The row of table %1 has been changed or deleted by another user").arg(table_)
+                  : QStringLiteral("Table %1 has %2 rows that are the same").arg(table_).arg(rows),
+        statement);
 }
 
 void EditTarget::update(Connection& connection, const std::vector<Value>& before, const std::vector<Value>& after,

@@ -37,14 +37,15 @@ public:
     [[nodiscard]] int Index() const { return index_; }
 
     // The current row's value, or the one being edited. Null gives "", 0, an invalid date. Reading from a closed data
-    // set raises UsageError; from an open one with no row, null.
+    // set raises UsageError, as does a value that cannot be read so (named with its column); an open data set with no
+    // row gives null.
     [[nodiscard]] Value AsValue() const;
     [[nodiscard]] Value AsVariant() const { return AsValue(); }
     [[nodiscard]] QString AsString() const { return AsValue().toQString(); }
-    [[nodiscard]] qint64 AsInteger() const { return AsValue().toInt(); }
-    [[nodiscard]] double AsFloat() const { return AsValue().toDouble(); }
-    [[nodiscard]] bool AsBoolean() const { return AsValue().toBool(); }
-    [[nodiscard]] QDateTime AsDateTime() const { return AsValue().toDateTime(); }
+    [[nodiscard]] qint64 AsInteger() const;
+    [[nodiscard]] double AsFloat() const;
+    [[nodiscard]] bool AsBoolean() const;
+    [[nodiscard]] DateTime AsDateTime() const;
     [[nodiscard]] QByteArray AsBytes() const { return AsValue().toBytes(); }
     [[nodiscard]] bool IsNull() const;
 
@@ -57,6 +58,9 @@ public:
     void Clear() { SetValue(Value{}); }
 
 private:
+    template <typename Read>
+    [[nodiscard]] auto readAs(const Read& read) const;
+
     DataSet& owner_;
     int index_;
     FieldInfo info_;

@@ -4,6 +4,7 @@
 #include "engine/db/connection.h"
 #include "engine/db/edit_target.h"
 #include "engine/db/errors.h"
+#include "engine/db/reply.h"
 #include "engine/db/sql_text.h"
 
 namespace torvik::db {
@@ -92,9 +93,7 @@ void Query::Open() {
     const int count = UniDirectional && CountRows ? countedRows() : -1;
     auto reply = std::make_unique<Reply>(session().use(this), request());
     if (!reply->hasRows()) {
-        ServerMessage message;
-        message.Text = QStringLiteral("The statement did not return rows");
-        throw StatementError({message}, text_.Text);
+        throw StatementError(QStringLiteral("The statement did not return rows"), text_.Text);
     }
     activate(reply->columns());
     try {
@@ -165,6 +164,14 @@ void Query::finishWork() {
     }
     rowsChanged();
     endReading();
+}
+
+// The rest is of no use to a transaction that goes, and may be a till's whole table.
+void Query::rolledBack() {
+    if (!reading_) return;
+    endReading();
+    deferred_ = std::make_exception_ptr(
+        StatementError(QStringLiteral("The transaction was rolled back before all rows were read")));
 }
 
 void Query::connectionGone() noexcept {

@@ -33,7 +33,8 @@ public:
     // Off: the text goes as it stands and has no parameters.
     bool ParamCheck = true;
     // On: Open reads only as the rows are walked (First once, Next, Eof); RecordCount counts the rows read so far. Any
-    // other use of the session reads the rest to the client first. An error behind the rows is raised where met.
+    // other use of the session reads the rest to the client first, but for Rollback and Session::Close, which drop it:
+    // the walk then ends with an exception. An error behind the rows is raised where met.
     bool UniDirectional = false;
     // With UniDirectional: Open first asks the server how many rows there will be, so that RecordCount tells it from
     // the start. The text must then be one SELECT whose columns have names of their own.
@@ -78,7 +79,8 @@ private:
     void endReading();
     void finishWork() override;
     void releaseConnection() override { finishWork(); }
-    void rolledBack() override { finishWork(); }
+    void dropUnread() noexcept override { connectionGone(); }
+    void rolledBack() override;
     void connectionGone() noexcept override;
 
     QPointer<Session> session_;

@@ -6,6 +6,7 @@
 #include "engine/db/bulk_copy.h"
 #include "engine/db/connection.h"
 #include "engine/db/errors.h"
+#include "engine/db/reply.h"
 #include "engine/db/sql_text.h"
 
 namespace torvik::db {
@@ -17,6 +18,15 @@ namespace {
 constexpr size_t kMaxParameters = 1000;
 constexpr size_t kMaxRows = 1000;
 
+// "Cannot roll back": there is no such save point.
+constexpr int kNoSavePoint = 6401;
+
+// The server has taken another number of rows than it was sent, and refused none.
+class Miscounted : public StatementError {
+public:
+    using StatementError::StatementError;
+};
+
 }  // namespace
 
 RowSender::RowSender(Session& session, Connection& connection, TableShape& shape, std::vector<int> places, int timeout)
@@ -25,8 +35,10 @@ RowSender::RowSender(Session& session, Connection& connection, TableShape& shape
     bulkServes_ = BulkCopy::serves(connection, shape_, places_);
 }
 
+// A trigger may make rows of a failed statement stand, and what the catalogue does not know may have one: those go row
+// by row, and none is sent twice.
 int RowSender::bestBlock() const {
-    return shape_.InsertTrigger || places_.empty() ? 1 : int(kMaxRows);
+    return shape_.Columns.empty() || shape_.InsertTrigger || places_.empty() ? 1 : int(kMaxRows);
 }
 
 std::span<const Value> RowSender::row(const RowBlock& rows, size_t index) const {
@@ -59,57 +71,90 @@ Request RowSender::insertOf(const RowBlock& rows, size_t first, size_t count) co
     return request;
 }
 
-void RowSender::insert(Connection& connection, const RowBlock& rows, size_t first, size_t count) {
+void RowSender::confirm(size_t sent, qint64 taken) {
+    if (taken != qint64(sent))
+        throw Miscounted(
+            QStringLiteral("Of %1 rows for table %2 the server has taken %3").arg(sent).arg(shape_.Name).arg(taken));
+    confirmed_ += taken;
+}
+
+void RowSender::insert(Connection& connection, const RowBlock& rows, size_t first, size_t count,
+                       const QString& opening) {
+    Request request = insertOf(rows, first, count);
+    request.Text.prepend(opening);
     // The last row set is the count; an INSERT trigger's may come before it.
-    const RowStore answer = lastRows(connection, insertOf(rows, first, count));
-    confirmed_ += answer.rowCount() > 0 ? answer.value(0, 0).toInt() : 0;
+    const RowStore answer = lastRows(connection, request);
+    confirm(count, answer.rowCount() > 0 ? answer.value(0, 0).toInt() : 0);
     session_.transactionUnchanged();
 }
 
-// A statement of many rows leaves none of them when it fails. Where the transaction is gone, so are the rows before the
-// bad one; else they are sent again one by one, up to it. Gives whether that was done, and none was bad.
-template <typename Send>
-bool RowSender::sendOrFind(Connection& connection, const RowBlock& rows, size_t first, size_t count,
-                           const Send& sendAll) {
-    const bool inTransaction = session_.InTransaction();
-    try {
-        sendAll();
-        session_.transactionUnchanged();
-        return false;
-    } catch (const TimeoutError&) {
-        throw;
-    } catch (const StatementError&) {
-        if (count == 1 || session_.InTransaction() != inTransaction) throw;
-    }
-    for (size_t row = first; row < first + count; ++row) insert(connection, rows, row, 1);
-    return true;
+// Sends rows by bulk copy up to one that is not for it; sent: how many.
+void RowSender::bulk(Connection& connection, const RowBlock& rows, size_t& sent, const QString& opening) {
+    sent = 0;
+    BulkCopy copy(connection, shape_, places_, opening, timeout_);
+    while (sent < rows.Rows && copy.send(row(rows, sent))) ++sent;
+    confirm(sent, copy.done());
+    session_.transactionUnchanged();
 }
 
-// Sends rows from the first one on, up to one that is not for bulk copy; gives how many.
-size_t RowSender::bulk(Connection& connection, const RowBlock& rows) {
-    size_t sent = 0;
-    qint64 taken = 0;
-    const bool oneByOne = sendOrFind(connection, rows, 0, rows.Rows, [&] {
-        BulkCopy copy(connection, shape_, places_, timeout_);
-        while (sent < rows.Rows && copy.send(row(rows, sent))) ++sent;
-        taken = copy.done();
-    });
-    if (oneByOne) return rows.Rows;
-    confirmed_ += taken;
-    if (taken == qint64(sent)) return sent;
-    ServerMessage message;
-    message.Text =
-        QStringLiteral("Of %1 rows for table %2 the server has taken %3").arg(sent).arg(shape_.Name).arg(taken);
-    throw StatementError({message}, QString());
+// Of what sendAll sends either all rows stand or none: behind a save point of the caller's transaction, or in a
+// transaction of its own. True: all do. False: the server refused it and nothing is left of it, so that its rows can be
+// sent again to find the bad one. Where an error has ended the caller's transaction, the rows before are gone too, and
+// it is raised.
+template <typename Send>
+bool RowSender::allOrNone(Connection& connection, const Send& sendAll) {
+    const bool inTransaction = session_.InTransaction();
+    // A name of its own: a block that failed before its save point was made must not go back to an earlier one.
+    const QString savePoint = QStringLiteral("torvik_%1").arg(connection.statements());
+    const qint64 before = confirmed_;
+    if (!inTransaction) session_.StartTransaction();
+    try {
+        sendAll(inTransaction ? QStringLiteral("SAVE TRANSACTION %1 ").arg(savePoint) : QString());
+        if (!inTransaction) session_.Commit();
+        return true;
+    } catch (const CommitInDoubt&) {
+        throw;
+    } catch (const Error& e) {
+        confirmed_ = before;
+        if (!inTransaction)
+            session_.Rollback();
+        else if (!e.connectionUsable() || e.timedOut() || !session_.InTransaction())
+            throw;
+        else
+            rollBackTo(connection, savePoint);
+        const bool refused = dynamic_cast<const StatementError*>(&e) && !dynamic_cast<const Miscounted*>(&e);
+        if (!refused || e.timedOut()) throw;
+    }
+    return false;
+}
+
+void RowSender::rollBackTo(Connection& connection, const QString& savePoint) {
+    try {
+        connection.run({QStringLiteral("ROLLBACK TRANSACTION ") + savePoint, {}, timeout_});
+    } catch (const StatementError& e) {
+        if (e.Number != kNoSavePoint) throw;
+    }
+    session_.transactionUnchanged();
+}
+
+// As its callers would have sent them: the rows before the bad one stand.
+void RowSender::oneByOne(Connection& connection, const RowBlock& rows, size_t first) {
+    for (size_t row = first; row < rows.Rows; ++row) insert(connection, rows, row, 1);
 }
 
 void RowSender::send(Connection& connection, const RowBlock& rows) {
     size_t first = 0;
     // Fewer rows than fill one statement go as that: bulk copy takes some round trips.
-    if (bulkServes_ && rows.Rows > rowsPerInsert()) first = bulk(connection, rows);
+    if (bulkServes_ && rows.Rows > rowsPerInsert() &&
+        !allOrNone(connection, [&](const QString& opening) { bulk(connection, rows, first, opening); }))
+        return oneByOne(connection, rows, 0);
     while (first < rows.Rows) {
         const size_t count = std::min(rowsPerInsert(), rows.Rows - first);
-        sendOrFind(connection, rows, first, count, [&] { insert(connection, rows, first, count); });
+        if (count == 1)
+            insert(connection, rows, first, 1);
+        else if (!allOrNone(connection,
+                            [&](const QString& opening) { insert(connection, rows, first, count, opening); }))
+            return oneByOne(connection, rows, first);
         first += count;
     }
 }

@@ -30,8 +30,8 @@ public:
     // Rows that are best sent together: 1 for a table with an insert trigger.
     [[nodiscard]] int bestBlock() const;
     // Raises what the server objects to. Then the rows before the bad one stand, unless the error ended the
-    // transaction; the bad one and those after it do not. StatementError too when the
-    // server counts other than was sent.
+    // transaction; the bad one and those after it do not. StatementError too when the server counts other than was
+    // sent.
     void send(Connection& connection, const RowBlock& rows);
     // Rows that the server has confirmed, all blocks together.
     [[nodiscard]] qint64 confirmed() const { return confirmed_; }
@@ -40,10 +40,13 @@ private:
     [[nodiscard]] std::span<const Value> row(const RowBlock& rows, size_t index) const;
     [[nodiscard]] size_t rowsPerInsert() const;
     [[nodiscard]] Request insertOf(const RowBlock& rows, size_t first, size_t count) const;
-    void insert(Connection& connection, const RowBlock& rows, size_t first, size_t count);
-    size_t bulk(Connection& connection, const RowBlock& rows);
+    void insert(Connection& connection, const RowBlock& rows, size_t first, size_t count, const QString& opening = {});
+    void bulk(Connection& connection, const RowBlock& rows, size_t& sent, const QString& opening);
+    void confirm(size_t sent, qint64 taken);
     template <typename Send>
-    bool sendOrFind(Connection& connection, const RowBlock& rows, size_t first, size_t count, const Send& sendAll);
+    bool allOrNone(Connection& connection, const Send& sendAll);
+    void rollBackTo(Connection& connection, const QString& savePoint);
+    void oneByOne(Connection& connection, const RowBlock& rows, size_t first);
 
     Session& session_;
     const TableShape& shape_;

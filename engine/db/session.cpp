@@ -98,6 +98,7 @@ void Session::Close() {
     // Closed in any case; what the server objects to on the way is raised afterwards.
     std::exception_ptr failure;
     if (Connected()) {
+        for (Unfinished* work : std::as_const(unfinished_)) work->dropUnread();
         try {
             static_cast<void>(use());
         } catch (const Error&) {
@@ -151,16 +152,13 @@ void Session::StartTransaction() {
 
 void Session::Commit() {
     Connection& open = use();
-    const QString statement = QStringLiteral("COMMIT TRANSACTION");
     const auto inDoubt = [&](const Error& cause) {
-        CommitInDoubt doubt(QStringLiteral("Whether the transaction on server \"%1\" is committed is not known: %2")
-                                .arg(settings_.Server, cause.text()));
-        doubt.Statement = statement;
-        doubt.Messages = cause.Messages;
-        return doubt;
+        return CommitInDoubt(QStringLiteral("Whether the transaction on server \"%1\" is committed is not known: %2")
+                                 .arg(settings_.Server, cause.text()),
+                             cause, Connected());
     };
     try {
-        open.run({statement, {}, kCommitTimeout});
+        open.run({QStringLiteral("COMMIT TRANSACTION"), {}, kCommitTimeout});
     } catch (const ConnectionError& e) {
         throw inDoubt(e);
     } catch (const TimeoutError& e) {

@@ -18,7 +18,8 @@ class Unfinished {
 public:
     virtual void finishWork() = 0;               // sends and reads the rest; may raise
     virtual void releaseConnection() = 0;        // reads the rest, sends nothing
-    virtual void rolledBack() = 0;               // the transaction goes: rows not sent go with it
+    virtual void dropUnread() noexcept = 0;      // the session closes: nobody reads the rest any more
+    virtual void rolledBack() = 0;               // the transaction goes: rows not sent or not read go with it
     virtual void connectionGone() noexcept = 0;  // nothing can be finished any more
 
 protected:
@@ -61,8 +62,8 @@ public:
 
     // Raises ConnectionError, with the server's text where it gave one. Opening an open session does nothing.
     void Open();
-    // Rows posted and not yet sent are sent first; an open transaction is rolled back. Closing a closed one does
-    // nothing.
+    // Rows posted and not yet sent are sent first; rows of a unidirectional query not yet read are dropped; an open
+    // transaction is rolled back. Closing a closed one does nothing.
     void Close();
     // False before Open, after Close, and once the connection is known to be lost.
     [[nodiscard]] bool Connected() const;

@@ -34,7 +34,11 @@ qsizetype pastQuoted(const QString& text, qsizetype i) {
     return text.size();
 }
 
-QString withoutLiterals(const QString& text) {
+namespace {
+
+// The text with each literal, quoted name and comment made what spared(it) gives.
+template <typename Spared>
+QString replacingQuoted(const QString& text, const Spared& spared) {
     QString bare;
     for (qsizetype i = 0; i < text.size();) {
         const qsizetype past = pastQuoted(text, i);
@@ -42,15 +46,28 @@ QString withoutLiterals(const QString& text) {
             bare += text[i++];
             continue;
         }
-        if (text[i] == u'\'')
-            bare += QStringLiteral("''");
-        else if (text[i] == u'[' || text[i] == u'"')
-            bare += QStringView(text).mid(i, past - i);
-        else
-            bare += u' ';
+        bare += spared(QStringView(text).mid(i, past - i));
         i = past;
     }
     return bare;
+}
+
+bool isComment(QStringView quoted) {
+    return quoted.front() == u'-' || quoted.front() == u'/';
+}
+
+}  // namespace
+
+QString withoutLiterals(const QString& text) {
+    return replacingQuoted(text, [](QStringView quoted) {
+        if (quoted.front() == u'\'') return QStringLiteral("''");
+        return isComment(quoted) ? QStringLiteral(" ") : quoted.toString();
+    });
+}
+
+QString withoutNames(const QString& text) {
+    return replacingQuoted(
+        text, [](QStringView quoted) { return isComment(quoted) ? QStringLiteral(" ") : QStringLiteral("x"); });
 }
 
 QString countingText(const QString& select) {

@@ -1,4 +1,5 @@
-// Small truths about T-SQL text that several parts of the session layer need. Internal.
+// Where literals, quoted names and comments of T-SQL text begin and end, and what is made of texts by that. Internal;
+// used by Query, EditTarget and the parameter scan.
 #pragma once
 
 #include <QString>
@@ -10,6 +11,9 @@ namespace torvik::db {
 
 // The text with literals emptied and comments made a blank; quoted names stay.
 [[nodiscard]] QString withoutLiterals(const QString& text);
+
+// The text with comments made a blank, and each literal and quoted name an "x": what is left is words and signs.
+[[nodiscard]] QString withoutNames(const QString& text);
 
 // A statement that counts the rows of a SELECT, whose own ORDER BY is left away.
 [[nodiscard]] QString countingText(const QString& select);

@@ -13,15 +13,6 @@ QStringList statementLines(const char* text) {
     return statementLines(QString::fromUtf8(text));
 }
 
-QString dateTimeLiteral(const QDateTime& value) {
-    return QStringLiteral("'%1'").arg(
-        value.toString(QStringLiteral("yyyyMMdd HH:mm:ss.zzz")).replace(QLatin1Char('.'), QLatin1Char(':')));
-}
-
-QString dateLiteral(const QDate& value) {
-    return QStringLiteral("'%1'").arg(value.toString(QStringLiteral("yyyyMMdd")));
-}
-
 QString numberLiteral(double value) {
     const double size = std::abs(value);
     const bool plain = size == 0 || (size >= 1e-5 && size < 1e15);

@@ -3,6 +3,7 @@
 
 #include "engine/db/connection.h"
 #include "engine/db/errors.h"
+#include "engine/db/reply.h"
 
 namespace torvik::db {
 

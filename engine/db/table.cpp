@@ -98,6 +98,9 @@ void Table::startBlock(const std::vector<bool>& set) {
         sender_ = std::make_unique<RowSender>(session(), connection, *shape_, std::move(places), CommandTimeout);
         set_ = set;
     }
+    // Asked while nothing waits: the question could find the transaction gone, and its caller then would not roll back
+    // the rows that wait.
+    static_cast<void>(session().InTransaction());
     block_ = std::make_unique<Block>();
     session().add(this);
 }

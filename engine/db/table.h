@@ -5,7 +5,8 @@
 // When an error surfaces: Post raises what it finds itself (unknown column, a value that does not fit its type). What
 // the server objects to is raised by the Post that completes a block, by Flush, by Close, or by whatever next uses the
 // session (a query, another table, StartTransaction, Commit): always before anything later runs. The rows before the
-// failing one then stand (unless the error ended the transaction), the failing row and those after it do not.
+// failing one then stand (unless the error ended the transaction), the failing row and those after it do not. Rows that
+// wait when their transaction ends, by a rollback or because the server ended it, are gone with it.
 #pragma once
 
 #include <QPointer>
@@ -67,6 +68,7 @@ private:
     void sendBlock();
     void finishWork() override { Flush(); }
     void releaseConnection() override {}
+    void dropUnread() noexcept override {}
     void rolledBack() override { Discard(); }
     void connectionGone() noexcept override;
 

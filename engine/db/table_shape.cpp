@@ -2,6 +2,7 @@
 #include "engine/db/table_shape.h"
 
 #include "engine/db/connection.h"
+#include "engine/db/reply.h"
 
 namespace torvik::db {
 

@@ -13,7 +13,6 @@ namespace torvik::db {
 
 namespace {
 
-constexpr int kMaxDigits = 38;
 constexpr qint64 kTicksPerMs = 10'000;
 constexpr qint64 kTicksPerDay = qint64{86'400'000} * kTicksPerMs;
 
@@ -50,30 +49,7 @@ qint64 roundedToInt(const Decimal& d) {
 }
 
 QString timeText(const DateTime& t) {
-    QString text = t.date().toString(QStringLiteral("dd.MM.yyyy"));
-    if (t.ticksOfDay() != 0) text += t.time().toString(QStringLiteral(" hh:mm:ss"));
-    return text;
-}
-
-// "dd.MM.yyyy", "yyyyMMdd" or "yyyy-MM-dd", then nothing or "hh:mm[:ss[.fff]]". Taken apart by hand: a QDateTime would
-// refuse the hour that summer time leaves out.
-std::optional<DateTime> timeFromText(const QString& text) {
-    QString trimmed = text.trimmed();
-    trimmed.replace(u'T', u' ');
-    const QString dayText = trimmed.section(u' ', 0, 0);
-    const QString clockText = trimmed.section(u' ', 1).trimmed();
-    QDate day;
-    for (const char* form : {"dd.MM.yyyy", "yyyyMMdd", "yyyy-MM-dd"}) {
-        day = QDate::fromString(dayText, QLatin1String(form));
-        if (day.isValid()) break;
-    }
-    if (!day.isValid()) return std::nullopt;
-    if (clockText.isEmpty()) return DateTime(day, QTime(0, 0));
-    for (const char* form : {"hh:mm:ss.zzz", "hh:mm:ss", "hh:mm"}) {
-        const QTime clock = QTime::fromString(clockText, QLatin1String(form));
-        if (clock.isValid()) return DateTime(day, clock);
-    }
-    return std::nullopt;
+    return t.toString(t.ticksOfDay() == 0 ? QStringLiteral("dd.MM.yyyy") : QStringLiteral("dd.MM.yyyy hh:mm:ss"));
 }
 
 // Digits as few as give the same number back, with an exponent only where it would take a screenful without.
@@ -92,83 +68,8 @@ Overload(F...) -> Overload<F...>;
 
 }  // namespace
 
-QString Decimal::toQString() const {
-    const bool negative = Unscaled < 0;
-    Int128 rest = negative ? -Unscaled : Unscaled;
-    QString digits;
-    while (rest > 0 || digits.size() <= Scale) {
-        digits.prepend(QChar(u'0' + int(rest % 10)));
-        rest /= 10;
-    }
-    if (Scale > 0) digits.insert(digits.size() - Scale, u'.');
-    return negative ? u'-' + digits : digits;
-}
-
-double Decimal::toDouble() const {
-    return toQString().toDouble();
-}
-
-std::optional<Decimal> Decimal::fromText(QStringView text) {
-    Decimal d;
-    text = text.trimmed();
-    bool negative = false;
-    if (!text.isEmpty() && (text.front() == u'-' || text.front() == u'+')) {
-        negative = text.front() == u'-';
-        text = text.mid(1);
-    }
-    bool point = false;
-    int digits = 0;
-    bool any = false;
-    for (const QChar c : text) {
-        if (c == u'.' && !point) {
-            point = true;
-            continue;
-        }
-        if (c < u'0' || c > u'9') return std::nullopt;
-        any = true;
-        if (digits > 0 || c != u'0') ++digits;
-        if (digits > kMaxDigits) return std::nullopt;
-        d.Unscaled = d.Unscaled * 10 + (c.unicode() - u'0');
-        d.Scale += point;
-    }
-    if (!any || d.Scale > kMaxDigits) return std::nullopt;
-    if (negative) d.Unscaled = -d.Unscaled;
-    return d;
-}
-
-bool operator==(const Decimal& a, const Decimal& b) {
-    const auto bare = [](Decimal d) {
-        while (d.Scale > 0 && d.Unscaled % 10 == 0) {
-            d.Unscaled /= 10;
-            --d.Scale;
-        }
-        return d;
-    };
-    const Decimal x = bare(a);
-    const Decimal y = bare(b);
-    return x.Unscaled == y.Unscaled && x.Scale == y.Scale;
-}
-
-DateTime::DateTime(QDate date, QTime time, int hundredNanoseconds)
-    : date_(date), ticks_(time.isValid() ? time.msecsSinceStartOfDay() * kTicksPerMs + hundredNanoseconds : 0) {}
-
-QTime DateTime::time() const {
-    return QTime::fromMSecsSinceStartOfDay(int(ticks_ / kTicksPerMs));
-}
-
-DateTime DateTime::fromTicks(QDate date, qint64 ticksOfDay) {
-    DateTime t;
-    t.date_ = date;
-    t.ticks_ = ticksOfDay;
-    return t;
-}
-
-Value::Value(const QDateTime& v) {
-    if (v.isValid()) v_ = DateTime(v);
-}
-
-Value::Value(const QDate& v) {
-    if (v.isValid()) v_ = DateTime(v, QTime(0, 0));
+Value::Value(const DateTime& v) {
+    if (v.isValid()) v_ = v;
 }
 
 QString Value::toQString() const {
@@ -232,12 +133,12 @@ bool Value::toBool() const {
     return toDouble() != 0;
 }
 
-DateTime Value::toExactDateTime() const {
+DateTime Value::toDateTime() const {
     if (const auto* v = std::get_if<DateTime>(&v_)) return *v;
     if (isNull()) return {};
     if (const auto* text = std::get_if<QString>(&v_)) {
         if (text->trimmed().isEmpty()) return {};
-        if (const auto time = timeFromText(*text)) return *time;
+        if (const auto time = DateTime::fromText(*text)) return *time;
         refuse(*text, "date and time");
     }
     if (std::holds_alternative<QByteArray>(v_) || std::holds_alternative<QUuid>(v_))
@@ -247,11 +148,6 @@ DateTime Value::toExactDateTime() const {
     const qint64 ms = std::llround((days - whole) * 86'400'000);
     const QDate date = dayZero().addDays(qint64(whole) + ms / 86'400'000);
     return DateTime::fromTicks(date, ms % 86'400'000 * kTicksPerMs);
-}
-
-QDateTime Value::toDateTime() const {
-    const DateTime exact = toExactDateTime();
-    return exact.date().isValid() ? exact.toQDateTime() : QDateTime();
 }
 
 QByteArray Value::toBytes() const {
@@ -278,12 +174,12 @@ Value convertTo(const Value& value, FieldType type) {
             return *number;
         }
         case FieldType::DateTime: {
-            const DateTime time = value.toExactDateTime();
+            const DateTime time = value.toDateTime();
             return time.date().isValid() ? Value(time) : Value();
         }
         case FieldType::Date: {
-            const DateTime time = value.toExactDateTime();
-            return time.date().isValid() ? Value(DateTime::fromTicks(time.date(), 0)) : Value();
+            const DateTime time = value.toDateTime();
+            return DateTime(time.date());
         }
         case FieldType::Text: return value.toQString();
         case FieldType::Bytes: return value.toBytes();

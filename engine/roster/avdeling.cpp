@@ -67,6 +67,7 @@ TAvdeling::TAvdeling(const EngineContext& context, TTorvikPos& torvikPos, QObjec
       FAvdQry(std::make_unique<db::Query>()),
       fKasseCollection(std::make_shared<TKasseCollection>([context] { return context.Seam.now(); })) {
     FAvdQry->CommandTimeout = 600;
+    FAvdQry->ParamCheck = false;  // an operator's own condition goes as he wrote it
     FAvdQry->SQL = rosterText();
 }
 

@@ -98,7 +98,7 @@ void TfraOppgjorStatus::UpdateStatus(int Ik_Ku_Id, const QString& AvdNr, const Q
     post(found, std::move(row));
 }
 
-void TfraOppgjorStatus::UpdateSisteOppgjor(const QString& AvdNr, const QString& KasseNr, const QDateTime& Value) {
+void TfraOppgjorStatus::UpdateSisteOppgjor(const QString& AvdNr, const QString& KasseNr, const db::DateTime& Value) {
     change(AvdNr, KasseNr, [&](OppgjorStatusRow& row) { row.SisteOppgjor = Value; });
 }
 

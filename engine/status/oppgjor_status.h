@@ -46,7 +46,7 @@ public:
     void UpdateStatus(int Ik_Ku_Id, const QString& AvdNr, const QString& AvdNavn, const QString& KasseNr,
                       const TOppgjorStatus& Status);
     // These change the till's row if it has one.
-    void UpdateSisteOppgjor(const QString& AvdNr, const QString& KasseNr, const QDateTime& Value);
+    void UpdateSisteOppgjor(const QString& AvdNr, const QString& KasseNr, const db::DateTime& Value);
     void UpdateOpplastMbps(const QString& AvdNr, const QString& KasseNr, double Value);
     void UpdateNonReconsiledSales(const QString& AvdNr, const QString& KasseNr, int Antall);
 

@@ -60,7 +60,8 @@ QVariant shownValue(const OppgjorStatusRow& row, int column) {
         case OppgjorStatusTable::TidBrukt:
             return row.TidBrukt ? QVariant(row.TidBrukt->toString(u"HH:mm:ss")) : QVariant();
         case OppgjorStatusTable::SisteOppgjor:
-            return row.SisteOppgjor ? QVariant(row.SisteOppgjor->toString(u"dd.MM.yyyy HH:mm:ss")) : QVariant();
+            return row.SisteOppgjor ? QVariant(row.SisteOppgjor->toString(QStringLiteral("dd.MM.yyyy HH:mm:ss")))
+                                    : QVariant();
         case OppgjorStatusTable::Opplast_mbps:
             return row.Opplast_mbps ? QVariant(QString::number(*row.Opplast_mbps, 'f', 2)) : QVariant();
         // Shown as a check box and as an icon, from the raw value.

@@ -3,13 +3,14 @@
 #pragma once
 
 #include <QAbstractTableModel>
-#include <QDateTime>
 #include <QHash>
 #include <QString>
 #include <QTime>
 #include <optional>
 #include <utility>
 #include <vector>
+
+#include "engine/db/date_time.h"
 
 namespace torvik {
 
@@ -25,7 +26,7 @@ struct OppgjorStatusRow {
     std::optional<int> DagerSidenBackup;
     int StatusIcon = 0;  // a TKasseLogSeverity value
     std::optional<int> Ik_Ku_Id;
-    std::optional<QDateTime> SisteOppgjor;
+    std::optional<db::DateTime> SisteOppgjor;
     std::optional<int> AntSalgIkkeOppgjort;
     std::optional<int> AvdnrSort;
     std::optional<double> Opplast_mbps;

@@ -68,7 +68,7 @@ int integerOf(const db::Query& row, const char* column) {
 CreditSale::CreditSale(const db::Query& row)
     : order(integerOf(row, "OR_ID")),
       customer(integerOf(row, "KU_ID")),
-      time(dateTimeLiteral(row.FieldByName(QStringLiteral("OR_TIDSPUNKT")).AsDateTime())),
+      time(row.dateTime("OR_TIDSPUNKT").literal()),
       ourReference(QStringLiteral("Bong %1 ved %2").arg(QString::number(order), textOf(row, "AN_NAVN"))),
       requisition(quotesDoubled(textOf(row, "OR_REKVISISJONSNUMMER"))),
       department(textOf(row, "IN_AVDNR")),

@@ -161,15 +161,15 @@ void CreateCreditOrder(TTorvikPos& torvikPos, int Or_Id) {
 }
 
 void CreateCreditOrdersEx(TTorvikPos& torvikPos, const QDateTime& FromDate, QStringList& List) {
-    const auto sold = tillQuery(torvikPos, QString::fromUtf8(kCreditSalesOfTill).arg(dateTimeLiteral(FromDate)));
+    const auto sold = tillQuery(torvikPos, QString::fromUtf8(kCreditSalesOfTill).arg(db::DateTime(FromDate).literal()));
     for (; !sold->Eof(); sold->Next()) {
         const double whole = std::trunc(sold->FieldByName(QStringLiteral("ol_antall")).AsFloat());
         const auto order = creditOrderQuery(
-            torvikPos, {QString::fromUtf8(kOrderWithLine)
-                            .arg(QString::number(integerOf(*sold, "or_ku_id")),
-                                 dateTimeLiteral(sold->FieldByName(QStringLiteral("or_tidspunkt")).AsDateTime()),
-                                 sold->FieldByName(QStringLiteral("ol_va_id")).AsString().trimmed(),
-                                 numberLiteral(whole), numberLiteral(whole + 1))});
+            torvikPos,
+            {QString::fromUtf8(kOrderWithLine)
+                 .arg(QString::number(integerOf(*sold, "or_ku_id")), sold->dateTime("or_tidspunkt").literal(),
+                      sold->FieldByName(QStringLiteral("ol_va_id")).AsString().trimmed(), numberLiteral(whole),
+                      numberLiteral(whole + 1))});
         order->Open();
         const bool missing = order->IsEmpty() || makeAllTheSame(torvikPos, *sold, order->Fields(0).AsInteger());
         const QString id = QString::number(integerOf(*sold, "or_id"));

@@ -160,7 +160,7 @@ void TButikksalg::AddSale(const QString& Va_Id, int Ol_Status, double Antall, do
 
 QString TButikksalg::postingOf(const TButikksalgItem& item) const {
     const QString department = QString::number(item.Ik_Ku_Id);
-    const QString date = dateLiteral(Dato.date());
+    const QString date = Dato.dateLiteral();
     // A back office that does not know the status loses the split by it; the sums stay apart all the same.
     if (torvikPos_.TargetDBVersion() > kStatusSinceBackOffice)
         return QString::fromUtf8(kPostWithStatus)
@@ -190,7 +190,7 @@ void TButikksalg::UpdateTimesalg(QStringList& statements) {
     FTimesalgQry.Open();
     torvikPos_.AddLog(QStringLiteral("Behandler timesalg, totalt %1 poster").arg(FTimesalgQry.RecordCount()));
     const QString department = QString::number(FIk_Ku_Id);
-    const QString date = dateTimeLiteral(Dato);
+    const QString date = Dato.literal();
     const QString nothing = QString::number(0);
     for (; !FTimesalgQry.Eof(); FTimesalgQry.Next()) {
         const QString hour = QString::number(FTimesalgQry.FieldByName(QStringLiteral("Kl")).AsInteger());

@@ -3,7 +3,6 @@
 // its till, and runs it inside each settlement's pair of transactions. docs/settlements.md tells the rules.
 #pragma once
 
-#include <QDateTime>
 #include <QHash>
 #include <QObject>
 #include <QStringList>
@@ -18,7 +17,7 @@ class TTorvikPos;
 
 struct TButikksalgItem {
     int Ik_Ku_Id = 0;
-    QDateTime Dato;
+    db::DateTime Dato;
     int Ol_Status = 0;
     QString Va_Id;  // upper case
     double Antall = 0;
@@ -39,7 +38,7 @@ public:
     // Raises EngineError for a department that the roster does not have.
     void SetAvdelingsnummer(const QString& value);
     QString KasseNr;
-    QDateTime Dato;
+    db::DateTime Dato;
 
     // Posts the settlement. Raises EngineError without a date or department, and for an item that neither exists nor
     // can be replaced; the collection is empty before and, when it succeeds, after.

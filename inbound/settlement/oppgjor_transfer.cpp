@@ -36,14 +36,14 @@ void TOppgjor::reportUnsettledSales() {
     FqryGeneralSource.SQL = QStringList{QString::fromUtf8(kUnsettledSales)};
     FqryGeneralSource.Open();
     const int count = static_cast<int>(FqryGeneralSource.FieldByName(QStringLiteral("AntOrdre")).AsInteger());
-    const QDateTime last = FqryGeneralSource.FieldByName(QStringLiteral("SisteOppgjor")).AsDateTime();
+    const db::DateTime last = FqryGeneralSource.FieldByName(QStringLiteral("SisteOppgjor")).AsDateTime();
     FqryGeneralSource.Close();
     if (count >= 1) torvikPos_.ffraOppgjorStatus->UpdateNonReconsiledSales(avd(), till(), count);
 
     FqryGeneralTarget.Close();
     FqryGeneralTarget.SQL = QStringList{QString::fromUtf8(kStoreUnsettledSales)
                                             .arg(QString::number(count >= 1 ? count : 0),
-                                                 last.isValid() ? dateTimeLiteral(last) : QStringLiteral("null"),
+                                                 last.isValid() ? last.literal() : QStringLiteral("null"),
                                                  QString::number(ikKuId()), till())};
     FqryGeneralTarget.ExecSQL();
 }

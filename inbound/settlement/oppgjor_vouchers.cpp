@@ -88,7 +88,7 @@ private:
                                quoted("AN_ID"),
                                number(kind_.issuedBy),
                                number("BELOP"),
-                               validUntil.IsNull() ? QStringLiteral("NULL") : dateTimeLiteral(validUntil.AsDateTime()),
+                               validUntil.IsNull() ? QStringLiteral("NULL") : validUntil.AsDateTime().literal(),
                                quoted("BET_AVDNR"),
                                quoted("BET_KASSENR"),
                                quoted("BET_AN_ID"),

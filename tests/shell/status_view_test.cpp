@@ -103,7 +103,7 @@ TEST_F(Status, LineShowsItsIconTimeAndTextOverAllColumns) {
 TEST_F(Status, RowShowsTheStateOfItsTill) {
     till(9);
     status(9, ostHentet, oksTrue);
-    frame.UpdateSisteOppgjor(QStringLiteral("9"), QStringLiteral("1"), QDateTime(QDate(2026, 3, 3), QTime(21, 0)));
+    frame.UpdateSisteOppgjor(QStringLiteral("9"), QStringLiteral("1"), db::DateTime(QDate(2026, 3, 3), QTime(21, 0)));
     frame.UpdateNonReconsiledSales(QStringLiteral("9"), QStringLiteral("1"), 4);
     frame.UpdateOpplastMbps(QStringLiteral("9"), QStringLiteral("1"), 2.5);
     show();

@@ -23,7 +23,7 @@ std::string cell(const db::Value& value) {
     if (value.isNull()) return "NULL";
     if (const bool* bit = std::get_if<bool>(&value.variant())) return *bit ? "1" : "0";
     if (const auto* time = std::get_if<db::DateTime>(&value.variant()))
-        return time->toQDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")).toStdString();
+        return time->toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")).toStdString();
     if (const auto* bytes = std::get_if<QByteArray>(&value.variant()))
         return "0x" + bytes->toHex().toUpper().toStdString();
     return value.toQString().toStdString();

@@ -12,7 +12,7 @@ namespace {
 QString cellText(const db::Value& value) {
     if (value.isNull()) return QStringLiteral("NULL");
     if (const auto* time = std::get_if<db::DateTime>(&value.variant()))
-        return time->toQDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz"));
+        return time->toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz"));
     if (const auto* bytes = std::get_if<QByteArray>(&value.variant()))
         return QStringLiteral("0x") + QString::fromLatin1(bytes->toHex().toUpper());
     if (const auto* decimal = std::get_if<db::Decimal>(&value.variant())) return decimal->toQString();

@@ -276,19 +276,5 @@ TEST_P(SilentTransaction, ASessionThatDoesNotSayWhetherItIsInATransactionIsGiven
     expectLost();
 }
 
-TEST_P(SilentTransaction, RowsNotSentWhenTheConnectionIsGivenUpAreToldOf) {
-    TORVIK_NEEDS_SANDBOX(server);
-    Table table(&server.session());
-    table.SetTableName(QStringLiteral("T"));
-    table.Open();
-    table.Append();
-    table.FieldByName(QStringLiteral("a")) = 2;
-    table.Post();
-    doNotAnswer("SELECT @@TRANCOUNT");
-    EXPECT_FALSE(server.session().InTransaction());
-    EXPECT_THROW(table.Close(), ConnectionError);
-    expectLost();
-}
-
 }  // namespace
 }  // namespace torvik::db

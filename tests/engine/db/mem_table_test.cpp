@@ -228,5 +228,42 @@ TEST(MemTable, AColumnStandsOnce) {
     EXPECT_THROW(table.AddColumn(QStringLiteral("b"), FieldType::Text), UsageError);
 }
 
+TEST(MemTable, TextIsTrimmedAndIntegerIsChecked) {
+    MemTable table;
+    table.AddColumn(QStringLiteral("navn"), FieldType::Text);
+    table.AddColumn(QStringLiteral("nummer"), FieldType::Integer);
+    table.AddColumn(QStringLiteral("når"), FieldType::DateTime);
+    table.Open();
+    table.Append();
+    table.FieldByName(QStringLiteral("navn")) = " Kari  ";
+    table.FieldByName(QStringLiteral("nummer")) = 7;
+    table.FieldByName(QStringLiteral("når")) = DateTime(QDate(2026, 3, 29), QTime(2, 30));
+    table.Post();
+    EXPECT_EQ(table.text("NAVN"), QStringLiteral("Kari"));
+    EXPECT_EQ(table.integer("nummer"), 7);
+    EXPECT_EQ(table.dateTime("når"), DateTime(QDate(2026, 3, 29), QTime(2, 30)));
+    EXPECT_THROW(static_cast<void>(table.text("finnes ikke")), UsageError);
+
+    table.Append();
+    table.FieldByName(QStringLiteral("nummer")) = qint64{1} << 31;
+    table.Post();
+    EXPECT_EQ(table.text("navn"), QString());
+    const auto textOfError = [](auto read) {
+        try {
+            read();
+        } catch (const UsageError& e) {
+            return e.text();
+        }
+        return QString();
+    };
+    EXPECT_EQ(textOfError([&] { static_cast<void>(table.integer("nummer")); }),
+              QStringLiteral("'2147483648' is not a valid integer value for field 'nummer'"));
+    EXPECT_EQ(textOfError([&] { static_cast<void>(table.dateTime("når")); }),
+              QStringLiteral("Row 2 has no date and time for field 'når'"));
+    table.First();
+    EXPECT_EQ(textOfError([&] { static_cast<void>(table.integer("navn")); }),
+              QStringLiteral("' Kari  ' is not a valid integer value for field 'navn'"));
+}
+
 }  // namespace
 }  // namespace torvik::db

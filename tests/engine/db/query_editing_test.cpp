@@ -17,13 +17,20 @@ TEST(TableOfSelect, OneTableInAllSpellings) {
         {"select top 1 * from KundeGruppe kg with (nolock) order by a", "KundeGruppe"},
         {"select 'x from y' as a -- from z\nfrom T", "T"},
         {"select a from base..T where b in (1, 2)", "base..T"},
+        {"select a from T x with (nolock, rowlock) order by a, b", "T"},
+        {"select a from T as [x, y] where a = 'b, c' order by a, b", "T"},
+        {"select a from [T, U] /* , /* V */ , W */ order by a, b", "[T, U]"},
+        {"select a from T for xml auto, elements", "T"},
     };
     for (const auto& [text, table] : cases) EXPECT_EQ(tableOfSelect(QLatin1String(text)), QLatin1String(table)) << text;
 }
 
 TEST(TableOfSelect, SeveralTablesAreRefused) {
     for (const char* text :
-         {"select * from a, b", "select * from a x, b", "select * from a join b on 1 = 1",
+         {"select * from a, b", "select * from a x, b", "select * from a as x, b", "select * from a as [x y], b",
+          "select * from a with (nolock, rowlock), b", "select * from a (nolock) , b",
+          "select * from a x with (nolock), b", "select * from [a, c] , b where d = 1", "select * from a /* , */ , b",
+          "select * from a join b on 1 = 1", "select * from a cross apply f(a.x)", "select * from (select 1 as x) a",
           "select * from a union select * from b", "exec p", "select 1", "select a from T group by a"})
         EXPECT_THROW(static_cast<void>(tableOfSelect(QLatin1String(text))), UsageError) << text;
 }

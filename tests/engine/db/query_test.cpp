@@ -2,8 +2,10 @@
 #include "engine/db/query.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include "engine/db/errors.h"
+#include "engine/db/stored_proc.h"
 #include "tests/support/qt_print.h"
 #include "tests/support/sandbox_wire.h"
 
@@ -23,6 +25,16 @@ protected:
             return e.Number;
         }
         return 0;
+    }
+
+    void fillT(int rows) {
+        server.run(QStringLiteral("DECLARE @i int SET @i = 0 SET NOCOUNT ON WHILE @i < %1 BEGIN "
+                                  "INSERT T VALUES (@i, 'x') SET @i = @i + 1 END SET NOCOUNT OFF")
+                       .arg(rows));
+    }
+
+    void walk() {
+        while (!query.Eof()) query.Next();
     }
 
     Query query{&server.session()};
@@ -300,6 +312,61 @@ TEST_P(QueryTest, ColumnsOfTheSameNameAreTheFirstHoweverOftenAsked) {
         EXPECT_EQ(query.FieldByName(QStringLiteral("A")).AsInteger(), 1);
         EXPECT_EQ(query.FieldByName(QStringLiteral("B")).AsInteger(), 2);
     }
+}
+
+TEST_P(QueryTest, ANameIsTheSameColumnWhateverWasAskedBefore) {
+    query.SQL = {QStringLiteral("SELECT 1 AS a, 2 AS A, 3 AS b")};
+    query.Open();
+    EXPECT_EQ(query.FieldByName(QStringLiteral("A")).AsInteger(), 1);
+    EXPECT_EQ(query.FieldByName(QStringLiteral("a")).AsInteger(), 1);
+    EXPECT_EQ(query.FieldByName(QStringLiteral("A")).AsInteger(), 1);
+    query.SQL = {QStringLiteral("SELECT 1 AS A, 2 AS a")};
+    query.Open();
+    EXPECT_EQ(query.FieldByName(QStringLiteral("a")).AsInteger(), 1);
+}
+
+TEST_P(QueryTest, RollbackDropsTheRestOfAUnidirectionalQuery) {
+    fillT(3000);
+    query.SQL = {QStringLiteral("SELECT a FROM T ORDER BY a")};
+    query.UniDirectional = true;
+    server.session().StartTransaction();
+    query.Open();
+    server.session().Rollback();
+    EXPECT_THROW(walk(), StatementError);
+    EXPECT_LE(query.RecordCount(), 1000);
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM T")), "n\n3000\n");
+}
+
+TEST_P(QueryTest, ClosingTheSessionDropsTheRestOfAUnidirectionalQuery) {
+    fillT(3000);
+    query.SQL = {QStringLiteral("SELECT a FROM T ORDER BY a")};
+    query.UniDirectional = true;
+    query.Open();
+    server.session().Close();
+    EXPECT_THROW(walk(), ConnectionError);
+    EXPECT_LE(query.RecordCount(), 1000);
+}
+
+// The first row sets' buffers are given back to the system at once, so that a driver that still wrote there would end
+// the program.
+TEST_P(QueryTest, RowSetsOfOtherShapesAreReadIntoBuffersOfTheirOwn) {
+    mallopt(M_MMAP_THRESHOLD, 64 * 1024);
+    server.run(
+        QStringLiteral("CREATE PROCEDURE Flere AS "
+                       "SELECT CAST('x' AS nchar(4000)) AS a, CAST('y' AS nchar(4000)) AS b, 3 AS c "
+                       "SELECT CAST('lang' AS text) AS t, 7 AS n, 8 AS m "
+                       "SELECT 9 AS alene "
+                       "SELECT CAST('y' AS nchar(4000)) AS b RETURN 5"));
+    StoredProc call(&server.session());
+    call.StoredProcName = QStringLiteral("Flere");
+    call.ExecProc();
+    EXPECT_EQ(call.ReturnValue(), 5);
+    query.SQL = {QStringLiteral("EXEC Flere")};
+    query.Open();
+    EXPECT_EQ(query.text("a"), QStringLiteral("x"));
+    EXPECT_EQ(query.integer("c"), 3);
+    query.ExecSQL();
+    mallopt(M_MMAP_THRESHOLD, 128 * 1024);
 }
 
 TEST_P(QueryTest, AUnidirectionalQueryRaisesTheErrorBehindItsRows) {

@@ -32,5 +32,15 @@ INSTANTIATE_TEST_SUITE_P(
                     CountCase{"SELECT a FROM T -- ORDER BY a", "SELECT a FROM T -- ORDER BY a"},
                     CountCase{"SELECT [ORDER BY] FROM Reorder", "SELECT [ORDER BY] FROM Reorder"}));
 
+TEST(SqlText, CommentsNest) {
+    EXPECT_EQ(withoutLiterals(QStringLiteral("a /* b /* c */ d */ e")), QStringLiteral("a   e"));
+    EXPECT_EQ(withoutLiterals(QStringLiteral("a /* b /* c */ d")), QStringLiteral("a  "));
+    EXPECT_EQ(withoutLiterals(QStringLiteral("a /*/ b */ c")), QStringLiteral("a   c"));
+}
+
+TEST(SqlText, NamesAndLiteralsAreWords) {
+    EXPECT_EQ(withoutNames(QStringLiteral("[a, b] = 'c, d' AND \"e, f\" -- , g")), QStringLiteral("x = x AND x  "));
+}
+
 }  // namespace
 }  // namespace torvik::db

@@ -79,7 +79,7 @@ TEST_P(TableTest, RowsTravelInBlocks) {
                   for (int i = 0; i < 1000; ++i) add(i, "x");
                   table.Flush();
               }),
-              6U);
+              8U);
     EXPECT_EQ(table.PostedRows(), 1000);
     EXPECT_EQ(table.SentRows(), 1000);
 }
@@ -285,6 +285,86 @@ TEST_P(TableTest, ColumnsAreKnownFromTheServer) {
     EXPECT_THROW(table.SetTableName(QStringLiteral("U")), UsageError);
     EXPECT_THROW(table.Edit(), UsageError);
     EXPECT_THROW(table.Delete(), UsageError);
+}
+
+TEST_P(TableTest, RowsThatWaitWhenTheirTransactionDiesAreGoneWithIt) {
+    open(kTwoColumns);
+    TORVIK_NEEDS_SANDBOX(server);
+    Session& session = server.session();
+    session.StartTransaction();
+    server.run(QStringLiteral("UPDATE T SET b = b"));  // so that nobody knows without asking
+    add(1, "x");
+    server.server().dropConnections();
+    if (session.InTransaction()) session.Rollback();
+    session.Close();
+    session.Open();
+    table.Close();
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n");
+}
+
+// The rows are in when the question for their number fails: sending them again would put them in twice.
+TEST_P(TableTest, ABlockWhoseErrorMayHaveLeftRowsIsTakenBackBeforeItIsSentAgain) {
+    open(kTwoColumns);
+    TORVIK_NEEDS_SANDBOX(server);
+    server.run(QStringLiteral("SET NOCOUNT ON"));
+    for (const bool inTransaction : {false, true}) {
+        sandbox::FaultRule rule;
+        rule.match.textContains = "SELECT @@ROWCOUNT";
+        rule.action = sandbox::FaultAction::Fail;
+        rule.message.number = 50000;
+        rule.message.severity = 16;
+        rule.message.text = "ikke nå";
+        if (inTransaction) server.session().StartTransaction();
+        server.run(QStringLiteral("DELETE FROM T"));
+        const int met = server.faults().add(rule);
+        for (int i = 0; i < 900; ++i) add(i, "x");
+        table.Flush();
+        server.faults().remove(met);
+        if (inTransaction) server.session().Commit();
+        EXPECT_FALSE(server.session().InTransaction());
+        EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n, COUNT(DISTINCT a) AS ulike FROM T")),
+                  "n | ulike\n900 | 900\n")
+            << inTransaction;
+    }
+}
+
+TEST_P(TableTest, RowsThatTheServerDidNotTakeAreMissed) {
+    open(kTwoColumns);
+    add(-1, "x");
+    table.Flush();  // the catalogue is asked before ROWCOUNT cuts its answer
+    for (const bool inTransaction : {false, true}) {
+        if (inTransaction) server.session().StartTransaction();
+        server.run(QStringLiteral("SET ROWCOUNT 2"));
+        for (int i = 0; i < 3; ++i) add(i, "x");
+        try {
+            table.Flush();
+            ADD_FAILURE() << "sent";
+        } catch (const StatementError& e) {
+            EXPECT_EQ(e.text(), QStringLiteral("Of 3 rows for table T the server has taken 2"));
+        }
+        server.run(QStringLiteral("SET ROWCOUNT 0"));
+        EXPECT_EQ(server.session().InTransaction(), inTransaction);
+        server.session().Rollback();
+        EXPECT_EQ(table.SentRows(), 1);
+        EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM T")), "a\n-1\n");
+    }
+}
+
+TEST_P(TableTest, RowsForAViewAreSentOneByOne) {
+    server.run(QStringLiteral("CREATE TABLE Under (a int NOT NULL, b varchar(10) NULL)"));
+    server.run(QStringLiteral("CREATE VIEW T AS SELECT a, b FROM Under"));
+    table.SetTableName(QStringLiteral("T"));
+    table.Open();
+    TORVIK_NEEDS_SANDBOX(server);
+    int inserts = 0;
+    const int observer = server.faults().observe([&](const sandbox::RequestInfo& request) {
+        inserts += request.text.find("INSERT INTO T") != std::string::npos;
+    });
+    for (int i = 0; i < 3; ++i) add(i, "x");
+    table.Flush();
+    server.faults().forget(observer);
+    EXPECT_EQ(inserts, 3);
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM Under ORDER BY a")), "a\n0\n1\n2\n");
 }
 
 }  // namespace

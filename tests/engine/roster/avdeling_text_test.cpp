@@ -65,6 +65,11 @@ TEST_F(RosterText, TextFilters) {
     for (int number : {5, 6, 7}) EXPECT_EQ(line(number), QStringLiteral(" "));
 }
 
+TEST_F(RosterText, ColonsOfAnOperatorsConditionAreNoParameters) {
+    roster().SetExcludePosListSQL(QStringLiteral("AND Ikk_Server<>:nei"));
+    EXPECT_TRUE(roster().Qry().Params().All().empty());
+}
+
 TEST_F(RosterText, ClearFilterDropsTheInitialConditionAndKeepsTypesAndExclusion) {
     roster().SetButikktyper(QStringLiteral("1"));
     roster().SetExcludePosListSQL(QStringLiteral("AND 1=1"));

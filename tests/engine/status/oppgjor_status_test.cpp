@@ -142,7 +142,7 @@ TEST(UpdateStatus, SetsBothColumnsToTrueOrFalse) {
 TEST(UpdateColumns, ChangeTheRowOfAKnownTill) {
     TfraOppgjorStatus frame;
     setStatus(frame, ostHentet, oksTrue);
-    const QDateTime settled(QDate(2026, 2, 3), QTime(21, 0));
+    const db::DateTime settled(QDate(2026, 2, 3), QTime(21, 0));
     frame.UpdateSisteOppgjor(kAvd, kKasse, settled);
     frame.UpdateOpplastMbps(kAvd, kKasse, 12.345);
     frame.UpdateNonReconsiledSales(kAvd, kKasse, 4);
@@ -154,7 +154,7 @@ TEST(UpdateColumns, ChangeTheRowOfAKnownTill) {
 
 TEST(UpdateColumns, PassOverAnUnknownTill) {
     TfraOppgjorStatus frame;
-    frame.UpdateSisteOppgjor(kAvd, kKasse, QDateTime::currentDateTime());
+    frame.UpdateSisteOppgjor(kAvd, kKasse, db::DateTime(QDateTime::currentDateTime()));
     frame.UpdateOpplastMbps(kAvd, kKasse, 1);
     frame.UpdateNonReconsiledSales(kAvd, kKasse, 1);
     EXPECT_EQ(frame.memOppgjorStatus.RecordCount(), 0);

@@ -205,7 +205,7 @@ TEST_F(StoreSales, SayWhatIsMissing) {
     TOppgjor oppgjor(*run.engine.Avdeling);
     TButikksalg sales(oppgjor);
     EXPECT_EQ(failureOf([&] { sales.Execute(); }), QStringLiteral("Du må oppgi en salgsdato først"));
-    sales.Dato = QDateTime(QDate(2026, 3, 2), QTime(21, 0));
+    sales.Dato = db::DateTime(QDate(2026, 3, 2), QTime(21, 0));
     EXPECT_EQ(failureOf([&] { sales.Execute(); }), QStringLiteral("Du må oppgi en avdeling først"));
     EXPECT_EQ(failureOf([&] { sales.SetAvdelingsnummer(QStringLiteral("999")); }),
               QStringLiteral("999 er ikke en gyldig avdeling"));

@@ -1,4 +1,5 @@
-// The one header through which engine/db sees ODBC: the calls of the driver, handles, and its messages. Internal.
+// The one header through which this room sees ODBC: the calls of the driver, handles, and its messages. Used by the
+// rest of odbc/ alone.
 //
 // FreeTDS' driver is loaded by path and called without a driver manager in between: unixODBC's answers SQLMoreResults
 // itself with "no data" after a failed SQLExecDirect, so that the rest of a batch behind a failing first statement
@@ -10,10 +11,16 @@
 #include <sqltypes.h>
 #include <sqlucode.h>
 
+// Behind the standard headers, whose names it uses (NULL too); with the calls of bulk copy.
+#include <cstddef>
+
+#define TDSODBC_BCP
+#include <odbcss.h>
+
 #include <utility>
 
-#include "engine/db/connect_string.h"
 #include "engine/db/errors.h"
+#include "engine/db/odbc/driver.h"
 
 namespace torvik::db::odbc {
 
@@ -21,6 +28,7 @@ namespace torvik::db::odbc {
 #define TORVIK_ODBC_CALLS(CALL) \
     CALL(SQLAllocHandle)        \
     CALL(SQLFreeHandle)         \
+    CALL(SQLFreeStmt)           \
     CALL(SQLSetEnvAttr)         \
     CALL(SQLSetConnectAttrW)    \
     CALL(SQLGetInfo)            \
@@ -81,8 +89,6 @@ private:
 
 // The messages that the last call on the handle left, in the driver's order.
 [[nodiscard]] QList<ServerMessage> diagnostics(const Api& calls, const Handle& handle);
-// PRINT, changed database and the like: SQLSTATE class 01.
-[[nodiscard]] bool isInformation(const ServerMessage& message);
 
 // What ODBC's wide functions take; the length is in characters.
 [[nodiscard]] inline SQLWCHAR* wide(const QString& text) {

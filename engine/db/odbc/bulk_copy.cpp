@@ -6,13 +6,17 @@
 
 #include "engine/db/connection.h"
 #include "engine/db/errors.h"
-#include "engine/db/odbc_bulk.h"
+#include "engine/db/odbc/bulk_calls.h"
+#include "engine/db/odbc/handles.h"
+#include "engine/db/reply.h"
 
 namespace torvik::db {
 
+using namespace odbc;
+
 struct BulkCopy::State {
     Connection& connection;
-    odbc::BulkCalls calls;
+    BulkCalls calls;
     int timeout;
     QString statement;
     std::vector<BulkCell> cells;
@@ -39,8 +43,8 @@ bool wantsDefaults(const TableShape& shape, const std::vector<int>& places) {
 // given and not null (nothing could be sent for them), and tables in which a null must stay null in one column and
 // become the default in another.
 bool BulkCopy::serves(Connection& connection, const TableShape& shape, const std::vector<int>& places) {
-    const odbc::BulkCalls calls = connection.bulkCalls();
-    if (shape.Columns.empty() || places.empty() || shape.InsertTrigger || !calls.available()) return false;
+    const BulkCalls calls(connection.handles_->calls, connection.handles_->dbc);
+    if (shape.Columns.empty() || places.empty() || shape.InsertTrigger || !connection.hasBulkCopy()) return false;
     const bool defaults = wantsDefaults(shape, places);
     for (size_t i = 0; i < shape.Columns.size(); ++i) {
         const TableColumn& column = shape.Columns[i];
@@ -53,12 +57,17 @@ bool BulkCopy::serves(Connection& connection, const TableShape& shape, const std
     return true;
 }
 
-BulkCopy::BulkCopy(Connection& connection, const TableShape& shape, const std::vector<int>& places, int timeout)
-    : state_(
-          new State{connection, connection.bulkCalls(), timeout, QStringLiteral("INSERT BULK ") + shape.Name, {}, {}}) {
+BulkCopy::BulkCopy(Connection& connection, const TableShape& shape, const std::vector<int>& places,
+                   const QString& opening, int timeout)
+    : state_(new State{connection,
+                       BulkCalls(connection.handles_->calls, connection.handles_->dbc),
+                       timeout,
+                       QStringLiteral("INSERT BULK ") + shape.Name,
+                       {},
+                       {}}) {
     State& s = *state_;
     // FreeTDS waits in bulk copy as long as in the statement before it.
-    static_cast<void>(lastRows(connection, {QStringLiteral("SELECT 1"), {}, timeout}));
+    connection.run({opening.isEmpty() ? QStringLiteral("SELECT 1") : opening, {}, timeout});
     require(s.calls.begin(shape.Name));
     s.hints = QByteArrayLiteral("CHECK_CONSTRAINTS");
     if (!wantsDefaults(shape, places)) s.hints += ", KEEP_NULLS";
@@ -78,9 +87,7 @@ BulkCopy::~BulkCopy() {
 void BulkCopy::require(bool went) {
     if (went) return;
     state_->connection.raiseBulkErrors(state_->statement);
-    ServerMessage message;
-    message.Text = QStringLiteral("The driver refused bulk copy without a message");
-    throw StatementError({message}, state_->statement);
+    throw StatementError(QStringLiteral("The driver refused bulk copy without a message"), state_->statement);
 }
 
 bool BulkCopy::send(std::span<const Value> row) {

@@ -8,7 +8,7 @@
 
 #include "engine/db/table_shape.h"
 
-namespace torvik::db {
+namespace torvik::db::odbc {
 
 class BulkCell {
 public:
@@ -54,4 +54,4 @@ private:
     QByteArray buffer_;
 };
 
-}  // namespace torvik::db
+}  // namespace torvik::db::odbc

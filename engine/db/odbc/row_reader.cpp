@@ -1,5 +1,5 @@
-// See odbc_rows.h.
-#include "engine/db/odbc_rows.h"
+// See row_reader.h.
+#include "engine/db/odbc/row_reader.h"
 
 #include <algorithm>
 #include <array>
@@ -143,7 +143,12 @@ void appendCell(Column& target, const char* cell, SQLLEN length, const FieldInfo
     } else if constexpr (std::is_same_v<Column, PlainColumn<PackedDecimal>>) {
         target.append(decimalOf(cell, length));
     } else if constexpr (std::is_same_v<Column, PlainColumn<DateTime>>) {
-        target.append(dateTimeOf(cellAs<SQL_TIMESTAMP_STRUCT>(cell)));
+        const DateTime value = dateTimeOf(cellAs<SQL_TIMESTAMP_STRUCT>(cell));
+        if (!value.isValid())
+            throw Error(QStringLiteral("Row %1 of column '%2' holds no valid date and time")
+                            .arg(target.values.size() + 1)
+                            .arg(info.Name));
+        target.append(value);
     } else if constexpr (std::is_same_v<Column, PlainColumn<QUuid>>) {
         target.append(uuidOf(cellAs<SQLGUID>(cell)));
     } else if constexpr (std::is_same_v<Column, PlainColumn<double>>) {
@@ -194,7 +199,11 @@ RowReader::RowReader(const Api& calls, const Handle& statement, std::vector<Fiel
     bind();
 }
 
-RowReader::~RowReader() = default;
+RowReader::~RowReader() {
+    calls_.SQLFreeStmt(statement_.get(), SQL_UNBIND);
+    calls_.SQLSetStmtAttrW(statement_.get(), SQL_ATTR_ROWS_FETCHED_PTR, nullptr, 0);
+    calls_.SQLSetStmtAttrW(statement_.get(), SQL_ATTR_ROW_ARRAY_SIZE, number(1), 0);
+}
 
 void RowReader::bind() {
     const auto firstLong = std::ranges::find_if(columns_, [](const FieldInfo& info) { return info.Long; });
@@ -207,7 +216,7 @@ void RowReader::bind() {
     if (firstLong == columns_.end())
         blockRows_ = std::clamp<SQLULEN>(kBlockBytes / SQLULEN(std::max<qsizetype>(rowBytes, 1)), 1, kMaxBlockRows);
     calls_.SQLSetStmtAttrW(statement_.get(), SQL_ATTR_ROW_ARRAY_SIZE, number(blockRows_), 0);
-    calls_.SQLSetStmtAttrW(statement_.get(), SQL_ATTR_ROWS_FETCHED_PTR, fetched_.get(), 0);
+    calls_.SQLSetStmtAttrW(statement_.get(), SQL_ATTR_ROWS_FETCHED_PTR, &fetched_, 0);
     SQLUSMALLINT place = 0;
     for (Buffer& buffer : bound_) {
         buffer.cells = std::make_unique_for_overwrite<char[]>(size_t(buffer.shape.width) * blockRows_);
@@ -219,16 +228,16 @@ void RowReader::bind() {
 }
 
 SQLRETURN RowReader::fetch(RowStore& rows) {
-    *fetched_ = 0;
+    fetched_ = 0;
     const SQLRETURN rc = calls_.SQLFetch(statement_.get());
-    if (rc == SQL_NO_DATA || (rc == SQL_ERROR && *fetched_ == 0)) return rc;
-    store(rows, *fetched_);
-    if (*fetched_ > 0)
+    if (rc == SQL_NO_DATA || (rc == SQL_ERROR && fetched_ == 0)) return rc;
+    store(rows, fetched_);
+    if (fetched_ > 0)
         for (size_t column = bound_.size(); column < columns_.size(); ++column) {
             const SQLRETURN got = readUnbound(column, rows);
             if (!SQL_SUCCEEDED(got)) return got;
         }
-    rows.rowsAppended(qsizetype(*fetched_));
+    rows.rowsAppended(qsizetype(fetched_));
     return rc;
 }
 

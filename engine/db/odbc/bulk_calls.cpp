@@ -1,8 +1,5 @@
-// See odbc_bulk.h.
-#include "engine/db/odbc_bulk.h"
-
-#define TDSODBC_BCP
-#include <odbcss.h>
+// See bulk_calls.h.
+#include "engine/db/odbc/bulk_calls.h"
 
 #include <QLibrary>
 #include <array>

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "engine/db/odbc.h"
+#include "engine/db/odbc/api.h"
 #include "engine/db/row_store.h"
 
 namespace torvik::db::odbc {
@@ -13,10 +13,14 @@ namespace torvik::db::odbc {
 // The columns of the statement's present row set; empty when there is none.
 [[nodiscard]] std::vector<FieldInfo> describeColumns(const Api& calls, const Handle& statement);
 
+// Owns the buffers that the statement's columns are bound to, and unbinds them at its end: a later row set of another
+// shape would be written into them otherwise. Ends before its statement does.
 class RowReader {
 public:
     RowReader(const Api& calls, const Handle& statement, std::vector<FieldInfo> columns);
     ~RowReader();
+    RowReader(const RowReader&) = delete;
+    RowReader& operator=(const RowReader&) = delete;
 
     [[nodiscard]] const std::vector<FieldInfo>& columns() const { return columns_; }
     // Appends the next block of rows. Gives ODBC's return code: SQL_NO_DATA at the end, SQL_ERROR when there is an
@@ -36,7 +40,7 @@ private:
     std::vector<FieldInfo> columns_;
     std::vector<Buffer> bound_;  // the columns before the first long one
     SQLULEN blockRows_ = 1;
-    std::unique_ptr<SQLULEN> fetched_ = std::make_unique<SQLULEN>(0);  // the driver keeps its address
+    SQLULEN fetched_ = 0;  // the driver keeps its address
     QByteArray piece_;
 };
 

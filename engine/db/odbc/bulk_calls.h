@@ -2,8 +2,8 @@
 // library, found at run time. Internal; used by BulkCopy.
 #pragma once
 
-#include "engine/db/bulk_cell.h"
-#include "engine/db/odbc.h"
+#include "engine/db/odbc/api.h"
+#include "engine/db/odbc/bulk_cell.h"
 
 namespace torvik::db::odbc {
 

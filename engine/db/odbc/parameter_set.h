@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "engine/db/argument.h"
-#include "engine/db/odbc.h"
+#include "engine/db/odbc/api.h"
 
 namespace torvik::db::odbc {
 

@@ -1,5 +1,5 @@
-// See odbc.h. Finds and loads the driver.
-#include "engine/db/odbc.h"
+// See api.h. Finds and loads the driver.
+#include "engine/db/odbc/api.h"
 
 #include <QFileInfo>
 #include <QLibrary>
@@ -155,10 +155,6 @@ QList<ServerMessage> diagnostics(const Api& calls, const Handle& handle) {
         messages += message;
     }
     return messages;
-}
-
-bool isInformation(const ServerMessage& message) {
-    return message.SqlState.startsWith(u"01");
 }
 
 }  // namespace torvik::db::odbc

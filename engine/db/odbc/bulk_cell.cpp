@@ -1,12 +1,12 @@
 // See bulk_cell.h.
-#include "engine/db/bulk_cell.h"
+#include "engine/db/odbc/bulk_cell.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
 
-namespace torvik::db {
+namespace torvik::db::odbc {
 
 // The server's type, and the type number under which bulk copy knows a value of it.
 struct BulkCell::Carried {
@@ -268,4 +268,4 @@ bool BulkCell::putText(const QString& value) {
     return pad(' ', to - start, (to - start) + (fixed_ ? room - value.size() : 0));
 }
 
-}  // namespace torvik::db
+}  // namespace torvik::db::odbc

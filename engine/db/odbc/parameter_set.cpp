@@ -1,5 +1,5 @@
-// See odbc_parameters.h.
-#include "engine/db/odbc_parameters.h"
+// See parameter_set.h.
+#include "engine/db/odbc/parameter_set.h"
 
 #include <algorithm>
 #include <cstring>
@@ -87,13 +87,13 @@ ParameterSet::Binding ParameterSet::fill(Slot& slot, const FieldInfo& type, cons
             return {SQL_C_CHAR, SQL_DECIMAL, kMaxDigits, SQLSMALLINT(scale), slot.bytes.data()};
         }
         case FieldType::DateTime:
-            if (!null) slot.time = timestampOf(value.toExactDateTime());
+            if (!null) slot.time = timestampOf(value.toDateTime());
             slot.length = sizeof slot.time;
             return {SQL_C_TYPE_TIMESTAMP, SQL_TYPE_TIMESTAMP, SQLULEN(type.Legacy ? 23 : 27),
                     SQLSMALLINT(type.Legacy ? 3 : 7), &slot.time};
         case FieldType::Date:
             if (!null) {
-                const QDate day = value.toExactDateTime().date();
+                const QDate day = value.toDateTime().date();
                 slot.date = {SQLSMALLINT(day.year()), SQLUSMALLINT(day.month()), SQLUSMALLINT(day.day())};
             }
             slot.length = sizeof slot.date;
