@@ -30,7 +30,7 @@ FailureKind underTwoLayers(const Failure& failure) {
 TEST(FailureKindOf, SurvivesTheWordsOfHigherLayers) {
     const db::ConnectionError lost(db::ConnectionError::Reason::Lost, QStringLiteral("borte"));
     EXPECT_EQ(underTwoLayers(lost), FailureKind::ConnectionLost);
-    EXPECT_EQ(underTwoLayers(db::CommitInDoubt(QStringLiteral("uten svar"))), FailureKind::CommitInDoubt);
+    EXPECT_EQ(underTwoLayers(db::CommitInDoubt(QStringLiteral("uten svar"), lost, false)), FailureKind::CommitInDoubt);
     EXPECT_EQ(underTwoLayers(db::TimeoutError(QStringLiteral("for lenge"))), FailureKind::TimedOut);
     EXPECT_EQ(underTwoLayers(db::StatementError(QStringLiteral("nektet"))), FailureKind::Refused);
     EXPECT_EQ(underTwoLayers(EAbort()), FailureKind::Cancelled);
