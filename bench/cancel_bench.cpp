@@ -61,7 +61,7 @@ int main(int argc, char** argv) {
         QCoreApplication::processEvents();
     };
     QString failure;
-    TOppgjor oppgjor(*program.engine.Avdeling);
+    TOppgjor oppgjor(program.engine.Parts().Visit(), program.joinPoints);
     try {
         oppgjor.Execute();
     } catch (const std::exception& e) {

@@ -13,6 +13,10 @@ QStringList statementLines(const char* text) {
     return statementLines(QString::fromUtf8(text));
 }
 
+QString quotesDoubled(QString text) {
+    return text.replace(QLatin1Char('\''), QStringLiteral("''"));
+}
+
 QString numberLiteral(double value) {
     const double size = std::abs(value);
     const bool plain = size == 0 || (size >= 1e-5 && size < 1e15);

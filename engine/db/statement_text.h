@@ -1,4 +1,5 @@
-// Pieces of SQL text: a statement's lines, and numbers as they stand within one (dates: engine/db/date_time.h).
+// Pieces of SQL text: a statement's lines, and texts and numbers as they stand within one (dates:
+// engine/db/date_time.h).
 #pragma once
 
 #include <QString>
@@ -9,6 +10,9 @@ namespace torvik {
 // The lines of a text, as a query takes them.
 [[nodiscard]] QStringList statementLines(const QString& text);
 [[nodiscard]] QStringList statementLines(const char* text);  // UTF-8
+
+// The text with its single quotes doubled, as it stands within a literal.
+[[nodiscard]] QString quotesDoubled(QString text);
 
 // With a point, no more digits than needed, and no exponent from 0.00001 up to 15 digits before the point: with one the
 // server would count it as a float.

@@ -2,7 +2,7 @@
 
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
-#include "engine/torvik_pos.h"
+#include "engine/office/item_numbers.h"
 
 namespace torvik {
 
@@ -45,37 +45,25 @@ constexpr char kRemoveFee[] =
  where ol_or_id = or_id and ku_FjernGebyr = 1 and or_id = %1
 and Ol_Va_ID = In_Fakturagebyr_Va_ID)";
 
-QString quotesDoubled(QString text) {
-    return text.replace(QLatin1Char('\''), QStringLiteral("''"));
-}
-
-QString textOf(const db::Query& row, const char* column) {
-    return row.FieldByName(QString::fromUtf8(column)).AsString().trimmed();
-}
-
-void setKeyOf(const CreditSale& sale, db::Query& query) {
-    query.ParamByName(QStringLiteral("Pos_Or_Id")) = sale.order;
-    query.ParamByName(QStringLiteral("KasseNr")) = sale.till;
-    query.ParamByName(QStringLiteral("AvdNr")) = sale.department;
+void setKey(db::Query& query, int order, const QString& till, const QString& department) {
+    query.ParamByName(QStringLiteral("Pos_Or_Id")) = order;
+    query.ParamByName(QStringLiteral("KasseNr")) = till;
+    query.ParamByName(QStringLiteral("AvdNr")) = department;
 }
 
 }  // namespace
 
-int integerOf(const db::Query& row, const char* column) {
-    return static_cast<int>(row.FieldByName(QString::fromUtf8(column)).AsInteger());
-}
-
 CreditSale::CreditSale(const db::Query& row)
-    : order(integerOf(row, "OR_ID")),
-      customer(integerOf(row, "KU_ID")),
+    : order(row.integer("OR_ID")),
+      customer(row.integer("KU_ID")),
       time(row.dateTime("OR_TIDSPUNKT").literal()),
-      ourReference(QStringLiteral("Bong %1 ved %2").arg(QString::number(order), textOf(row, "AN_NAVN"))),
-      requisition(quotesDoubled(textOf(row, "OR_REKVISISJONSNUMMER"))),
-      department(textOf(row, "IN_AVDNR")),
-      till(textOf(row, "IN_KASSENR")) {}
+      ourReference(quotesDoubled(QStringLiteral("Bong %1 ved %2").arg(QString::number(order), row.text("AN_NAVN")))),
+      requisition(quotesDoubled(row.text("OR_REKVISISJONSNUMMER"))),
+      department(row.text("IN_AVDNR")),
+      till(row.text("IN_KASSENR")) {}
 
-std::unique_ptr<db::Query> creditOrderQuery(TTorvikPos& torvikPos, const QStringList& sql) {
-    auto query = std::make_unique<db::Query>(torvikPos.TargetConnection());
+std::unique_ptr<db::Query> creditOrderQuery(const TillVisit& visit, const QStringList& sql) {
+    auto query = std::make_unique<db::Query>(&visit.OfficeSession);
     query->ParamCheck = false;
     query->CommandTimeout = kQueryTimeout;
     query->SQL = sql;
@@ -86,46 +74,46 @@ int importStatus(db::Query& general) {
     general.Close();
     general.SQL = statementLines(kImportStatus);
     general.Open();
-    const int status = integerOf(general, "In_Rpos_Or_Status_Import");
+    const int status = general.integer("In_Rpos_Or_Status_Import");
     general.Close();
     return status;
 }
 
-int customerAtBackOffice(TTorvikPos& torvikPos, int customer) {
-    const auto known = creditOrderQuery(torvikPos, {QString::fromUtf8(kCustomer).arg(customer)});
+int customerAtBackOffice(const TillVisit& visit, int customer) {
+    const auto known = creditOrderQuery(visit, {QString::fromUtf8(kCustomer).arg(customer)});
     known->Open();
     return known->IsEmpty() ? kCollectingCustomer : customer;
 }
 
-int linkedCreditOrder(TTorvikPos& torvikPos, const CreditSale& sale) {
-    const auto linked = creditOrderQuery(torvikPos, statementLines(kLinkedOrder));
+int linkedCreditOrder(const TillVisit& visit, int order, const QString& till, const QString& department) {
+    const auto linked = creditOrderQuery(visit, statementLines(kLinkedOrder));
     linked->ParamCheck = true;
-    setKeyOf(sale, *linked);
+    setKey(*linked, order, till, department);
     linked->Open();
-    return linked->IsEmpty() ? 0 : integerOf(*linked, "Or_ID");
+    return linked->IsEmpty() ? 0 : linked->integer("Or_ID");
 }
 
-void linkCreditOrder(TTorvikPos& torvikPos, const CreditSale& sale, int number) {
-    const auto link = creditOrderQuery(torvikPos, statementLines(kLinkOrder));
+void linkCreditOrder(const TillVisit& visit, const CreditSale& sale, int number) {
+    const auto link = creditOrderQuery(visit, statementLines(kLinkOrder));
     link->ParamCheck = true;
     link->ParamByName(QStringLiteral("Kreditt_Or_Id")) = number;
-    setKeyOf(sale, *link);
+    setKey(*link, sale.order, sale.till, sale.department);
     link->ExecSQL();
 }
 
-void insertCreditOrderLine(TTorvikPos& torvikPos, int number, const db::Query& row, const char* vat) {
-    const QString item = torvikPos.ResolveVaId(textOf(row, "OL_VA_ID"));
+void insertCreditOrderLine(const TillVisit& visit, int number, const db::Query& row, const char* vat) {
+    const QString item = quotesDoubled(visit.Items.ResolveVaId(row.text("OL_VA_ID")));
     const QString quantity = numberLiteral(row.FieldByName(QStringLiteral("OL_ANTALL")).AsFloat());
     const QString price = numberLiteral(row.FieldByName(QStringLiteral("OL_SALGSPRIS")).AsFloat());
     const QString discount = numberLiteral(row.FieldByName(QStringLiteral("OL_RABATT")).AsFloat());
     const QString rate = QString::number(row.FieldByName(QStringLiteral("OL_MVASATS")).AsFloat(), 'f', 2);
     const QString order = QString::number(number);
-    creditOrderQuery(torvikPos, {QString::fromUtf8(kInsertLine),
-                                 QString::fromUtf8(kSelectLine).arg(order, item, quotesDoubled(textOf(row, "VA_NAVN"))),
-                                 QString::fromUtf8(kSelectLineAmounts).arg(quantity, quantity, price, rate, discount),
-                                 QString::fromUtf8(vat).arg(rate), QString::fromUtf8(kFromItem).arg(item, order)})
+    creditOrderQuery(visit, {QString::fromUtf8(kInsertLine),
+                             QString::fromUtf8(kSelectLine).arg(order, item, quotesDoubled(row.text("VA_NAVN"))),
+                             QString::fromUtf8(kSelectLineAmounts).arg(quantity, quantity, price, rate, discount),
+                             QString::fromUtf8(vat).arg(rate), QString::fromUtf8(kFromItem).arg(item, order)})
         ->ExecSQL();
-    creditOrderQuery(torvikPos, statementLines(QString::fromUtf8(kRemoveFee).arg(order)))->ExecSQL();
+    creditOrderQuery(visit, statementLines(QString::fromUtf8(kRemoveFee).arg(order)))->ExecSQL();
 }
 
 }  // namespace torvik

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "engine/base/abort.h"
+#include "engine/base/run_options.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
 #include "engine/run/till_walk.h"
@@ -24,9 +25,11 @@ WHERE ku_id<>1 AND OR_ID=%1
 AND EXISTS ( SELECT * FROM BETALING WHERE BT_OR_ID=OR_ID AND BT_BF_ID=6)
 ORDER BY OR_ID)";
 
-// A back office whose GetID has no number to give: the batch takes it from GetspID, and tells which it was.
+// A back office whose GetID has no number to give: the batch takes it from GetspID, and tells which it was. Without one
+// nothing is inserted.
 constexpr char kTakeNumber[] = R"(declare @OR_ID int
-exec dbo.GetspID 'Or_ID', @Or_ID OUTPUT)";
+exec dbo.GetspID 'Or_ID', @Or_ID OUTPUT
+if @Or_ID >= 1)";
 constexpr char kTellNumber[] = "select @Or_ID as Or_ID";
 
 // VAT is always on, at the department's rate, whatever the customer says.
@@ -44,11 +47,13 @@ constexpr char kCreditSalesOfTill[] =
     R"(select or_id,or_ku_id,ol_id,ol_va_id,ol_antall,or_tidspunkt from ordre join ordrelinje on ( ol_or_id=or_id ) where or_status=0 and or_op_id is not null
  and exists ( select 1 from betaling where bt_or_id=or_id and bt_bf_id=6) and or_tidspunkt>=%1 order by or_id)";
 
+constexpr char kTill[] = "SELECT IN_AVDNR, IN_KASSENR FROM INNSTILLINGER";
+
 constexpr char kOrderWithLine[] =
     "select or_id from ordre join ordrelinje on ( ol_or_id=or_id ) where or_ku_id=%1 and or_dato>=%2 and ol_va_id='%3' and ol_levert between %4 and %5";
 
-std::unique_ptr<db::Query> tillQuery(TTorvikPos& torvikPos, const QString& sql) {
-    auto query = std::make_unique<db::Query>(torvikPos.SourceConnection);
+std::unique_ptr<db::Query> tillQuery(const TillVisit& visit, const QString& sql) {
+    auto query = std::make_unique<db::Query>(&visit.TillSession);
     query->ParamCheck = false;
     query->CommandTimeout = kQueryTimeout;
     query->SQL = statementLines(sql);
@@ -56,49 +61,77 @@ std::unique_ptr<db::Query> tillQuery(TTorvikPos& torvikPos, const QString& sql) 
     return query;
 }
 
-int createHead(TTorvikPos& torvikPos, const CreditSale& sale, int status) {
-    int number = torvikPos.GetTargetId(QStringLiteral("OR_ID"));
+void requireNumber(int number, const CreditSale& sale) {
+    if (number < 1)
+        throw EngineError(
+            QStringLiteral(
+                "En feil oppstod når kredittordre %1 skulle opprettes for avdelingsnummer %2, kassenummer %3")
+                .arg(QString::number(sale.order), sale.department, sale.till));
+}
+
+int createHead(const TillVisit& visit, const CreditSale& sale, int status) {
+    int number = visit.Office.GetTargetId(QStringLiteral("OR_ID"));
     const bool numbered = number != 0;
-    torvikPos.AddLog(numbered ? QStringLiteral("Oppretter ordrenr. %1 fra kredittsalg bong nr %2")
+    if (numbered) requireNumber(number, sale);
+    visit.Log.AddLog(numbered ? QStringLiteral("Oppretter ordrenr. %1 fra kredittsalg bong nr %2")
                                     .arg(QString::number(number), QString::number(sale.order))
                               : QStringLiteral("Oppretter ordre for kredittsalg bong nr %1").arg(sale.order));
     QStringList insert = statementLines(
         QString::fromUtf8(kInsertOrder)
             .arg(numbered ? QString::number(number) : QStringLiteral("@Or_ID"), QStringLiteral("NR"), sale.time,
                  QString::number(status), sale.ourReference, QStringLiteral("Rekv.nr.: %1 ").arg(sale.requisition),
-                 QString::number(customerAtBackOffice(torvikPos, sale.customer)), sale.department));
+                 QString::number(customerAtBackOffice(visit, sale.customer)), quotesDoubled(sale.department)));
     if (numbered) {
-        creditOrderQuery(torvikPos, insert)->ExecSQL();
+        creditOrderQuery(visit, insert)->ExecSQL();
     } else {
         insert = statementLines(QString::fromUtf8(kTakeNumber)) + insert;
         insert << QString::fromUtf8(kTellNumber);
-        const auto query = creditOrderQuery(torvikPos, insert);
+        const auto query = creditOrderQuery(visit, insert);
         query->Open();
-        number = integerOf(*query, "Or_ID");
+        number = query->integer("Or_ID");
+        requireNumber(number, sale);
     }
-    linkCreditOrder(torvikPos, sale, number);
+    linkCreditOrder(visit, sale, number);
     return number;
 }
 
+// An order of the same customer, not older, with a line of the item and about the quantity; or 0.
+int orderWithLine(const TillVisit& visit, const db::Query& sold) {
+    const double whole = std::trunc(sold.FieldByName(QStringLiteral("ol_antall")).AsFloat());
+    const auto order = creditOrderQuery(
+        visit, {QString::fromUtf8(kOrderWithLine)
+                    .arg(QString::number(sold.integer("or_ku_id")), sold.dateTime("or_tidspunkt").literal(),
+                         quotesDoubled(sold.text("ol_va_id")), numberLiteral(whole), numberLiteral(whole + 1))});
+    order->Open();
+    return order->IsEmpty() ? 0 : static_cast<int>(order->Fields(0).AsInteger());
+}
+
+// The order that the receipt's own row at the back office names; or 0.
+int linkedOrder(const TillVisit& visit, const db::Query& sold, const db::Query& till) {
+    return linkedCreditOrder(visit, sold.integer("or_id"), till.text("IN_KASSENR"), till.text("IN_AVDNR"));
+}
+
 // A warning that the order may exist: nobody to ask counts as an order that does.
-bool makeAllTheSame(TTorvikPos& torvikPos, const db::Query& line, qint64 backOfficeOrder) {
+bool makeAllTheSame(const TillVisit& visit, const db::Query& line, qint64 backOfficeOrder) {
     const QString known =
         QStringLiteral("Bong %1 (kunde %2, bl.a. vare %3) vil ikke opprettes, fordi den finnes på Torvik ordre %4.")
-            .arg(QString::number(integerOf(line, "or_id")), QString::number(integerOf(line, "or_ku_id")),
-                 line.FieldByName(QStringLiteral("ol_va_id")).AsString().trimmed(), QString::number(backOfficeOrder));
-    if (torvikPos.RunAsService()) {
-        if (torvikPos.OnAddLog) torvikPos.OnAddLog(&torvikPos, known, kWarningLevel, torvikPos.Seam.now());
+            .arg(QString::number(line.integer("or_id")), QString::number(line.integer("or_ku_id")),
+                 line.text("ol_va_id"), QString::number(backOfficeOrder));
+    const EngineContext& context = visit.Context;
+    if (context.Options.RunAsService()) {
+        if (context.Events.OnAddLog) context.Events.OnAddLog(context.Sender, known, kWarningLevel, context.Seam.now());
         return false;
     }
-    return torvikPos.OnAskOperator && torvikPos.OnAskOperator(known + QStringLiteral(" Vil du likevel opprette den?"));
+    return context.Events.OnAskOperator &&
+           context.Events.OnAskOperator(known + QStringLiteral(" Vil du likevel opprette den?"));
 }
 
 // What fails is told in the repair's own words, and is no failure of the walk's.
-void createMissingOfTill(TTorvikPos& torvikPos, const TillVisit& visit, const QDateTime& from) {
+void createMissingOfTill(const TillVisit& visit, const QDateTime& from) {
     try {
         QStringList missing;
-        CreateCreditOrdersEx(torvikPos, from, missing);
-        for (const QString& order : std::as_const(missing)) CreateCreditOrder(torvikPos, order.toInt());
+        CreateCreditOrdersEx(visit, from, missing);
+        for (const QString& order : std::as_const(missing)) CreateCreditOrder(visit, order.toInt());
     } catch (const std::exception& e) {
         visit.Log.AddLog(
             QStringLiteral("En feil oppstod i TTorvikPOS.CreateCreditOrdersEx (avd. %1, kasse %2). Feil: %3")
@@ -107,8 +140,7 @@ void createMissingOfTill(TTorvikPos& torvikPos, const TillVisit& visit, const QD
     }
 }
 
-TillWalkPlan planOf(TTorvikPos& torvikPos, const QDateTime& from) {
-    OperatorLog& log = torvikPos.Parts().Log;
+TillWalkPlan planOf(OperatorLog& log, const QDateTime& from) {
     return {
         .Wait = TillWalkPlan::Waiting::BetweenDepartments,
         .Unreachable =
@@ -117,7 +149,7 @@ TillWalkPlan planOf(TTorvikPos& torvikPos, const QDateTime& from) {
                                .arg(till.Avdelingsnummer, till.Kassenummer),
                            true);
             },
-        .Work = [&torvikPos, from](TillVisit& visit) { createMissingOfTill(torvikPos, visit, from); },
+        .Work = [from](const TillVisit& visit) { createMissingOfTill(visit, from); },
         .Failed =
             [&log](const TillIdentity& till, const std::exception& failure) {
                 // The name of the other run is required.
@@ -134,57 +166,60 @@ TillWalkPlan planOf(TTorvikPos& torvikPos, const QDateTime& from) {
     };
 }
 
-void createMissing(TTorvikPos& torvikPos, const QDateTime& from) {
-    RunParts& parts = torvikPos.Parts();
+void createMissing(RunParts& parts, const QDateTime& from) {
     parts.Office.SetConnection(parts.Office.Connection());
     parts.Items.Load();
     parts.Roster.Close();
     parts.Roster.Open();
-    TillWalk(parts, planOf(torvikPos, from)).Run();
+    TillWalk(parts, planOf(parts.Log, from)).Run();
     parts.Log.AddLog(QStringLiteral("fullføRT OPPRETTING AV MANGLENDE KREDITTORDRE"));
     parts.Log.SaveOppgjorLog();
 }
 
 }  // namespace
 
-void CreateCreditOrder(TTorvikPos& torvikPos, int Or_Id) {
-    const int status = importStatus(torvikPos.qryGeneralTarget());
-    const auto sale = tillQuery(torvikPos, QString::fromUtf8(kCreditSale).arg(Or_Id));
+void CreateCreditOrder(const TillVisit& visit, int Or_Id) {
+    const int status = importStatus(visit.Office.GeneralQuery());
+    const auto sale = tillQuery(visit, QString::fromUtf8(kCreditSale).arg(Or_Id));
+    // Each statement commits by itself: an item that cannot be resolved is found before the first.
+    for (; !sale->Eof(); sale->Next()) static_cast<void>(visit.Items.ResolveVaId(sale->text("OL_VA_ID")));
+    sale->First();
     int number = 0;
     int previous = -1;
     for (; !sale->Eof(); sale->Next()) {
-        const int order = integerOf(*sale, "OR_ID");
-        if (order != previous) number = createHead(torvikPos, CreditSale(*sale), status);
+        const int order = sale->integer("OR_ID");
+        if (order != previous) number = createHead(visit, CreditSale(*sale), status);
         previous = order;
-        if (number > 0) insertCreditOrderLine(torvikPos, number, *sale, kLineVat);
+        if (number > 0) insertCreditOrderLine(visit, number, *sale, kLineVat);
     }
 }
 
-void CreateCreditOrdersEx(TTorvikPos& torvikPos, const QDateTime& FromDate, QStringList& List) {
-    const auto sold = tillQuery(torvikPos, QString::fromUtf8(kCreditSalesOfTill).arg(db::DateTime(FromDate).literal()));
+void CreateCreditOrdersEx(const TillVisit& visit, const QDateTime& FromDate, QStringList& List) {
+    const auto till = tillQuery(visit, QString::fromUtf8(kTill));
+    const auto sold = tillQuery(visit, QString::fromUtf8(kCreditSalesOfTill).arg(db::DateTime(FromDate).literal()));
+    QStringList declined;  // receipts that are linked to an order and stay so
     for (; !sold->Eof(); sold->Next()) {
-        const double whole = std::trunc(sold->FieldByName(QStringLiteral("ol_antall")).AsFloat());
-        const auto order = creditOrderQuery(
-            torvikPos,
-            {QString::fromUtf8(kOrderWithLine)
-                 .arg(QString::number(integerOf(*sold, "or_ku_id")), sold->dateTime("or_tidspunkt").literal(),
-                      sold->FieldByName(QStringLiteral("ol_va_id")).AsString().trimmed(), numberLiteral(whole),
-                      numberLiteral(whole + 1))});
-        order->Open();
-        const bool missing = order->IsEmpty() || makeAllTheSame(torvikPos, *sold, order->Fields(0).AsInteger());
-        const QString id = QString::number(integerOf(*sold, "or_id"));
+        const QString id = QString::number(sold->integer("or_id"));
+        int known = orderWithLine(visit, *sold);
+        const bool byLinkAlone = known == 0;
+        // An order under another customer or item, or of another quantity, is known by its link. One answer holds for
+        // all lines of the receipt.
+        if (byLinkAlone && !List.contains(id) && !declined.contains(id)) known = linkedOrder(visit, *sold, *till);
+        if (byLinkAlone && declined.contains(id)) continue;
+        const bool missing = known == 0 || makeAllTheSame(visit, *sold, known);
+        if (byLinkAlone && !missing) declined << id;
         if (missing && !List.contains(id)) List << id;
     }
 }
 
 void ImportMissingCreditOrders(TTorvikPos& torvikPos, const QDateTime& ADateTime) {
-    torvikPos.AddLog(QStringLiteral("HENTER KREDITTORDRE SOM MANGLER"));
-    torvikPos.SetCancelRequest(false);
-    torvikPos.Cancelled = false;
+    RunParts& parts = torvikPos.Parts();
+    parts.Log.AddLog(QStringLiteral("HENTER KREDITTORDRE SOM MANGLER"));
+    parts.Control.Begin();
     try {
-        createMissing(torvikPos, ADateTime);
+        createMissing(parts, ADateTime);
     } catch (const std::exception& e) {
-        torvikPos.AddLog(
+        parts.Log.AddLog(
             QStringLiteral("En feil oppstod i rutinen TTorvikPos.ImportMissingCreditOrders: %1").arg(ErrorText(e)),
             true);
     }

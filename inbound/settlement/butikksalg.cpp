@@ -3,12 +3,14 @@
 #include <QDir>
 
 #include "engine/base/abort.h"
+#include "engine/base/seams.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
-#include "engine/log/log_pane.h"
+#include "engine/log/operator_log.h"
+#include "engine/office/back_office.h"
+#include "engine/office/item_numbers.h"
 #include "engine/roster/avdeling.h"
-#include "engine/torvik_pos.h"
-#include "inbound/settlement/oppgjor.h"
+#include "inbound/settlement/debug_file.h"
 #include "logging/logger.h"
 
 namespace torvik {
@@ -60,15 +62,15 @@ constexpr char kMarkOrders[] =
 
 }  // namespace
 
-TButikksalg::TButikksalg(TOppgjor& oppgjor) : QObject(&oppgjor), Oppgjor(oppgjor), torvikPos_(oppgjor.TorvikPos()) {
+TButikksalg::TButikksalg(const TillVisit& visit) : visit_(visit) {
     for (db::Query* query : {&FOrdreQry, &FTimesalgQry, &FqryGeneralTarget}) {
         query->CommandTimeout = kQueryTimeout;
         query->ParamCheck = false;
     }
-    FOrdreQry.SetConnection(torvikPos_.SourceConnection);
-    FTimesalgQry.SetConnection(torvikPos_.SourceConnection);
-    FqryGeneralTarget.SetConnection(torvikPos_.TargetConnection());
-    const bool hasStatus = db::Value(torvikPos_.DbVersion()).toInt() > kStatusSinceTillVersion;
+    FOrdreQry.SetConnection(&visit_.TillSession);
+    FTimesalgQry.SetConnection(&visit_.TillSession);
+    FqryGeneralTarget.SetConnection(&visit_.OfficeSession);
+    const bool hasStatus = db::Value(visit_.DbVersion).toInt() > kStatusSinceTillVersion;
     FOrdreQry.SQL = statementLines(
         QString::fromUtf8(kLinesOfSettlement).arg(hasStatus ? QString::fromUtf8(kStatusColumn) : QString()));
     FTimesalgQry.SQL = statementLines(kHoursOfSettlement);
@@ -86,7 +88,7 @@ void TButikksalg::SetOp_Id(int value) {
 
 void TButikksalg::SetAvdelingsnummer(const QString& value) {
     avdelingsnummer_ = value;
-    FIk_Ku_Id = Oppgjor.Roster().GetIk_Ku_Id(value);
+    FIk_Ku_Id = visit_.Roster.GetIk_Ku_Id(value);
     if (FIk_Ku_Id == -1) throw EngineError(QStringLiteral("%1 er ikke en gyldig avdeling").arg(value));
 }
 
@@ -105,11 +107,11 @@ void TButikksalg::clearCollection() {
 }
 
 void TButikksalg::CollectSales() {
-    db::Query posted(torvikPos_.TargetConnection());
+    db::Query posted(&visit_.OfficeSession);
     posted.ParamCheck = false;
     posted.CommandTimeout = kQueryTimeout;
-    posted.SQL =
-        statementLines(QString::fromUtf8(kLockOrders).arg(QString::number(opId_), QString::number(FIk_Ku_Id), KasseNr));
+    posted.SQL = statementLines(
+        QString::fromUtf8(kLockOrders).arg(QString::number(opId_), QString::number(FIk_Ku_Id), quotesDoubled(KasseNr)));
     posted.Open();
     const db::Field& postedAt = posted.FieldByName(QStringLiteral("Pos_Or_OppdatertBeholdning"));
 
@@ -145,7 +147,7 @@ void TButikksalg::CollectSales() {
 }
 
 void TButikksalg::AddSale(const QString& Va_Id, int Ol_Status, double Antall, double Omsetning) {
-    const QString id = torvikPos_.ResolveVaId(Va_Id).toUpper();
+    const QString id = visit_.Items.ResolveVaId(Va_Id).toUpper();
     const auto [place, added] = [&] {
         const auto found = places_.constFind({id, Ol_Status});
         if (found != places_.constEnd()) return std::pair(*found, false);
@@ -162,12 +164,12 @@ QString TButikksalg::postingOf(const TButikksalgItem& item) const {
     const QString department = QString::number(item.Ik_Ku_Id);
     const QString date = Dato.dateLiteral();
     // A back office that does not know the status loses the split by it; the sums stay apart all the same.
-    if (torvikPos_.TargetDBVersion() > kStatusSinceBackOffice)
+    if (visit_.Office.DBVersion() > kStatusSinceBackOffice)
         return QString::fromUtf8(kPostWithStatus)
-            .arg(department, item.Va_Id, date, numberLiteral(item.Antall), numberLiteral(item.Omsetning),
+            .arg(department, quotesDoubled(item.Va_Id), date, numberLiteral(item.Antall), numberLiteral(item.Omsetning),
                  QString::number(item.Ol_Status));
     return QString::fromUtf8(kPostWithoutStatus)
-        .arg(department, item.Va_Id, date, numberLiteral(item.Antall), numberLiteral(item.Omsetning));
+        .arg(department, quotesDoubled(item.Va_Id), date, numberLiteral(item.Antall), numberLiteral(item.Omsetning));
 }
 
 void TButikksalg::PostSales() {
@@ -176,19 +178,22 @@ void TButikksalg::PostSales() {
     UpdateTimesalg(statements);
     executeInBatches(statements);
 
-    FqryGeneralTarget.SQL =
-        QStringList{QString::fromUtf8(kMarkOrders).arg(QString::number(opId_), QString::number(FIk_Ku_Id), KasseNr)};
+    FqryGeneralTarget.SQL = QStringList{
+        QString::fromUtf8(kMarkOrders).arg(QString::number(opId_), QString::number(FIk_Ku_Id), quotesDoubled(KasseNr))};
     FqryGeneralTarget.ExecSQL();
 
     ++FileNameID;
-    SaveTextLines(QDir(torvikPos_.Seam.tempFolder()).filePath(QStringLiteral("Pluliste.%1.txt").arg(FileNameID)),
-                  statements);
+    saveDebugFile(visit_.Log, [&] {
+        SaveTextLines(
+            QDir(visit_.Context.Seam.tempFolder()).filePath(QStringLiteral("Pluliste.%1.txt").arg(FileNameID)),
+            statements);
+    });
 }
 
 void TButikksalg::UpdateTimesalg(QStringList& statements) {
     FTimesalgQry.Close();
     FTimesalgQry.Open();
-    torvikPos_.AddLog(QStringLiteral("Behandler timesalg, totalt %1 poster").arg(FTimesalgQry.RecordCount()));
+    visit_.Log.AddLog(QStringLiteral("Behandler timesalg, totalt %1 poster").arg(FTimesalgQry.RecordCount()));
     const QString department = QString::number(FIk_Ku_Id);
     const QString date = Dato.literal();
     const QString nothing = QString::number(0);
@@ -207,7 +212,7 @@ void TButikksalg::UpdateTimesalg(QStringList& statements) {
 
 // A batch goes off behind each statement whose place, from 0, is a multiple of 64: the first batch has one statement.
 void TButikksalg::executeInBatches(const QStringList& statements) {
-    db::Query query(torvikPos_.TargetConnection());
+    db::Query query(&visit_.OfficeSession);
     query.ParamCheck = false;
     query.CommandTimeout = kQueryTimeout;
     const auto execute = [&query] {

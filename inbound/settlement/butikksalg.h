@@ -1,19 +1,17 @@
 // Posts one settlement's sales to the back office's store statistics and item stock: an aggregate per item and line
-// status through UpdateButikksalg2, and one per hour into timesalg. TOppgjor owns one, which serves all settlements of
-// its till, and runs it inside each settlement's pair of transactions. docs/settlements.md tells the rules.
+// status through UpdateButikksalg2, and one per hour into timesalg. SettlementPosting owns one, which serves all
+// settlements of its till, and runs it inside each settlement's pair of transactions. docs/settlements.md tells the
+// rules.
 #pragma once
 
 #include <QHash>
-#include <QObject>
 #include <QStringList>
 #include <vector>
 
 #include "engine/db/query.h"
+#include "engine/run/till_visit.h"
 
 namespace torvik {
-
-class TOppgjor;
-class TTorvikPos;
 
 struct TButikksalgItem {
     int Ik_Ku_Id = 0;
@@ -24,12 +22,10 @@ struct TButikksalgItem {
     double Omsetning = 0;
 };
 
-class TButikksalg : public QObject {
-    Q_OBJECT
-
+class TButikksalg {
 public:
     // The till is connected to: its schema version decides the text of the queries.
-    explicit TButikksalg(TOppgjor& oppgjor);
+    explicit TButikksalg(const TillVisit& visit);
 
     [[nodiscard]] int Op_Id() const { return opId_; }
     // An open query reads the settlement's rows at once; a closed one only gets its text.
@@ -59,8 +55,7 @@ private:
     void executeInBatches(const QStringList& statements);
     [[nodiscard]] QString postingOf(const TButikksalgItem& item) const;
 
-    TOppgjor& Oppgjor;
-    TTorvikPos& torvikPos_;
+    const TillVisit& visit_;
     db::Query FOrdreQry;
     db::Query FTimesalgQry;
     db::Query FqryGeneralTarget;

@@ -96,6 +96,7 @@ void TdmPOStoTorvik::runTransfer(const TableMap& map) {
     const QString word = QString::fromUtf8(map.rowProgress ? map.rowProgress : "");
     transferTable(map, run, qrySource, *stagingTables_.at(QString::fromUtf8(map.component)),
                   [this, &word](int row, int rows) { Progress(word, row, false, rows); });
+    if (&map == &kTimerMap) timeEntries_.copied(qrySource);
 }
 
 void TdmPOStoTorvik::logOpened(const TableMap& map) {

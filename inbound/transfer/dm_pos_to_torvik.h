@@ -15,7 +15,9 @@
 #include "engine/db/query.h"
 #include "engine/db/stored_proc.h"
 #include "engine/db/table.h"
+#include "inbound/pairs/till_mark.h"
 #include "inbound/transfer/table_transfer.h"
+#include "inbound/transfer/time_entries.h"
 #include "inbound/transfer/transfer_steps.h"
 
 namespace torvik {
@@ -46,6 +48,9 @@ public:
     void Execute();
     // The lines of dts_logg of this run, over "PosToTorvikLog.txt" in the working directory.
     void SaveLog() const;
+
+    // What it has marked on the till, once it has run.
+    [[nodiscard]] const std::vector<TillMark>& Marks() const { return marks_; }
 
     // Whether no run of this till had started in the ten minutes before this one.
     [[nodiscard]] bool NoRecentStart() const { return noRecentStart_; }
@@ -87,6 +92,8 @@ private:
     QString step_;
     bool noRecentStart_ = true;
     QStringList logLines_;
+    TimeEntries timeEntries_;
+    std::vector<TillMark> marks_;
 
     db::Query qrySource;  // the one cursor of all table transfers
     db::Query qryCreateUtbetalingImport;
@@ -99,8 +106,5 @@ private:
     db::StoredProc spDeleteTemp;
     std::map<QString, std::unique_ptr<db::Table>> stagingTables_;  // by component name
 };
-
-// The data module of the till being fetched; none between tills. A cancel reaches a transfer under way through it.
-inline std::unique_ptr<TdmPOStoTorvik> dmPOStoTorvik;
 
 }  // namespace torvik

@@ -80,7 +80,8 @@ std::unique_ptr<db::Query> TdmPOStoTorvik::destinationQuery(const QString& sql) 
 
 void TdmPOStoTorvik::initialize() {
     Progress(step_, 0, true, 0);
-    const auto starts = destinationQuery(QString::fromUtf8(kRecentStarts).arg(QString::number(Ik_Ku_ID), kasseNr_));
+    const auto starts =
+        destinationQuery(QString::fromUtf8(kRecentStarts).arg(QString::number(Ik_Ku_ID), quotesDoubled(kasseNr_)));
     starts->Open();
     noRecentStart_ = starts->IsEmpty();
     Progress(step_, 1, true, 1);
@@ -94,7 +95,8 @@ void TdmPOStoTorvik::createTempTables() {
 }
 
 void TdmPOStoTorvik::startup() {
-    const auto till = destinationQuery(QString::fromUtf8(kTillOfRun).arg(QString::number(Ik_Ku_ID), kasseNr_));
+    const auto till =
+        destinationQuery(QString::fromUtf8(kTillOfRun).arg(QString::number(Ik_Ku_ID), quotesDoubled(kasseNr_)));
     till->Open();
     const auto text = [&till](const char* column) {
         return till->FieldByName(QString::fromUtf8(column)).AsString().trimmed();
@@ -104,7 +106,8 @@ void TdmPOStoTorvik::startup() {
                  .arg(QString::number(Ik_Ku_ID), kasseNr_, text("ikk_database")),
              0, true, 1);
 
-    const auto first = destinationQuery(QString::fromUtf8(kFirstId).arg(QString::number(Ik_Ku_ID), kasseNr_));
+    const auto first =
+        destinationQuery(QString::fromUtf8(kFirstId).arg(QString::number(Ik_Ku_ID), quotesDoubled(kasseNr_)));
     first->Open();
     firstId_ = first->FieldByName(QStringLiteral("OP_ID")).AsInteger();
     const auto id = destinationQuery(QString::fromUtf8(kNewRunId));
@@ -123,7 +126,7 @@ void TdmPOStoTorvik::startup() {
     db::Query version(sourceConnection_);
     version.SQL = statementLines(kTillVersion);
     version.Open();
-    tillVersion_ = static_cast<int>(version.FieldByName(QStringLiteral("IN_DBVERSION")).AsInteger());
+    tillVersion_ = version.integer("IN_DBVERSION");
     Progress(step_, 1, true, 1);
 }
 
@@ -150,7 +153,7 @@ QString TdmPOStoTorvik::knownStaff() {
     qryGeneral.Open();
     QStringList ids;
     for (; !qryGeneral.Eof(); qryGeneral.Next())
-        ids << QStringLiteral("'%1'").arg(qryGeneral.FieldByName(QStringLiteral("ika_id")).AsString().trimmed());
+        ids << QStringLiteral("'%1'").arg(quotesDoubled(qryGeneral.text("ika_id")));
     qryGeneral.Close();
     const QString list = ids.join(QLatin1Char(','));
     return list.trimmed().isEmpty() ? QStringLiteral("'-1'") : list;
@@ -160,7 +163,7 @@ int TdmPOStoTorvik::timeImportType() {
     qryGeneral.Close();
     qryGeneral.SQL = QStringList{QString::fromUtf8(kTimeImportType).arg(Ik_Ku_ID)};
     qryGeneral.Open();
-    const auto type = static_cast<int>(qryGeneral.FieldByName(QStringLiteral("Ik_TimeimportType")).AsInteger());
+    const auto type = qryGeneral.integer("Ik_TimeimportType");
     qryGeneral.Close();
     return type;
 }
@@ -198,7 +201,9 @@ void TdmPOStoTorvik::insertData() {
 void TdmPOStoTorvik::updateTimer() {
     Progress(QStringLiteral("Oppdaterer Timer"), 0, true, 0);
     qryUpdateTimer.SQL = statementLines(timeImportType() == kReleasedOnly ? kMarkReleasedTimer : kMarkClosedTimer);
+    timeEntries_.before(*sourceConnection_);
     qryUpdateTimer.ExecSQL();
+    marks_ = timeEntries_.after(*sourceConnection_);
 }
 
 void TdmPOStoTorvik::deleteTemp() {
@@ -206,7 +211,8 @@ void TdmPOStoTorvik::deleteTemp() {
 }
 
 void TdmPOStoTorvik::finish() {
-    destinationQuery(QString::fromUtf8(kDeleteStartMark).arg(QString::number(Ik_Ku_ID), kasseNr_))->ExecSQL();
+    destinationQuery(QString::fromUtf8(kDeleteStartMark).arg(QString::number(Ik_Ku_ID), quotesDoubled(kasseNr_)))
+        ->ExecSQL();
 }
 
 }  // namespace torvik

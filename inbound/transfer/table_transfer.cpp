@@ -52,7 +52,7 @@ std::vector<BoundRule> bindRules(const TableMap& map, int tillVersion, db::Query
 
 db::Value isStockCount(const BoundRule& rule, db::Query& source) {
     if (rule.source && !rule.source->IsNull()) return rule.source->AsValue();
-    return source.FieldByName(QStringLiteral("op_type")).AsString().trimmed() == kStockCountType;
+    return source.text("op_type") == kStockCountType;
 }
 
 db::Value valueOf(const BoundRule& bound, const TransferRun& run, db::Query& source) {

@@ -50,6 +50,10 @@ private:
     std::vector<sandbox::ResultColumn> columns_;
 };
 
+bool isIntent(const std::string& line) {
+    return line.find("'Par {") != std::string::npos;
+}
+
 TableLines readTables(sandbox::Server& server, const std::string& database) {
     sandbox::Session session(server.engine(), {.user = "sa", .database = database});
     Rows names;
@@ -68,7 +72,10 @@ TableLines readTables(sandbox::Server& server, const std::string& database) {
     for (std::size_t i = 0; i < tables.size(); ++i) {
         auto& lines = rows.sets.at(i);
         std::sort(lines.begin(), lines.end());
-        if (tables[i] == kMarksOfRuns) lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+        if (tables[i] == kMarksOfRuns) {
+            std::erase_if(lines, isIntent);
+            lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+        }
         state[tables[i]] = std::move(lines);
     }
     return state;
@@ -101,6 +108,14 @@ ChainState readState(sandbox::chain::DemoChain& chain) {
     for (std::size_t i = 0; i < chain.model().tills.size(); ++i)
         state.tills.push_back(readTables(chain.till(i), chain.model().tills[i].database));
     return state;
+}
+
+std::size_t countStandingPairs(sandbox::chain::DemoChain& chain) {
+    sandbox::Session session(chain.backOffice().engine(),
+                             {.user = "sa", .database = sandbox::chain::DemoChain::kBackOfficeDatabase});
+    Rows rows;
+    session.batch("SELECT * FROM dts_logg", rows);
+    return static_cast<std::size_t>(std::count_if(rows.sets.at(0).begin(), rows.sets.at(0).end(), isIntent));
 }
 
 TableLines withChange(const TableLines& base, const TableLines& before, const TableLines& after) {

@@ -22,7 +22,9 @@ struct ChainState {
     friend bool operator==(const ChainState&, const ChainState&) = default;
 };
 
+// Without the intents of pairs of transactions: those come and go within a run, and are counted apart.
 [[nodiscard]] ChainState readState(sandbox::chain::DemoChain& chain);
+[[nodiscard]] std::size_t countStandingPairs(sandbox::chain::DemoChain& chain);
 
 // `base` with what has come and gone from `before` to `after`, table by table.
 [[nodiscard]] TableLines withChange(const TableLines& base, const TableLines& before, const TableLines& after);

@@ -27,7 +27,7 @@ inline constexpr Fault kFaults[] = {Fault::Fails,      Fault::Deadlocks,      Fa
 // What stands after a run with a fault in the first till's part.
 struct Leaves {
     std::size_t pairs = 0;    // so many of the first till's pairs stand on both sides
-    bool tillAhead = false;   // and of the next one the till's side
+    bool tillAhead = false;   // and of the next one the till's side, until the next run
     bool told = true;         // the run tells an error
     bool walkGoesOn = true;   // the second till is fetched
     std::string droppedText;  // the batch of gift cards or credit notes that was given up

@@ -7,7 +7,7 @@ namespace torvik::test {
 
 class FaultProgram : public ChainProgram {
 public:
-    explicit FaultProgram(const std::string& dataLink) : ChainProgram(dataLink) {
+    FaultProgram(const std::string& dataLink, const QString& noteFolder) : ChainProgram(dataLink, noteFolder) {
         engine.IncludeGiftVoucherOnOppgjor = true;
         engine.IncludeCreditCouponOnOppgjor = true;
     }

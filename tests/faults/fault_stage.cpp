@@ -1,7 +1,7 @@
 // See fault_stage.h.
 #include "tests/faults/fault_stage.h"
 
-#include <map>
+#include <QDir>
 
 namespace torvik::test {
 
@@ -61,14 +61,6 @@ BEGIN
 END
 )sql";
 
-// What the transfer changes on the till.
-constexpr const char* kTransferOnTheTill = R"sql(
-UPDATE GAVEKORT SET GA_SYNKTIDSPUNKT = GETDATE()
-UPDATE TILGODELAPP SET TG_SYNKTIDSPUNKT = GETDATE()
-UPDATE TIMER SET TI_STATUS = TI_STATUS + 16
-UPDATE INNSTILLINGER SET IN_KLAR_HENT_TIMER = NULL
-)sql";
-
 // In memory where the system has such a place.
 QString folderTemplate() {
     const fs::path shared = "/dev/shm";
@@ -117,7 +109,7 @@ void transferFirstTill(const fs::path& files) {
     const auto unfetched = FaultStage::unfetched().copy();
     {
         const Cut atFirstSettlement(unfetched->chain.till(0), "BEGIN TRANSACTION", 1);
-        FaultProgram(unfetched->chain.dataLink()).fetch();
+        unfetched->program()->fetch();
     }
     const fs::path from = pathOf(unfetched->folder);
     // Closed before its files are copied.
@@ -132,11 +124,22 @@ void transferFirstTill(const fs::path& files) {
 
 ChainCopy::ChainCopy(const fs::path& files) : folder(folderTemplate()), chain(openCopyOf(files, folder)) {}
 
+std::unique_ptr<FaultProgram> ChainCopy::program() {
+    return std::make_unique<FaultProgram>(chain.dataLink(), noteFolder.path());
+}
+
+std::size_t ChainCopy::standingPairs() {
+    return countStandingPairs(chain);
+}
+
+std::size_t ChainCopy::notes() const {
+    return static_cast<std::size_t>(QDir(noteFolder.path()).entryList({QStringLiteral("par-*")}).size());
+}
+
 FaultStage::FaultStage(const std::function<void(const fs::path&)>& fill) : folder_(folderTemplate()) {
     fill(pathOf(folder_));
     const auto running = copy();
-    FaultProgram program(running->chain.dataLink());
-    run_ = record(running->chain, program);
+    run_ = record(running->chain, *running->program());
 }
 
 const FaultStage& FaultStage::unfetched() {
@@ -151,28 +154,6 @@ const FaultStage& FaultStage::transferred() {
 
 std::unique_ptr<ChainCopy> FaultStage::copy() const {
     return std::make_unique<ChainCopy>(pathOf(folder_));
-}
-
-const ChainState& outcomeWithTillAhead(std::size_t till, std::size_t pair) {
-    static std::map<std::pair<std::size_t, std::size_t>, ChainState> known;
-    const auto found = known.find({till, pair});
-    if (found != known.end()) return found->second;
-
-    const auto copy = FaultStage::unfetched().copy();
-    const std::string dataLink = copy->chain.dataLink();
-    const std::size_t index = till - kFirstTill;
-    if (pair == 0) {
-        copy->chain.runInTill(index, kTransferOnTheTill);
-    } else {
-        {
-            const Cut atFirstSettlement(copy->chain.till(index), "BEGIN TRANSACTION", 1);
-            FaultProgram(dataLink).fetch();
-        }
-        copy->chain.runInTill(
-            index, "UPDATE OPPGJOR SET OP_OPPDATERTTIDSPUNKT = GETDATE() WHERE OP_ID = " + std::to_string(pair));
-    }
-    FaultProgram(dataLink).fetch();
-    return known[{till, pair}] = readState(copy->chain);
 }
 
 }  // namespace torvik::test

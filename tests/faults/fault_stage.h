@@ -16,7 +16,14 @@ namespace torvik::test {
 struct ChainCopy {
     explicit ChainCopy(const std::filesystem::path& files);
 
+    // The program over it; all programs over one copy keep their notes in one place, as on one machine.
+    [[nodiscard]] std::unique_ptr<FaultProgram> program();
+    // Of pairs that are not known to have ended: intents at the back office, and notes on the disk.
+    [[nodiscard]] std::size_t standingPairs();
+    [[nodiscard]] std::size_t notes() const;
+
     QTemporaryDir folder;
+    QTemporaryDir noteFolder;
     sandbox::chain::DemoChain chain;
 };
 
@@ -37,9 +44,5 @@ private:
     QTemporaryDir folder_;
     RecordedRun run_;
 };
-
-// What the chain holds at last when of one pair of a till (its server) the till's side alone has been committed: worked
-// out on a chain whose till was marked by hand.
-[[nodiscard]] const ChainState& outcomeWithTillAhead(std::size_t till, std::size_t pair);
 
 }  // namespace torvik::test

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <regex>
 
 #include "inbound/transfer/transfer_steps.h"
 
@@ -80,6 +81,12 @@ sandbox::Server& serverOf(sandbox::chain::DemoChain& chain, std::size_t server) 
     return server == kBackOffice ? chain.backOffice() : chain.till(server - kFirstTill);
 }
 
+std::string sameEachRun(const std::string& text) {
+    static const std::regex kOfOneRun(
+        R"(\{[0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}\}|\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3})");
+    return std::regex_replace(text, kOfOneRun, "");
+}
+
 RequestWatch::RequestWatch(sandbox::chain::DemoChain& chain, Callback callback) : chain_(chain) {
     for (std::size_t server = 0; server <= chain.model().tills.size(); ++server) {
         sandbox::Faults& faults = serverOf(chain, server).faults();
@@ -142,7 +149,8 @@ RecordedRun record(sandbox::chain::DemoChain& chain, ChainProgram& program) {
                 (server == kBackOffice ? run.pairs.back().backOfficeCommits : run.pairs.back().tillCommits) = index;
                 steps.end();
             }
-            run.requests.push_back({.server = server, .place = place, .text = r.text, .p = steps.of(r.text)});
+            run.requests.push_back(
+                {.server = server, .place = place, .text = sameEachRun(r.text), .p = steps.of(r.text)});
         });
         program.fetch();
     }

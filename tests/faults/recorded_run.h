@@ -53,6 +53,9 @@ struct RecordedRun {
     [[nodiscard]] std::size_t pairsOf(std::size_t till) const;
 };
 
+// A request's text as it is the same in every run: without the moments and the identities made for one run.
+[[nodiscard]] std::string sameEachRun(const std::string& text);
+
 // Runs the program once over the chain.
 [[nodiscard]] RecordedRun record(sandbox::chain::DemoChain& chain, ChainProgram& program);
 

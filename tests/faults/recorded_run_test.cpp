@@ -48,8 +48,7 @@ TEST(RecordedRun, PostsCreditOrdersStatisticsHoursAndStock) {
 TEST(RecordedRun, IsTheSameEachTime) {
     const RecordedRun& first = FaultStage::unfetched().run();
     const auto copy = FaultStage::unfetched().copy();
-    FaultProgram program(copy->chain.dataLink());
-    const RecordedRun second = record(copy->chain, program);
+    const RecordedRun second = record(copy->chain, *copy->program());
 
     ASSERT_EQ(second.requests.size(), first.requests.size());
     for (std::size_t i = 0; i < first.requests.size(); ++i)
@@ -59,13 +58,14 @@ TEST(RecordedRun, IsTheSameEachTime) {
 
 TEST(RecordedRun, ARunAfterAGoodRunChangesNothing) {
     const auto copy = FaultStage::unfetched().copy();
-    FaultProgram program(copy->chain.dataLink());
-    program.fetch();
+    const auto program = copy->program();
+    program->fetch();
     const ChainState after = readState(copy->chain);
+    EXPECT_EQ(copy->standingPairs() + copy->notes(), 0U);
 
-    program.fetch();
+    program->fetch();
 
-    EXPECT_EQ(program.errors(), QStringList());
+    EXPECT_EQ(program->errors(), QStringList());
     EXPECT_EQ(difference(after, readState(copy->chain)), "");
 }
 

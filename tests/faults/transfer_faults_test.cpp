@@ -97,10 +97,10 @@ TEST(TransferFaults, ABlockOfRowsThatIsRefusedOnceIsSentRowByRow) {
     once.message = {.number = 50000, .severity = 16, .state = 1, .text = "Made to fail"};
     copy->chain.backOffice().faults().add(once);
 
-    FaultProgram program(copy->chain.dataLink());
-    program.fetch();
+    const auto program = copy->program();
+    program->fetch();
 
-    EXPECT_EQ(program.errors(), QStringList());
+    EXPECT_EQ(program->errors(), QStringList());
     EXPECT_EQ(difference(stage.run().states.back(), readState(copy->chain)), "");
 }
 

@@ -28,9 +28,10 @@ protected:
         run.engine.LoadVareAliasTable();
     }
 
+    [[nodiscard]] TillVisit visit() { return run.engine.Parts().Visit(); }
     // The failure's text; empty for none.
     QString execute() {
-        TOppgjor oppgjor(*run.engine.Avdeling);
+        TOppgjor oppgjor(visit(), run.joinPoints);
         return failureOf([&] { oppgjor.Execute(); });
     }
     template <typename Work>

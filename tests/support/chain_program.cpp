@@ -18,7 +18,8 @@ QStringList withoutTimes(const QStringList& pane) {
 
 }  // namespace
 
-ChainProgram::ChainProgram(const std::string& dataLink) : workingDirectory_(QDir::currentPath()) {
+ChainProgram::ChainProgram(const std::string& dataLink, const QString& noteFolder)
+    : workingDirectory_(QDir::currentPath()) {
     QDir::setCurrent(folder.path());
     engine.Seam.tempFolder = [this] { return folder.path(); };
     engine.Seam.sleep = [](int) {};
@@ -30,7 +31,8 @@ ChainProgram::ChainProgram(const std::string& dataLink) : workingDirectory_(QDir
     engine.SourceConnection = &source;
     target.SetConnectString(QString::fromStdString(dataLink));
     engine.SetTargetConnection(&target);
-    joinFetching(engine);
+    joinPoints.NoteFolder = noteFolder.isEmpty() ? folder.filePath(QStringLiteral("Notater")) : noteFolder;
+    joinFetching(engine, joinPoints);
 }
 
 ChainProgram::~ChainProgram() {

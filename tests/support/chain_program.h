@@ -8,13 +8,15 @@
 #include "engine/db/session.h"
 #include "engine/log/log_pane.h"
 #include "engine/torvik_pos.h"
+#include "inbound/settlement/oppgjor.h"
 #include "tests/support/recording_sink.h"
 
 namespace torvik::test {
 
 class ChainProgram {
 public:
-    explicit ChainProgram(const std::string& dataLink);
+    // The notes of its pairs of transactions stand in a folder of its own unless one is given.
+    explicit ChainProgram(const std::string& dataLink, const QString& noteFolder = {});
     ~ChainProgram();
     ChainProgram(const ChainProgram&) = delete;
     ChainProgram& operator=(const ChainProgram&) = delete;
@@ -27,6 +29,7 @@ public:
     [[nodiscard]] QStringList log() const;
 
     QTemporaryDir folder;  // the temporary folder, and the working directory while this stands
+    OppgjorJoinPoints joinPoints;
     RecordedLog structured;
     db::Session target;
     db::Session source;

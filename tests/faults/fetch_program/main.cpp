@@ -1,5 +1,5 @@
 // The program of the fault tests as a process of its own, to be killed: one fetch over the chain whose data link is its
-// argument. Ends with 0 when the run told no error.
+// first argument, with its notes in the folder that is the second. Ends with 0 when the run told no error.
 #include <sys/prctl.h>
 
 #include <QCoreApplication>
@@ -9,9 +9,9 @@
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    if (argc != 2) return 2;
+    if (argc != 3) return 2;
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // it never outlives the test
-    torvik::test::FaultProgram program(argv[1]);
+    torvik::test::FaultProgram program(argv[1], QString::fromLocal8Bit(argv[2]));
     program.fetch();
     return program.errors().isEmpty() ? 0 : 1;
 }

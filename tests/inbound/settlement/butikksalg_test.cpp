@@ -202,8 +202,8 @@ TEST_F(StoreSales, StatementsTravelInABatchOfOneAndThenOf64) {
 }
 
 TEST_F(StoreSales, SayWhatIsMissing) {
-    TOppgjor oppgjor(*run.engine.Avdeling);
-    TButikksalg sales(oppgjor);
+    const TillVisit here = visit();
+    TButikksalg sales(here);
     EXPECT_EQ(failureOf([&] { sales.Execute(); }), QStringLiteral("Du må oppgi en salgsdato først"));
     sales.Dato = db::DateTime(QDate(2026, 3, 2), QTime(21, 0));
     EXPECT_EQ(failureOf([&] { sales.Execute(); }), QStringLiteral("Du må oppgi en avdeling først"));
@@ -213,8 +213,8 @@ TEST_F(StoreSales, SayWhatIsMissing) {
 
 TEST_F(StoreSales, SettlementNumberSetWhileClosedOnlyChangesTheTexts) {
     TORVIK_NEEDS_SANDBOX(run.chain);
-    TOppgjor oppgjor(*run.engine.Avdeling);
-    TButikksalg sales(oppgjor);
+    const TillVisit here = visit();
+    TButikksalg sales(here);
     Requests requests(run.chain.till(0));
     const QStringList before = sales.OrdreSql();
     EXPECT_EQ(before[1], QStringLiteral("SET @Op_Id =-1"));
@@ -228,11 +228,10 @@ TEST_F(StoreSales, SettlementNumberSetWhileClosedOnlyChangesTheTexts) {
 }
 
 TEST_F(StoreSales, TillsAbove110AreAskedForTheLineStatus) {
-    TOppgjor oppgjor(*run.engine.Avdeling);
-    EXPECT_TRUE(TButikksalg(oppgjor).OrdreSql()[2].endsWith(QStringLiteral("Or_Id,Ol_Status")));
+    EXPECT_TRUE(TButikksalg(visit()).OrdreSql()[2].endsWith(QStringLiteral("Or_Id,Ol_Status")));
     onTill("UPDATE INNSTILLINGER SET IN_DBVERSION = '110'");
     run.engine.ReadDbVersion();
-    EXPECT_TRUE(TButikksalg(oppgjor).OrdreSql()[2].endsWith(QStringLiteral("Ol_Rabatt,Or_Id")));
+    EXPECT_TRUE(TButikksalg(visit()).OrdreSql()[2].endsWith(QStringLiteral("Ol_Rabatt,Or_Id")));
 }
 
 }  // namespace

@@ -189,7 +189,7 @@ TEST_F(OppgjorTest, BackOfficeWithoutStockMovementsIsNoFailure) {
 }
 
 TEST_F(OppgjorTest, ListsTheOpenSettlementsAndLeavesTheQueryAsItWas) {
-    TOppgjor oppgjor(*run.engine.Avdeling);
+    TOppgjor oppgjor(visit(), run.joinPoints);
     QStringList list{QStringLiteral("old")};
     oppgjor.GetList(list);
     EXPECT_EQ(list, QStringList({"1", "2"}));

@@ -132,17 +132,18 @@ TEST_F(Vouchers, SixteenCardsAreABatch) {
 TEST_F(Vouchers, FailingFullBatchIsDroppedAndItsCardsMarked) {
     for (int i = 0; i < 16; ++i) card("G" + std::to_string(10 + i), "250, NULL, NULL, NULL, NULL, NULL");
     card("G5", "250, NULL, NULL, NULL, NULL, NULL");
-    onTill("UPDATE GAVEKORT SET GA_ID = 'G''10' WHERE GA_ID = 'G10'");
+    inBackOffice("ALTER TABLE POSGAVEKORT ADD CONSTRAINT CK_Gavekort CHECK (GA_ID <> 'G10')");
 
     EXPECT_EQ(execute(), QString());
 
-    EXPECT_EQ(run.errors().size(), 1);
+    EXPECT_EQ(run.errors().size(), 2);  // the server's, and the names of the cards
     EXPECT_EQ(backOffice("SELECT GA_ID FROM POSGAVEKORT"), Rows({"G5"}));
     EXPECT_EQ(till(kUnmarked), Rows({"0"}));
 }
 
 TEST_F(Vouchers, FailingLastBatchRollsThePhaseBack) {
-    card("G''1", "250, NULL, NULL, NULL, NULL, NULL");
+    card("G1", "250, NULL, NULL, NULL, NULL, NULL");
+    inBackOffice("ALTER TABLE POSGAVEKORT ADD CONSTRAINT CK_Gavekort CHECK (GA_ID <> 'G1')");
     EXPECT_NE(execute(), QString());
     EXPECT_EQ(till(kUnmarked), Rows({"1"}));
     EXPECT_EQ(backOffice("SELECT COUNT(*) FROM PosOppgjor"), Rows({"0"}));
@@ -172,6 +173,64 @@ TEST_F(Vouchers, AreAChainsAlone) {
     EXPECT_EQ(execute(), QString());
     EXPECT_EQ(backOffice(kCards), Rows());
     EXPECT_EQ(till(kUnmarked), Rows({"1"}));
+}
+
+// The till sells on while its cards are copied: what it issues or redeems meanwhile is marked with the others, and must
+// have been copied as it then stands.
+TEST_F(Vouchers, CardThatChangesWhileOthersAreCopiedReachesTheBackOffice) {
+    card("G1", "250, NULL, NULL, NULL, NULL, NULL");
+    card("G2", "300, NULL, NULL, NULL, NULL, NULL");
+    bool changed = false;
+    run.engine.Seam.pumpMessages = [&] {
+        if (changed || !run.log().contains(QStringLiteral("Importerer gavekort G2"))) return;
+        changed = true;
+        onTill(
+            "UPDATE GAVEKORT SET GA_BET_AVDNR = '102', GA_BET_KASSENR = '3', GA_BET_AN_ID = '205', GA_BT_ID = 88 "
+            "WHERE GA_ID = 'G1'");
+        card("G3", "99, NULL, NULL, NULL, NULL, NULL");
+    };
+    EXPECT_EQ(execute(), QString());
+    ASSERT_TRUE(changed);
+    EXPECT_EQ(backOffice(kCards), Rows({"G1 | 101 | 1 | 100 | 17 | 250 | NULL | 102 | 3 | 205 | 88",
+                                        "G2 | 101 | 1 | 100 | 17 | 300 | NULL | NULL | NULL | NULL | NULL",
+                                        "G3 | 101 | 1 | 100 | 17 | 99 | NULL | NULL | NULL | NULL | NULL"}));
+    EXPECT_EQ(till(kUnmarked), Rows({"0"}));
+    EXPECT_EQ(run.log().filter(QStringLiteral("Importerer gavekort")),
+              QStringList({"Importerer gavekort G1", "Importerer gavekort G2", "Importerer gavekort G1",
+                           "Importerer gavekort G3"}));
+}
+
+TEST_F(Vouchers, CardThatIsRedeemedElsewhereIsToldBeforeItIsWiped) {
+    inBackOffice(
+        "INSERT POSGAVEKORT VALUES ('G1', '101', '1', '100', 17, 250, NULL, '103', '1', '300', 5, '20260101')\n"
+        "INSERT POSGAVEKORT VALUES ('G2', '101', '1', '100', 17, 250, NULL, NULL, NULL, NULL, NULL, '20260101')\n"
+        "INSERT POSGAVEKORT VALUES ('G1', '101', '2', '100', 17, 250, NULL, '103', '1', '300', 5, '20260101')");
+    card("G1", "250, NULL, NULL, NULL, NULL, NULL");
+    card("G2", "250, NULL, NULL, NULL, NULL, NULL");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(
+        run.log().filter(QStringLiteral("er ubrukt på kassen")),
+        QStringList({"Kort G1 (avd. 101, kasse 1) er ubrukt på kassen, men innløst ved måldatabase: avd. 103, kasse 1, "
+                     "ansatt 300, betaling 5. Innløsningen slettes"}));
+    EXPECT_EQ(run.structured.lines().filter(QStringLiteral("WRN Kort {Kort} er ubrukt")).size(), 1);
+    EXPECT_EQ(backOffice("SELECT COUNT(*) FROM POSGAVEKORT WHERE GA_KASSENR = '1' AND GA_BT_ID IS NULL"), Rows({"2"}));
+}
+
+TEST_F(Vouchers, DroppedBatchNamesItsCards) {
+    for (int i = 1; i <= 17; ++i) card((i < 10 ? "G0" : "G") + std::to_string(i), "1, NULL, NULL, NULL, NULL, NULL");
+    inBackOffice("ALTER TABLE POSGAVEKORT ADD CONSTRAINT CK_Gavekort CHECK (GA_ID <> 'G03')");
+    EXPECT_EQ(execute(), QString());
+    const QStringList named = run.errors().filter(QStringLiteral("Gavekort som ikke ble importert: "));
+    ASSERT_EQ(named.size(), 1);
+    EXPECT_TRUE(
+        named.first().startsWith(QStringLiteral("Gavekort som ikke ble importert: G01 (avd. 101, kasse 1), G02 ")));
+    EXPECT_EQ(named.first().count(QStringLiteral("kasse 1)")), 16);
+}
+
+TEST_F(Vouchers, QuotesInACardStandAsTheyAre) {
+    onTill("INSERT GAVEKORT VALUES ('G''1 %1', '101', '1', '1''0', 17, 5, NULL, '1''2', '3', '2:5', 88, NULL)");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice(kCards), Rows({"G'1 %1 | 101 | 1 | 1'0 | 17 | 5 | NULL | 1'2 | 3 | 2:5 | 88"}));
 }
 
 }  // namespace
