@@ -94,16 +94,17 @@ int BackOffice::GetTargetId(const QString& AName) {
 
 // A server that lacks Ik_Fakturaregel refuses the batch (error 207): it binds columns before it runs anything.
 bool BackOffice::IsFakturaVedBackOffice(const QString& department) {
+    const QString number = QString(department).replace(u'\'', QStringLiteral("''"));
     db::Query& query = GeneralQuery({
         QStringLiteral("if exists ( select * from syscolumns c, sysobjects t where c.name = 'Ik_Fakturaregel' and "
                        "t.name = 'Internkunde' and t.id=c.id )"),
         QStringLiteral("  select CASE WHEN Ik_Fakturaregel IS NULL OR Ik_Fakturaregel=1 THEN 0 ELSE 1 END "
                        "FakturaVedBackOffice from Internkunde (NOLOCK) where ik_avdelingsnummer='%1'")
-            .arg(department),
+            .arg(number),
         QStringLiteral("else"),
         QStringLiteral("  select ik_properties&1 AS FakturaVedBackOffice from internkunde (NOLOCK) where "
                        "ik_avdelingsnummer='%1'")
-            .arg(department),
+            .arg(number),
     });
     query.Open();
     const bool atBackOffice = query.FieldByName(QStringLiteral("FakturaVedBackOffice")).AsInteger() == 1;

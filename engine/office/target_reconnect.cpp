@@ -21,25 +21,29 @@ struct RowIsGone : EngineError {
 
 }  // namespace
 
-void TargetReconnect::CheckTargetConnection(int Ik_Ku_Id, const QString& Kassenr) {
+std::exception_ptr TargetReconnect::CheckTargetConnection(int Ik_Ku_Id, const QString& Kassenr) {
+    std::exception_ptr failure;
     int rounds = kRounds;
     while (rounds > 0) {
         try {
             try {
                 probe();
-                return;
+                return nullptr;
             } catch (const std::exception&) {
                 --rounds;
                 reopen();
                 locate(Ik_Ku_Id, Kassenr.trimmed());
+                failure = nullptr;
             }
         } catch (const RowIsGone&) {
             throw;
         } catch (const std::exception&) {
+            failure = std::current_exception();
             context_.Seam.sleep(kPauseMs);
             context_.Seam.pumpMessages();
         }
     }
+    return failure;
 }
 
 void TargetReconnect::probe() {

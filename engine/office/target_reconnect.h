@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QString>
+#include <exception>
 
 #include "engine/base/engine_context.h"
 
@@ -16,8 +17,9 @@ public:
     TargetReconnect(const EngineContext& context, BackOffice& office, TAvdeling& roster)
         : context_(context), office_(office), roster_(roster) {}
 
-    // Leaves the roster on this till's row. Raises when the row is gone; three rounds without a connection end quietly.
-    void CheckTargetConnection(int Ik_Ku_Id, const QString& Kassenr);
+    // Leaves the roster on this till's row; raises when the row is gone. Three rounds without a connection end quietly:
+    // what the last of them failed with, null when the back office answers.
+    std::exception_ptr CheckTargetConnection(int Ik_Ku_Id, const QString& Kassenr);
 
 private:
     void probe();

@@ -41,13 +41,17 @@ QStringList rosterText() {
     };
 }
 
+QString doubledQuotes(QString text) {
+    return text.replace(u'\'', QStringLiteral("''"));
+}
+
 // " AND ((...) OR (...) )" over the tills of the work list, or nothing for an empty one.
 QString tillCondition(const TKasseCollection& tills) {
     if (tills.Count() == 0) return {};
     QStringList conditions;
     for (int i = 0; i < tills.Count(); ++i) {
         conditions.append(QStringLiteral("(Ku_Id=%1 AND Ikk_Kassenummer='%2')")
-                              .arg(QString::number(tills[i].Ik_Ku_ID), tills[i].Kassenr.trimmed()));
+                              .arg(QString::number(tills[i].Ik_Ku_ID), doubledQuotes(tills[i].Kassenr.trimmed())));
     }
     return QStringLiteral(" AND (") + conditions.join(u" OR ") + QStringLiteral(" )");
 }
@@ -120,7 +124,7 @@ void TAvdeling::SetIkk_Kassenummer(const QString& value) {
     FIkk_Kassenummer = value;
     editQuery([&] {
         FAvdQry->SQL[kTillNumberLine] =
-            value.isEmpty() ? kBlank : QStringLiteral("AND Ikk_Kassenummer='%1'").arg(value);
+            value.isEmpty() ? kBlank : QStringLiteral("AND Ikk_Kassenummer='%1'").arg(doubledQuotes(value));
     });
 }
 

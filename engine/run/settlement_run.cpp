@@ -14,6 +14,28 @@ namespace {
 // Bit of Ik_Properties: settlements of the department are not fetched.
 constexpr qint64 kNotFetched = 4;
 
+bool hasNumber(const TillIdentity& till) {
+    bool isNumber = false;
+    (void)till.Avdelingsnummer.toInt(&isNumber);
+    return isNumber;
+}
+
+// The status sorts by department number, so a department without one has no row there.
+void giveStatusRow(RunParts& parts, const TillIdentity& till) {
+    if (hasNumber(till)) {
+        if (parts.Status)
+            parts.Status->SetStatus(till.Ik_Ku_Id, till.Avdelingsnummer, till.Ku_Adresse1, till.Kassenummer,
+                                    ostDoNotSet, oksNull, {}, QTime(), -1);
+        return;
+    }
+    GlobalLogger().LogWarning(
+        QStringLiteral("Kasse {Kassenummer} vises ikke i statusen, fordi avdelingsnummer {Avdeling} ikke er et tall"),
+        {till.Kassenummer, till.Avdelingsnummer});
+    parts.Log.AddLog(QStringLiteral("Kasse %1 vises ikke i statusen, fordi avdelingsnummer %2 ikke er et tall")
+                         .arg(till.Kassenummer, till.Avdelingsnummer),
+                     false, kls_Warning);
+}
+
 // Opens what the walk needs and gives every till its status row.
 void prepare(RunParts& parts) {
     parts.Office.Begin();
@@ -28,9 +50,7 @@ void prepare(RunParts& parts) {
     if (parts.Status) parts.Status->Clear();
     for (; !tills.Eof(); tills.Next()) {
         const TillIdentity till = TillIdentity::Of(tills);
-        if (parts.Status)
-            parts.Status->SetStatus(till.Ik_Ku_Id, till.Avdelingsnummer, till.Ku_Adresse1, till.Kassenummer,
-                                    ostDoNotSet, oksNull, {}, QTime(), -1);
+        giveStatusRow(parts, till);
     }
     tills.First();
     if (parts.Status) parts.Status->Refresh();
@@ -48,6 +68,12 @@ bool isLeftOut(RunParts& parts, const TillIdentity& till) {
                                     "hentes (ik_properties)")
                          .arg(till.Avdelingsnummer, till.Kassenummer));
     return true;
+}
+
+// Before anything is moved, since what is moved is told in the status.
+void requireNumber(const TillIdentity& till) {
+    if (!hasNumber(till))
+        throw EngineError(QStringLiteral("Avdelingsnummer %1 er ikke et tall").arg(till.Avdelingsnummer));
 }
 
 void fetch(TillVisit& visit) {
@@ -82,7 +108,12 @@ TillWalkPlan planOf(RunParts& parts) {
         .Wait = TillWalkPlan::Waiting::BetweenDepartments,
         .ReopensBackOffice = true,
         .ShowsLogs = true,
-        .LeavesOut = [&](const TillIdentity& till) { return isLeftOut(parts, till); },
+        .LeavesOut =
+            [&](const TillIdentity& till) {
+                if (isLeftOut(parts, till)) return true;
+                requireNumber(till);
+                return false;
+            },
         .Unreachable =
             [](const TillIdentity& till) {
                 // The lone bracket is required.

@@ -1,8 +1,11 @@
 #include "engine/run/till_walk.h"
 
+#include <utility>
+
 #include "engine/base/abort.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
+#include "engine/office/application_lock.h"
 #include "engine/run/run_parts.h"
 
 namespace torvik {
@@ -14,29 +17,35 @@ using CancelTest = TillWalkPlan::CancelTest;
 TillWalk::TillWalk(RunParts& parts, TillWalkPlan plan) : parts_(parts), plan_(std::move(plan)) {}
 
 void TillWalk::Run() {
-    const db::Query& tills = parts_.Roster.Qry();
+    db::Query& tills = parts_.Roster.Qry();
     while (!tills.Eof()) {
         const TillIdentity till = TillIdentity::Of(tills);
-        serve(till);
-        if (plan_.ReopensBackOffice) parts_.Reconnect.CheckTargetConnection(till.Ik_Ku_Id, till.Ikk_Kassenummer);
-        if (plan_.TestCancel == CancelTest::BeforeCounting) parts_.Control.TestCancel();
-        report(till);
-        if (plan_.TestCancel == CancelTest::AfterCounting) parts_.Control.TestCancel();
+        if (!serve(till)) {
+            postpone(till);
+            tills.Next();
+            continue;
+        }
+        finish(till);
         moveOn(till);
     }
+    servePostponed();
 }
 
 // On failure the till's session stays open until the next till.
-void TillWalk::serve(const TillIdentity& till) {
+bool TillWalk::serve(const TillIdentity& till) {
     try {
-        if (plan_.LeavesOut && plan_.LeavesOut(till)) return;
-        if (!connect(till)) return;
+        if (plan_.LeavesOut && plan_.LeavesOut(till)) return true;
+        // Before the login, so that a till that is taken costs one question to the back office.
+        const ApplicationLock lock(parts_.Office.Session(), ApplicationLock::OfTill(till.Ik_Ku_Id, till.Kassenummer));
+        if (!lock.Held()) return false;
+        if (!connect(till)) return true;
         TillVisit visit = parts_.Visit();
         plan_.Work(visit);
         parts_.Till.Session().Close();
     } catch (const std::exception& failure) {
         plan_.Failed(till, failure);
     }
+    return true;
 }
 
 bool TillWalk::connect(const TillIdentity& till) {
@@ -46,6 +55,8 @@ bool TillWalk::connect(const TillIdentity& till) {
                 if (plan_.Unreachable) plan_.Unreachable(till);
                 return false;
             }
+            // No till is served by the version of the one before.
+            if (!parts_.Till.VersionIsCurrent()) parts_.Till.ReadDbVersion();
             return true;
         case Connecting::Once:
             parts_.Till.ApplySourceConnectionSettings();
@@ -54,6 +65,17 @@ bool TillWalk::connect(const TillIdentity& till) {
         case Connecting::ByTheWork: return true;
     }
     return false;
+}
+
+void TillWalk::finish(const TillIdentity& till) {
+    parts_.Roster.FreeTillObjects();
+    if (plan_.ReopensBackOffice) {
+        const std::exception_ptr away = parts_.Reconnect.CheckTargetConnection(till.Ik_Ku_Id, till.Ikk_Kassenummer);
+        if (away) std::rethrow_exception(away);
+    }
+    if (plan_.TestCancel == CancelTest::BeforeCounting) parts_.Control.TestCancel();
+    report(till);
+    if (plan_.TestCancel == CancelTest::AfterCounting) parts_.Control.TestCancel();
 }
 
 void TillWalk::report(const TillIdentity& till) {
@@ -66,7 +88,6 @@ void TillWalk::report(const TillIdentity& till) {
 }
 
 void TillWalk::moveOn(const TillIdentity& till) {
-    parts_.Roster.FreeTillObjects();
     db::Query& tills = parts_.Roster.Qry();
     if (!plan_.ServesAgain || !plan_.ServesAgain()) tills.Next();
     if (!tills.Eof()) {
@@ -75,6 +96,33 @@ void TillWalk::moveOn(const TillIdentity& till) {
             parts_.Control.WaitRetryTime();
     }
     if (plan_.MovedOn) plan_.MovedOn();
+}
+
+void TillWalk::postpone(const TillIdentity& till) {
+    parts_.Log.AddLog(QStringLiteral("En annen kjøring betjener kassen (avd. %1, kasse %2). Prøver igjen til slutt")
+                          .arg(till.Avdelingsnummer, till.Kassenummer),
+                      false, kls_Warning);
+    postponed_.push_back(till);
+}
+
+void TillWalk::servePostponed() {
+    for (const TillIdentity& till : std::exchange(postponed_, {})) {
+        if (plan_.Wait == Waiting::BetweenTills) parts_.Control.WaitRetryTime();
+        if (!locate(till)) {
+            plan_.Failed(till, EngineError(QStringLiteral("Kassen (avd. %1, kasse %2) finnes ikke lenger i utvalget")
+                                               .arg(till.Avdelingsnummer, till.Kassenummer)));
+        } else if (!serve(till)) {
+            plan_.Failed(till, EngineError(QStringLiteral("En annen kjøring betjener kassen (avd. %1, kasse %2)")
+                                               .arg(till.Avdelingsnummer, till.Kassenummer)));
+        }
+        finish(till);
+        if (plan_.MovedOn) plan_.MovedOn();
+    }
+}
+
+bool TillWalk::locate(const TillIdentity& till) {
+    return parts_.Roster.Qry().Locate(QStringLiteral("Ikk_Ik_Ku_ID;Ikk_Kassenummer"),
+                                      {till.Ik_Ku_Id, till.Kassenummer});
 }
 
 }  // namespace torvik

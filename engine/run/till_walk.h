@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <functional>
+#include <vector>
 
 #include "engine/run/till_visit.h"
 
@@ -25,8 +26,10 @@ struct TillWalkPlan {
     Connecting Connect = Connecting::WithRetries;
     Waiting Wait = Waiting::BetweenTills;  // WaitRetryTime; never after the last till
     CancelTest TestCancel = CancelTest::AfterCounting;
-    bool ReopensBackOffice = false;  // a broken session is opened again after each till, and the till's row found again
-    bool ShowsLogs = false;          // the till's log lines and icon go to the status frame after each till
+    // A broken back-office session is opened again after each till, and the till's row found again; one that cannot be
+    // opened ends the walk.
+    bool ReopensBackOffice = false;
+    bool ShowsLogs = false;  // the till's log lines and icon go to the status frame after each till
 
     // True for a till that is passed over without being connected to; it counts.
     std::function<bool(const TillIdentity& till)> LeavesOut = {};
@@ -48,17 +51,25 @@ public:
     TillWalk(RunParts& parts, TillWalkPlan plan);
 
     // From the roster's current row to its end. A till's failure stops nothing; raises a cancel, and what befalls the
-    // walk itself.
+    // walk itself. A till that another copy of the program serves is tried again at the end, and fails if it still
+    // does.
     void Run();
 
 private:
-    void serve(const TillIdentity& till);
+    // False: another copy is at the till.
+    [[nodiscard]] bool serve(const TillIdentity& till);
+    // What follows each till, whatever became of it.
+    void finish(const TillIdentity& till);
+    void postpone(const TillIdentity& till);
+    void servePostponed();
+    [[nodiscard]] bool locate(const TillIdentity& till);
     [[nodiscard]] bool connect(const TillIdentity& till);
     void report(const TillIdentity& till);
     void moveOn(const TillIdentity& till);
 
     RunParts& parts_;
     TillWalkPlan plan_;
+    std::vector<TillIdentity> postponed_;
     int done_ = 0;
 };
 

@@ -127,6 +127,21 @@ TEST_F(SettlementRun, DepartmentThatIsNotFetchedCountsWithoutConnecting) {
     EXPECT_TRUE(chain.errors.Lines().isEmpty());
 }
 
+TEST_F(SettlementRun, DepartmentWhoseNumberIsNotDigitsFailsAloneAndHasNoStatusRow) {
+    chain.tills(QStringLiteral("1/1"));
+    chain.department({.id = 5, .number = QStringLiteral("5B")});
+    chain.till({.department = 5, .number = QStringLiteral("1"), .database = QStringLiteral("Kasse_5B_1")});
+    run();
+    EXPECT_EQ(fetched, QStringList{QStringLiteral("1/1")});
+    EXPECT_TRUE(chain.messages().contains(
+        QStringLiteral("Kasse 1 vises ikke i statusen, fordi avdelingsnummer 5B ikke er et tall")));
+    EXPECT_EQ(chain.errorMessages(),
+              (QStringList{QStringLiteral("Feil i ExecuteOppgjor for avd. 5B, kasse 1. Se feil nedenfor"),
+                           QStringLiteral("Avdelingsnummer 5B er ikke et tall")}));
+    EXPECT_EQ(icons(), QList<int>{1});
+    EXPECT_EQ(chain.messages().last(), QStringLiteral("Fullført oppgjør"));
+}
+
 TEST_F(SettlementRun, FailingTillDoesNotStopTheOthers) {
     chain.tills(QStringLiteral("1/1 1/2"));
     chooseAllTills();
@@ -270,13 +285,14 @@ TEST_F(SettlementRun, TillGoneFromTheRosterAfterAReconnectEndsTheRun) {
                                          "kasse (1,2) etter ny tilkobling til mÅlserver")});
 }
 
-TEST_F(SettlementRun, ThreeFailedReconnectsEndQuietlyWithAPauseEach) {
-    chain.tills(QStringLiteral("1/1"));
+TEST_F(SettlementRun, ThreeFailedReconnectsWithAPauseEachEndTheRun) {
+    chain.tills(QStringLiteral("1/1 1/2"));
     fetch = [this](const QString&) { chain.cutServer(); };
     run();
     EXPECT_EQ(chain.around.sleeps, (std::vector<int>{3000, 3000, 3000}));
-    EXPECT_EQ(progress.size(), 1) << "the run went on";
-    EXPECT_EQ(chain.messages().last(), QStringLiteral("Fullført oppgjør"));
+    EXPECT_EQ(fetched, QStringList{QStringLiteral("1/1")});
+    EXPECT_EQ(progress, QStringList());
+    EXPECT_TRUE(chain.messages().last().startsWith(QStringLiteral("En feil oppstod i rutinen ExecuteOppgjor: ")));
 }
 
 TEST_F(SettlementRun, BackOfficeThatComesBackAfterAPauseIsFound) {

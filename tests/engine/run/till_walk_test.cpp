@@ -3,11 +3,14 @@
 #include <gtest/gtest.h>
 
 #include <QPointer>
+#include <optional>
 
 #include "engine/base/abort.h"
+#include "engine/base/failure_kind.h"
 #include "engine/db/errors.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
+#include "engine/office/application_lock.h"
 #include "tests/engine/small_chain.h"
 
 namespace torvik {
@@ -197,8 +200,8 @@ TEST_F(TillWalkOverAChain, WhatATillMadeIsFreedWhenTheWalkMovesOn) {
     EXPECT_EQ(served.size(), 2);
 }
 
-TEST_F(TillWalkOverAChain, WalkBesideAnotherHasASessionAPlaceAndALogOfItsOwn) {
-    chain.tills(QStringLiteral("1/1 1/2"));
+TEST_F(TillWalkOverAChain, WalkBesideAnotherHasSessionsAPlaceAndALogOfItsOwn) {
+    chain.tills(QStringLiteral("1/1 1/2 1/3"));
     db::Session office;
     db::Session till;
     office.SetConnectString(chain.connectString(chain.kBackOffice));
@@ -208,7 +211,7 @@ TEST_F(TillWalkOverAChain, WalkBesideAnotherHasASessionAPlaceAndALogOfItsOwn) {
     beside.Till.SourceConnection = &till;
 
     work = [&](TillVisit& visit) {
-        if (&visit.TillSession == &till) return;
+        if (visit.Till.Kassenummer != u"2" || &visit.TillSession == &till) return;
         beside.Roster.Close();
         beside.Roster.Open();
         TillWalk(beside, plan).Run();
@@ -216,10 +219,104 @@ TEST_F(TillWalkOverAChain, WalkBesideAnotherHasASessionAPlaceAndALogOfItsOwn) {
         EXPECT_EQ(parts().Roster.Ikk_Kassenummer(), visit.Till.Kassenummer);
     };
     walk();
-    EXPECT_EQ(served, (QStringList{QStringLiteral("1/1"), QStringLiteral("1/1"), QStringLiteral("1/2"),
-                                   QStringLiteral("1/2"), QStringLiteral("1/1"), QStringLiteral("1/2")}));
-    EXPECT_EQ(chain.messages().count(QStringLiteral("Database versjon 213")), 2);
-    EXPECT_EQ(beside.Log.Log->Lines().filter(QStringLiteral("Database versjon 213")).size(), 4);
+    // The first walk is at till 2, so the second finds it taken, twice.
+    EXPECT_EQ(served, (QStringList{QStringLiteral("1/1"), QStringLiteral("1/2"), QStringLiteral("1/1"),
+                                   QStringLiteral("1/3"), QStringLiteral("1/3")}));
+    EXPECT_EQ(failed, QStringList{QStringLiteral("2: En annen kjøring betjener kassen (avd. 1, kasse 2)")});
+    EXPECT_EQ(chain.messages().count(QStringLiteral("Database versjon 213")), 3);
+    EXPECT_EQ(beside.Log.Log->Lines().filter(QStringLiteral("Database versjon 213")).size(), 2);
+}
+
+TEST_F(TillWalkOverAChain, TillWhoseVersionCannotBeReadIsNotServedByTheVersionOfTheOneBefore) {
+    chain.tills(QStringLiteral("1/1 1/2 1/3"));
+    chain.run(QStringLiteral("Kasse_1_2"), QStringLiteral("DROP TABLE innstillinger"));
+    walk();
+    EXPECT_EQ(served, (QStringList{QStringLiteral("1/1"), QStringLiteral("1/3")}));
+    ASSERT_EQ(failed.size(), 1);
+    EXPECT_TRUE(failed.first().startsWith(QStringLiteral("2: "))) << failed.first().toStdString();
+    EXPECT_TRUE(failed.first().contains(QStringLiteral("innstillinger"))) << failed.first().toStdString();
+}
+
+// Another copy of the program at till 1/1, until it lets go.
+class TillThatIsTaken : public TillWalkOverAChain {
+protected:
+    TillThatIsTaken() {
+        chain.tills(QStringLiteral("1/1 1/2"));
+        copy.SetConnectString(chain.connectString(chain.kBackOffice));
+        copy.Open();
+        taken.emplace(copy, ApplicationLock::OfTill(1, QStringLiteral("1")));
+        plan.Wait = Waiting::Never;
+    }
+    db::Session copy;
+    std::optional<ApplicationLock> taken;
+};
+
+TEST_F(TillThatIsTaken, IsServedAtTheEndOfTheWalk) {
+    work = [this](TillVisit& visit) {
+        if (visit.Till.Kassenummer == u"2") taken.reset();
+        EXPECT_EQ(parts().Roster.Ikk_Kassenummer(), visit.Till.Kassenummer);
+    };
+    walk();
+    EXPECT_EQ(served, (QStringList{QStringLiteral("1/2"), QStringLiteral("1/1")}));
+    EXPECT_EQ(failed, QStringList());
+    EXPECT_EQ(progress, (QStringList{QStringLiteral("50 2: 1 av 2"), QStringLiteral("100 1: 2 av 2")}));
+    EXPECT_EQ(chain.messages().first(),
+              QStringLiteral("En annen kjøring betjener kassen (avd. 1, kasse 1). Prøver igjen til slutt"));
+}
+
+TEST_F(TillThatIsTaken, FailsWhenItStillIsTakenAtTheEnd) {
+    walk();
+    EXPECT_EQ(served, QStringList{QStringLiteral("1/2")});
+    EXPECT_EQ(failed, QStringList{QStringLiteral("1: En annen kjøring betjener kassen (avd. 1, kasse 1)")});
+    EXPECT_EQ(progress.size(), 2);
+}
+
+TEST_F(TillThatIsTaken, IsNotLoggedInTo) {
+    plan.Unreachable = [](const TillIdentity&) {};
+    chain.run(QStringLiteral("Kasse_1_1"), QStringLiteral("DROP TABLE innstillinger"));
+    walk();
+    EXPECT_EQ(chain.requestsWith("select in_dbversion"), 1) << "of till 2";
+}
+
+TEST_F(TillWalkOverAChain, LockIsHeldForTheVisitAndLetGoOnEveryWayOut) {
+    chain.tills(QStringLiteral("1/1 1/2 1/3"));
+    db::Session copy;
+    copy.SetConnectString(chain.connectString(chain.kBackOffice));
+    copy.Open();
+    const auto isFree = [&](int till) {
+        return ApplicationLock(copy, ApplicationLock::OfTill(1, QString::number(till))).Held();
+    };
+    work = [&](TillVisit& visit) {
+        const int till = visit.Till.Kassenummer.toInt();
+        EXPECT_FALSE(isFree(till));
+        EXPECT_TRUE(isFree(till == 1 ? 2 : 1)) << "tills do not keep each other out, and those before were let go";
+        if (till == 2) throw EngineError(QStringLiteral("feilet"));
+        if (till == 3) visit.Control.SetCancelRequest(true);
+    };
+    EXPECT_THROW(walk(), EAbort);
+    EXPECT_EQ(served.size(), 3);
+    EXPECT_TRUE(isFree(1) && isFree(2) && isFree(3));
+}
+
+TEST_F(TillWalkOverAChain, LockCostsAVisitTwoRoundTrips) {
+    chain.tills(QStringLiteral("1/1 1/2 2/1"));
+    walk();
+    EXPECT_EQ(chain.requestsWith("applock"), 2 * 3);
+}
+
+TEST_F(TillWalkOverAChain, BackOfficeThatStaysAwayEndsTheWalkAfterThreeRounds) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    plan.ReopensBackOffice = true;
+    work = [this](TillVisit&) { chain.cutServer(); };
+    try {
+        walk();
+        FAIL() << "the walk went on";
+    } catch (const std::exception& failure) {
+        EXPECT_EQ(classify(failure), FailureKind::ConnectionLost) << failure.what();
+    }
+    EXPECT_EQ(chain.around.sleeps, (std::vector<int>{3000, 3000, 3000}));
+    EXPECT_EQ(served.size(), 1);
+    EXPECT_EQ(progress, QStringList());
 }
 
 }  // namespace

@@ -149,15 +149,17 @@ TEST_F(FailedConnections, ConnectionThatBreaksRightAfterTheLoginIsTriedAgain) {
                                              QStringLiteral("Database versjon 213")}));
 }
 
-TEST_F(FailedConnections, TillWithoutSettingsIsFetchedWithTheVersionOfTheTillBefore) {
+TEST_F(FailedConnections, TillWithoutSettingsConnectsWithTheVersionOfTheTillBeforeAndIsNotServedByIt) {
     chain.run(QStringLiteral("Kasse_1_2"), QStringLiteral("DROP TABLE innstillinger"));
     chain.run(QStringLiteral("Kasse_1_1"), QStringLiteral("UPDATE innstillinger SET in_dbversion = ' 188 '"));
     run();
-    EXPECT_EQ(fetched.size(), 3);
+    EXPECT_EQ(fetched, (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
     EXPECT_EQ(chain.messages().filter(QStringLiteral("Database versjon")),
               (QStringList{QStringLiteral("Database versjon 188"), QStringLiteral("Database versjon 188"),
                            QStringLiteral("Database versjon 213")}));
-    EXPECT_EQ(chain.errorMessages(), QStringList());
+    EXPECT_EQ(chain.errorMessages(),
+              (QStringList{QStringLiteral("Feil i ExecuteOppgjor for avd. 1, kasse 2. Se feil nedenfor"),
+                           QStringLiteral("Invalid object name 'innstillinger'.")}));
 }
 
 TEST_F(FailedConnections, BackOfficeThatIsDownAtTheStartEndsTheRunWithItsOwnWords) {
@@ -180,15 +182,16 @@ TEST_F(FailedConnections, BackOfficeThatRefusesTheLoginNamesNoPassword) {
     EXPECT_FALSE(allLogs().contains(QStringLiteral("sesam-sesam")));
 }
 
-TEST_F(FailedConnections, BackOfficeThatGoesMidRunFailsTheRestQuietlyAndTheNextRunStartsAnew) {
+TEST_F(FailedConnections, BackOfficeThatStaysAwayEndsTheRunAndTheNextRunStartsAnew) {
     bool breaks = true;
     chain.engine.OnFetchTill = [&](TillVisit& visit) {
         fetched.append(visit.Till.Kassenummer);
         if (fetched.size() == 2 && breaks) chain.cutServer();
     };
     run();
-    // The tills stood on the same server: the third cannot be reached either.
     EXPECT_EQ(fetched, (QStringList{QStringLiteral("1"), QStringLiteral("2")}));
+    EXPECT_TRUE(chain.errorMessages().last().startsWith(QStringLiteral("En feil oppstod i rutinen ExecuteOppgjor: ")));
+    EXPECT_EQ(chain.errorMessages().filter(QStringLiteral("kasse 3")), QStringList()) << "nothing more was tried";
     EXPECT_FALSE(chain.target.Connected());
 
     breaks = false;
