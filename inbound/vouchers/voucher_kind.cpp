@@ -7,7 +7,7 @@ const VoucherKind kGavekort{
     .prefix = "GA_",
     .changed = "SELECT * FROM gavekort WHERE GA_SYNKTIDSPUNKT IS NULL",
     .log = "Importerer gavekort %1",
-    .dropped = "Gavekort som ikke ble importert: %1",
+    .dropped = "Gavekort i gruppen som feilet: %1",
     .issuedBy = "OL_ID",
     .insert =
         "INSERT INTO POSGAVEKORT (GA_ID,GA_AVDNR,GA_KASSENR,GA_AN_ID,GA_OL_ID,GA_BELOP,GA_GYLDIGTIL,GA_BET_AVDNR,GA_BET_KASSENR,GA_BET_AN_ID,GA_BT_ID,GA_SYNKTIDSPUNKT) SELECT %1",
@@ -29,7 +29,7 @@ const VoucherKind kTilgodelapp{
     .prefix = "TG_",
     .changed = "SELECT * FROM Tilgodelapp WHERE TG_SYNKTIDSPUNKT IS NULL",
     .log = "Importerer tilgodelapp %1",
-    .dropped = "Tilgodelapper som ikke ble importert: %1",
+    .dropped = "Tilgodelapper i gruppen som feilet: %1",
     .issuedBy = "OR_ID",
     .insert =
         "INSERT INTO POSTilgodelapp (TG_ID,TG_AVDNR,TG_KASSENR,TG_AN_ID,TG_OR_ID,TG_BELOP,TG_GYLDIGTIL,TG_BET_AVDNR,TG_BET_KASSENR,TG_BET_AN_ID,TG_BT_ID,TG_SYNKTIDSPUNKT) SELECT %1",

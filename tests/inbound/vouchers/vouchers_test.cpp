@@ -132,7 +132,12 @@ TEST_F(Vouchers, SixteenCardsAreABatch) {
 TEST_F(Vouchers, FailingFullBatchIsDroppedAndItsCardsMarked) {
     for (int i = 0; i < 16; ++i) card("G" + std::to_string(10 + i), "250, NULL, NULL, NULL, NULL, NULL");
     card("G5", "250, NULL, NULL, NULL, NULL, NULL");
-    inBackOffice("ALTER TABLE POSGAVEKORT ADD CONSTRAINT CK_Gavekort CHECK (GA_ID <> 'G10')");
+    TORVIK_NEEDS_SANDBOX(run.chain);
+    sandbox::FaultRule refuse;
+    refuse.match.textContains = "INSERT INTO POSGAVEKORT";
+    refuse.action = sandbox::FaultAction::Fail;
+    refuse.message = {.number = 50000, .severity = 16, .state = 1, .text = "Made to fail"};
+    run.chain.backOffice().faults().add(refuse);
 
     EXPECT_EQ(execute(), QString());
 
@@ -220,10 +225,10 @@ TEST_F(Vouchers, DroppedBatchNamesItsCards) {
     for (int i = 1; i <= 17; ++i) card((i < 10 ? "G0" : "G") + std::to_string(i), "1, NULL, NULL, NULL, NULL, NULL");
     inBackOffice("ALTER TABLE POSGAVEKORT ADD CONSTRAINT CK_Gavekort CHECK (GA_ID <> 'G03')");
     EXPECT_EQ(execute(), QString());
-    const QStringList named = run.errors().filter(QStringLiteral("Gavekort som ikke ble importert: "));
+    const QStringList named = run.errors().filter(QStringLiteral("Gavekort i gruppen som feilet: "));
     ASSERT_EQ(named.size(), 1);
     EXPECT_TRUE(
-        named.first().startsWith(QStringLiteral("Gavekort som ikke ble importert: G01 (avd. 101, kasse 1), G02 ")));
+        named.first().startsWith(QStringLiteral("Gavekort i gruppen som feilet: G01 (avd. 101, kasse 1), G02 ")));
     EXPECT_EQ(named.first().count(QStringLiteral("kasse 1)")), 16);
 }
 
