@@ -29,6 +29,7 @@
 #include "inbound/fetch_till.h"
 #include "logging/ini_file.h"
 #include "logging/logger.h"
+#include "outbound/run/send_run.h"
 #include "shell/icons.h"
 #include "shell/log_pane_view.h"
 #include "shell/main_threads.h"
@@ -114,6 +115,7 @@ void MainWindow::createEngine() {
     engine.IncludeDTS_TorvikPOS = true;
 
     joinFetching(engine);
+    joinSending(engine);
     engine.OnTimerException = [this](const std::exception_ptr& failure) {
         command([&failure] { std::rethrow_exception(failure); });
     };

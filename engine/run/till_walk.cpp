@@ -82,8 +82,8 @@ void TillWalk::report(const TillIdentity& till) {
     ++done_;
     const int count = parts_.Roster.Qry().RecordCount();
     const TProgressEvent& onProgress = parts_.Context.Events.OnProgress;
-    if (plan_.ProgressText && onProgress)
-        onProgress(parts_.Context.Sender, done_ * 100 / count, plan_.ProgressText(till, done_, count));
+    const QString text = plan_.ProgressText && onProgress ? plan_.ProgressText(till, done_, count) : QString();
+    if (!text.isEmpty()) onProgress(parts_.Context.Sender, done_ * 100 / count, text);
     if (plan_.ShowsLogs) parts_.ShowKasseLogs();
 }
 

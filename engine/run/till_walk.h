@@ -40,7 +40,8 @@ struct TillWalkPlan {
     std::function<void(const TillIdentity& till, const std::exception& failure)> Failed;
     // True: the same till is served once more.
     std::function<bool()> ServesAgain = {};
-    // The text that goes with the percentage; without it no progress is reported. Failed tills count too.
+    // The text that goes with the percentage; without it, or with an empty one, no progress is reported. Failed tills
+    // count too.
     std::function<QString(const TillIdentity& till, int done, int count)> ProgressText = {};
     // The roster has moved on, past the last till too, and the wait is over.
     std::function<void()> MovedOn = {};

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QRandomGenerator>
+#include <QScopeGuard>
 #include <exception>
 
 #include "engine/base/abort.h"
@@ -19,8 +20,6 @@ constexpr int kTillQuestionTimeout = 30;
 // A merge takes as long as the till needs.
 constexpr int kNoTimeout = 0;
 
-constexpr int kSessionIDs = 5000;
-
 constexpr char kGlobalVariables[] = "select In_Id, In_SendValutaTilkasse,In_Slett_Va_ID from innstillinger";
 constexpr char kTillVersion[] = "select @@VERSION as version, in_dbversion from innstillinger";
 constexpr char kTillTable[] = "select count(*) AS Antall from sysobjects where name='%1'";
@@ -32,7 +31,7 @@ QStringList linesOf(const QString& sql) {
 }  // namespace
 
 TdmTorvikToPOS::TdmTorvikToPOS(QObject* owner) : QObject(owner) {
-    RandomSessionID = [] { return QRandomGenerator::global()->bounded(kSessionIDs); };
+    RandomSessionID = [] { return QRandomGenerator::global()->bounded(SendSessionID::kNumbers); };
     qrySource.CommandTimeout = kBackOfficeTimeout;
     spKasseVareAlle.CommandTimeout = kBackOfficeTimeout;
     spKasseVareAlle.StoredProcName = QStringLiteral("KasseVareAlle");
@@ -40,7 +39,10 @@ TdmTorvikToPOS::TdmTorvikToPOS(QObject* owner) : QObject(owner) {
     qryTarget.CommandTimeout = kNoTimeout;
     qryTarget1.CommandTimeout = kTillQuestionTimeout;
     for (db::Query* query : {&qrySource, &qryGetGlobalVariables, &qryTarget1}) query->ParamCheck = false;
-    ldrGeneral.OnProgress = [this](db::BulkLoader&, int percent) { progress_.ldrGeneralProgress(percent); };
+    ldrGeneral.OnProgress = [this](db::BulkLoader&, int percent) {
+        progress_.ldrGeneralProgress(percent);
+        if (OnIdle) OnIdle();
+    };
 }
 
 void TdmTorvikToPOS::SetSourceConnection(db::Session* value) {
@@ -57,6 +59,7 @@ void TdmTorvikToPOS::SetDestinationConnection(db::Session* value) {
 }
 
 void TdmTorvikToPOS::Execute() {
+    const auto ended = qScopeGuard([this] { heldSessionId_.reset(); });
     for (const SendStep& step : sendSteps())
         if (step.when.holds(facts())) runStep(step.number, *step.what);
 }
@@ -200,7 +203,8 @@ void TdmTorvikToPOS::GetGlobalVariables() {
 }
 
 void TdmTorvikToPOS::drawSessionID() {
-    sessionId_ = QString::number(RandomSessionID());
+    heldSessionId_ = std::make_unique<SendSessionID>(*sourceConnection_, RandomSessionID);
+    sessionId_ = heldSessionId_->text();
 }
 
 void TdmTorvikToPOS::readTillVersion() {

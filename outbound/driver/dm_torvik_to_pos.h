@@ -7,12 +7,14 @@
 #include <QDateTime>
 #include <QObject>
 #include <functional>
+#include <memory>
 
 #include "engine/db/bulk_loader.h"
 #include "engine/db/query.h"
 #include "engine/db/script.h"
 #include "engine/db/stored_proc.h"
 #include "outbound/driver/send_progress.h"
+#include "outbound/driver/session_id.h"
 #include "outbound/shape/action.h"
 
 namespace torvik {
@@ -44,6 +46,8 @@ public:
     std::function<void(const QString&)> OnLog;  // a line of the operator's log; none: nothing is logged
     std::function<QDateTime()> Now = [] { return QDateTime::currentDateTime(); };
     std::function<int()> RandomSessionID;  // 0 to 4999
+    // Called again and again during a bulk load, so that a window stays alive. It must leave both sessions alone.
+    std::function<void()> OnIdle;
 
     // The name of the running step, and behind a failure of the failed one.
     [[nodiscard]] const QString& CurrentTransformation() const { return progress_.CurrentTransformation(); }
@@ -92,6 +96,7 @@ private:
     bool sendCurrency_ = false;
     QString replaceItemNumber_;
     QString sessionId_;
+    std::unique_ptr<SendSessionID> heldSessionId_;  // while a send lasts
     int torvikPosVersion_ = 0;
     std::set<std::string> tillTables_;
     QDateTime transferStartTime_;
