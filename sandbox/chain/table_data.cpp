@@ -44,6 +44,13 @@ std::string shortest(double value) {
     return {text, end.ptr};
 }
 
+// Without an exponent, as clients of the databases print it.
+std::string plain(double value) {
+    char text[400];
+    const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed);
+    return {text, end.ptr};
+}
+
 std::string hex(const std::string& bytes) {
     static constexpr char kDigits[] = "0123456789ABCDEF";
     std::string text = "0x";
@@ -80,7 +87,7 @@ std::string sqlLiteral(const Cell& cell) {
 std::string cellText(const Cell& cell) {
     return std::visit(
         Overloaded{[](std::monostate) { return std::string("NULL"); }, [](std::int64_t v) { return std::to_string(v); },
-                   [](double v) { return shortest(v); }, [](const std::string& v) { return v; },
+                   [](double v) { return plain(v); }, [](const std::string& v) { return v; },
                    [](const Moment& v) { return momentText(v, "-"); }, [](const Blob& v) { return hex(v.bytes); }},
         cell);
 }

@@ -139,6 +139,25 @@ std::string ChainRun::everything() const {
     return text;
 }
 
+std::map<std::string, ChainRun::Table> ChainRun::tillTables(std::size_t till) const {
+    const auto session = tillSession(till);
+    std::map<std::string, Table> tables;
+    for (const std::string& name :
+         lines(*session, QStringLiteral("SELECT name FROM sysobjects WHERE xtype = 'U' ORDER BY name"))) {
+        db::Query query(session.get());
+        query.ParamCheck = false;
+        query.SQL = QStringList{qt("SELECT * FROM " + name)};
+        query.Open();
+        Table& table = tables[name];
+        for (int i = 0; i < query.FieldCount(); ++i) table.columns.push_back(query.Fields(i).Name().toStdString());
+        for (; !query.Eof(); query.Next()) {
+            auto& row = table.rows.emplace_back();
+            for (int i = 0; i < query.FieldCount(); ++i) row.push_back(cell(query.Fields(i).AsValue()));
+        }
+    }
+    return tables;
+}
+
 std::string ChainRun::backOfficeValue(const std::string& sql) const {
     return onlyValue(*backOfficeSession(), sql);
 }

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -38,6 +39,13 @@ public:
     // Everything that the back office and the tills hold, table by table, but for columns that tell a moment of the run
     // itself: to be compared with itself after something that must change nothing.
     [[nodiscard]] std::string everything() const;
+
+    // Every table of a till with its columns and rows, the rows in no order.
+    struct Table {
+        std::vector<std::string> columns;
+        std::vector<std::vector<std::string>> rows;
+    };
+    [[nodiscard]] std::map<std::string, Table> tillTables(std::size_t till) const;
 
     // The first column of the first row; NULL for null.
     [[nodiscard]] std::string backOfficeValue(const std::string& sql) const;
