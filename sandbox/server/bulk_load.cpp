@@ -5,6 +5,7 @@
 
 #include "sandbox/server/names.h"
 #include "sandbox/store/databases/locks.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox::server {
 namespace {
@@ -44,12 +45,8 @@ bool takes(const Type& column, const Type& sent) {
     return column.id == sent.id;
 }
 
-[[noreturn]] void refuse(int number, const std::string& text) {
-    Message m;
-    m.number = number;
-    m.text = text;
-    m.line = 1;
-    throw SqlError(m, Effect::Batch);
+[[noreturn]] void refuse(Message message) {
+    throw SqlError(std::move(message).atLine(1), Effect::Batch);
 }
 
 }  // namespace
@@ -142,9 +139,9 @@ void BulkLoad::store(tds::BulkReader& rows) {
         try {
             state = rows.next();
         } catch (const tds::InvalidValue&) {
-            refuse(4895, "Unicode data is odd byte size or a value is not one of its column's type.");
+            refuse(errorMessage<4895>());
         } catch (const tds::UnsupportedType& e) {
-            refuse(4816, std::string("Invalid column type from bcp client: ") + e.what() + ".");
+            refuse(errorMessage<4816>(": " + std::string(e.what())));
         }
         switch (state) {
             case tds::BulkReader::State::NeedsMore: return;
@@ -157,12 +154,11 @@ void BulkLoad::store(tds::BulkReader& rows) {
 
 void BulkLoad::check(const std::vector<tds::BulkColumn>& columns) const {
     if (columns.size() != target_->columns.size()) {
-        refuse(4804, "The bulk load has " + std::to_string(columns.size()) + " columns, and its statement announced " +
-                         std::to_string(target_->columns.size()) + ".");
+        refuse(errorMessage<4804>(columns.size(), target_->columns.size()));
     }
     for (std::size_t i = 0; i < columns.size(); ++i) {
         if (!takes(target_->columns[i].type, columns[i].type.type)) {
-            refuse(4816, "Invalid column type from bcp client for colid " + std::to_string(i + 1) + ".");
+            refuse(errorMessage<4816>(" for colid " + std::to_string(i + 1)));
         }
     }
 }

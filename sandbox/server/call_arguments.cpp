@@ -4,16 +4,13 @@
 #include <limits>
 
 #include "sandbox/server/names.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox::server {
 namespace {
 
 [[noreturn]] void wrongType(std::string_view name, std::string_view type) {
-    Message m;
-    m.number = 214;
-    m.state = 3;
-    m.text = "Procedure expects parameter '" + std::string(name) + "' of type '" + std::string(type) + "'.";
-    throw SqlError(m);
+    throw SqlError(errorMessage<214, 3>(name, type));
 }
 
 }  // namespace
@@ -67,13 +64,7 @@ const tds::CallParameter* CallArguments::find(std::size_t place, std::string_vie
 
 const tds::CallParameter& CallArguments::need(std::size_t place, std::string_view name) const {
     if (const tds::CallParameter* p = find(place, name)) return *p;
-    Message m;
-    m.number = 201;
-    m.state = 4;
-    m.text = "Procedure or function '" + procedure_ + "' expects parameter '" + std::string(name) +
-             "', which was not supplied.";
-    m.procedure = procedure_;
-    throw SqlError(m);
+    throw SqlError(errorMessage<201, 4>(procedure_, name).in(procedure_));
 }
 
 Argument toArgument(const tds::CallParameter& parameter) {

@@ -6,6 +6,7 @@
 
 #include "sandbox/server/login_handler.h"
 #include "sandbox/store/databases/locks.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox::server {
 namespace {
@@ -357,12 +358,7 @@ void Connection::transaction(const tds::TransactionRequest& request) {
         case tds::TransactionStep::Propagate:
         case tds::TransactionStep::Promote: break;
     }
-    Message m;
-    m.number = 8501;
-    m.state = 3;
-    m.text = "MSDTC on server '" + server_.engine.serverName() + "' is unavailable.";
-    m.line = 1;
-    reply_.error(m);
+    reply_.error(errorMessage<8501>(server_.engine.serverName()).atLine(1));
 }
 
 void Connection::reset(std::uint8_t status) {
@@ -397,12 +393,7 @@ bool Connection::statementEnded() {
 
 // A fault of this program and not of the client: told like a server's own fatal error, and the connection ends.
 void Connection::failInside(const std::exception& e) {
-    Message m;
-    m.number = 596;
-    m.severity = 21;
-    m.text = std::string("Cannot continue the execution because the session is in the kill state. ") + e.what();
-    m.line = 1;
-    reply_.error(m);
+    reply_.error(errorMessage<596>(e.what()).atLine(1));
     (void)inbox_->endRequest();
     reply_.finish();
     channel_.closeGently();

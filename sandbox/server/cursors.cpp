@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "sandbox/server/collected_reply.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox::server {
 namespace {
@@ -17,13 +18,6 @@ constexpr std::int32_t kReadOnly = 0x0001;
 // Fetch types of sp_cursorfetch.
 constexpr std::int32_t kFirst = 0x01, kNext = 0x02, kPrevious = 0x04, kLast = 0x08, kAbsolute = 0x10, kRelative = 0x20,
                        kRefresh = 0x80, kInfo = 0x100, kPreviousNoAdjust = 0x200;
-
-[[noreturn]] void fail(int number, const std::string& text) {
-    Message m;
-    m.number = number;
-    m.text = text;
-    throw SqlError(m);
-}
 
 void end(Reply& reply) {
     reply.returnStatus(0);
@@ -75,7 +69,7 @@ void Cursors::execute(const CallArguments& arguments, ReplyWriter& reply) {
     const std::int32_t handle = arguments.integer(0, "@prepared_handle");
     const auto found = statements_.find(handle);
     if (found == statements_.end()) {
-        fail(8179, "Could not find prepared statement with handle " + std::to_string(handle) + ".");
+        throw SqlError(errorMessage<8179, 1>(handle));
     }
     const Statement statement = found->second;
     run(statement, arguments.rest(5), {arguments, 1, 2, 3, 4},
@@ -95,7 +89,7 @@ void Cursors::prepareAndExecute(const CallArguments& arguments, ReplyWriter& rep
 void Cursors::unprepare(const CallArguments& arguments, ReplyWriter& reply) {
     const std::int32_t handle = arguments.integer(0, "@prepared_handle");
     if (statements_.erase(handle) == 0) {
-        fail(8179, "Could not find prepared statement with handle " + std::to_string(handle) + ".");
+        throw SqlError(errorMessage<8179, 1>(handle));
     }
     end(reply);
 }
@@ -105,9 +99,7 @@ void Cursors::run(const Statement& statement, const std::vector<Argument>& value
     RowSetReply rowSet(reply);
     session_.execute(statement.text, statement.declarations, values, rowSet);
     if (rowSet.rowSets > 1) {
-        fail(16937,
-             "A server cursor is not allowed on a remote stored procedure or stored procedure with more than one "
-             "SELECT statement. Use a default result set or client cursor.");
+        throw SqlError(errorMessage<16937>());
     }
     std::int32_t handle = 0;
     if (rowSet.rowSets == 1 && !rowSet.failed) {
@@ -159,7 +151,7 @@ void Cursors::fetch(const CallArguments& arguments, ReplyWriter& reply) {
             reply.outputParameter(2, arguments.nameAt(2), intValue(cursor.first));
             reply.outputParameter(3, arguments.nameAt(3), intValue(rows));
             return reply.procedureDone();
-        default: fail(16902, "sp_cursorfetch: The value of the parameter 'fetchtype' is invalid.");
+        default: throw SqlError(errorMessage<16902>("sp_cursorfetch", "fetchtype"));
     }
     if (kind == kNext && cursor.first == 0) first = 1;
     // A block that would begin before the first row begins with it, as long as some of it is there.
@@ -197,7 +189,7 @@ void Cursors::option(const CallArguments& arguments, ReplyWriter& reply) {
     constexpr std::int32_t kCursorName = 2;
     Cursor& cursor = find(arguments.integer(0, "@cursor"));
     if (arguments.integer(1, "@code") != kCursorName) {
-        fail(16902, "sp_cursoroption: The value of the parameter 'code' is invalid.");
+        throw SqlError(errorMessage<16902>("sp_cursoroption", "code"));
     }
     cursor.name = arguments.text(2, "@value");
     end(reply);
@@ -217,7 +209,7 @@ void Cursors::close(const CallArguments& arguments, ReplyWriter& reply) {
 
 void Cursors::position(const CallArguments& arguments) {
     (void)find(arguments.integer(0, "@cursor"));
-    fail(16929, "The cursor is READ ONLY.");
+    throw SqlError(errorMessage<16929>());
 }
 
 void Cursors::clear() {
@@ -228,10 +220,7 @@ void Cursors::clear() {
 Cursors::Cursor& Cursors::find(std::int32_t handle) {
     const auto found = cursors_.find(handle);
     if (found == cursors_.end()) {
-        Message m;
-        m.number = 16909;
-        m.text = "sp_cursorfetch: The cursor identifier value provided (" + std::to_string(handle) + ") is not valid.";
-        throw SqlError(m);
+        throw SqlError(errorMessage<16909>(handle));
     }
     return found->second;
 }

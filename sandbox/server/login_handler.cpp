@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "sandbox/server/collected_reply.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox::server {
 namespace {
@@ -18,16 +19,6 @@ Encryption answer(TlsMode mode, Encryption wanted) {
     if (wanted == Encryption::On || wanted == Encryption::Required) return Encryption::On;
     if (mode == TlsMode::Required) return Encryption::Required;
     return wanted;
-}
-
-Message changed(int number, int state, const std::string& text) {
-    Message m;
-    m.number = number;
-    m.severity = 0;
-    m.state = state;
-    m.text = text;
-    m.line = 1;
-    return m;
 }
 
 }  // namespace
@@ -49,14 +40,7 @@ std::unique_ptr<Session> LoginHandler::run() {
     if (ahead_->type == tds::PacketType::Prelogin && !settleEncryption()) return nullptr;
     if (!readLogin()) return nullptr;
     if (mode_ == TlsMode::Required && !channel_.encrypted()) {
-        Message m;
-        m.number = 17835;
-        m.severity = 20;
-        m.text =
-            "Encryption is required to connect to this server but the client library does not support encryption; the "
-            "connection has been closed. Please upgrade your client library.";
-        m.line = 1;
-        refuse({m});
+        refuse({errorMessage<17835>().atLine(1)});
         return nullptr;
     }
     if (loginOnly_) channel_.endTls();
@@ -136,19 +120,11 @@ std::unique_ptr<Session> LoginHandler::letIn() {
         return nullptr;
     }
     if (login_.integrated) {
-        Message m = failed;
-        m.number = 18452;
-        m.text =
-            "Login failed. The login is from an untrusted domain and cannot be used with Integrated authentication.";
-        refuse({m});
+        refuse({errorMessage<18452>().atLine(1)});
         return nullptr;
     }
     if (login_.changesPassword) {
-        Message m = failed;
-        m.number = 18463;
-        m.text = "Login failed for user '" + login_.user +
-                 "'. Reason: Password change failed. The password cannot be used at this time.";
-        refuse({m});
+        refuse({errorMessage<18463>(login_.user).atLine(1)});
         return nullptr;
     }
     if (login_.fedAuth || !logins_.accepts(login_.user, login_.password)) {
@@ -186,10 +162,10 @@ void LoginHandler::welcome(Session& session) {
     reply_.packets().setSpid(static_cast<std::uint16_t>(session.spid()));
     tds::TokenWriter tokens = reply_.tokens();
     tokens.databaseChange(session.database(), "master");
-    tokens.info(changed(5701, 2, "Changed database context to '" + session.database() + "'."));
+    tokens.info(errorMessage<5701, 2>(session.database()).atLine(1));
     tokens.collationChange();
     tokens.languageChange(language, "");
-    tokens.info(changed(5703, 1, "Changed language setting to " + language + "."));
+    tokens.info(errorMessage<5703>(language).atLine(1));
     tokens.loginAck();
     tokens.packetSizeChange(size, tds::kDefaultPacket);
     reply_.finish();

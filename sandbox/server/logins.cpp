@@ -2,6 +2,7 @@
 #include "sandbox/server/logins.h"
 
 #include "sandbox/server/names.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox::server {
 
@@ -16,12 +17,7 @@ bool Logins::accepts(const std::string& user, const std::string& password) const
 }
 
 Message loginFailed(const std::string& user) {
-    Message m;
-    m.number = 18456;
-    m.severity = 14;
-    m.text = "Login failed for user '" + user + "'.";
-    m.line = 1;
-    return m;
+    return errorMessage<18456>(user).atLine(1);
 }
 
 }  // namespace sandbox::server

@@ -2,6 +2,7 @@
 #include "sandbox/server/prepared.h"
 
 #include "sandbox/server/collected_reply.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox::server {
 namespace {
@@ -9,21 +10,13 @@ namespace {
 constexpr std::int32_t kWithMetadata = 1;
 
 [[noreturn]] void unknownHandle(std::int32_t handle) {
-    Message m;
-    m.number = 8179;
-    m.state = 4;
-    m.text = "Could not find prepared statement with handle " + std::to_string(handle) + ".";
-    throw SqlError(m);
+    throw SqlError(errorMessage<8179, 4>(handle));
 }
 
 // 8180 follows whatever kept a statement from being prepared.
 [[noreturn]] void notPrepared(const SqlError& cause) {
     SqlError all = cause;
-    Message m;
-    m.number = 8180;
-    m.text = "Statement(s) could not be prepared.";
-    m.line = 1;
-    all.messages.push_back(m);
+    all.messages.push_back(errorMessage<8180>().atLine(1));
     throw all;
 }
 

@@ -7,6 +7,7 @@
 
 #include "sandbox/server/collected_reply.h"
 #include "sandbox/server/names.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox::server {
 namespace {
@@ -99,11 +100,7 @@ void CallHandler::dispatch(ProcId id, const tds::Call& call, ReplyWriter& reply)
         case ProcId::ExecuteSql:
         case ProcId::PrepExecRpc: break;
     }
-    Message m;
-    m.number = 2812;
-    m.state = 62;
-    m.text = "Could not find stored procedure '" + nameOf(id) + "'.";
-    throw SqlError(m);
+    throw SqlError(errorMessage<2812>(nameOf(id)));
 }
 
 void CallHandler::reset() {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tds/text.h"
 #include "sandbox/tds/values.h"
 
@@ -34,15 +35,6 @@ void skipHeaders(Reader& in) {
     }
 }
 
-Message refusal(int number, std::size_t ordinal, const std::string& name, const std::string& reason) {
-    Message m;
-    m.number = number;
-    m.text =
-        "The incoming tabular data stream (TDS) remote procedure call (RPC) protocol stream is incorrect. Parameter " +
-        std::to_string(ordinal) + " (\"" + name + "\"): " + reason;
-    return m;
-}
-
 CallParameter readParameter(Reader& in, std::size_t ordinal) {
     CallParameter p;
     p.name = in.shortText();
@@ -57,15 +49,9 @@ CallParameter readParameter(Reader& in, std::size_t ordinal) {
     } catch (const UnsupportedType& e) {
         std::array<char, 8> code{};
         std::snprintf(code.data(), code.size(), "0x%02X", e.code);
-        throw RefusedParameter(
-            refusal(8009, ordinal, p.name, std::string("Data type ") + code.data() + " is unknown."));
+        throw RefusedParameter(errorMessage<8009>(ordinal, p.name, code.data()));
     } catch (const InvalidValue& e) {
-        throw RefusedParameter(refusal(8023, ordinal, p.name,
-                                       "The supplied value is not a valid instance of data type " +
-                                           typeName(p.value.type) +
-                                           ". Check the source data for invalid values. An example of an invalid value "
-                                           "is data of numeric type with "
-                                           "scale greater than precision."));
+        throw RefusedParameter(errorMessage<8023>(ordinal, p.name, typeName(p.value.type)));
     }
     return p;
 }
@@ -92,13 +78,7 @@ Call readCall(Reader& in, Version version) {
     call.noMetadata = (in.u16() & kNoMetadata) != 0;
     while (!in.atEnd() && !isSeparator(in.peek(), version)) {
         if (call.parameters.size() == kMostParameters) {
-            Message m;
-            m.number = 8003;
-            m.text =
-                "The incoming request has too many parameters. The server supports a maximum of 2100 parameters. "
-                "Reduce "
-                "the number of parameters and resend the request.";
-            throw RefusedParameter(m);
+            throw RefusedParameter(errorMessage<8003>());
         }
         call.parameters.push_back(readParameter(in, call.parameters.size() + 1));
     }

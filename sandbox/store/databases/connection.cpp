@@ -6,6 +6,7 @@
 
 #include "sandbox/store/databases/database_file.h"
 #include "sandbox/store/databases/table_storage.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/views/system_views.h"
 
 namespace sandbox {
@@ -15,16 +16,6 @@ namespace {
 constexpr std::size_t kMaxAttached = 10;  // SQLite's own limit
 constexpr std::size_t kMaxIdleStatements = 256;
 constexpr int kTempdb = 2;
-
-SqlError snapshotLost(int spid) {
-    return SqlError(Message{.number = 1205,
-                            .severity = 13,
-                            .state = 51,
-                            .text = "Transaction (Process ID " + std::to_string(spid) +
-                                    ") was deadlocked on lock resources with another process and has been chosen as "
-                                    "the deadlock victim. Rerun the transaction."},
-                    Effect::Batch);
-}
 
 bool isTemporaryName(std::string_view name) {
     return !name.empty() && (name.front() == '@' || (name.front() == '#' && !name.starts_with("##")));
@@ -148,7 +139,7 @@ void Connection::raiseFailure() {
     const std::string text = sqlite3_errmsg(sqlite_);
     rethrowIfFailed(functions_);
     if (cancelled_ || (code & 0xFF) == SQLITE_INTERRUPT) throw StatementCancelled();
-    if ((code & 0xFF) == SQLITE_BUSY) throw snapshotLost(spid_);
+    if ((code & 0xFF) == SQLITE_BUSY) throw SqlError(errorMessage<1205>(spid_), Effect::Batch);
     throw SqliteError(code, text);
 }
 

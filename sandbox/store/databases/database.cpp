@@ -14,6 +14,7 @@
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/datetime.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox {
 
@@ -164,10 +165,7 @@ std::vector<std::shared_ptr<Database>> Databases::all() const {
 std::shared_ptr<Database> Databases::create(const std::string& name, const std::string& collation) {
     const std::lock_guard one(creating_);
     if (find(name)) {
-        throw SqlError(Message{.number = 1801,
-                               .severity = 16,
-                               .state = 3,
-                               .text = "Database '" + name + "' already exists. Choose a different database name."});
+        throw SqlError(errorMessage<1801>(name));
     }
     int id = kFirstUserDatabase;
     while (findById(id)) ++id;
@@ -179,24 +177,13 @@ void Databases::drop(std::string_view name) {
     const std::shared_ptr<Database> database = find(name);
     const std::string quoted = "'" + std::string(name) + "'";
     if (!database) {
-        throw SqlError(Message{.number = 3701,
-                               .severity = 11,
-                               .state = 1,
-                               .text = "Cannot drop the database " + quoted +
-                                       ", because it does not exist or you do not have permission."});
+        throw SqlError(errorMessage<3701>("database", name));
     }
     if (database->id() < kFirstUserDatabase) {
-        throw SqlError(Message{.number = 3708,
-                               .severity = 16,
-                               .state = 4,
-                               .text = "Cannot drop the database " + quoted + " because it is a system database."});
+        throw SqlError(errorMessage<3708>(name));
     }
     if (processes_.uses(database->id(), 0) || locks_.isHeld(database->id())) {
-        throw SqlError(
-            Message{.number = 3702,
-                    .severity = 16,
-                    .state = 3,
-                    .text = "Cannot drop database \"" + database->name() + "\" because it is currently in use."});
+        throw SqlError(errorMessage<3702>(database->name()));
     }
     {
         const std::lock_guard guard(mutex_);
@@ -248,12 +235,7 @@ void Databases::takeRoom(const Database& database) {
     std::int64_t left = writesLeft_;
     while (left > 0 && !writesLeft_.compare_exchange_weak(left, left - 1)) continue;
     if (left != 0) return;
-    throw SqlError(Message{
-        .number = 9002,
-        .severity = 17,
-        .state = 2,
-        .text = "The transaction log for database '" + database.name() + "' is full due to 'NOTHING'.",
-    });
+    throw SqlError(errorMessage<9002>(database.name()));
 }
 
 void Databases::fillMsdb(Database& msdb) {

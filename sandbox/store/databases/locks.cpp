@@ -5,27 +5,9 @@
 #include <string>
 
 #include "sandbox/store/values/error.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox {
-
-namespace {
-
-SqlError deadlockVictim(int session) {
-    return SqlError(Message{.number = 1205,
-                            .severity = 13,
-                            .state = 51,
-                            .text = "Transaction (Process ID " + std::to_string(session) +
-                                    ") was deadlocked on lock resources with another process and has been chosen as "
-                                    "the deadlock victim. Rerun the transaction."},
-                    Effect::Batch);
-}
-
-SqlError lockTimeout() {
-    return SqlError(
-        Message{.number = 1222, .severity = 16, .state = 51, .text = "Lock request time out period exceeded."});
-}
-
-}  // namespace
 
 LockManager::Outcome LockManager::take(int session, LockOwner owner, const LockResource& resource, LockMode mode,
                                        std::optional<std::chrono::milliseconds> timeout,
@@ -65,8 +47,8 @@ void LockManager::acquire(int session, int database, std::optional<std::chrono::
     switch (take(session, LockOwner::Transaction, {.database = database}, LockMode::Exclusive, timeout, cancelled)) {
         case Outcome::Granted:
         case Outcome::GrantedAfterWait: return;
-        case Outcome::TimedOut: throw lockTimeout();
-        case Outcome::DeadlockVictim: throw deadlockVictim(session);
+        case Outcome::TimedOut: throw SqlError(errorMessage<1222>());
+        case Outcome::DeadlockVictim: throw SqlError(errorMessage<1205>(session), Effect::Batch);
     }
 }
 

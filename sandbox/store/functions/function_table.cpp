@@ -8,6 +8,7 @@
 #include "sandbox/store/values/convert_errors.h"
 #include "sandbox/store/values/convert_types.h"
 #include "sandbox/store/values/datetime.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 
 namespace sandbox {
@@ -467,21 +468,19 @@ AggregatePlan planAggregate(std::string_view name, const Type& argument, bool st
 }
 
 SqlError unknownFunction(std::string_view name) {
-    return errors::make(195, 15, 10, "'" + std::string(name) + "' is not a recognized built-in function name.");
+    return SqlError(errorMessage<195, 10>(name, "built-in function name"));
 }
 
 SqlError wrongArgumentCount(const FunctionRow& row) {
-    const std::string start = "The " + lowered(row.name) + " function requires ";
     if (row.minArguments == row.maxArguments) {
-        return errors::make(174, 15, 1, start + std::to_string(row.minArguments) + " argument(s).");
+        return SqlError(errorMessage<174>(lowered(row.name), row.minArguments));
     }
     const std::string most = row.maxArguments < 0 ? "any number of" : std::to_string(row.maxArguments);
-    return errors::make(189, 15, 1, start + std::to_string(row.minArguments) + " to " + most + " arguments.");
+    return SqlError(errorMessage<189>(lowered(row.name), row.minArguments, most));
 }
 
 SqlError unknownDatePart(std::string_view name, std::string_view function) {
-    return errors::make(155, 15, 1,
-                        "'" + std::string(name) + "' is not a recognized " + lowered(function) + " option.");
+    return SqlError(errorMessage<155, 1>(name, lowered(function)));
 }
 
 }  // namespace sandbox

@@ -9,6 +9,7 @@
 #include "sandbox/store/values/convert_errors.h"
 #include "sandbox/store/values/convert_number.h"
 #include "sandbox/store/values/decimal.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox::functions {
 namespace {
@@ -186,10 +187,7 @@ void scalarStep(sqlite3_context* context, int, sqlite3_value** arguments) {
         auto* state = stateOf<OneValue>(context);
         if (!state) throw std::bad_alloc();
         if (++state->count > 1) {
-            throw errors::make(
-                512, 16, 1,
-                "Subquery returned more than 1 value. This is not permitted when the subquery follows =, !=, "
-                "<, <= , >, >= or when the subquery is used as an expression.");
+            throw SqlError(errorMessage<512>());
         }
         state->value = sqlite3_value_dup(arguments[0]);
     });

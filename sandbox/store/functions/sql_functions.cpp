@@ -7,6 +7,7 @@
 #include "sandbox/store/functions/sql_functions_support.h"
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert_errors.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox {
 
@@ -22,7 +23,7 @@ void leaveFailure(sqlite3_context* context) noexcept {
         sqlite3_result_error_nomem(context);
         return;
     } catch (const std::exception& error) {
-        session.failure = errors::make(8630, 17, 1, std::string("Internal query processor error: ") + error.what());
+        session.failure = SqlError(errorMessage<8630>(error.what()));
     }
     sqlite3_result_error(context, session.failure ? session.failure->what() : "", -1);
 }

@@ -2,6 +2,7 @@
 #include "sandbox/store/functions/sql_functions_support.h"
 #include "sandbox/store/values/convert_errors.h"
 #include "sandbox/store/values/datetime.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox::functions {
 namespace {
@@ -66,9 +67,7 @@ void endOfMonth(Call& call) {
 }
 
 SqlError cannotConstruct(const char* type) {
-    return errors::make(
-        289, 16, 1,
-        std::string("Cannot construct data type ") + type + ", some of the arguments have values which are not valid.");
+    return SqlError(errorMessage<289>(type));
 }
 
 bool validArguments(Call& call, int first) {

@@ -6,6 +6,7 @@
 #include "sandbox/store/functions/sql_functions_support.h"
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert_errors.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/text.h"
 
 namespace sandbox::functions {
@@ -144,9 +145,7 @@ std::optional<char16_t> escapeOf(Call& call, int i) {
     if (call.isNull(i)) return std::nullopt;
     const std::u16string text = toUtf16(call.text(i));
     if (text.size() != 1) {
-        throw errors::make(
-            506, 16, 1,
-            "The invalid escape character \"" + std::string(call.text(i)) + "\" was specified in a LIKE predicate.");
+        throw SqlError(errorMessage<506>(call.text(i)));
     }
     return text[0];
 }

@@ -12,6 +12,7 @@
 #include "sandbox/store/values/convert_errors.h"
 #include "sandbox/store/values/convert_number.h"
 #include "sandbox/store/values/decimal.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/text.h"
 
 namespace sandbox::functions {
@@ -269,25 +270,21 @@ void checksum(Call& call) {
     call.integer64(static_cast<std::int32_t>(sum));
 }
 
-[[noreturn]] void raiseRows(int number, std::string text) {
-    throw errors::make(number, 15, 1, std::move(text));
-}
-
 // NULL counts as none, as it does in TOP.
 void rowLimit(Call& call) {
     const double rows = call.real(0);
     switch (static_cast<RowLimit>(call.integer(1))) {
         case RowLimit::Count:
-            if (rows < 0) raiseRows(127, "A TOP N or FETCH rowcount value may not be negative.");
+            if (rows < 0) throw SqlError(errorMessage<127>());
             break;
         case RowLimit::Percent:
-            if (rows < 0 || rows > 100) raiseRows(1031, "Percent values must be between 0 and 100.");
+            if (rows < 0 || rows > 100) throw SqlError(errorMessage<1031>());
             break;
         case RowLimit::Offset:
-            if (rows < 0) raiseRows(10742, "The offset specified in a OFFSET clause may not be negative.");
+            if (rows < 0) throw SqlError(errorMessage<10742>());
             break;
         case RowLimit::Fetch:
-            if (rows < 1) raiseRows(10744, "The number of rows provided for a FETCH clause must be greater then zero.");
+            if (rows < 1) throw SqlError(errorMessage<10744>());
             break;
     }
     if (call.isNull(0)) return call.integer64(0);
@@ -297,9 +294,7 @@ void rowLimit(Call& call) {
 void recursionDepth(Call& call) {
     const std::int64_t most = call.integer(1);
     if (most > 0 && call.integer(0) > most) {
-        throw errors::make(530, 16, 1,
-                           "The statement terminated. The maximum recursion " + std::to_string(most) +
-                               " has been exhausted before statement completion.");
+        throw SqlError(errorMessage<530>(most));
     }
     call.same(0);
 }

@@ -11,17 +11,13 @@
 #include "sandbox/store/values/convert_errors.h"
 #include "sandbox/store/values/convert_number.h"
 #include "sandbox/store/values/convert_text.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/text.h"
 
 namespace sandbox::functions {
 namespace {
 
 constexpr std::int64_t kMostUnits = 8000;
-
-SqlError invalidLength(int number, int state, std::string_view function) {
-    return errors::make(number, 16, state,
-                        "Invalid length parameter passed to the " + std::string(function) + " function.");
-}
 
 // The part of a text that begins at unit `from` and is `count` units long.
 std::string_view units(std::string_view text, std::int64_t from, std::int64_t count) {
@@ -63,7 +59,7 @@ void dataLength(Call& call) {
 
 void substring(Call& call) {
     std::int64_t from = call.integer(1) - 1, count = call.integer(2);
-    if (count < 0) throw invalidLength(537, 3, "LEFT or SUBSTRING");
+    if (count < 0) throw SqlError(errorMessage<537, 3>());
     if (from < 0) {  // what lies before the text counts as well
         count = std::max<std::int64_t>(0, count + from);
         from = 0;
@@ -77,12 +73,12 @@ void substring(Call& call) {
 }
 
 void left(Call& call) {
-    if (call.integer(1) < 0) throw invalidLength(537, 2, "LEFT or SUBSTRING");
+    if (call.integer(1) < 0) throw SqlError(errorMessage<537, 2>());
     call.string(leftUnits(call.text(0), static_cast<std::size_t>(call.integer(1))));
 }
 
 void right(Call& call) {
-    if (call.integer(1) < 0) throw invalidLength(536, 2, "RIGHT");
+    if (call.integer(1) < 0) throw SqlError(errorMessage<536>());
     const std::string_view text = call.text(0);
     const auto all = static_cast<std::int64_t>(utf16Length(text));
     const std::int64_t from = std::max<std::int64_t>(0, all - call.integer(1));

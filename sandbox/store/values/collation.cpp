@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "sandbox/store/values/error.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/text.h"
 
 namespace sandbox {
@@ -143,8 +144,7 @@ const Order& order(int code) {
 }
 
 [[noreturn]] void raiseInvalid(std::string_view name) {
-    throw SqlError(
-        {.number = 448, .severity = 16, .state = 1, .text = "Invalid collation '" + std::string(name) + "'."});
+    throw SqlError(errorMessage<448>(name));
 }
 
 std::string sqliteName(int code) {

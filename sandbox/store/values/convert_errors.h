@@ -13,8 +13,6 @@ namespace sandbox::errors {
 // A type's name in messages about values: decimal is told as numeric.
 [[nodiscard]] std::string valueTypeName(const Type& type);
 
-[[nodiscard]] SqlError make(int number, int severity, int state, std::string text, Effect effect = Effect::Statement);
-
 [[nodiscard]] SqlError conversionFailed(const Type& from, std::string_view value, const Type& to);     // 245
 [[nodiscard]] SqlError integerTextTooLarge(const Type& from, std::string_view value, const Type& to);  // 244, 248
 [[nodiscard]] SqlError errorConverting(const Type& from, const Type& to);                              // 8114

@@ -9,6 +9,7 @@
 #include "sandbox/store/values/convert.h"
 #include "sandbox/store/values/convert_errors.h"
 #include "sandbox/store/values/decimal.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/text.h"
 
 namespace sandbox {
@@ -260,9 +261,7 @@ Typed numberLiteral(std::string_view text) {
     }
     const auto value = decimalFromText(text);
     if (!value || value->scale > kMaxPrecision) {
-        throw errors::make(1007, 15, 1,
-                           "The number '" + std::string(text) +
-                               "' is out of the range for numeric representation (maximum precision 38).");
+        throw SqlError(errorMessage<1007>(text));
     }
     const bool point = text.find('.') != std::string_view::npos;
     if (!point && value->unscaled >= INT_MIN && value->unscaled <= INT_MAX) {

@@ -8,6 +8,7 @@
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/decimal.h"
 #include "sandbox/store/values/error.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox {
 namespace {
@@ -47,11 +48,7 @@ constexpr PartName kPartNames[] = {
 };
 
 [[noreturn]] void raiseUnsupported(DatePart part, const char* function, const Type& type) {
-    throw SqlError({.number = 9810,
-                    .severity = 16,
-                    .state = 1,
-                    .text = "The datepart " + std::string(datePartName(part)) + " is not supported by date function " +
-                            function + " for data type " + typeName(type) + "."});
+    throw SqlError(errorMessage<9810>(datePartName(part), function, typeName(type)));
 }
 
 void requirePart(DatePart part, const char* function, const Type& type) {
@@ -174,12 +171,7 @@ std::string_view datePartName(DatePart part) {
 
 std::int64_t dateAdd(DatePart part, std::int64_t number, std::int64_t value, const Type& type) {
     requirePart(part, "dateadd", type);
-    const auto overflow = [&]() -> SqlError {
-        return SqlError({.number = 517,
-                         .severity = 16,
-                         .state = 1,
-                         .text = "Adding a value to a '" + typeName(type) + "' column caused an overflow."});
-    };
+    const auto overflow = [&]() -> SqlError { return SqlError(errorMessage<517>(typeName(type))); };
     Moment moment = toMoment(value, type);
     switch (part) {
         case DatePart::Year:
@@ -241,11 +233,7 @@ std::int64_t dateDiff(DatePart part, const Moment& from, const Moment& to) {
         }
     }
     if (result < INT_MIN || result > INT_MAX) {
-        throw SqlError({.number = 535,
-                        .severity = 16,
-                        .state = 0,
-                        .text = "The datediff function resulted in an overflow. The number of dateparts separating two "
-                                "date/time instances is too large. Try to use datediff with a less precise datepart."});
+        throw SqlError(errorMessage<535>());
     }
     return static_cast<std::int64_t>(result);
 }

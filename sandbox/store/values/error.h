@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,7 +19,25 @@ struct Message {
     std::string procedure{};   // empty outside a procedure
     int line = 0;              // 1-based line of the batch or procedure; 0: filled in by the statement that fails
     std::uint32_t offset = 0;  // in that text, of a name that is wrong; never told
+
+    // The same message, told with another state, of another place.
+    [[nodiscard]] Message withState(int other) &&;
+    [[nodiscard]] Message in(std::string_view procedureName) &&;
+    [[nodiscard]] Message atLine(int place) &&;
 };
+
+inline Message Message::withState(int other) && {
+    state = other;
+    return std::move(*this);
+}
+inline Message Message::in(std::string_view procedureName) && {
+    procedure = procedureName;
+    return std::move(*this);
+}
+inline Message Message::atLine(int place) && {
+    line = place;
+    return std::move(*this);
+}
 
 // What an error does beyond ending its statement. The interpreter decides on it; the thrower knows it.
 enum class Effect {

@@ -1,3 +1,4 @@
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/bind_computed.h"
 
 #include <array>
@@ -59,9 +60,7 @@ BoundQuery bindSelect(const BindContext& context, const ast::Query& query) {
     for (std::size_t i = 0; i < node->columns.size() && !extras.assigns; ++i) {
         const binder::OutputColumn& column = node->columns[i];
         if (column.coercibility != binder::Coercibility::Conflict || column.conflict.empty() || column.failed) continue;
-        binder.fail(451, 16, 1, binder.statementLine(context.line),
-                    "Cannot resolve the collation conflict between " + column.conflict +
-                        " occurring in SELECT statement column " + std::to_string(i + 1) + ".");
+        binder.fail(errorMessage<451>(column.conflict, i + 1), binder.statementLine(context.line));
     }
     binder.throwIfFailed();
     BoundQuery out = binder.finish(binder::render(*node));

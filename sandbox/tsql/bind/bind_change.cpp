@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/bind_target.h"
 #include "sandbox/tsql/bind/binder.h"
 #include "sandbox/tsql/syntax/ast.h"
@@ -75,7 +76,7 @@ ChangeSource changeSource(Binder& binder, const ast::Target& target, const std::
         for (Source* source : scope.sources) {
             if (isCte || !sameObject(*source, *found)) continue;
             if (out.target != nullptr) {
-                binder.fail(8154, 16, 1, line, "The table '" + name.written() + "' is ambiguous.");
+                binder.fail(errorMessage<8154>(name.written()), line);
                 return out;
             }
             out.target = source;
@@ -153,8 +154,7 @@ private:
         const int line = assignment.place.line;
         const ast::ColumnRef& reference = *assignment.column;
         if (reference.table && !isTarget(*reference.table)) {
-            binder_.fail(4104, 16, 1, line,
-                         "The multi-part identifier \"" + reference.written() + "\" could not be bound.");
+            binder_.fail(errorMessage<4104>(reference.written()), line);
             return;
         }
         const binder::SourceColumn* named = target_.find(reference.name);
@@ -202,7 +202,7 @@ private:
 
     void check(const ColumnDef& column, int line) {
         if (column.identity) {
-            binder_.fail(8102, 16, 1, line, "Cannot update identity column '" + column.name + "'.");
+            binder_.fail(errorMessage<8102>(column.name), line);
         }
         if (!isStored(column)) reportNotModifiable(binder_, column.name, line);
         if (std::find(out_.columns.begin(), out_.columns.end(), &column) != out_.columns.end()) {

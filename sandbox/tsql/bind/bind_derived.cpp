@@ -1,6 +1,7 @@
 // Tables that have a query of their own: derived tables, views, CTEs, recursive ones too; and what a table's name
 // means.
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/binder.h"
 #include "sandbox/tsql/parse/parser.h"
 #include "sandbox/tsql/syntax/ast.h"
@@ -139,8 +140,7 @@ TableText Binder::view(const ResolvedObject& found, const ast::NamedTable& node,
     const std::string exposed = node.alias.empty() ? node.name.name : node.alias;
     TableText out;
     if (viewDepth_ >= kDeepest) {
-        fail(217, 16, 1, line,
-             "Maximum stored procedure, function, trigger, or view nesting level exceeded (limit 32).");
+        fail(errorMessage<217>(), line);
         Source& source = sources_.emplace_back();
         source.exposed = exposed;
         source.missing = true;
@@ -161,8 +161,7 @@ TableText Binder::view(const ResolvedObject& found, const ast::NamedTable& node,
         const std::vector<ColumnDef>& made = found.object->columns;
         std::vector<std::string> names = create.columns;
         if (!made.empty() && !rows->failed && rows->columns.size() < made.size()) {
-            fail(4502, 16, 1, create.query->place.line,
-                 "View or function '" + found.object->name + "' has more column names specified than columns defined.");
+            fail(errorMessage<4502>(found.object->name), create.query->place.line);
         } else if (!made.empty() && !rows->failed) {
             rows->columns.resize(made.size());
             names.clear();
@@ -171,13 +170,7 @@ TableText Binder::view(const ResolvedObject& found, const ast::NamedTable& node,
         for (Base& base : rows->bases) base.checked = base.checked || create.checkOption;
         out = derived(std::move(rows), exposed, names, line);
     }
-    const Message useless{
-        .number = 4413,
-        .severity = 16,
-        .state = 1,
-        .text = "Could not use view or function '" + node.name.written() + "' because of binding errors.",
-        .procedure = view_,
-        .line = line};
+    const Message useless = errorMessage<4413>(node.name.written()).in(view_).atLine(line);
     if (complete && !missing_.empty()) missing_.push_back(useless);
     if (errors_.size() > errors) report(useless);
     Source& source = *out.sources.front();
@@ -202,9 +195,7 @@ TableText Binder::cte(const CteFrame& frame, const std::string& alias) {
                            mentions(*operation->right, frame.cte->name);
     if (recursive) return recursiveCte(frame, alias);
     if (mentions(*frame.cte->query, frame.cte->name) && !isCteOf(frame.parent, frame.cte->name)) {
-        fail(252, 16, 1, line,
-             "Recursive common table expression '" + frame.cte->name +
-                 "' does not contain a top-level UNION ALL operator.");
+        fail(errorMessage<252>(frame.cte->name), line);
         TableText out;
         Source& source = sources_.emplace_back();
         source.exposed = alias;
@@ -233,16 +224,11 @@ TableText Binder::recursiveCte(const CteFrame& frame, const std::string& alias) 
         names += (i == 0 ? "c" : ", c") + std::to_string(i + 1);
     }
     if (step->columns.size() != anchor->columns.size() && !step->failed && !anchor->failed) {
-        fail(
-            205, 16, 1, line,
-            "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number of expressions "
-            "in their target lists.");
+        fail(errorMessage<205>(), line);
     }
     for (std::size_t i = 0; i < types.size() && i < step->columns.size(); ++i) {
         if (step->columns[i].type != types[i] && !step->columns[i].failed) {
-            fail(240, 16, 1, line,
-                 "Types don't match between the anchor and the recursive part in column \"" + anchor->columns[i].name +
-                     "\" of recursive query \"" + frame.cte->name + "\".");
+            fail(errorMessage<240>(anchor->columns[i].name, frame.cte->name), line);
         }
     }
     TableText out;
@@ -256,9 +242,7 @@ TableText Binder::recursiveCte(const CteFrame& frame, const std::string& alias) 
         depth.type.id = TypeId::Int;
         step->items.push_back(std::move(depth));
     } else {
-        fail(252, 16, 1, line,
-             "Recursive common table expression '" + frame.cte->name +
-                 "' does not contain a top-level UNION ALL operator.");
+        fail(errorMessage<252>(frame.cte->name), line);
     }
     const std::string first = newAlias('w');
     out.sql = "(WITH RECURSIVE " + quoted(inside.recursiveName) + " (" + names + ", depth) AS (SELECT " +

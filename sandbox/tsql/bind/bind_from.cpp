@@ -1,6 +1,7 @@
 // The tables of a FROM clause: tables, joins and applies. What has a text of its own (derived tables, views, CTEs) is
 // in bind_derived.cpp.
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/binder.h"
 #include "sandbox/tsql/parse/parser.h"
 #include "sandbox/tsql/syntax/ast.h"
@@ -20,7 +21,7 @@ std::optional<ResolvedObject> Binder::resolve(const ast::ObjectName& name) {
 std::optional<ResolvedObject> Binder::resolveVariableTable(const std::string& variable, int line) {
     std::optional<ResolvedObject> found = context_.find ? context_.find("", "", variable) : std::nullopt;
     if (!found) {
-        fail(1087, 15, 2, line, "Must declare the table variable \"" + variable + "\".");
+        fail(errorMessage<1087>(variable), line);
         return std::nullopt;
     }
     reads_.push_back(*found);
@@ -74,8 +75,7 @@ Source* Binder::addDerived(const std::vector<OutputColumn>& columns, const std::
     source.alias = newAlias('a');
     if (!names.empty() && names.size() != columns.size()) {
         const bool more = columns.size() > names.size();
-        fail(more ? 8158 : 8159, 16, 1, line,
-             "'" + exposed + "' has " + (more ? "more" : "fewer") + " columns than were specified in the column list.");
+        fail(more ? errorMessage<8158>(exposed) : errorMessage<8159>(exposed), line);
         source.missing = true;
         return &source;
     }
@@ -91,11 +91,9 @@ Source* Binder::addDerived(const std::vector<OutputColumn>& columns, const std::
         column.failed = columns[i].failed;
         column.base = columns[i].base;
         if (column.name.empty()) {
-            fail(8155, 16, 2, line,
-                 "No column name was specified for column " + std::to_string(i + 1) + " of '" + exposed + "'.");
+            fail(errorMessage<8155>(i + 1, exposed), line);
         } else if (source.find(column.name) != nullptr) {
-            fail(8156, 16, 1, line,
-                 "The column '" + column.name + "' was specified multiple times for '" + exposed + "'.");
+            fail(errorMessage<8156>(column.name, exposed), line);
         }
         source.columns.push_back(std::move(column));
     }
@@ -119,13 +117,9 @@ TableText Binder::tables(const std::vector<ast::TableRefPtr>& from, Scope& scope
                                    (source->hasAlias || (other->name.database == source->name.database &&
                                                          other->name.schema == source->name.schema));
                 if (clash) {
-                    fail(source->hasAlias ? 1011 : 1013, 16, 1, ref->place.line,
-                         source->hasAlias
-                             ? "The correlation name '" + source->exposed +
-                                   "' is specified multiple times in a FROM clause."
-                             : "The objects \"" + other->name.written() + "\" and \"" + source->name.written() +
-                                   "\" in the FROM clause have the same exposed names. Use correlation names to "
-                                   "distinguish them.");
+                    fail(source->hasAlias ? errorMessage<1011>(source->exposed)
+                                          : errorMessage<1013>(other->name.written(), source->name.written()),
+                         ref->place.line);
                 }
             }
             out.sources.push_back(source);
@@ -163,12 +157,7 @@ TableText Binder::table(const ast::TableRef& ref, Scope& scope) {
                               return derived(values(node.rows, scope.parent, line), node.alias, node.columns, line);
                           },
                           [&](const ast::FunctionTable& node) {
-                              report({.number = 208,
-                                      .severity = 16,
-                                      .state = 3,
-                                      .text = "Invalid object name '" + node.name.written() + "'.",
-                                      .procedure = {},
-                                      .line = line});
+                              report(errorMessage<208, 3>(node.name.written()).atLine(line));
                               Source& source = sources_.emplace_back();
                               source.exposed = node.alias;
                               source.missing = true;

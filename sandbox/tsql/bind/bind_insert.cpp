@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "sandbox/store/values/convert_types.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/bind_target.h"
 #include "sandbox/tsql/bind/binder.h"
 #include "sandbox/tsql/syntax/ast.h"
@@ -118,27 +119,18 @@ void checkCount(Binder& binder, const ObjectDef& table, bool hasList, std::size_
     if (!hasList) {
         const auto stored = std::count_if(table.columns.begin(), table.columns.end(), isStored);
         if (given == static_cast<std::size_t>(stored) && given > wanted) {
-            binder.fail(8101, 16, 1, line,
-                        "An explicit value for the identity column in table '" + table.name +
-                            "' can only be specified when a column list is used and IDENTITY_INSERT is ON.");
+            binder.fail(errorMessage<8101>(table.name), line);
             return;
         }
-        binder.fail(213, 16, 1, line, "Column name or number of supplied values does not match table definition.");
+        binder.fail(errorMessage<213, 1>(), line);
         return;
     }
     const bool fewerColumns = wanted < given;
     if (isSelect) {
-        binder.fail(fewerColumns ? 121 : 120, 15, 1, line,
-                    std::string("The select list for the INSERT statement contains ") +
-                        (fewerColumns ? "more" : "fewer") +
-                        " items than the insert list. The number of SELECT values must match the number of INSERT "
-                        "columns.");
+        binder.fail(fewerColumns ? errorMessage<121>() : errorMessage<120>(), line);
         return;
     }
-    binder.fail(fewerColumns ? 110 : 109, 15, 1, line,
-                std::string("There are ") + (fewerColumns ? "fewer" : "more") +
-                    " columns in the INSERT statement than values specified in the VALUES clause. The number of values "
-                    "in the VALUES clause must match the number of columns specified in the INSERT statement.");
+    binder.fail(fewerColumns ? errorMessage<110>() : errorMessage<109>(), line);
 }
 
 class InsertBinder {
@@ -202,8 +194,7 @@ std::string rowsText(Binder& binder, InsertBinder& insert, const ObjectDef& tabl
     for (const ast::ExprList& row : rows) {
         if (row.size() != listed.size() || row.size() != rows.front().size()) {
             if (row.size() != rows.front().size()) {
-                binder.fail(10709, 16, 1, line,
-                            "The number of columns for each row in a table value constructor must be the same.");
+                binder.fail(errorMessage<10709>(), line);
             } else {
                 checkCount(binder, table, !statement.columns.empty(), listed.size(), row.size(), false, line);
             }
@@ -247,10 +238,9 @@ std::string selectText(Binder& binder, InsertBinder& insert, const ObjectDef& ta
     binder::SelectExtras extras;
     const binder::QueryNodePtr node = binder.query(query, nullptr, &extras);
     if (extras.assigns) {
-        binder.fail(199, 15, 1, line,
-                    "An INSERT statement cannot contain a SELECT statement that assigns values to a variable.");
+        binder.fail(errorMessage<199>(), line);
     }
-    if (extras.into) binder.fail(156, 15, 1, line, "Incorrect syntax near the keyword 'INTO'.");
+    if (extras.into) binder.fail(errorMessage<156>("INTO"), line);
     if (node->failed) return {};
     const std::size_t wanted = insert.listed().size();
     checkCount(binder, table, !statement.columns.empty(), wanted, node->columns.size(), true, line);

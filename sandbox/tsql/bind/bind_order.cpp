@@ -1,5 +1,6 @@
 // The order of rows: ORDER BY, TOP and FETCH, and assignments that depend on it.
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/binder.h"
 #include "sandbox/tsql/syntax/ast.h"
 
@@ -27,9 +28,7 @@ void Binder::orderTerms(const std::vector<ast::OrderItem>& orderBy, Scope& scope
         if (const std::optional<std::int64_t> position = wholeNumber(*order.expr)) {
             if (*position < 1 || *position > static_cast<std::int64_t>(node.items.size())) {
                 if (node.failed) continue;
-                fail(108, 16, 1, line,
-                     "The ORDER BY position number " + std::to_string(*position) +
-                         " is out of range of the number of items in the select list.");
+                fail(errorMessage<108>(*position), line);
                 continue;
             }
             item = static_cast<int>(*position) - 1;
@@ -38,7 +37,7 @@ void Binder::orderTerms(const std::vector<ast::OrderItem>& orderBy, Scope& scope
             for (std::size_t i = 0; i < node.columns.size(); ++i) {
                 if (!sandbox::sameName(node.columns[i].name, column->name)) continue;
                 if (item >= 0 && node.items[static_cast<std::size_t>(item)].sql != node.items[i].sql) {
-                    fail(209, 16, 1, line, "Ambiguous column name '" + column->name + "'.");
+                    fail(errorMessage<209>(column->name), line);
                 }
                 if (item < 0) item = static_cast<int>(i);
             }
@@ -48,24 +47,18 @@ void Binder::orderTerms(const std::vector<ast::OrderItem>& orderBy, Scope& scope
         } else {
             bound = value(*order.expr, scope);
             if (bound.constant && !bound.failed && !bound.isVariable && ast::as<ast::Literal>(*order.expr)) {
-                fail(408, 16, 1, line,
-                     "A constant expression was encountered in the ORDER BY list, position " + std::to_string(place) +
-                         ".");
+                fail(errorMessage<408>(place), line);
             }
             for (std::size_t i = 0; node.distinct && i < node.items.size(); ++i) {
                 if (node.items[i].sql == bound.sql) item = static_cast<int>(i);
             }
             if (node.distinct && item < 0 && !bound.failed && !items.empty()) {
-                fail(145, 15, 1, line,
-                     "ORDER BY items must appear in the select list if SELECT DISTINCT is specified.");
+                fail(errorMessage<145>(), line);
             }
         }
         if (bound.failed) continue;
         if (!isComparable(bound.type)) {
-            fail(
-                306, 16, 2, line,
-                "The text, ntext, and image data types cannot be compared or sorted, except when using IS NULL or LIKE "
-                "operator.");
+            fail(errorMessage<306>(), line);
             continue;
         }
         OrderTerm term;
@@ -94,9 +87,7 @@ void Binder::orderSet(const std::vector<ast::OrderItem>& orderBy, QueryNode& nod
         const auto* column = ast::as<ast::ColumnRef>(*order.expr);
         if (const std::optional<std::int64_t> position = wholeNumber(*order.expr)) {
             if (*position < 1 || *position > static_cast<std::int64_t>(node.columns.size())) {
-                fail(108, 16, 1, line,
-                     "The ORDER BY position number " + std::to_string(*position) +
-                         " is out of range of the number of items in the select list.");
+                fail(errorMessage<108>(*position), line);
                 continue;
             }
             item = static_cast<std::size_t>(*position) - 1;
@@ -105,13 +96,11 @@ void Binder::orderSet(const std::vector<ast::OrderItem>& orderBy, QueryNode& nod
                 if (sandbox::sameName(node.columns[i].name, column->name)) item = i;
             }
             if (item == node.columns.size()) {
-                fail(207, 16, 1, line, "Invalid column name '" + column->name + "'.");
+                fail(errorMessage<207>(column->name), line);
             }
         }
         if (item == node.columns.size()) {
-            fail(104, 16, 1, line,
-                 "ORDER BY items must appear in the select list if the statement contains a UNION, INTERSECT or EXCEPT "
-                 "operator.");
+            fail(errorMessage<104>(), line);
             continue;
         }
         Bound shown;
@@ -139,7 +128,7 @@ void Binder::assignments(const ast::Select& select, Scope& scope, QueryNode& nod
                          const std::vector<ast::OrderItem>* orderBy, SelectExtras* extras) {
     const int line = select.place.line;
     if (extras == nullptr) {
-        fail(102, 15, 1, line, "Incorrect syntax near '='.");
+        fail(errorMessage<102, 1>("="), line);
         return;
     }
     extras->assigns = true;
@@ -159,9 +148,7 @@ void Binder::assignments(const ast::Select& select, Scope& scope, QueryNode& nod
     for (const ast::SelectItem& item : select.items) {
         const int itemLine = item.place.line;
         if (item.kind != ast::SelectItem::Kind::Assign) {
-            fail(141, 15, 1, itemLine,
-                 "A SELECT statement that assigns a value to a variable must not be combined with data-retrieval "
-                 "operations.");
+            fail(errorMessage<141>(), itemLine);
             break;
         }
         const std::optional<VariableRef> target = assignableVariable(item.variable, itemLine);

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/bind_target.h"
 #include "sandbox/tsql/bind/binder.h"
 
@@ -52,9 +53,7 @@ public:
         }
         Source* source = item.table ? binder::findSource(scope_, *item.table, binder_.database()) : nullptr;
         if (item.kind != ast::SelectItem::Kind::Star || source == nullptr) {
-            binder_.fail(107, 15, 1, line,
-                         "The column prefix '" + (item.table ? item.table->written() : "*") +
-                             "' does not match with a table name or alias name used in the query.");
+            binder_.fail(errorMessage<107>(item.table ? item.table->written() : "*"), line);
             return;
         }
         for (const binder::SourceColumn& column : source->columns) {

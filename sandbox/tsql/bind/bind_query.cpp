@@ -6,6 +6,7 @@
 
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/binder.h"
 #include "sandbox/tsql/syntax/ast.h"
 
@@ -67,7 +68,7 @@ QueryNodePtr Binder::query(const ast::Query& query, Scope* parent, SelectExtras*
     }
     if (query.forXml) guard(line, [&] { throw SqlError(notSupported("FOR XML", line)); });
     if (extras == nullptr && !query.orderBy.empty() && !limits(query) && !query.forXml) {
-        fail(1033, 15, 1, line, std::string(kTooComplexOrder));
+        fail(errorMessage<1033>(), line);
     }
     QueryNodePtr node = body(*query.body, parent, &query.orderBy, extras);
     if (query.offset) {
@@ -121,8 +122,7 @@ QueryNodePtr Binder::select(const ast::Select& select, Scope* parent, const std:
         node->limit.percent = select.top->percent;
         node->limit.withTies = select.top->withTies;
         if (select.top->withTies && (orderBy == nullptr || orderBy->empty())) {
-            fail(1062, 15, 1, line,
-                 "The TOP N WITH TIES clause is not allowed without a corresponding ORDER BY clause.");
+            fail(errorMessage<1062>(), line);
         }
     }
     if (assigns) {
@@ -149,7 +149,7 @@ QueryNodePtr Binder::select(const ast::Select& select, Scope* parent, const std:
     for (const Source* source : scope.sources) node->failed = node->failed || source->missing;
     if (select.into) {
         if (extras == nullptr) {
-            fail(156, 15, 1, select.into->place.line, "Incorrect syntax near the keyword 'INTO'.");
+            fail(errorMessage<156>("INTO"), select.into->place.line);
         } else {
             into(select, scope, *node, *extras);
         }
@@ -164,23 +164,17 @@ void Binder::groupKeys(const ast::Select& select, Scope& scope, QueryNode& node)
     for (const ast::ExprPtr& expr : select.groupBy) {
         const int line = expr->place.line;
         if (hasSubquery(*expr)) {
-            fail(144, 15, 1, line,
-                 "Cannot use an aggregate or a subquery in an expression used for the group by list of a GROUP BY "
-                 "clause.");
+            fail(errorMessage<144>(), line);
             continue;
         }
         const Bound key = value(*expr, scope);
         known = known && !key.failed;
         if (key.failed) continue;
         if (key.constant) {
-            fail(164, 15, 1, line,
-                 "Each GROUP BY expression must contain at least one column that is not an outer reference.");
+            fail(errorMessage<164>(), line);
         }
         if (!isComparable(key.type)) {
-            fail(
-                306, 16, 2, line,
-                "The text, ntext, and image data types cannot be compared or sorted, except when using IS NULL or LIKE "
-                "operator.");
+            fail(errorMessage<306>(), line);
         }
         keys.push_back(key.sql);
         if (!node.groupBy.empty()) node.groupBy += ", ";
@@ -193,9 +187,7 @@ void Binder::groupKeys(const ast::Select& select, Scope& scope, QueryNode& node)
 void Binder::selectItems(const ast::Select& select, Scope& scope, QueryNode& node) {
     const auto add = [&](const Bound& item, const std::string& name, int line) {
         if (select.distinct && !isComparable(item.type) && !item.failed) {
-            fail(421, 16, 1, line,
-                 "The " + typeName(item.type) +
-                     " data type cannot be selected as DISTINCT because it is not comparable.");
+            fail(errorMessage<421>(typeName(item.type)), line);
         }
         node.columns.push_back(outputOf(item, name));
         node.items.push_back(item);
@@ -215,16 +207,14 @@ void Binder::selectItems(const ast::Select& select, Scope& scope, QueryNode& nod
             Source* source = findSource(own, *item.table, database_);
             if (source == nullptr) {
                 if (missing_.empty()) {
-                    fail(107, 15, 1, line,
-                         "The column prefix '" + item.table->written() +
-                             "' does not match with a table name or alias name used in the query.");
+                    fail(errorMessage<107>(item.table->written()), line);
                 }
                 node.failed = true;
                 continue;
             }
             sources = {source};
         } else if (sources.empty()) {
-            fail(263, 16, 1, line, "Must specify table to select from.");
+            fail(errorMessage<263>(), line);
             node.failed = true;
         }
         for (Source* source : sources) {
@@ -265,10 +255,7 @@ void Binder::into(const ast::Select& select, const Scope& scope, const QueryNode
         const Bound& item = node.items[i];
         const OutputColumn& output = node.columns[i];
         if (output.name.empty()) {
-            fail(1038, 15, 5, select.place.line,
-                 "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a "
-                 "name. For other statements, look for empty alias names. Aliases defined as \"\" or [] are not "
-                 "allowed. Change the alias to a valid name.");
+            fail(errorMessage<1038, 5>(), select.place.line);
         }
         ColumnDef column;
         column.name = output.name;
@@ -292,9 +279,7 @@ void Binder::into(const ast::Select& select, const Scope& scope, const QueryNode
         target.columns.push_back(std::move(column));
     }
     if (newIdentity && identities > 0) {
-        fail(8108, 16, 1, select.place.line,
-             "Cannot add identity column, using the SELECT INTO statement, to table '" + target.name +
-                 "', which already has column '" + inherited + "' that inherits the identity property.");
+        fail(errorMessage<8108>(target.name, inherited), select.place.line);
     }
     if (identities <= 1) return;
     for (ColumnDef& column : target.columns) column.identity = false;

@@ -1,6 +1,7 @@
 // Rows put together: UNION, EXCEPT and INTERSECT with their common types, and tables of VALUES.
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/binder.h"
 #include "sandbox/tsql/syntax/ast.h"
 
@@ -34,10 +35,7 @@ QueryNodePtr Binder::setOperation(const ast::SetOperation& operation, Scope* par
         return node;
     }
     if (left.size() != right.size()) {
-        fail(
-            205, 16, 1, line,
-            "All queries combined using a UNION, INTERSECT or EXCEPT operator must have an equal number of expressions "
-            "in their target lists.");
+        fail(errorMessage<205>(), line);
         node->failed = true;
         node->columns = left;
         return node;
@@ -55,10 +53,7 @@ QueryNodePtr Binder::setOperation(const ast::SetOperation& operation, Scope* par
                 if (!bothNull) column.type = commonType(left[i].type, right[i].type);
             });
             if (met && node->op != ast::SetOperator::UnionAll && !isComparable(column.type)) {
-                fail(5335, 16, 1, line,
-                     "The data type " + typeName(column.type) +
-                         " cannot be used as an operand to the UNION, INTERSECT or EXCEPT operators because it is not "
-                         "comparable.");
+                fail(errorMessage<5335>(typeName(column.type)), line);
             }
         }
         const bool atOdds = left[i].coercibility == Coercibility::Implicit &&
@@ -69,14 +64,12 @@ QueryNodePtr Binder::setOperation(const ast::SetOperation& operation, Scope* par
             column.collation = right[i].collation;
             column.conflict = right[i].conflict;
         } else if (atOdds) {
-            const std::string both = "\"" + left[i].collation + "\" and \"" + right[i].collation + "\" in the ";
             if (node->op == ast::SetOperator::UnionAll) {
                 column.coercibility = Coercibility::Conflict;
-                column.conflict = both + "UNION ALL operator";
+                column.conflict =
+                    "\"" + left[i].collation + "\" and \"" + right[i].collation + "\" in the UNION ALL operator";
             } else {
-                fail(468, 16, 9, line,
-                     "Cannot resolve the collation conflict between " + both + std::string(nameOf(node->op)) +
-                         " operation.");
+                fail(errorMessage<468>(left[i].collation, right[i].collation, nameOf(node->op)), line);
             }
         }
         node->columns.push_back(std::move(column));
@@ -101,8 +94,7 @@ QueryNodePtr Binder::values(const std::vector<ast::ExprList>& rows, Scope* paren
     std::vector<std::vector<Bound>> cells(width);  // by column
     for (const ast::ExprList& row : rows) {
         if (row.size() != width) {
-            fail(10709, 16, 1, line,
-                 "The number of columns for each row in a table value constructor must be the same.");
+            fail(errorMessage<10709>(), line);
             node->failed = true;
             return node;
         }

@@ -1,5 +1,7 @@
 #include "sandbox/tsql/bind/bind_target.h"
 
+#include "sandbox/store/values/error_table.h"
+
 namespace sandbox::binder {
 
 std::string fullName(const ResolvedObject& table) {
@@ -25,46 +27,33 @@ bool requireUpdatable(Binder& binder, const Source& source, int line) {
     if (source.notUpdatable == NotUpdatable::No && !source.bases.empty()) return true;
     const bool groups = source.notUpdatable == NotUpdatable::Groups;
     const bool view = source.object.has_value();
-    const std::string start = view ? "" : "Derived table '" + source.exposed + "' is not updatable because ";
-    constexpr std::string_view kGroups =
-        "it contains aggregates, or a DISTINCT or GROUP BY clause, or PIVOT or UNPIVOT operator.";
     if (groups && view) {
-        binder.fail(4403, 16, 1, line,
-                    "Cannot update the view or function '" + source.exposed + "' because " + std::string(kGroups));
+        binder.fail(errorMessage<4403>(source.exposed), line);
     } else if (groups) {
-        binder.fail(4418, 16, 1, line, start + std::string(kGroups));
+        binder.fail(errorMessage<4418>(source.exposed), line);
     } else if (source.notUpdatable == NotUpdatable::No) {
         reportDerivedColumn(binder, source, line);
     } else if (view) {
-        binder.fail(4426, 16, 1, line,
-                    "View '" + source.exposed + "' is not updatable because the definition contains a UNION operator.");
+        binder.fail(errorMessage<4426>(source.exposed), line);
     } else {
-        binder.fail(4417, 16, 1, line, start + "the definition contains a UNION operator.");
+        binder.fail(errorMessage<4417>(source.exposed), line);
     }
     return false;
 }
 
 void reportSeveralTables(Binder& binder, const Source& source, int line) {
     if (source.object) {
-        binder.fail(4405, 16, 1, line,
-                    "View or function '" + source.exposed +
-                        "' is not updatable because the modification affects multiple base tables.");
+        binder.fail(errorMessage<4405>(source.exposed), line);
     } else {
-        binder.fail(4420, 16, 1, line,
-                    "Derived table '" + source.exposed +
-                        "' is not updatable because the modification affects multiple base tables.");
+        binder.fail(errorMessage<4420>(source.exposed), line);
     }
 }
 
 void reportDerivedColumn(Binder& binder, const Source& source, int line) {
     if (source.object) {
-        binder.fail(4406, 16, 1, line,
-                    "Update or insert of view or function '" + source.exposed +
-                        "' failed because it contains a derived or constant field.");
+        binder.fail(errorMessage<4406>(source.exposed), line);
     } else {
-        binder.fail(4421, 16, 1, line,
-                    "Derived table '" + source.exposed +
-                        "' is not updatable because a column of the derived table is derived or constant.");
+        binder.fail(errorMessage<4421>(source.exposed), line);
     }
 }
 
@@ -73,23 +62,15 @@ void reportNotSupported(Binder& binder, std::string_view what, int line) {
 }
 
 void reportMissingColumn(Binder& binder, const std::string& name, int line) {
-    binder.fail(207, 16, 1, line, "Invalid column name '" + name + "'.");
+    binder.fail(errorMessage<207>(name), line);
 }
 
 void reportNamedTwice(Binder& binder, const std::string& name, int line) {
-    binder.fail(264, 16, 1, line,
-                "The column name '" + name +
-                    "' is specified more than once in the SET clause or column list of an INSERT. A column cannot be "
-                    "assigned more than one value in the same clause. Modify the clause to make sure that a column is "
-                    "updated only once. If this statement updates or inserts columns into a view, column aliasing can "
-                    "conceal the duplication in your code.");
+    binder.fail(errorMessage<264>(name), line);
 }
 
 void reportNotModifiable(Binder& binder, const std::string& name, int line) {
-    binder.fail(271, 16, 1, line,
-                "The column \"" + name +
-                    "\" cannot be modified because it is either a computed column or is the result of a UNION "
-                    "operator.");
+    binder.fail(errorMessage<271>(name), line);
 }
 
 }  // namespace sandbox::binder

@@ -5,6 +5,7 @@
 
 #include "sandbox/store/functions/sql_functions.h"
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/parse/parser.h"
 
@@ -32,13 +33,8 @@ void Binder::report(Message message) {
     errors_.push_back(std::move(message));
 }
 
-Bound Binder::fail(int number, int severity, int state, int line, std::string text) {
-    report({.number = number,
-            .severity = severity,
-            .state = state,
-            .text = std::move(text),
-            .procedure = {},
-            .line = line});
+Bound Binder::fail(Message message, int line) {
+    report(std::move(message).atLine(line));
     Bound failed;
     failed.failed = true;
     return failed;
@@ -46,12 +42,10 @@ Bound Binder::fail(int number, int severity, int state, int line, std::string te
 
 void Binder::reportMissing(const ast::ObjectName& name) {
     if (!missing_.empty()) return;
-    missing_.push_back({.number = 208,
-                        .severity = 16,
-                        .state = name.isTemporary() ? 0 : 1,
-                        .text = "Invalid object name '" + name.written() + "'.",
-                        .procedure = view_,
-                        .line = statementLine(name.place.line)});
+    missing_.push_back(errorMessage<208, 1>(name.written())
+                           .withState(name.isTemporary() ? 0 : 1)
+                           .in(view_)
+                           .atLine(statementLine(name.place.line)));
 }
 
 bool Binder::guard(int line, const std::function<void()>& action) {
@@ -133,9 +127,7 @@ std::string Binder::collationOf(const Bound& a, const Bound& b, std::string_view
     const bool explicitClash = a.coercibility == Coercibility::Explicit && b.coercibility == Coercibility::Explicit &&
                                !sandbox::sameName(a.collation, b.collation);
     if (met.coercibility == Coercibility::Conflict || explicitClash) {
-        fail(468, 16, 9, line,
-             "Cannot resolve the collation conflict between \"" + a.collation + "\" and \"" + b.collation +
-                 "\" in the " + std::string(operation) + " operation.");
+        fail(errorMessage<468>(a.collation, b.collation, operation), line);
     }
     return met.collation.empty() ? context_.collation : met.collation;
 }
@@ -195,7 +187,7 @@ Bound Binder::defaultOf(const ColumnDef& column) {
 std::optional<VariableRef> Binder::assignableVariable(const std::string& name, int line) {
     const std::optional<VariableRef> found =
         viewDepth_ == 0 && context_.variable ? context_.variable(name) : std::nullopt;
-    if (!found) fail(137, 15, 1, line, "Must declare the scalar variable \"" + name + "\".");
+    if (!found) fail(errorMessage<137, 1>(name), line);
     return found;
 }
 
@@ -213,12 +205,7 @@ bool isComparable(const Type& type) {
 }
 
 Message notSupported(std::string_view what, int line) {
-    return {.number = 40510,
-            .severity = 16,
-            .state = 1,
-            .text = "Statement '" + std::string(what) + "' is not supported in this version of SQL Server.",
-            .procedure = {},
-            .line = line};
+    return errorMessage<40510>(what).atLine(line);
 }
 
 }  // namespace sandbox::binder

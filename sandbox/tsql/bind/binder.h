@@ -120,7 +120,7 @@ public:
 
     // ---- errors
     void report(Message message);
-    Bound fail(int number, int severity, int state, int line, std::string text);
+    Bound fail(Message message, int line);
     void reportMissing(const ast::ObjectName& name);
     // Runs what may throw an SqlError of the type rules; reports it at this line. False when it threw.
     bool guard(int line, const std::function<void()>& action);

@@ -5,6 +5,7 @@
 #include "sandbox/store/functions/sql_functions.h"
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/bind/binder.h"
 
@@ -15,23 +16,11 @@ bool canBeGroupKey(const ast::Expr& expr) {
     return !ast::as<ast::Literal>(expr) && !ast::as<ast::Variable>(expr) && !ast::as<ast::Subquery>(expr);
 }
 
-std::string clauseError(Clause clause, const std::string& column, int& number) {
+Message clauseError(Clause clause, const std::string& column) {
     switch (clause) {
-        case Clause::Having:
-            number = 8121;
-            return "Column '" + column +
-                   "' is invalid in the HAVING clause because it is not contained in either an aggregate function or "
-                   "the GROUP BY clause.";
-        case Clause::OrderBy:
-            number = 8127;
-            return "Column \"" + column +
-                   "\" is invalid in the ORDER BY clause because it is not contained in either an aggregate function "
-                   "or the GROUP BY clause.";
-        default:
-            number = 8120;
-            return "Column '" + column +
-                   "' is invalid in the select list because it is not contained in either an aggregate function or the "
-                   "GROUP BY clause.";
+        case Clause::Having: return errorMessage<8121>(column);
+        case Clause::OrderBy: return errorMessage<8127>(column);
+        default: return errorMessage<8120>(column);
     }
 }
 
@@ -46,7 +35,7 @@ std::string collected(ColumnCollector& collector, const std::string& sql) {
 
 Bound Binder::value(const ast::Expr& expr, Scope& scope) {
     if (ast::isCondition(expr)) {
-        return fail(102, 15, 1, expr.place.line, "Incorrect syntax near a condition that stands for a value.");
+        return fail(errorMessage<102, 1, 1>(), expr.place.line);
     }
     if (scope.grouped && scope.insideAggregate == 0 && !scope.matchingKey && !scope.groupKeys.empty() &&
         canBeGroupKey(expr)) {
@@ -80,13 +69,9 @@ Bound Binder::bindNode(const ast::Expr& expr, Scope& scope) {
                           [&](const ast::Call& node) { return call(node, scope, line); },
                           [&](const ast::Collate& node) { return collate(node, scope, line); },
                           [&](const ast::Subquery& node) { return scalarSubquery(*node.query, scope, line); },
-                          [&](const ast::DatePart& node) {
-                              return fail(207, 16, 1, line, "Invalid column name '" + node.name + "'.");
-                          },
-                          [&](const ast::DefaultValue&) {
-                              return fail(156, 15, 1, line, "Incorrect syntax near the keyword 'DEFAULT'.");
-                          },
-                          [&](const auto&) { return fail(102, 15, 1, line, "Incorrect syntax near a condition."); },
+                          [&](const ast::DatePart& node) { return fail(errorMessage<207>(node.name), line); },
+                          [&](const ast::DefaultValue&) { return fail(errorMessage<156>("DEFAULT"), line); },
+                          [&](const auto&) { return fail(errorMessage<102, 1, 1>(), line); },
                       },
                       expr.node);
 }
@@ -108,7 +93,7 @@ Bound Binder::literal(const ast::Literal& node) {
 Bound Binder::variable(const ast::Variable& node, int line) {
     const std::optional<VariableRef> found =
         viewDepth_ == 0 && context_.variable ? context_.variable(node.name) : std::nullopt;
-    if (!found) return fail(137, 15, 2, line, "Must declare the scalar variable \"" + node.name + "\".");
+    if (!found) return fail(errorMessage<137, 2>(node.name), line);
     Bound out;
     out.type = found->type;
     out.isVariable = true;
@@ -147,7 +132,7 @@ Bound Binder::globalVariable(const ast::GlobalVariable& node, int line) {
         }
         return out;
     }
-    return fail(137, 15, 2, line, "Must declare the scalar variable \"" + node.name + "\".");
+    return fail(errorMessage<137, 2>(node.name), line);
 }
 
 Bound Binder::columnRef(const ast::ColumnRef& node, Scope& scope, int line) {
@@ -156,11 +141,11 @@ Bound Binder::columnRef(const ast::ColumnRef& node, Scope& scope, int line) {
     failed.failed = true;
     switch (found.result) {
         case Lookup::Result::Uncertain: return failed;
-        case Lookup::Result::Missing: return fail(207, 16, 1, line, "Invalid column name '" + node.name + "'.");
-        case Lookup::Result::Ambiguous: return fail(209, 16, 1, line, "Ambiguous column name '" + node.name + "'.");
+        case Lookup::Result::Missing: return fail(errorMessage<207>(node.name), line);
+        case Lookup::Result::Ambiguous: return fail(errorMessage<209>(node.name), line);
         case Lookup::Result::Unbound:
             if (!missing_.empty()) return failed;
-            return fail(4104, 16, 1, line, "The multi-part identifier \"" + node.written() + "\" could not be bound.");
+            return fail(errorMessage<4104>(node.written()), line);
         case Lookup::Result::Found: break;
     }
     return columnValue(*found.column, *found.source, *found.scope, line);
@@ -170,9 +155,7 @@ Bound Binder::columnValue(const SourceColumn& column, const Source& source, Scop
     if (owner.grouped && owner.insideAggregate == 0 && !owner.matchingKey) {
         const auto& keys = owner.groupKeys;
         if (std::find(keys.begin(), keys.end(), column.sql) == keys.end()) {
-            int number = 0;
-            const std::string text = clauseError(owner.clause, source.display(column.name), number);
-            return fail(number, 16, 1, line, text);
+            return fail(clauseError(owner.clause, source.display(column.name)), line);
         }
     }
     owner.used = true;
@@ -287,9 +270,7 @@ Bound Binder::caseExpr(const ast::Case& node, Scope& scope, int line) {
     if (node.otherwise) results.push_back(value(*node.otherwise, scope));
     const bool allNull = std::all_of(results.begin(), results.end(), isNullLiteral);
     if (allNull) {
-        return fail(8133, 16, 1, line,
-                    "At least one of the result expressions in a CASE specification must be an expression other than "
-                    "the NULL constant.");
+        return fail(errorMessage<8133>(), line);
     }
     Bound out = unify(results, line);
     out.constant = false;
@@ -306,7 +287,7 @@ Bound Binder::caseExpr(const ast::Case& node, Scope& scope, int line) {
 Bound Binder::castExpr(const ast::Cast& node, Scope& scope, int line) {
     const Bound operand = value(*node.operand, scope);
     if (!node.type.known) {
-        return fail(243, 16, 1, line, "Type " + node.type.written + " is not a defined system type.");
+        return fail(errorMessage<243>(node.type.written), line);
     }
     const std::array<const Bound*, 1> one = {&operand};
     Bound out = combine(one);
@@ -341,7 +322,7 @@ Bound Binder::collate(const ast::Collate& node, Scope& scope, int line) {
     Bound out = value(*node.operand, scope);
     if (out.failed) return out;
     if (!isCharacter(out.type.id)) {
-        return fail(447, 16, 0, line, "Expression type " + typeName(out.type) + " is invalid for COLLATE clause.");
+        return fail(errorMessage<447>(typeName(out.type)), line);
     }
     guard(line, [&] { static_cast<void>(collationCode(node.collation)); });
     const bool ofDatabase = sandbox::sameName(node.collation, "database_default");
@@ -360,9 +341,7 @@ Bound Binder::scalarSubquery(const ast::Query& query, Scope& scope, int line) {
             failed.failed = true;
             return failed;
         }
-        return fail(116, 16, 1, line,
-                    "Only one expression can be specified in the select list when the subquery is not introduced with "
-                    "EXISTS.");
+        return fail(errorMessage<116>(), line);
     }
     const OutputColumn& column = node->columns.front();
     Bound out;

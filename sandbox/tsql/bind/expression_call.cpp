@@ -5,6 +5,7 @@
 #include "sandbox/store/functions/function_table.h"
 #include "sandbox/store/functions/sql_functions.h"
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/binder.h"
 #include "sandbox/tsql/syntax/ast.h"
 
@@ -86,10 +87,7 @@ const WindowFunction* findWindowFunction(std::string_view name) {
 Bound Binder::call(const ast::Call& node, Scope& scope, int line) {
     const std::string name = upper(node.name.name);
     if (!node.name.schema.empty() || !node.name.database.empty()) {
-        return fail(4121, 16, 1, line,
-                    "Cannot find either column \"" + node.name.schema +
-                        "\" or the user-defined function or aggregate \"" + node.name.written() +
-                        "\", or the name is ambiguous.");
+        return fail(errorMessage<4121>(node.name.schema, node.name.written()), line);
     }
     if (name == "IDENTITY") return newIdentity(node, scope, line);
     if (findWindowFunction(name) != nullptr) return ranking(node, scope, line);
@@ -140,8 +138,7 @@ Bound Binder::call(const ast::Call& node, Scope& scope, int line) {
     Bound out = combine(operands);
     if (out.failed) return out;
     if (name == "COALESCE" && std::all_of(arguments.begin(), arguments.end(), isNullLiteral)) {
-        return fail(4127, 16, 1, line,
-                    "At least one of the arguments to COALESCE must be an expression that is not the NULL constant.");
+        return fail(errorMessage<4127>(), line);
     }
     const bool ok = guard(line, [&] {
         const std::string collation = out.collation.empty() ? context_.collation : out.collation;
@@ -187,16 +184,13 @@ Bound Binder::newIdentity(const ast::Call& node, const Scope& scope, int line) {
         return std::get<std::int64_t>(std::get<ast::Literal>(expr.node).value.value);
     };
     if (!scope.makesTable || scope.clause != Clause::Select) {
-        return fail(177, 15, 1, line,
-                    "The IDENTITY function can only be used when the SELECT statement has an INTO clause.");
+        return fail(errorMessage<177>(), line);
     }
     if (!seed.type.known) {
-        return fail(243, 16, 1, line, "Type " + seed.type.written + " is not a defined system type.");
+        return fail(errorMessage<243>(seed.type.written), line);
     }
     if (!isInteger(seed.type.type.id) || seed.type.type.id == TypeId::Bit) {
-        return fail(2749, 16, 2, line,
-                    "Identity column must be of data type int, bigint, smallint, tinyint, or decimal or numeric with a "
-                    "scale of 0, unencrypted, and constrained to be nonnullable.");
+        return fail(errorMessage<2749>(""), line);
     }
     Bound out;
     out.newIdentity = {whole(*seed.operand), whole(*node.arguments[1])};
@@ -212,9 +206,7 @@ Bound Binder::nullIf(const ast::Call& node, Scope& scope, int line) {
     const Bound first = value(*node.arguments[0], scope);
     const Bound second = value(*node.arguments[1], scope);
     if (isNullLiteral(first)) {
-        return fail(4151, 16, 1, line,
-                    "The type of the first argument to NULLIF cannot be the NULL constant because the type of the "
-                    "first argument has to be known.");
+        return fail(errorMessage<4151>(), line);
     }
     Bound out = first;
     out.nullable = true;
@@ -240,33 +232,20 @@ Bound Binder::aggregate(const ast::Call& node, Scope& scope, int line) {
     const std::string name = upper(node.name.name);
     if (!node.over) {
         if (scope.insideAggregate > 0) {
-            return fail(130, 15, 1, line,
-                        "Cannot perform an aggregate function on an expression containing an aggregate or a "
-                        "subquery.");
+            return fail(errorMessage<130>(), line);
         }
         switch (scope.clause) {
-            case Clause::Where:
-                return fail(147, 15, 1, line,
-                            "An aggregate may not appear in the WHERE clause unless it is in a subquery contained in a "
-                            "HAVING clause or a select list, and the column being aggregated is an outer reference.");
-            case Clause::From:
-                return fail(1015, 15, 1, line,
-                            "An aggregate cannot appear in an ON clause unless it is in a subquery contained in a "
-                            "HAVING clause or select list, and the column being aggregated is an outer reference.");
-            case Clause::GroupBy:
-                return fail(144, 15, 1, line,
-                            "Cannot use an aggregate or a subquery in an expression used for the group by list of a "
-                            "GROUP BY clause.");
-            case Clause::Set:
-                return fail(157, 15, 1, line, "An aggregate may not appear in the set list of an UPDATE statement.");
+            case Clause::Where: return fail(errorMessage<147>(), line);
+            case Clause::From: return fail(errorMessage<1015>(), line);
+            case Clause::GroupBy: return fail(errorMessage<144>(), line);
+            case Clause::Set: return fail(errorMessage<157>(), line);
             default: break;
         }
     }
     const bool starred = node.star;
     const std::size_t wanted = name == "STRING_AGG" ? 2 : 1;
     if (!starred && node.arguments.size() != wanted) {
-        return fail(174, 15, 1, line,
-                    "The " + node.name.name + " function requires " + std::to_string(wanted) + " argument(s).");
+        return fail(errorMessage<174>(node.name.name, wanted), line);
     }
     Bound argument;
     argument.nullable = false;
@@ -278,8 +257,7 @@ Bound Binder::aggregate(const ast::Call& node, Scope& scope, int line) {
     }
     if (!starred) {
         if (!node.over && hasSubquery(*node.arguments[0])) {
-            fail(130, 15, 1, line,
-                 "Cannot perform an aggregate function on an expression containing an aggregate or a subquery.");
+            fail(errorMessage<130>(), line);
         }
         argument = value(*node.arguments[0], scope);
         if (node.arguments.size() > 1) separator = value(*node.arguments[1], scope);
@@ -289,8 +267,7 @@ Bound Binder::aggregate(const ast::Call& node, Scope& scope, int line) {
         scope.matchingKey = matching;
     }
     if (!starred && !isComparable(argument.type) && name.starts_with("COUNT")) {
-        return fail(8117, 16, 1, line,
-                    "Operand data type " + typeName(argument.type) + " is invalid for count operator.");
+        return fail(errorMessage<8117>(typeName(argument.type), "count"), line);
     }
     Bound out;
     out.failed = argument.failed || separator.failed;
@@ -320,20 +297,19 @@ Bound Binder::aggregate(const ast::Call& node, Scope& scope, int line) {
 Bound Binder::ranking(const ast::Call& node, Scope& scope, int line) {
     const std::string name = upper(node.name.name);
     const WindowFunction& function = *findWindowFunction(name);
-    if (!node.over) return fail(10753, 15, 1, line, "The function '" + node.name.name + "' must have an OVER clause.");
+    if (!node.over) return fail(errorMessage<10753>(node.name.name), line);
     if (scope.clause != Clause::Select && scope.clause != Clause::OrderBy) {
-        return fail(4108, 15, 1, line, "Windowed functions can only appear in the SELECT or ORDER BY clauses.");
+        return fail(errorMessage<4108>(), line);
     }
     if (node.over->orderBy.empty()) {
-        return fail(4112, 15, 1, line, "The function '" + node.name.name + "' must have an OVER clause with ORDER BY.");
+        return fail(errorMessage<4112>(node.name.name), line);
     }
     if (!node.over->frame.empty() && function.shape != Shape::Edge) {
-        return fail(10752, 15, 1, line, "The function '" + node.name.name + "' may not have a window frame.");
+        return fail(errorMessage<10752>(node.name.name), line);
     }
     const std::size_t most = function.shape == Shape::Position ? 0 : function.shape == Shape::Neighbour ? 3 : 1;
     if (node.arguments.size() > most || (most > 0 && node.arguments.empty())) {
-        return fail(174, 15, 1, line,
-                    "The " + node.name.name + " function requires " + std::to_string(most) + " argument(s).");
+        return fail(errorMessage<174>(node.name.name, most), line);
     }
     std::vector<Bound> arguments;
     for (const ast::ExprPtr& argument : node.arguments) arguments.push_back(value(*argument, scope));

@@ -5,6 +5,7 @@
 #include "sandbox/store/functions/sql_functions.h"
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/bind/binder.h"
 #include "sandbox/tsql/syntax/ast.h"
@@ -58,28 +59,27 @@ std::string balanced(std::span<const std::string> operands, std::string_view wor
 
 std::string Binder::condition(const ast::Expr& expr, Scope& scope) {
     const int line = expr.place.line;
-    return std::visit(
-        ast::Overloaded{
-            [&](const ast::Compare& node) { return compareExpr(node, scope, line); },
-            [&](const ast::Between& node) { return between(node, scope, line); },
-            [&](const ast::Like& node) { return like(node, scope, line); },
-            [&](const ast::In& node) { return in(node, scope, line); },
-            [&](const ast::Quantified& node) { return quantified(node, scope, line); },
-            [&](const ast::Exists& node) { return exists(node, scope); },
-            [&](const ast::IsNull& node) { return isNull(node, scope); },
-            [&](const ast::Not& node) { return "(NOT " + condition(*node.operand, scope) + ")"; },
-            [&](const ast::Logical& node) {
-                std::vector<std::string> operands;
-                for (const ast::ExprPtr& operand : node.operands) operands.push_back(condition(*operand, scope));
-                return balanced(operands, node.isAnd ? " AND " : " OR ");
-            },
-            [&](const auto&) {
-                fail(4145, 15, 1, line,
-                     "An expression of non-boolean type specified in a context where a condition is expected.");
-                return std::string(kUnknown);
-            },
-        },
-        expr.node);
+    return std::visit(ast::Overloaded{
+                          [&](const ast::Compare& node) { return compareExpr(node, scope, line); },
+                          [&](const ast::Between& node) { return between(node, scope, line); },
+                          [&](const ast::Like& node) { return like(node, scope, line); },
+                          [&](const ast::In& node) { return in(node, scope, line); },
+                          [&](const ast::Quantified& node) { return quantified(node, scope, line); },
+                          [&](const ast::Exists& node) { return exists(node, scope); },
+                          [&](const ast::IsNull& node) { return isNull(node, scope); },
+                          [&](const ast::Not& node) { return "(NOT " + condition(*node.operand, scope) + ")"; },
+                          [&](const ast::Logical& node) {
+                              std::vector<std::string> operands;
+                              for (const ast::ExprPtr& operand : node.operands)
+                                  operands.push_back(condition(*operand, scope));
+                              return balanced(operands, node.isAnd ? " AND " : " OR ");
+                          },
+                          [&](const auto&) {
+                              fail(errorMessage<4145, 1>(), line);
+                              return std::string(kUnknown);
+                          },
+                      },
+                      expr.node);
 }
 
 std::string Binder::compare(sandbox::CompareOp op, const Bound& left, const Bound& right, int line) {
@@ -148,9 +148,7 @@ std::string Binder::in(const ast::In& node, Scope& scope, int line) {
         const QueryNodePtr query = subquery(*node.query, scope);
         if (query->failed || operand.failed) return std::string(kUnknown);
         if (query->columns.size() != 1) {
-            fail(116, 16, 1, line,
-                 "Only one expression can be specified in the select list when the subquery is not introduced with "
-                 "EXISTS.");
+            fail(errorMessage<116>(), line);
             return std::string(kUnknown);
         }
         const OutputColumn& column = query->columns.front();
@@ -196,9 +194,7 @@ std::string Binder::quantified(const ast::Quantified& node, Scope& scope, int li
     const QueryNodePtr query = subquery(*node.query, scope);
     if (query->failed || left.failed) return std::string(kUnknown);
     if (query->columns.size() != 1) {
-        fail(116, 16, 1, line,
-             "Only one expression can be specified in the select list when the subquery is not introduced with "
-             "EXISTS.");
+        fail(errorMessage<116>(), line);
         return std::string(kUnknown);
     }
     const std::string alias = newAlias('s');

@@ -4,6 +4,7 @@
 
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/execute/constraint_errors.h"
 
@@ -120,10 +121,7 @@ SqlError duplicateError(const ExecuteContext& context, const FoundObject& table,
         }
         if (look.step()) return duplicateKey(table, index, keyText(object, index, newRow));
     }
-    return SqlError(Message{.number = 2601,
-                            .severity = 14,
-                            .state = 1,
-                            .text = "Cannot insert duplicate key row in object '" + shortName(table) + "'."});
+    return SqlError(errorMessage<2601>(shortName(table), "", ""));
 }
 
 }  // namespace sandbox

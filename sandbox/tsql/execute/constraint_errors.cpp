@@ -1,6 +1,7 @@
 #include "sandbox/tsql/execute/constraint_errors.h"
 
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/execute/execute_rows.h"
 
 namespace sandbox {
@@ -9,11 +10,8 @@ namespace {
 
 SqlError conflict(std::string_view verb, std::string_view kind, const std::string& constraint,
                   const std::string& database, const std::string& table, const std::string& column) {
-    std::string text = "The " + std::string(verb) + " statement conflicted with the " + std::string(kind) +
-                       " constraint \"" + constraint + "\". The conflict occurred in database \"" + database +
-                       "\", table \"" + table + "\"";
-    if (!column.empty()) text += ", column '" + column + "'";
-    return SqlError(Message{.number = 547, .severity = 16, .state = 0, .text = text + "."});
+    const std::string inColumn = column.empty() ? "" : ", column '" + column + "'";
+    return SqlError(errorMessage<547>(verb, kind, constraint, database, table, inColumn));
 }
 
 // Of table variables too.
@@ -28,12 +26,7 @@ std::string onlyOne(const std::vector<std::string>& columns) {
 }  // namespace
 
 SqlError nullNotAllowed(const FoundObject& table, std::string_view column, std::string_view verb) {
-    return SqlError(Message{.number = 515,
-                            .severity = 16,
-                            .state = 2,
-                            .text = "Cannot insert the value NULL into column '" + std::string(column) + "', table '" +
-                                    fullName(table) + "'; column does not allow nulls. " + std::string(verb) +
-                                    " fails."});
+    return SqlError(errorMessage<515>(column, fullName(table), verb));
 }
 
 std::string keyText(const ObjectDef& table, const IndexDef& index, const std::vector<Value>& row) {
@@ -50,18 +43,10 @@ std::string keyText(const ObjectDef& table, const IndexDef& index, const std::ve
 SqlError duplicateKey(const FoundObject& table, const IndexDef& index, const std::string& key) {
     const std::string value = " The duplicate key value is " + key + ".";
     if (index.primaryKey || index.uniqueConstraint) {
-        return SqlError(Message{
-            .number = 2627,
-            .severity = 14,
-            .state = 1,
-            .text = std::string("Violation of ") + (index.primaryKey ? "PRIMARY KEY" : "UNIQUE KEY") + " constraint '" +
-                    index.name + "'. Cannot insert duplicate key in object '" + ownerAndName(table) + "'." + value});
+        return SqlError(errorMessage<2627>(index.primaryKey ? "PRIMARY KEY" : "UNIQUE KEY", index.name,
+                                           ownerAndName(table), value));
     }
-    return SqlError(Message{.number = 2601,
-                            .severity = 14,
-                            .state = 1,
-                            .text = "Cannot insert duplicate key row in object '" + ownerAndName(table) +
-                                    "' with unique index '" + index.name + "'." + value});
+    return SqlError(errorMessage<2601>(ownerAndName(table), " with unique index '" + index.name + "'", value));
 }
 
 SqlError parentMissing(const FoundObject& child, const ForeignKeyDef& key, std::string_view verb) {
@@ -81,11 +66,7 @@ SqlError checkBroken(const FoundObject& table, const CheckDef& check, std::strin
 }
 
 SqlError identityOverflow(const Type& type) {
-    return SqlError(
-        Message{.number = 8115,
-                .severity = 16,
-                .state = 1,
-                .text = "Arithmetic overflow error converting IDENTITY to data type " + typeName(type) + "."});
+    return SqlError(errorMessage<8115>("IDENTITY", typeName(type)));
 }
 
 }  // namespace sandbox

@@ -4,6 +4,7 @@
 
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/execute/constraint.h"
 #include "sandbox/tsql/execute/execute_alter.h"
@@ -13,9 +14,6 @@
 
 namespace sandbox {
 
-using definition::cannotFind;
-using definition::definitionError;
-using definition::message;
 using definition::unsupported;
 
 namespace {
@@ -73,14 +71,7 @@ void addColumns(const ExecuteContext& context, const FoundObject& table, const a
         if (!column.computedText.empty()) continue;
         const bool filled = !column.defaultText.empty() || column.identity;
         if (!empty && !column.nullable && !filled) {
-            throw definitionError(
-                4901, 1,
-                "ALTER TABLE only allows columns to be added that can contain nulls, or have a DEFAULT definition "
-                "specified, or the column being added is an identity or timestamp column, or alternatively if none of "
-                "the previous conditions are satisfied the table must be empty to allow addition of this column. "
-                "Column '" +
-                    column.name + "' cannot be added to non-empty table '" + table.object->name +
-                    "' because it does not satisfy these conditions.");
+            throw SqlError(errorMessage<4901>(column.name, table.object->name));
         }
         context.connection.run(addColumnSql(table.database->attachedAs(), *table.object, column));
     }
@@ -127,8 +118,7 @@ void addToTable(const ExecuteContext& context, const FoundObject& before, const 
 void requireFree(const ExecuteContext& context, const FoundObject& table, const ColumnDef& column) {
     std::vector<Message> messages = dependents(context, table, column);
     if (messages.empty()) return;
-    messages.push_back(message(
-        4922, 9, "ALTER TABLE DROP COLUMN " + column.name + " failed because one or more objects access this column."));
+    messages.push_back(errorMessage<4922>("ALTER TABLE DROP COLUMN", column.name));
     throw SqlError(std::move(messages), Effect::Statement);
 }
 
@@ -137,16 +127,11 @@ void dropColumn(const ExecuteContext& context, const FoundObject& table, ObjectD
     const ColumnDef* column = def.findColumn(item.name);
     if (column == nullptr) {
         if (item.ifExists) return;
-        throw definitionError(4924, 1,
-                              "ALTER TABLE DROP COLUMN failed because column '" + item.name +
-                                  "' does not exist in table '" + def.name + "'.");
+        throw SqlError(errorMessage<4924>("ALTER TABLE DROP COLUMN", item.name, def.name));
     }
     requireFree(context, {std::make_shared<const ObjectDef>(def), table.database}, *column);
     if (def.columns.size() == 1) {
-        throw definitionError(4923, 1,
-                              "ALTER TABLE DROP COLUMN failed because '" + column->name +
-                                  "' is the only data column in table '" + def.name +
-                                  "'. A table must have at least one data column.");
+        throw SqlError(errorMessage<4923>(column->name, def.name));
     }
     if (column->computedText.empty()) {
         context.connection.run("ALTER TABLE " + tableSql(table) + " DROP COLUMN " + quoteIdentifier(column->name));
@@ -159,9 +144,8 @@ auto named(List& list, const std::string& name) {
     return std::find_if(list.begin(), list.end(), [&](const auto& item) { return sameName(item.name, name); });
 }
 
-SqlError cannotDropConstraint(int number, std::string text) {
-    return {{message(number, 1, std::move(text)), message(3727, 0, "Could not drop constraint. See previous errors.")},
-            Effect::Statement};
+SqlError cannotDropConstraint(Message reason) {
+    return {{std::move(reason), errorMessage<3727>()}, Effect::Statement};
 }
 
 void requireUnreferenced(const ExecuteContext& context, const FoundObject& table, const IndexDef& index) {
@@ -173,8 +157,7 @@ void requireUnreferenced(const ExecuteContext& context, const FoundObject& table
                                    [&](const std::string& column) { return sameName(column, k.column); });
             });
             if (uses) {
-                throw cannotDropConstraint(3725, "The constraint '" + index.name + "' is being referenced by table '" +
-                                                     child->name + "', foreign key constraint '" + key.name + "'.");
+                throw cannotDropConstraint(errorMessage<3725>(index.name, child->name, key.name));
             }
         }
     }
@@ -205,7 +188,7 @@ void dropConstraint(const ExecuteContext& context, const FoundObject& table, Obj
         def.checks.erase(check);
         return;
     }
-    if (!item.ifExists) throw cannotDropConstraint(3728, "'" + item.name + "' is not a constraint.");
+    if (!item.ifExists) throw cannotDropConstraint(errorMessage<3728>(item.name));
 }
 
 void dropFromTable(const ExecuteContext& context, const FoundObject& table, const ast::DropFromTable& drop) {
@@ -243,7 +226,7 @@ void switchConstraints(const ExecuteContext& context, const FoundObject& table, 
         if (change.enable && change.withCheck) checkCondition(context, table, check);
     }
     if (!change.all && found < change.names.size()) {
-        throw definitionError(4917, 0, "Constraint '" + change.names.front() + "' does not exist.");
+        throw SqlError(errorMessage<4917>(change.names.front()));
     }
     context.connection.put(*table.database, def);
 }
@@ -253,8 +236,7 @@ void switchConstraints(const ExecuteContext& context, const FoundObject& table, 
 std::vector<Message> dependents(const ExecuteContext& context, const FoundObject& table, const ColumnDef& column) {
     std::vector<Message> messages;
     const auto add = [&](std::string_view kind, const std::string& name) {
-        messages.push_back(message(
-            5074, 1, "The " + std::string(kind) + " '" + name + "' is dependent on column '" + column.name + "'."));
+        messages.push_back(errorMessage<5074>(kind, name, column.name));
     };
     const auto has = [&](const std::vector<std::string>& columns) {
         return std::any_of(columns.begin(), columns.end(),
@@ -298,11 +280,11 @@ void executeAlterTable(const ExecuteContext& context, const ast::AlterTable& sta
     const ast::ObjectName& name = statement.table;
     const auto found = context.connection.find(name.database, name.schema, name.name);
     if (!found || found->object->system || found->object->kind != ObjectKind::Table) {
-        throw cannotFind(4902, 1, name.written());
+        throw SqlError(errorMessage<4902, 1>(name.written()));
     }
     Write write(context.connection, *found->database);
     const auto table = findAgain(context, *found);
-    if (!table) throw cannotFind(4902, 1, name.written());
+    if (!table) throw SqlError(errorMessage<4902, 1>(name.written()));
     std::visit(ast::Overloaded{
                    [&](const ast::AddToTable& add) { addToTable(context, *table, add); },
                    [&](const ast::AlterColumn& alter) { alterColumn(context, *table, alter.column); },

@@ -4,6 +4,7 @@
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/functions/sql_functions.h"
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/execute/constraint_errors.h"
 #include "sandbox/tsql/execute/execute_alter.h"
@@ -11,9 +12,6 @@
 #include "sandbox/tsql/execute/execute_table.h"
 
 namespace sandbox {
-
-using definition::definitionError;
-using definition::message;
 
 namespace {
 
@@ -41,8 +39,7 @@ void requireChangeable(const ExecuteContext& context, const FoundObject& table, 
                       [&](const Message& m) { return m.text.find("'" + from.defaultName + "'") != std::string::npos; });
     }
     if (messages.empty()) return;
-    messages.push_back(message(
-        4922, 9, "ALTER TABLE ALTER COLUMN " + from.name + " failed because one or more objects access this column."));
+    messages.push_back(errorMessage<4922>("ALTER TABLE ALTER COLUMN", from.name));
     throw SqlError(std::move(messages), Effect::Statement);
 }
 
@@ -84,16 +81,13 @@ void requireNoNulls(const ExecuteContext& context, const FoundObject& table, con
 void alterColumn(const ExecuteContext& context, const FoundObject& table, const ast::ColumnDefinition& definition) {
     const ColumnDef* from = table.object->findColumn(definition.name);
     if (from == nullptr) {
-        throw definitionError(4924, 1,
-                              "ALTER TABLE ALTER COLUMN failed because column '" + definition.name +
-                                  "' does not exist in table '" + table.object->name + "'.");
+        throw SqlError(errorMessage<4924>("ALTER TABLE ALTER COLUMN", definition.name, table.object->name));
     }
     if (!from->computedText.empty()) {
-        throw definitionError(4928, 1, "Cannot alter column '" + from->name + "' because it is 'COMPUTED'.");
+        throw SqlError(errorMessage<4928>(from->name));
     }
     if (!definition.type.known) {
-        throw definitionError(
-            2715, 6, "Column, parameter, or variable #1: Cannot find data type " + definition.type.written + ".");
+        throw SqlError(errorMessage<2715, 6>(1, definition.type.written));
     }
     ColumnDef to = *from;
     to.type = definition.type.type;

@@ -1,5 +1,6 @@
 // CREATE and DROP DATABASE.
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/execute/execute_errors.h"
 #include "sandbox/tsql/execute/execute_rows.h"
 
@@ -9,8 +10,7 @@ namespace {
 
 void requireNoTransaction(const ExecuteContext& context, std::string_view statement) {
     if (!context.connection.inTransaction()) return;
-    throw definition::definitionError(
-        226, 6, std::string(statement) + " statement not allowed within multi-statement transaction.");
+    throw SqlError(errorMessage<226>(statement));
 }
 
 }  // namespace

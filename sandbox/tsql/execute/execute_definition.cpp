@@ -3,6 +3,7 @@
 
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/execute/execute_errors.h"
 #include "sandbox/tsql/execute/execute_insert.h"
 #include "sandbox/tsql/execute/execute_table.h"
@@ -10,8 +11,6 @@
 namespace sandbox {
 
 using definition::cannotDrop;
-using definition::cannotFind;
-using definition::definitionError;
 using definition::nameTaken;
 
 namespace {
@@ -103,15 +102,11 @@ void dropObject(const ExecuteContext& context, const ast::ObjectName& name, std:
     }
     const ObjectDef& object = *found->object;
     if (object.kind != *kind) {
-        throw definitionError(3705, 1,
-                              "Cannot use DROP " + upper(word) + " with '" + name.written() + "' because '" +
-                                  name.written() + "' is a " + std::string(kindWord(object.kind)) + ". Use DROP " +
-                                  upper(kindWord(object.kind)) + ".");
+        throw SqlError(errorMessage<3705>(upper(word), name.written(), name.written(), kindWord(object.kind),
+                                          upper(kindWord(object.kind))));
     }
     if (referencedByOthers(context, *found)) {
-        throw definitionError(
-            3726, 1,
-            "Could not drop object '" + name.written() + "' because it is referenced by a FOREIGN KEY constraint.");
+        throw SqlError(errorMessage<3726>(name.written()));
     }
     Write write(context.connection, *found->database);
     requireUnchanged(context, *found);
@@ -143,9 +138,7 @@ std::int64_t executeSelectInto(const ExecuteContext& context, const BoundQuery& 
     ObjectDef table = newTable(*database, into.name);
     for (const ColumnDef& column : into.columns) {
         if (table.findColumn(column.name) != nullptr) {
-            throw definitionError(2705, 3,
-                                  "Column names in each table must be unique. Column name '" + column.name +
-                                      "' in table '" + table.name + "' is specified more than once.");
+            throw SqlError(errorMessage<2705>(column.name, table.name));
         }
         table.columns.push_back(column);
         table.columns.back().columnId = ++table.lastColumnId;
@@ -184,14 +177,12 @@ void executeDrop(const ExecuteContext& context, const ast::DropObjects& statemen
 void executeTruncate(const ExecuteContext& context, const ast::Truncate& statement) {
     const ast::ObjectName& name = statement.table;
     const auto table = context.connection.find(name.database, name.schema, name.name);
-    if (!table || table->object->system) throw cannotFind(4701, 1, name.written());
+    if (!table || table->object->system) throw SqlError(errorMessage<4701, 1>(name.written()));
     if (table->object->kind != ObjectKind::Table) {
-        throw definitionError(4708, 2, "Could not truncate object '" + name.written() + "' because it is not a table.");
+        throw SqlError(errorMessage<4708>(name.written()));
     }
     if (referencedByOthers(context, *table)) {
-        throw definitionError(4712, 1,
-                              "Cannot truncate table '" + name.written() +
-                                  "' because it is being referenced by a FOREIGN KEY constraint.");
+        throw SqlError(errorMessage<4712>(name.written()));
     }
     Write write(context.connection, *table->database);
     context.connection.run("DELETE FROM " + tableSql(*table));

@@ -8,13 +8,10 @@
 
 namespace sandbox::definition {
 
-[[nodiscard]] Message message(int number, int state, std::string text, int severity = 16);
-[[nodiscard]] SqlError definitionError(int number, int state, std::string text, int severity = 16);
-// The same followed by 1750: a constraint or index that could not be made.
-[[nodiscard]] SqlError constraintError(int number, int state, std::string text);
+// The message followed by 1750: a constraint or index that could not be made.
+[[nodiscard]] SqlError constraintError(Message message);
 
 [[nodiscard]] SqlError nameTaken(std::string_view name);                                     // 2714
-[[nodiscard]] SqlError cannotFind(int number, int state, std::string_view object);           // 4902, 4701, 1088
 [[nodiscard]] SqlError cannotDrop(std::string_view kind, std::string_view name, int state);  // 3701
 // 40510: SQL Server knows it, this server does not.
 [[nodiscard]] SqlError unsupported(std::string_view what);

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "sandbox/store/databases/table_storage.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/execute/execute_errors.h"
 #include "sandbox/tsql/execute/execute_rows.h"
@@ -28,22 +29,19 @@ std::optional<std::int64_t> highestValue(const ExecuteContext& context, const Fo
 void checkIdentity(const ExecuteContext& context, std::string_view name, bool reseed, std::optional<std::int64_t> to) {
     const auto table = context.connection.findByText(name);
     if (!table || table->object->kind != ObjectKind::Table || table->object->system) {
-        throw definition::definitionError(
-            2501, 45,
-            "Cannot find a table or object with the name \"" + std::string(name) + "\". Check the system catalog.");
+        throw SqlError(errorMessage<2501>(name));
     }
     const std::vector<ColumnDef>& columns = table->object->columns;
     const auto identity =
         std::find_if(columns.begin(), columns.end(), [](const ColumnDef& column) { return column.identity; });
     if (identity == columns.end()) {
-        throw definition::definitionError(7997, 1,
-                                          "'" + table->object->name + "' does not contain an identity column.");
+        throw SqlError(errorMessage<7997>(table->object->name));
     }
     const std::optional<std::int64_t> current = table->database->lastIdentity(table->object->id);
-    std::string text = "Checking identity information: current identity value " + shown(current);
+    std::string columnValue;
     if (!to) {
         const std::optional<std::int64_t> highest = highestValue(context, *table, *identity);
-        text += ", current column value " + shown(highest);
+        columnValue = ", current column value " + shown(highest);
         const bool behind =
             highest && (!current || (identity->identityIncrement > 0 ? *current < *highest : *current > *highest));
         if (reseed && behind) to = highest;
@@ -56,7 +54,7 @@ void checkIdentity(const ExecuteContext& context, std::string_view name, bool re
         context.connection.resetIdentity(*table->database, table->object->id, to);
         write.done();
     }
-    context.info(definition::message(7998, 1, text + ".", 10));
+    context.info(errorMessage<7998>(shown(current), columnValue));
 }
 
 }  // namespace sandbox

@@ -5,6 +5,7 @@
 
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/execute/constraint.h"
 #include "sandbox/tsql/execute/constraint_errors.h"
@@ -14,8 +15,6 @@
 namespace sandbox {
 
 using definition::cannotDrop;
-using definition::cannotFind;
-using definition::definitionError;
 using definition::unsupported;
 
 namespace {
@@ -49,7 +48,7 @@ void addFilter(const ObjectDef& table, const ast::Expr& condition, IndexDef& ind
     if (!named) throw unsupported("filtered index with such a condition");
     const ColumnDef* column = table.findColumn(named->name);
     if (!column) {
-        throw definitionError(1911, 1, "Column name '" + named->name + "' does not exist in the target table or view.");
+        throw SqlError(errorMessage<1911>(named->name));
     }
     if (!column->computedText.empty()) throw unsupported("filtered index on a computed column");
     index.filter.push_back({column->name, !test->negated});
@@ -64,12 +63,9 @@ void buildIndex(const ExecuteContext& context, const FoundObject& table, const I
         }
     } catch (const SqliteError& error) {
         if (!isDuplicate(error)) throw;
-        const std::string text =
-            "The CREATE UNIQUE INDEX statement terminated because a duplicate key was found for the object name '" +
-            shortName(table) + "' and the index name '" + index.name + "'. The duplicate key value is " +
-            duplicateIn(context, table, index) + ".";
-        if (index.primaryKey || index.uniqueConstraint) throw definition::constraintError(1505, 1, text);
-        throw definitionError(1505, 1, text);
+        Message found = errorMessage<1505>(shortName(table), index.name, duplicateIn(context, table, index));
+        if (index.primaryKey || index.uniqueConstraint) throw definition::constraintError(std::move(found));
+        throw SqlError(std::move(found));
     }
 }
 
@@ -82,12 +78,12 @@ void removeIndex(const ExecuteContext& context, const FoundObject& table, const 
 void executeCreateIndex(const ExecuteContext& context, const ast::CreateIndex& statement) {
     const ast::ObjectName& name = statement.table;
     const auto found = context.connection.find(name.database, name.schema, name.name);
-    if (!found || found->object->system) throw cannotFind(1088, 12, name.written());
+    if (!found || found->object->system) throw SqlError(errorMessage<1088, 12>(name.written()));
     if (found->object->kind != ObjectKind::Table) throw unsupported("index on a view");
     if (statement.ignoreDuplicates) throw unsupported("index with IGNORE_DUP_KEY");
     Write write(context.connection, *found->database);
     const auto table = findAgain(context, *found);
-    if (!table) throw cannotFind(1088, 12, name.written());
+    if (!table) throw SqlError(errorMessage<1088, 12>(name.written()));
     TableBuilder builder(context, table->database, *table->object, false);
     ObjectDef& def = builder.table();
     if (statement.dropExisting) {
@@ -126,10 +122,7 @@ void executeDropIndex(const ExecuteContext& context, const ast::DropIndex& state
             throw cannotDrop("index", shown, 7);
         }
         if (index->primaryKey || index->uniqueConstraint) {
-            throw definitionError(3723, 4,
-                                  "An explicit DROP INDEX is not allowed on index '" + shown +
-                                      "'. It is being used for " + (index->primaryKey ? "PRIMARY KEY" : "UNIQUE KEY") +
-                                      " constraint enforcement.");
+            throw SqlError(errorMessage<3723>(shown, index->primaryKey ? "PRIMARY KEY" : "UNIQUE KEY"));
         }
         removeIndex(context, *table, *index);
         def.indexes.erase(index);

@@ -1,4 +1,5 @@
 // CREATE and ALTER of views, procedures and functions: their texts in the catalogue.
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/execute/execute_errors.h"
 #include "sandbox/tsql/execute/execute_table.h"
 
@@ -13,14 +14,12 @@ void executeCreateModule(const ExecuteContext& context, ObjectKind kind, ast::Ve
     const auto before = catalog->find("dbo", name.name);
     if (verb == ast::Verb::Create || (verb == ast::Verb::CreateOrAlter && !before)) {
         if (catalog->nameTaken("dbo", name.name)) {
-            throw definition::definitionError(2714, 3,
-                                              "There is already an object named '" + name.name + "' in the database.");
+            throw SqlError(errorMessage<2714, 3>(name.name));
         }
     } else if (!before) {
-        throw definition::definitionError(208, 6, "Invalid object name '" + name.written() + "'.");
+        throw SqlError(errorMessage<208, 6>(name.written()));
     } else if (before->kind != kind) {
-        throw definition::definitionError(
-            2010, 1, "Cannot perform alter on '" + name.written() + "' because it is an incompatible object type.");
+        throw SqlError(errorMessage<2010>(name.written()));
     }
     ObjectDef object;
     object.id = before ? before->id : database->newObjectId();

@@ -3,39 +3,25 @@
 
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/execute/execute_errors.h"
 #include "sandbox/tsql/execute/execute_rows.h"
 
 namespace sandbox {
 
-using definition::definitionError;
-using definition::message;
-
 namespace {
 
 SqlError noSuchItem(const ExecuteContext& context, std::string_view object, std::string_view type) {
     if (!type.empty() && !sandbox::sameName(type, "OBJECT")) {
-        return SqlError({message(15248, 1,
-                                 "Either the parameter @objname is ambiguous or the claimed @objtype (" +
-                                     std::string(type) + ") is wrong.",
-                                 11)},
-                        Effect::Scope);
+        return SqlError({errorMessage<15248>(type)}, Effect::Scope);
     }
-    return SqlError(
-        {message(15225, 1,
-                 "No item by the name of '" + std::string(object) + "' could be found in the current database '" +
-                     context.connection.current()->name() + "', given that @itemtype was input as '" +
-                     (type.empty() ? "(null)" : std::string(type)) + "'.",
-                 11)},
-        Effect::Scope);
+    return SqlError({errorMessage<15225>(object, context.connection.current()->name(),
+                                         (type.empty() ? "(null)" : std::string(type)))},
+                    Effect::Scope);
 }
 
 SqlError alreadyUsed(std::string_view name, std::string_view kind) {
-    return SqlError({message(15335, 1,
-                             "Error: The new name '" + std::string(name) + "' is already in use as a " +
-                                 std::string(kind) + " name and would cause a duplicate that is not permitted.",
-                             11)},
-                    Effect::Scope);
+    return SqlError({errorMessage<15335>(name, kind)}, Effect::Scope);
 }
 
 // "dbo.t.a" without its last part, and that part.

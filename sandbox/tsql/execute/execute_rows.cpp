@@ -1,6 +1,7 @@
 #include "sandbox/tsql/execute/execute_rows.h"
 
 #include "sandbox/store/databases/table_storage.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox {
 
@@ -50,16 +51,14 @@ void RowBuffer::Row::bind(sqlite3_stmt* to, int parameter, std::size_t number) c
 FoundObject writeTarget(const ExecuteContext& context, const ResolvedObject& target) {
     const ObjectDef& object = *target.object;
     if (object.system) {
-        throw SqlError(Message{.number = 259, .text = "Ad hoc updates to system catalogs are not allowed."});
+        throw SqlError(errorMessage<259>());
     }
     std::optional<FoundObject> found = context.connection.find(target.database, object.schema, object.name);
     if (!found) {
-        throw SqlError(Message{.number = 208, .text = "Invalid object name '" + object.name + "'."}, Effect::Scope);
+        throw SqlError(errorMessage<208, 1>(object.name), Effect::Scope);
     }
     if (found->object->kind != ObjectKind::Table) {
-        throw SqlError(Message{.number = 4406,
-                               .text = "Update or insert of view or function '" + object.name +
-                                       "' failed because it contains a derived or constant field."});
+        throw SqlError(errorMessage<4406>(object.name));
     }
     if (found->object != target.object) requireUnchanged(context, {target.object, found->database});
     return *std::move(found);
@@ -74,11 +73,7 @@ std::optional<FoundObject> findAgain(const ExecuteContext& context, const FoundO
 void requireUnchanged(const ExecuteContext& context, const FoundObject& table) {
     const auto now = findAgain(context, table);
     if (now && now->object == table.object) return;
-    throw SqlError(Message{.number = 3961,
-                           .text = "Snapshot isolation transaction failed in database '" + table.database->name() +
-                                   "' because the object accessed by the statement has been modified by a DDL "
-                                   "statement in another concurrent transaction since the start of this transaction."},
-                   Effect::Batch);
+    throw SqlError(errorMessage<3961>(table.database->name()), Effect::Batch);
 }
 
 ResolvedObject resolved(const FoundObject& found) {

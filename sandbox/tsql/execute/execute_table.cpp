@@ -5,6 +5,7 @@
 #include <set>
 
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/bind_computed.h"
 #include "sandbox/tsql/execute/execute_errors.h"
 #include "sandbox/tsql/execute/stored_expression.h"
@@ -12,7 +13,6 @@
 namespace sandbox {
 
 using definition::constraintError;
-using definition::definitionError;
 using definition::nameTaken;
 using definition::unsupported;
 
@@ -49,15 +49,13 @@ bool canBeKey(const Type& type) {
 
 std::shared_ptr<Database> placeOf(const ExecuteContext& context, const ast::ObjectName& name) {
     if (!name.schema.empty() && !sameName(name.schema, "dbo")) {
-        throw definitionError(2760, 1,
-                              "The specified schema name \"" + name.schema +
-                                  "\" either does not exist or you do not have permission to use it.");
+        throw SqlError(errorMessage<2760>(name.schema));
     }
     if (name.name.starts_with('@') || (name.name.starts_with('#') && !name.name.starts_with("##"))) {
         return context.connection.temporary();
     }
     auto database = context.connection.attach(name.name.starts_with("##") ? "tempdb" : name.database);
-    if (!database) throw definitionError(2702, 2, "Database '" + name.database + "' does not exist.");
+    if (!database) throw SqlError(errorMessage<2702>(name.database));
     return database;
 }
 
@@ -108,14 +106,10 @@ void TableBuilder::add(const ast::TableDefinition& definition) {
 
 void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
     if (!from.computed && !from.type.known) {
-        throw definitionError(2715, 6,
-                              "Column, parameter, or variable #" + std::to_string(table_.columns.size() + 1) +
-                                  ": Cannot find data type " + from.type.written + ".");
+        throw SqlError(errorMessage<2715, 6>(table_.columns.size() + 1, from.type.written));
     }
     if (findColumn(from.name) != nullptr) {
-        throw definitionError(2705, isNew_ ? 3 : 4,
-                              "Column names in each table must be unique. Column name '" + from.name + "' in table '" +
-                                  table_.name + "' is specified more than once.");
+        throw SqlError(errorMessage<2705>(from.name, table_.name).withState(isNew_ ? 3 : 4));
     }
     ColumnDef column;
     column.name = from.name;
@@ -133,25 +127,18 @@ void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
     column.columnId = ++table_.lastColumnId;
     if (from.identity) {
         if (!canBeIdentity(column.type)) {
-            throw definitionError(2749, 2,
-                                  "Identity column '" + column.name +
-                                      "' must be of data type int, bigint, smallint, tinyint, or decimal or numeric "
-                                      "with a scale of 0, unencrypted, and constrained to be nonnullable.");
+            throw SqlError(errorMessage<2749>(" '" + column.name + "'"));
         }
         if (column.nullable) {
-            throw definitionError(8147, 1,
-                                  "Could not create IDENTITY attribute on nullable column '" + column.name +
-                                      "', table '" + table_.name + "'.");
+            throw SqlError(errorMessage<8147>(column.name, table_.name));
         }
         for (const ColumnDef& other : table_.columns) {
             if (other.identity) {
-                throw definitionError(2744, 2,
-                                      "Multiple identity columns specified for table '" + table_.name +
-                                          "'. Only one identity column per table is allowed.");
+                throw SqlError(errorMessage<2744>(table_.name));
             }
         }
         if (from.identity->increment == 0) {
-            throw definitionError(2753, 2, "Identity column '" + column.name + "' contains invalid INCREMENT.");
+            throw SqlError(errorMessage<2753>(column.name));
         }
         column.identity = true;
         column.identitySeed = from.identity->seed;
@@ -168,9 +155,7 @@ void TableBuilder::typeComputed(ColumnDef& column, const ast::Expr& expression) 
         const auto* reference = ast::as<ast::ColumnRef>(expr);
         const ColumnDef* used = reference != nullptr ? findColumn(reference->name) : nullptr;
         if (used == nullptr || used->computedText.empty()) return;
-        throw definitionError(1759, 0,
-                              "Computed column '" + used->name + "' in table '" + table_.name +
-                                  "' is not allowed to be used in another computed-column definition.");
+        throw SqlError(errorMessage<1759>(used->name, table_.name));
     });
     ObjectDef stored = table_;
     std::erase_if(stored.columns, [](const ColumnDef& each) { return !each.computedText.empty(); });
@@ -198,10 +183,9 @@ void TableBuilder::addKey(const ast::Constraint& constraint, const ast::ColumnDe
     for (const IndexDef& index : table_.indexes) {
         if (!primary || !index.primaryKey) continue;
         if (isNew_) {
-            throw definitionError(8110, 0,
-                                  "Cannot add multiple PRIMARY KEY constraints to table '" + table_.name + "'.");
+            throw SqlError(errorMessage<8110>(table_.name));
         }
-        throw constraintError(1779, 0, "Table '" + table_.name + "' already has a primary key defined on it.");
+        throw constraintError(errorMessage<1779>(table_.name));
     }
     IndexDef index;
     index.unique = true;
@@ -211,20 +195,17 @@ void TableBuilder::addKey(const ast::Constraint& constraint, const ast::ColumnDe
     for (const IndexDef::Key& key : index.keys) {
         const ColumnDef* keyColumn = findColumn(key.column);
         if (keyColumn == nullptr) {
-            throw constraintError(1911, 1,
-                                  "Column name '" + key.column + "' does not exist in the target table or view.");
+            throw constraintError(errorMessage<1911>(key.column));
         }
-        if (!canBeKey(keyColumn->type)) throw constraintError(1919, 1, invalidKeyText(keyColumn->name));
+        if (!canBeKey(keyColumn->type)) throw constraintError(invalidKey(keyColumn->name));
         if (primary && keyColumn->nullable) {
-            throw constraintError(
-                8111, 1, "Cannot define PRIMARY KEY constraint on nullable column in table '" + table_.name + "'.");
+            throw constraintError(errorMessage<8111>(table_.name));
         }
     }
     const bool hasClustered = std::any_of(table_.indexes.begin(), table_.indexes.end(),
                                           [](const IndexDef& other) { return other.clustered; });
     if (hasClustered && constraint.clustered.value_or(false)) {
-        throw definitionError(
-            8112, 0, "Cannot add more than one clustered index for constraints on table '" + table_.name + "'.");
+        throw SqlError(errorMessage<8112>(table_.name));
     }
     index.clustered = constraint.clustered.value_or(primary && !hasClustered);
     index.constraintId = database_->newObjectId();
@@ -232,50 +213,40 @@ void TableBuilder::addKey(const ast::Constraint& constraint, const ast::ColumnDe
     addIndex(std::move(index));
 }
 
-std::string TableBuilder::invalidKeyText(const std::string& column) const {
-    return "Column '" + column + "' in table '" + table_.name +
-           "' is of a type that is invalid for use as a key column in an index.";
+Message TableBuilder::invalidKey(const std::string& column) const {
+    return errorMessage<1919>(column, table_.name);
 }
 
 void TableBuilder::addIndex(IndexDef index) {
     for (std::size_t i = 0; i < index.keys.size(); ++i) {
         const ColumnDef* column = findColumn(index.keys[i].column);
         if (column == nullptr) {
-            throw definitionError(
-                1911, 1, "Column name '" + index.keys[i].column + "' does not exist in the target table or view.");
+            throw SqlError(errorMessage<1911>(index.keys[i].column));
         }
         index.keys[i].column = column->name;
         if (!column->computedText.empty()) throw unsupported("index on a computed column");
         if (!canBeKey(column->type)) {
-            throw definitionError(1919, 1, invalidKeyText(column->name));
+            throw SqlError(invalidKey(column->name));
         }
         for (std::size_t j = 0; j < i; ++j) {
             if (sameName(index.keys[j].column, column->name)) {
-                throw definitionError(1909, 1,
-                                      "Cannot use duplicate column names in index. Column name '" + column->name +
-                                          "' listed more than once.");
+                throw SqlError(errorMessage<1909>(column->name));
             }
         }
     }
     for (std::string& included : index.included) {
         const ColumnDef* column = findColumn(included);
         if (column == nullptr) {
-            throw definitionError(1911, 1,
-                                  "Column name '" + included + "' does not exist in the target table or view.");
+            throw SqlError(errorMessage<1911>(included));
         }
         included = column->name;
     }
     for (const IndexDef& other : table_.indexes) {
         if (sameName(other.name, index.name)) {
-            throw definitionError(1913, 1,
-                                  "The operation failed because an index or statistics with name '" + index.name +
-                                      "' already exists on table '" + table_.name + "'.");
+            throw SqlError(errorMessage<1913>(index.name, table_.name));
         }
         if (index.clustered && other.clustered) {
-            throw definitionError(1902, 3,
-                                  "Cannot create more than one clustered index on table '" + table_.name +
-                                      "'. Drop the existing clustered index '" + other.name +
-                                      "' before creating another.");
+            throw SqlError(errorMessage<1902>(table_.name, other.name));
         }
     }
     index.indexId = freeIndexId(table_, index.clustered);
@@ -293,9 +264,7 @@ void TableBuilder::addCheck(const ast::Constraint& constraint, const ast::Column
         const ColumnDef* found = reference != nullptr ? findColumn(reference->name) : nullptr;
         if (found == nullptr) return;
         if (column != nullptr && !sameName(found->name, column->name)) {
-            throw constraintError(8141, 0,
-                                  "Column CHECK constraint for column '" + column->name +
-                                      "' references another column, table '" + table_.name + "'.");
+            throw constraintError(errorMessage<8141>(column->name, table_.name));
         }
         used.insert(found->name);
     });
@@ -308,22 +277,16 @@ void TableBuilder::addDefault(const ast::Constraint& constraint, const ast::Colu
     const std::string& name = from != nullptr ? from->name : constraint.forColumn;
     ColumnDef* column = findColumn(name);
     if (column == nullptr) {
-        throw constraintError(
-            1752, 0,
-            "Column '" + name + "' in table '" + table_.name + "' is invalid for creating a default constraint.");
+        throw constraintError(errorMessage<1752>(name, table_.name));
     }
     if (!column->defaultText.empty()) {
         if (from != nullptr) {
-            throw definitionError(8148, 0,
-                                  "More than one column DEFAULT constraint specified for column '" + name +
-                                      "', table '" + table_.name + "'.");
+            throw SqlError(errorMessage<8148>(name, table_.name));
         }
-        throw constraintError(1781, 1, "Column already has a DEFAULT bound to it.");
+        throw constraintError(errorMessage<1781>());
     }
     if (column->identity) {
-        throw constraintError(1754, 0,
-                              "Defaults cannot be created on columns with an IDENTITY attribute. Table '" +
-                                  table_.name + "', column '" + name + "'.");
+        throw constraintError(errorMessage<1754>(table_.name, name));
     }
     column->defaultId = database_->newObjectId();
     column->defaultText = storedExpression(*constraint.expr, constraint.exprText);
@@ -331,11 +294,7 @@ void TableBuilder::addDefault(const ast::Constraint& constraint, const ast::Colu
     ast::forEachExpr(*constraint.expr, [](const ast::Expr& expr) {
         const auto* reference = ast::as<ast::ColumnRef>(expr);
         if (reference == nullptr) return;
-        throw definitionError(128, 1,
-                              "The name \"" + reference->written() +
-                                  "\" is not permitted in this context. Valid expressions are constants, constant "
-                                  "expressions, and (in some contexts) variables. Column names are not permitted.",
-                              15);
+        throw SqlError(errorMessage<128>(reference->written()));
     });
     (void)bindDefault(context_.bind, *column);
 }
@@ -360,7 +319,7 @@ std::string TableBuilder::constraintName(const std::string& given, const std::st
     own.put(std::make_shared<const ObjectDef>(table_));
     if (own.nameTaken("dbo", given) ||
         (!database_->temporary() && context_.connection.catalog(*database_)->nameTaken("dbo", given))) {
-        throw constraintError(2714, 5, "There is already an object named '" + given + "' in the database.");
+        throw constraintError(errorMessage<2714, 5>(given));
     }
     return given;
 }

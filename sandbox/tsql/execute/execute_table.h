@@ -26,7 +26,7 @@ public:
     [[nodiscard]] const std::shared_ptr<Database>& database() const { return database_; }
 
 private:
-    [[nodiscard]] std::string invalidKeyText(const std::string& column) const;  // of 1919
+    [[nodiscard]] Message invalidKey(const std::string& column) const;  // of 1919
     void addKey(const ast::Constraint& constraint, const ast::ColumnDefinition* column);
     void addForeignKey(const ast::Constraint& constraint, const ast::ColumnDefinition* column);
     void addCheck(const ast::Constraint& constraint, const ast::ColumnDefinition* column);

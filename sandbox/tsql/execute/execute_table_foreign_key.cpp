@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/execute/execute_errors.h"
 #include "sandbox/tsql/execute/execute_table.h"
 
@@ -29,23 +30,18 @@ void TableBuilder::addForeignKey(const ast::Constraint& constraint, const ast::C
     for (std::string& own : key.columns) {
         const ColumnDef* found = findColumn(own);
         if (found == nullptr) {
-            throw constraintError(1769, 1,
-                                  "Foreign key '" + key.name + "' references invalid column '" + own +
-                                      "' in referencing table '" + table_.name + "'.");
+            throw constraintError(errorMessage<1769>(key.name, own, table_.name));
         }
         own = found->name;
     }
     if (!constraint.parent.database.empty() && !sameName(constraint.parent.database, database_->name())) {
-        throw constraintError(1763, 0,
-                              "Cross-database foreign key references are not supported. Foreign key '" +
-                                  constraint.parent.written() + "'.");
+        throw constraintError(errorMessage<1763>(constraint.parent.written()));
     }
     const bool own = sameName(constraint.parent.name, table_.name);
     const std::string schema = constraint.parent.schema.empty() ? "dbo" : constraint.parent.schema;
     const auto parent = own ? nullptr : context_.connection.catalog(*database_)->find(schema, constraint.parent.name);
     if (!own && (!parent || parent->kind != ObjectKind::Table)) {
-        throw constraintError(
-            1767, 0, "Foreign key '" + key.name + "' references invalid table '" + constraint.parent.written() + "'.");
+        throw constraintError(errorMessage<1767>(key.name, constraint.parent.written()));
     }
     matchParent(key, own ? table_ : *parent);
     table_.foreignKeys.push_back(std::move(key));
@@ -60,24 +56,17 @@ void TableBuilder::matchParent(ForeignKeyDef& key, const ObjectDef& parent) {
         const auto primary = std::find_if(parent.indexes.begin(), parent.indexes.end(),
                                           [](const IndexDef& index) { return index.primaryKey; });
         if (primary == parent.indexes.end()) {
-            throw constraintError(1773, 0,
-                                  "Foreign key '" + key.name + "' has implicit reference to object '" + parent.name +
-                                      "' which does not have a primary key defined on it.");
+            throw constraintError(errorMessage<1773>(key.name, parent.name));
         }
         for (const IndexDef::Key& k : primary->keys) key.parentColumns.push_back(k.column);
     }
     if (key.parentColumns.size() != key.columns.size()) {
-        throw constraintError(8139, 0,
-                              "Number of referencing columns in foreign key differs from number of referenced columns, "
-                              "table '" +
-                                  table_.name + "'.");
+        throw constraintError(errorMessage<8139>(table_.name));
     }
     for (std::string& column : key.parentColumns) {
         const ColumnDef* found = parent.findColumn(column);
         if (found == nullptr) {
-            throw constraintError(1770, 0,
-                                  "Foreign key '" + key.name + "' references invalid column '" + column +
-                                      "' in referenced table '" + parent.name + "'.");
+            throw constraintError(errorMessage<1770>(key.name, column, parent.name));
         }
         column = found->name;
     }
@@ -89,9 +78,7 @@ void TableBuilder::matchParent(ForeignKeyDef& key, const ObjectDef& parent) {
                });
     });
     if (!isKey) {
-        throw constraintError(1776, 0,
-                              "There are no primary or candidate keys in the referenced table '" + parent.name +
-                                  "' that match the referencing column list in the foreign key '" + key.name + "'.");
+        throw constraintError(errorMessage<1776>(parent.name, key.name));
     }
     for (std::size_t i = 0; i < key.columns.size(); ++i) {
         Type own = findColumn(key.columns[i])->type;
@@ -100,17 +87,12 @@ void TableBuilder::matchParent(ForeignKeyDef& key, const ObjectDef& parent) {
         const std::string pair = "'" + parent.name + "." + key.parentColumns[i] + "'";
         const std::string reference = "'" + table_.name + "." + key.columns[i] + "' in foreign key '" + key.name + "'.";
         if (own.id != theirs.id) {
-            throw constraintError(1778, 0,
-                                  "Column " + pair + " is not the same data type as referencing column " + reference);
+            throw constraintError(errorMessage<1778>(pair, reference));
         }
         const bool sized =
             own.length == theirs.length && own.precision == theirs.precision && own.scale == theirs.scale;
         if (!sized && !isCharacter(own.id) && !isBinary(own.id)) {
-            throw constraintError(
-                1753, 0,
-                "Column " + pair + " is not the same length or scale as referencing column " + reference +
-                    " Columns participating in a foreign key relationship must be defined with the same length and "
-                    "scale.");
+            throw constraintError(errorMessage<1753>(pair, reference));
         }
     }
 }

@@ -1,6 +1,7 @@
 // EXECUTE, PRINT, RAISERROR and THROW.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -65,11 +66,7 @@ void Parser::executeArguments(ast::Execute& node) {
         const bool named = !node.arguments.back().name.empty();
         if (!named && node.arguments.size() > 1 && !node.arguments[node.arguments.size() - 2].name.empty()) {
             const std::string number = std::to_string(node.arguments.size());
-            fail(119,
-                 "Must pass parameter number " + number +
-                     " and subsequent parameters as '@name = value'. After the form '@name = value' has been used, all "
-                     "subsequent parameters must be passed in the form '@name = value'.",
-                 node.arguments.back().place);
+            fail(errorMessage<119>(number), node.arguments.back().place);
         }
     } while (acceptSymbol(","));
 }
@@ -90,7 +87,7 @@ ast::ExecArgument Parser::executeArgument() {
     node.value = bareValue();
     if (seesAnyWord({"OUTPUT", "OUT"})) {
         if (ast::as<ast::Variable>(*node.value) == nullptr) {
-            fail(179, "Cannot use the OUTPUT option when passing a constant to a stored procedure.", from);
+            fail(errorMessage<179>(), from);
         }
         take();
         node.output = true;

@@ -1,6 +1,7 @@
 // SELECT as a statement, INSERT, UPDATE, DELETE, TRUNCATE and INSERT BULK.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -76,10 +77,7 @@ Parser::Node Parser::insert() {
     if (acceptWord("VALUES")) {
         std::vector<ast::ExprList> rows = valuesRows();
         if (rows.size() > kMaxRows) {
-            fail(10738,
-                 "The number of row value expressions in the INSERT statement exceeds the maximum allowed number of "
-                 "1000 row values.",
-                 node.target.place);
+            fail(errorMessage<10738>(), node.target.place);
         }
         node.source = std::move(rows);
     } else if (acceptWords("DEFAULT", "VALUES")) {
@@ -109,7 +107,7 @@ std::vector<ast::ExprList> Parser::valuesRows() {
         } while (acceptSymbol(","));
         expectSymbol(")");
         if (!rows.empty() && row.size() != rows.front().size()) {
-            fail(10709, "The number of columns for each row in a table value constructor must be the same.", place, 16);
+            fail(errorMessage<10709>(), place);
         }
         rows.push_back(std::move(row));
     } while (acceptSymbol(","));

@@ -1,6 +1,7 @@
 // Conditions: AND, OR, NOT and the predicates.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -18,10 +19,7 @@ void Parser::requireCondition(const ast::Expr& expr) const {
     const bool strayOperator =
         here.kind == TokenKind::Operator && here.text != ")" && here.text != ";" && here.text != "(";
     if (here.kind == TokenKind::Error || strayOperator) unexpected();
-    fail(4145,
-         "An expression of non-boolean type specified in a context where a condition is expected, near '" +
-             offending().text + "'.",
-         offending().place);
+    fail(errorMessage<4145, 1, 1>(offending().text), offending().place);
 }
 
 ast::ExprPtr Parser::either() {

@@ -1,6 +1,7 @@
 // Constraints of columns and tables.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -12,7 +13,7 @@ bool Parser::seesConstraint() const {
 void Parser::refuseSubquery(const ast::Expr& expr) const {
     ast::forEachExpr(expr, [&](const ast::Expr& each) {
         if (!ast::as<ast::Subquery>(each) && !ast::as<ast::Exists>(each)) return;
-        fail(1046, "Subqueries are not allowed in this context. Only scalar expressions are allowed.", each.place);
+        fail(errorMessage<1046>(), each.place);
     });
 }
 

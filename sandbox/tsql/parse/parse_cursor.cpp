@@ -1,6 +1,7 @@
 // Cursors as statements.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -11,7 +12,7 @@ ast::DeclareCursor Parser::declareCursor() {
     node.name = identifier();
     while (seesAnyWord({"INSENSITIVE", "SCROLL"})) node.options.push_back(take().upper);
     if (!seesWord("CURSOR") && peek().kind == TokenKind::Word) {
-        fail(155, "'" + peek().text + "' is not a recognized CURSOR option.", peek().place, 15, 2);
+        fail(errorMessage<155, 2>(peek().text, "CURSOR"), peek().place);
     }
     expectWord("CURSOR");
     while (seesAnyWord({"LOCAL", "GLOBAL", "FORWARD_ONLY", "SCROLL", "STATIC", "KEYSET", "DYNAMIC", "FAST_FORWARD",

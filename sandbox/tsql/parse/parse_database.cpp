@@ -1,6 +1,7 @@
 // CREATE, ALTER and DROP DATABASE, USE, and permissions.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -90,7 +91,7 @@ Parser::Node Parser::use() {
     const ast::Place place = peek().place;
     expectWord("USE");
     if (inProcedure_) {
-        fail(154, "a USE database statement is not allowed in a procedure, function or trigger.", place);
+        fail(errorMessage<154>(), place);
     }
     return ast::Use{identifier()};
 }

@@ -1,6 +1,7 @@
 // Blocks, branches, loops, labels, and transactions.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -62,14 +63,14 @@ Parser::Node Parser::whileLoop() {
 Parser::Node Parser::breakLoop() {
     const ast::Place place = peek().place;
     expectWord("BREAK");
-    if (loops_ == 0) fail(135, "Cannot use a BREAK statement outside the scope of a WHILE statement.", place);
+    if (loops_ == 0) fail(errorMessage<135>(), place);
     return ast::Break{};
 }
 
 Parser::Node Parser::continueLoop() {
     const ast::Place place = peek().place;
     expectWord("CONTINUE");
-    if (loops_ == 0) fail(136, "Cannot use a CONTINUE statement outside the scope of a WHILE statement.", place);
+    if (loops_ == 0) fail(errorMessage<136>(), place);
     return ast::Continue{};
 }
 

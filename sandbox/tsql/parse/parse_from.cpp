@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -190,11 +191,7 @@ std::vector<std::string> Parser::tableHints() {
 std::string Parser::tableHint() {
     if (!isHint(peek())) {
         if (peek().kind != TokenKind::Word) unexpected();
-        fail(321,
-             "\"" + peek().text +
-                 "\" is not a recognized table hints option. If it is intended as a parameter to a table-valued "
-                 "function or to the CHANGETABLE function, ensure that your database compatibility mode is set to 90.",
-             peek().place);
+        fail(errorMessage<321>(peek().text), peek().place);
     }
     std::string name = take().upper;
     if (name == "INDEX") {

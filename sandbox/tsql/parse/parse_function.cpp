@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -121,7 +122,7 @@ void Parser::callArguments(ast::Call& node) {
             if (peek().kind == TokenKind::Error || peek().kind == TokenKind::End) unexpected();
             std::string lower = name;
             for (char& c : lower) c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-            fail(1023, "Invalid parameter 1 specified for " + lower + ".", place);
+            fail(errorMessage<1023>(lower), place);
         }
         node.arguments.push_back(make(place, ast::DatePart{identifier()}));
         if (!acceptSymbol(",")) return;
@@ -144,8 +145,7 @@ std::string Parser::frameBound(bool isRange) {
     if (!acceptWord("UNBOUNDED")) {
         if (peek().kind != TokenKind::Integer) unexpected();
         if (isRange) {
-            fail(4194, "RANGE is only supported with UNBOUNDED and CURRENT ROW window frame delimiters.", peek().place,
-                 16);
+            fail(errorMessage<4194>(), peek().place);
         }
         distance = take().text;
     }
@@ -155,7 +155,7 @@ std::string Parser::frameBound(bool isRange) {
 // (ROWS | RANGE) (bound | BETWEEN bound AND bound)
 std::string Parser::windowFrame(const ast::Over& over) {
     if (over.orderBy.empty()) {
-        fail(10756, "Window frame with ROWS or RANGE must have an ORDER BY clause.", peek().place);
+        fail(errorMessage<10756>(), peek().place);
     }
     const std::string unit = expectAnyWord({"ROWS", "RANGE"});
     const bool isRange = unit == "RANGE";

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -95,7 +96,7 @@ Parser::Node Parser::dropIndex() {
             }
         } else {
             if (parts.empty()) {
-                fail(159, "Must specify the table name and index name for the DROP INDEX statement.", item.place);
+                fail(errorMessage<159>(), item.place);
             }
             item.table = makeObjectName(parts, item.place);
         }

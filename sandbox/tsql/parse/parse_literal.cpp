@@ -3,6 +3,7 @@
 #include <cmath>
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -95,10 +96,7 @@ ast::Literal Parser::decimalLiteral(const Token& token) const {
         if (behindPoint) ++scale;
         if (digits > 0 || c != '0') ++digits;
         if (digits > kMaxPrecision || scale > kMaxPrecision) {
-            fail(1007,
-                 "The number '" + token.text +
-                     "' is out of the range for numeric representation (maximum precision 38).",
-                 token.place);
+            fail(errorMessage<1007>(token.text), token.place);
         }
         number.unscaled = number.unscaled * 10 + (c - '0');
     }
@@ -115,9 +113,7 @@ ast::Literal Parser::floatLiteral(const Token& token) const {
     double number = 0;
     const auto read = std::from_chars(token.text.data(), token.text.data() + token.text.size(), number);
     if (read.ec == std::errc::result_out_of_range && token.text.find('-') == std::string::npos) {
-        fail(168,
-             "The floating point value '" + token.text + "' is out of the range of computer representation (8 bytes).",
-             token.place);
+        fail(errorMessage<168>(token.text), token.place);
     }
     return ast::Literal{{Type{.id = TypeId::Float}, number}};
 }
@@ -133,7 +129,7 @@ ast::Literal Parser::moneyLiteral(const Token& token) const {
     std::int64_t number = 0;
     const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     if (read.ec != std::errc{} || number > INT64_MAX - 1) {
-        fail(293, "Cannot convert char value to money. The char value has incorrect syntax.", token.place, 16);
+        fail(errorMessage<293>(), token.place);
     }
     return ast::Literal{{Type{.id = TypeId::Money}, number + (roundUp ? 1 : 0)}};
 }

@@ -1,6 +1,7 @@
 // MERGE.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -25,7 +26,7 @@ Parser::Node Parser::merge() {
     node.options = queryOptions();
     if (!seesSymbol(";")) {
         if (peek().kind == TokenKind::Error) unexpected();
-        fail(10713, "A MERGE statement must be terminated by a semi-colon (;).", place);
+        fail(errorMessage<10713>(), place);
     }
     return node;
 }

@@ -2,6 +2,7 @@
 #include <array>
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -22,10 +23,6 @@ constexpr auto kUnsupportedKinds = std::to_array<UnsupportedKind>({
     {"SERVICE", false},       {"STATISTICS", false},  {"SYMMETRIC", false}, {"SYNONYM", false},
     {"TRIGGER", true},        {"TYPE", false},        {"USER", false},      {"XML", false},
 });
-
-std::string unknownKind(const std::string& kind) {
-    return "Unknown object type '" + kind + "' used in a CREATE, DROP, or ALTER statement.";
-}
 
 }  // namespace
 
@@ -63,7 +60,7 @@ Parser::Node Parser::drop() {
     for (const UnsupportedKind& kind : kUnsupportedKinds) {
         if (seesWord(kind.word)) return unsupportedStatement("DROP " + peek().upper, SkipTo::StatementEnd);
     }
-    if (seesIdentifier()) fail(343, unknownKind(peek().text), peek().place);
+    if (seesIdentifier()) fail(errorMessage<343>(peek().text), peek().place);
     unexpected();
 }
 
@@ -88,14 +85,14 @@ Parser::Node Parser::module(ast::Verb verb, const ast::Extent& verbText) {
         if (kind.isModule) requireFirst(what);
         return unsupportedStatement(what, kind.isModule ? SkipTo::BatchEnd : SkipTo::StatementEnd);
     }
-    if (seesIdentifier()) fail(343, unknownKind(peek().text), peek().place);
+    if (seesIdentifier()) fail(errorMessage<343>(peek().text), peek().place);
     unexpected();
 }
 
 // Error 111 unless the statement begun last is the batch's first.
 void Parser::requireFirst(std::string_view what) const {
     if (statementStart_ == first_ && depth_ == 1 && !inProcedure_) return;
-    fail(111, "'" + std::string(what) + "' must be the first statement in a query batch.", peek().place);
+    fail(errorMessage<111>(what), peek().place);
 }
 
 // VIEW name [( columns )] [WITH option {, option}] AS [WITH ...] query [WITH CHECK OPTION]
@@ -106,8 +103,7 @@ Parser::Node Parser::view(ast::Verb verb, const ast::Extent& verbText) {
     node.name = objectName();
     module_ = node.name.name;
     if (!node.name.database.empty()) {
-        fail(166, "'CREATE/ALTER VIEW' does not allow specifying the database name as a prefix to the object name.",
-             node.name.place);
+        fail(errorMessage<166>("VIEW"), node.name.place);
     }
     if (seesSymbol("(")) node.columns = identifierList();
     if (acceptWord("WITH")) {
@@ -141,9 +137,7 @@ Parser::Node Parser::procedure(ast::Verb verb, const ast::Extent& verbText) {
     node.name = objectName();
     module_ = node.name.name;
     if (!node.name.database.empty()) {
-        fail(166,
-             "'CREATE/ALTER PROCEDURE' does not allow specifying the database name as a prefix to the object name.",
-             node.name.place);
+        fail(errorMessage<166>("PROCEDURE"), node.name.place);
     }
     if (acceptSymbol(";") && integer() != 1) unsupported("PROCEDURE ;number");
     const bool parentheses = acceptSymbol("(");

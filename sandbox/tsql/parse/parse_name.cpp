@@ -1,6 +1,7 @@
 // Names of objects and columns.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -34,18 +35,12 @@ ast::ObjectName Parser::objectName() {
 ast::ObjectName Parser::makeObjectName(const std::vector<std::string>& parts, const ast::Place& place) const {
     const std::size_t count = parts.size();
     if (count == 4 && !parts[0].empty()) {
-        fail(7202,
-             "Could not find server '" + parts[0] +
-                 "' in sys.servers. Verify that the correct server name was specified. If necessary, execute the "
-                 "stored procedure sp_addlinkedserver to add the server to sys.servers.",
-             place, 11, 2);
+        fail(errorMessage<7202>(parts[0]), place);
     }
     if (count > 4) {
         std::string written;
         for (const std::string& part : parts) written += (written.empty() ? "" : ".") + part;
-        fail(117,
-             "The object name '" + written + "' contains more than the maximum number of prefixes. The maximum is 3.",
-             place);
+        fail(errorMessage<117>(written), place);
     }
     ast::ObjectName name;
     name.place = place;

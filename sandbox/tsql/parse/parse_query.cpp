@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -54,10 +55,7 @@ void Parser::requireBounded(const ast::Query& query) const {
     if (query.orderBy.empty() || query.offset || query.forXml) return;
     const auto* select = std::get_if<ast::Select>(&query.body->node);
     if (select != nullptr && select->top) return;
-    fail(1033,
-         "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common table "
-         "expressions, unless TOP, OFFSET or FOR XML is also specified.",
-         query.orderBy.front().expr->place);
+    fail(errorMessage<1033>(), query.orderBy.front().expr->place);
 }
 
 // body := term {(UNION [ALL] | EXCEPT) term}
@@ -73,10 +71,7 @@ ast::QueryBodyPtr Parser::queryBody() {
             ast::QueryBody{place, ast::SetOperation{op, std::move(left), std::move(right)}});
     }
     if (std::holds_alternative<ast::SetOperation>(left->node) && assigns(*left)) {
-        fail(10734,
-             "Variable assignment is not allowed in a statement containing a top level UNION, INTERSECT or EXCEPT "
-             "operator.",
-             place);
+        fail(errorMessage<10734>(), place);
     }
     return left;
 }
@@ -136,10 +131,7 @@ ast::Select Parser::select() {
     } while (acceptSymbol(","));
     const auto assigned = std::ranges::count(node.items, ast::SelectItem::Kind::Assign, &ast::SelectItem::kind);
     if (assigned > 0 && assigned < std::ssize(node.items)) {
-        fail(141,
-             "A SELECT statement that assigns a value to a variable must not be combined with data-retrieval "
-             "operations.",
-             node.place);
+        fail(errorMessage<141>(), node.place);
     }
     if (ownSelect_ && acceptWord("INTO")) node.into = objectName();
     if (acceptWord("FROM")) node.from = fromList();
@@ -182,7 +174,7 @@ std::optional<ast::Top> Parser::top() {
     const auto* number = ast::as<ast::Literal>(*node.count);
     const auto* whole = number ? std::get_if<std::int64_t>(&number->value.value) : nullptr;
     if (node.percent && whole && isInteger(number->value.type.id) && *whole > 100) {
-        fail(1031, "Percent values must be between 0 and 100.", node.count->place);
+        fail(errorMessage<1031>(), node.count->place);
     }
     node.withTies = acceptWords("WITH", "TIES");
     return node;
@@ -263,7 +255,7 @@ void Parser::offsetFetch(ast::Query& query) {
     if (!acceptWord("OFFSET")) return;
     const auto* select = std::get_if<ast::Select>(&query.body->node);
     if (select && select->top) {
-        fail(10741, "A TOP can not be used in the same query or sub-query as a OFFSET.", place, 15, 2);
+        fail(errorMessage<10741>(), place);
     }
     query.offset = value();
     expectAnyWord({"ROW", "ROWS"});

@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -139,7 +140,7 @@ Parser::Node Parser::setOption() {
                                       : contains(kSwitches, name);
         if (!known) {
             if (peek().reserved) unexpected();
-            fail(195, "'" + peek().text + "' is not a recognized SET option.", peek().place);
+            fail(errorMessage<195, 1>(peek().text, "SET option"), peek().place);
         }
         take();
         node.names.push_back(statistics ? "STATISTICS " + name : name);

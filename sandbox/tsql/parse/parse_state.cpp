@@ -1,6 +1,8 @@
 // The parser's place in the tokens, and the errors it raises.
 #include "sandbox/tsql/parse/parse_state.h"
 
+#include "sandbox/store/values/error_table.h"
+
 #include <charconv>
 #include <utility>
 
@@ -39,9 +41,7 @@ void Parser::countLink() {
 }
 
 void Parser::tooDeep() const {
-    fail(191,
-         "Some part of your SQL statement is nested too deeply. Rewrite the query or break it up into smaller queries.",
-         peek().place);
+    fail(errorMessage<191>(), peek().place);
 }
 
 std::string Parser::textOf(const ast::Extent& extent) const {
@@ -132,17 +132,10 @@ std::string Parser::identifierOrReserved() {
     const Token& token = peek();
     if (token.kind != TokenKind::Word && token.kind != TokenKind::Quoted) unexpected();
     if (token.text.empty()) {
-        fail(1038,
-             "An object or column name is missing or empty. For SELECT INTO statements, verify each column has a name. "
-             "For other statements, look for empty alias names. Aliases defined as \"\" or [] are not allowed. Change "
-             "the alias to a valid name.",
-             token.place);
+        fail(errorMessage<1038, 1>(), token.place);
     }
     if (longerThan(token.text, kMaxIdentifier)) {
-        fail(103,
-             "The identifier that starts with '" + shortened(token.text, kMaxIdentifier) +
-                 "' is too long. Maximum length is 128.",
-             token.place, 15, 4);
+        fail(errorMessage<103>(shortened(token.text, kMaxIdentifier)), token.place);
     }
     return take().text;
 }
@@ -150,10 +143,7 @@ std::string Parser::identifierOrReserved() {
 std::string Parser::variableName() {
     if (peek().kind != TokenKind::Variable) unexpected();
     if (longerThan(peek().text, kMaxIdentifier)) {
-        fail(103,
-             "The identifier that starts with '" + shortened(peek().text, kMaxIdentifier) +
-                 "' is too long. Maximum length is 128.",
-             peek().place, 15, 4);
+        fail(errorMessage<103>(shortened(peek().text, kMaxIdentifier)), peek().place);
     }
     return take().text;
 }
@@ -196,25 +186,20 @@ void Parser::unexpected() const {
     const Token& near = offending();
     const std::string name = shortened(near.text, kMaxNear);
     if (here.kind == TokenKind::Word && here.upper == "WITH") {
-        fail(
-            319,
-            "Incorrect syntax near the keyword 'with'. If this statement is a common table expression, an xmlnamespaces clause or a change tracking "
-            "context clause, the previous statement must be terminated with a semicolon.",
-            near.place);
+        fail(errorMessage<319>(), near.place);
     }
     if (here.kind == TokenKind::Word && here.reserved) {
-        fail(156, "Incorrect syntax near the keyword '" + name + "'.", near.place);
+        fail(errorMessage<156>(name), near.place);
     }
-    fail(102, "Incorrect syntax near '" + name + "'.", near.place);
+    fail(errorMessage<102, 1>(name), near.place);
 }
 
-void Parser::fail(int number, std::string text, const ast::Place& place, int severity, int state) const {
-    throw SqlError(Message{number, severity, state, std::move(text), {}, place.line}, Effect::Batch);
+void Parser::fail(Message message, const ast::Place& place) const {
+    throw SqlError(std::move(message).atLine(place.line), Effect::Batch);
 }
 
 void Parser::unsupported(const std::string& what) const {
-    fail(40517, "Keyword or statement option '" + what + "' is not supported in this version of SQL Server.",
-         peek().place, 16);
+    fail(errorMessage<40517>(what), peek().place);
 }
 
 }  // namespace sandbox

@@ -60,8 +60,7 @@ private:
 
     // --- errors (parse_state.cpp)
     [[noreturn]] void unexpected() const;
-    [[noreturn]] void fail(int number, std::string text, const ast::Place& place, int severity = 15,
-                           int state = 1) const;
+    [[noreturn]] void fail(Message message, const ast::Place& place) const;
     [[noreturn]] void unsupported(const std::string& what) const;
     [[nodiscard]] const Token& offending() const;  // what "near" names
 

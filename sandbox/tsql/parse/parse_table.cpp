@@ -1,6 +1,7 @@
 // CREATE TABLE and ALTER TABLE.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -64,7 +65,7 @@ ast::ColumnDefinition Parser::columnDefinition() {
         column.persisted = acceptWord("PERSISTED");
     } else {
         if (seesSymbol(",") || seesSymbol(")")) {
-            fail(173, "The definition for column '" + column.name + "' must include a data type.", column.place);
+            fail(errorMessage<173>(column.name), column.place);
         }
         column.type = typeName(TypeUse::Declared, "column '" + column.name + "'");
     }

@@ -3,6 +3,7 @@
 #include <array>
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
 namespace sandbox {
@@ -109,37 +110,26 @@ void Parser::typeSize(ast::TypeName& name, TypeUse use, const std::string& whose
         name.known = false;
         return;
     }
-    const auto invalid = [&](std::int64_t size) {
-        fail(1001,
-             "Line " + std::to_string(place.line) + ": Length or precision specification " + std::to_string(size) +
-                 " is invalid.",
-             place);
-    };
+    const auto invalid = [&](std::int64_t size) { fail(errorMessage<1001>(place.line, size), place); };
     Type& type = name.type;
     type.id = row->id;
     if (row->id == TypeId::Decimal) type.numericName = lowerCase(name.written) == "numeric";
     if (lowerCase(name.written) == "sysname") type.length = 128;
     if ((max && !row->max) || (second >= 0 && row->size != Size::Digits)) {
-        fail(2716,
-             "Column, parameter, or variable #1: Cannot specify a column width on data type " + name.written + ".",
-             place, 16);
+        fail(errorMessage<2716>(name.written), place);
     }
     if (first == 0 && row->size != Size::Fraction) invalid(0);
     switch (row->size) {
         case Size::None:
             if (first < 0) break;
-            fail(2716,
-                 "Column, parameter, or variable #1: Cannot specify a column width on data type " + name.written + ".",
-                 place, 16);
+            fail(errorMessage<2716>(name.written), place);
         case Size::Bytes:
         case Size::Characters: {
             const std::int64_t limit = row->size == Size::Bytes ? 8000 : 4000;
             if (first > limit) {
-                fail(131,
-                     "The size (" + std::to_string(first) + ") given to the " +
-                         (whose.empty() ? "type '" + name.written + "'" : whose) +
-                         " exceeds the maximum allowed for any data type (8000).",
-                     place, 15, whose.starts_with("column") ? 2 : 3);
+                fail(errorMessage<131>(first, whose.empty() ? "type '" + name.written + "'" : whose)
+                         .withState(whose.starts_with("column") ? 2 : 3),
+                     place);
             }
             const int missing = use == TypeUse::Cast ? 30 : 1;
             type.length = max ? Type::kMax : first > 0 ? static_cast<int>(first) : missing;
@@ -147,14 +137,11 @@ void Parser::typeSize(ast::TypeName& name, TypeUse use, const std::string& whose
         }
         case Size::Digits:
             if (first > 38) {
-                fail(2750,
-                     "Column or parameter #1: Specified column precision " + std::to_string(first) +
-                         " is greater than the maximum precision of 38.",
-                     place, 16);
+                fail(errorMessage<2750>(first), place);
             }
             type.precision = static_cast<std::uint8_t>(first > 0 ? first : 18);
             if (second > type.precision) {
-                fail(192, "The scale must be less than or equal to the precision.", place);
+                fail(errorMessage<192>(), place);
             }
             type.scale = static_cast<std::uint8_t>(second > 0 ? second : 0);
             break;
@@ -164,10 +151,7 @@ void Parser::typeSize(ast::TypeName& name, TypeUse use, const std::string& whose
             break;
         case Size::Fraction:
             if (first > 7) {
-                fail(1002,
-                     "Line " + std::to_string(place.line) + ": Specified scale " + std::to_string(first) +
-                         " is invalid.",
-                     place);
+                fail(errorMessage<1002>(place.line, first), place);
             }
             type.scale = static_cast<std::uint8_t>(first >= 0 ? first : 7);
             break;

@@ -6,6 +6,7 @@
 
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox {
 
@@ -74,11 +75,7 @@ Value globalValue(SessionState& session, std::string_view name, const Type& type
         if (value.type.id == type.id) return std::move(value.value);
         return convert(value.value, value.type, type);
     }
-    throw SqlError(
-        Message{.number = 40510,
-                .severity = 16,
-                .state = 1,
-                .text = "Statement '" + std::string(name) + "' is not supported in this version of SQL Server."});
+    throw SqlError(errorMessage<40510>(name));
 }
 
 }  // namespace sandbox

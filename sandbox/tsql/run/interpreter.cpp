@@ -1,6 +1,8 @@
 // The core of the interpreter: requests, frames, and what an error does to statement, procedure, batch and transaction.
 #include "sandbox/tsql/run/interpreter.h"
 
+#include "sandbox/store/values/error_table.h"
+
 #include <utility>
 
 namespace sandbox {
@@ -97,13 +99,7 @@ void Interpreter::finishRequest() {
     session_.tries = 0;
     session_.caught.clear();
     if (session_.transaction.doomed()) {
-        Message message{.number = 3998,
-                        .severity = 16,
-                        .state = 1,
-                        .text =
-                            "Uncommittable transaction is detected at the end of the batch. The transaction is "
-                            "rolled back.",
-                        .line = 1};
+        Message message = errorMessage<3998>().atLine(1);
         reply_->error(message);
         session_.error = message.number;
         rollBackAll();
@@ -242,12 +238,7 @@ void Interpreter::fail(const SqlError& error, const ast::Statement* statement, b
 
     for (const Message& message : messages) reply_->error(message);
     if (reach == Reach::Statement && statement && isRowChange(*statement)) {
-        inform({.number = 3621,
-                .severity = 0,
-                .state = 0,
-                .text = "The statement has been terminated.",
-                .procedure = messages.back().procedure,
-                .line = statement->place.line});
+        inform(errorMessage<3621>().in(messages.back().procedure).atLine(statement->place.line));
     }
     if (reach == Reach::BatchAndTransaction || reach == Reach::Connection) rollBackAll();
     if (session_.frame) done(std::nullopt);

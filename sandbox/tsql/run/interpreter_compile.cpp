@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/bind_output.h"
 #include "sandbox/tsql/run/interpreter.h"
 #include "sandbox/tsql/run/interpreter_bound.h"
@@ -23,25 +24,13 @@ std::string unitKey(std::string_view text, std::string_view declarations, const 
 }
 
 Message undeclared(std::string_view name, int state, int line) {
-    return {.number = 137,
-            .severity = 15,
-            .state = state,
-            .text = "Must declare the scalar variable \"" + std::string(name) + "\".",
-            .line = line};
+    return errorMessage<137, 2>(name).withState(state).atLine(line);
 }
 
 }  // namespace
 
 std::vector<Message> unknownType(const std::string& variable, std::ptrdiff_t place, const std::string& type) {
-    return {
-        {.number = 2715,
-         .severity = 16,
-         .state = 3,
-         .text = "Column, parameter, or variable #" + std::to_string(place) + ": Cannot find data type " + type + "."},
-        {.number = 2724,
-         .severity = 16,
-         .state = 2,
-         .text = "Parameter or variable '" + variable + "' has an invalid data type."}};
+    return {errorMessage<2715, 3>(place, type), errorMessage<2724>(variable)};
 }
 
 std::shared_ptr<Unit> Interpreter::unitOf(std::string_view text, std::string_view declarations) {
@@ -68,8 +57,7 @@ BindContext Interpreter::bindContext(const Unit& unit, std::size_t visible) {
         if (!found) {
             if (!name.starts_with('@')) return std::nullopt;
             // Declared, and made when the unit runs.
-            throw MissingObject(Message{.number = 208, .text = "Invalid object name '" + std::string(name) + "'."},
-                                Effect::Scope);
+            throw MissingObject(errorMessage<208, 1>(name), Effect::Scope);
         }
         return ResolvedObject{found->object, found->database->name(), found->database->attachedAs()};
     };
@@ -180,11 +168,7 @@ private:
                 errors.push_back(std::move(message));
             }
         } else if (isLob(item.type.type.id)) {
-            errors.push_back({.number = 2739,
-                              .severity = 16,
-                              .state = 1,
-                              .text = "The text, ntext, and image data types are invalid for local variables.",
-                              .line = item.place.line});
+            errors.push_back(errorMessage<2739>().atLine(item.place.line));
         }
     }
 
@@ -203,11 +187,7 @@ private:
         for (const auto& argument : e.arguments) {
             const auto* variable = argument.value ? ast::as<ast::Variable>(*argument.value) : nullptr;
             if (argument.output && !variable) {
-                errors.push_back({.number = 179,
-                                  .severity = 15,
-                                  .state = 1,
-                                  .text = "Cannot use the OUTPUT option when passing a constant to a stored procedure.",
-                                  .line = line});
+                errors.push_back(errorMessage<179>().atLine(line));
             }
             if (variable && isCursor(variable->name)) continue;
             scalar(argument.value);
@@ -222,92 +202,87 @@ private:
 
     void one(const ast::Statement& s) {
         const int line = s.place.line;
-        std::visit(
-            ast::Overloaded{
-                [&](const ast::Block& n) { all(n.body); },
-                [&](const ast::If& n) {
-                    condition(*n.condition);
-                    one(*n.then);
-                    if (n.otherwise) one(*n.otherwise);
-                },
-                [&](const ast::While& n) {
-                    condition(*n.condition);
-                    one(*n.body);
-                },
-                [&](const ast::TryCatch& n) {
-                    all(n.tryBody);
-                    all(n.catchBody);
-                },
-                [&](const ast::Declare& n) { declare(n); },
-                [&](const ast::SetVariable& n) {
-                    needs(n.variable, 1, line);
-                    if (typeOf(n.variable) && !isCursor(n.variable)) scalar(n.value, typeOf(n.variable));
-                },
-                [&](const ast::Return& n) {
-                    if (n.value && !unit_.procedure) {
-                        errors.push_back({.number = 178,
-                                          .severity = 15,
-                                          .state = 1,
-                                          .text = "A RETURN statement with a return value cannot be used in this "
-                                                  "context.",
-                                          .line = line});
-                    }
-                    scalar(n.value, Type{.id = TypeId::Int});
-                },
-                [&](const ast::Print& n) { scalar(n.value); },
-                [&](const ast::WaitFor& n) { scalar(n.value); },
-                [&](const ast::RaiseError& n) {
-                    scalar(n.message);
-                    scalar(n.severity, Type{.id = TypeId::Int});
-                    scalar(n.state, Type{.id = TypeId::Int});
-                    for (const auto& argument : n.arguments) scalar(argument);
-                },
-                [&](const ast::Throw& n) {
-                    scalar(n.number, Type{.id = TypeId::Int});
-                    scalar(n.message, Type{.id = TypeId::NVarChar, .length = 2048});
-                    scalar(n.state, Type{.id = TypeId::Int});
-                },
-                [&](const ast::SetOption& n) { scalar(n.value); },
-                [&](const ast::Execute& n) { execute(n, line); },
-                [&](const ast::Transaction& n) { needs(n.variable, 2, line); },
-                [&](const ast::CursorCommand& n) {
-                    for (const auto& variable : n.into) needs(variable, 2, line);
-                    scalar(n.distance, Type{.id = TypeId::Int});
-                },
-                [&](const ast::DeclareCursor& n) {
-                    bind(&s, line, [&](const BindContext& c) { return bindSelect(c, *n.query); });
-                },
-                [&](const ast::Use& n) { interpreter_.compileDatabase_ = n.database; },
-                [&](const ast::SelectStatement& n) {
-                    bind(&s, line, [&](const BindContext& c) { return bindSelect(c, *n.query); });
-                },
-                [&](const ast::Insert& n) {
-                    if (const auto* call = std::get_if<std::unique_ptr<ast::Execute>>(&n.source)) execute(**call, line);
-                    bind(&s, line, [&](const BindContext& c) {
-                        BoundInsert insert = bindInsert(c, n);
-                        if (n.output) (void)bindOutput(c, *n.output, insert.target, {.inserted = true});
-                        return insert;
-                    });
-                },
-                [&](const ast::Update& n) {
-                    bind(&s, line, [&](const BindContext& c) {
-                        BoundUpdate update = bindUpdate(c, n);
-                        if (n.output) {
-                            (void)bindOutput(c, *n.output, update.target, {.inserted = true, .deleted = true});
-                        }
-                        return update;
-                    });
-                },
-                [&](const ast::Delete& n) {
-                    bind(&s, line, [&](const BindContext& c) {
-                        BoundDelete deletion = bindDelete(c, n);
-                        if (n.output) (void)bindOutput(c, *n.output, deletion.target, {.deleted = true});
-                        return deletion;
-                    });
-                },
-                [&](const auto&) {},
-            },
-            s.node);
+        std::visit(ast::Overloaded{
+                       [&](const ast::Block& n) { all(n.body); },
+                       [&](const ast::If& n) {
+                           condition(*n.condition);
+                           one(*n.then);
+                           if (n.otherwise) one(*n.otherwise);
+                       },
+                       [&](const ast::While& n) {
+                           condition(*n.condition);
+                           one(*n.body);
+                       },
+                       [&](const ast::TryCatch& n) {
+                           all(n.tryBody);
+                           all(n.catchBody);
+                       },
+                       [&](const ast::Declare& n) { declare(n); },
+                       [&](const ast::SetVariable& n) {
+                           needs(n.variable, 1, line);
+                           if (typeOf(n.variable) && !isCursor(n.variable)) scalar(n.value, typeOf(n.variable));
+                       },
+                       [&](const ast::Return& n) {
+                           if (n.value && !unit_.procedure) {
+                               errors.push_back(errorMessage<178>().atLine(line));
+                           }
+                           scalar(n.value, Type{.id = TypeId::Int});
+                       },
+                       [&](const ast::Print& n) { scalar(n.value); },
+                       [&](const ast::WaitFor& n) { scalar(n.value); },
+                       [&](const ast::RaiseError& n) {
+                           scalar(n.message);
+                           scalar(n.severity, Type{.id = TypeId::Int});
+                           scalar(n.state, Type{.id = TypeId::Int});
+                           for (const auto& argument : n.arguments) scalar(argument);
+                       },
+                       [&](const ast::Throw& n) {
+                           scalar(n.number, Type{.id = TypeId::Int});
+                           scalar(n.message, Type{.id = TypeId::NVarChar, .length = 2048});
+                           scalar(n.state, Type{.id = TypeId::Int});
+                       },
+                       [&](const ast::SetOption& n) { scalar(n.value); },
+                       [&](const ast::Execute& n) { execute(n, line); },
+                       [&](const ast::Transaction& n) { needs(n.variable, 2, line); },
+                       [&](const ast::CursorCommand& n) {
+                           for (const auto& variable : n.into) needs(variable, 2, line);
+                           scalar(n.distance, Type{.id = TypeId::Int});
+                       },
+                       [&](const ast::DeclareCursor& n) {
+                           bind(&s, line, [&](const BindContext& c) { return bindSelect(c, *n.query); });
+                       },
+                       [&](const ast::Use& n) { interpreter_.compileDatabase_ = n.database; },
+                       [&](const ast::SelectStatement& n) {
+                           bind(&s, line, [&](const BindContext& c) { return bindSelect(c, *n.query); });
+                       },
+                       [&](const ast::Insert& n) {
+                           if (const auto* call = std::get_if<std::unique_ptr<ast::Execute>>(&n.source))
+                               execute(**call, line);
+                           bind(&s, line, [&](const BindContext& c) {
+                               BoundInsert insert = bindInsert(c, n);
+                               if (n.output) (void)bindOutput(c, *n.output, insert.target, {.inserted = true});
+                               return insert;
+                           });
+                       },
+                       [&](const ast::Update& n) {
+                           bind(&s, line, [&](const BindContext& c) {
+                               BoundUpdate update = bindUpdate(c, n);
+                               if (n.output) {
+                                   (void)bindOutput(c, *n.output, update.target, {.inserted = true, .deleted = true});
+                               }
+                               return update;
+                           });
+                       },
+                       [&](const ast::Delete& n) {
+                           bind(&s, line, [&](const BindContext& c) {
+                               BoundDelete deletion = bindDelete(c, n);
+                               if (n.output) (void)bindOutput(c, *n.output, deletion.target, {.deleted = true});
+                               return deletion;
+                           });
+                       },
+                       [&](const auto&) {},
+                   },
+                   s.node);
     }
 
     Interpreter& interpreter_;

@@ -2,6 +2,7 @@
 // and inwards again through the statements that lead to it.
 #include <utility>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/run/interpreter.h"
 
 namespace sandbox {
@@ -119,8 +120,7 @@ Flow Interpreter::runFromLabel(const ast::Statement& s) {
         if (flow == Flow::Return || flow == Flow::Goto) return flow;
         return run(s);
     }
-    throw SqlError(
-        Message{.number = 1026, .severity = 15, .text = "GOTO cannot be used to jump into a TRY or CATCH scope."});
+    throw SqlError(errorMessage<1026>());
 }
 
 Flow Interpreter::runIf(const ast::If& n) {
@@ -185,11 +185,7 @@ Flow Interpreter::runReturn(const ast::Return& n) {
     if (n.value) {
         const Typed value = evaluate(*n.value, Type{.id = TypeId::Int});
         if (isNull(value.value)) {
-            inform({.number = 282,
-                    .severity = 10,
-                    .text = "The '" + frame().unit->name +
-                            "' procedure attempted to return a status of NULL, which is not allowed. A status of 0 "
-                            "will be returned instead."});
+            inform(errorMessage<282>(frame().unit->name));
         }
         frame().status = isNull(value.value) ? 0 : static_cast<std::int32_t>(std::get<std::int64_t>(value.value));
     }

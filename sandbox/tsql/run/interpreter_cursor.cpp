@@ -6,6 +6,7 @@
 
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/run/globals.h"
 #include "sandbox/tsql/run/interpreter.h"
@@ -14,10 +15,6 @@
 namespace sandbox {
 
 namespace {
-
-[[noreturn]] void raise(int number, int state, std::string text) {
-    throw SqlError(Message{.number = number, .severity = 16, .state = state, .text = std::move(text)});
-}
 
 bool has(const std::vector<std::string>& options, std::string_view option) {
     return std::find(options.begin(), options.end(), option) != options.end();
@@ -48,7 +45,7 @@ std::shared_ptr<Cursor> Interpreter::findCursor(const std::string& name, bool gl
         if (const auto local = frame().cursors.find(key); local != frame().cursors.end()) return local->second;
     }
     const auto found = session_.cursors.find(key);
-    if (found == session_.cursors.end()) raise(16916, 1, "A cursor with the name '" + name + "' does not exist.");
+    if (found == session_.cursors.end()) throw SqlError(errorMessage<16916>(name));
     return found->second;
 }
 
@@ -70,13 +67,13 @@ void Interpreter::runDeclareCursor(const ast::Statement& s, const ast::DeclareCu
                                    (has(options, "STATIC") || has(options, "KEYSET") || has(options, "DYNAMIC")));
     auto& place = has(options, "LOCAL") ? frame().cursors : session_.cursors;
     if (!place.emplace(foldName(n.name), std::move(cursor)).second) {
-        raise(16915, 1, "A cursor with the name '" + n.name + "' already exists.");
+        throw SqlError(errorMessage<16915>(n.name));
     }
     succeed(0);
 }
 
 void Interpreter::openCursor(Cursor& cursor) {
-    if (cursor.open) raise(16905, 1, "The cursor is already open.");
+    if (cursor.open) throw SqlError(errorMessage<16905>());
     session_.startStatement();
     Statement statement = session_.connection->prepare(cursor.query.sql);
     bindParameters(statement, cursor.query, {});
@@ -93,17 +90,16 @@ void Interpreter::openCursor(Cursor& cursor) {
 }
 
 void Interpreter::fetch(Cursor& cursor, const ast::CursorCommand& n) {
-    if (!cursor.open) raise(16917, 2, "Cursor is not open.");
+    if (!cursor.open) throw SqlError(errorMessage<16917, 2>());
     if (n.direction != "NEXT" && !cursor.scroll) {
         std::string name = n.direction;
         std::transform(name.begin() + 1, name.end(), name.begin() + 1,
                        [](char c) { return static_cast<char>(c - 'A' + 'a'); });
-        raise(16911, 1, "fetch: The fetch type " + name + " cannot be used with forward only cursors.");
+        throw SqlError(errorMessage<16911>(name));
     }
     const auto& columns = cursor.query.columns;
     if (!n.into.empty() && n.into.size() != columns.size()) {
-        raise(16924, 1,
-              "Cursorfetch: The number of variables declared in the INTO list must match that of selected columns.");
+        throw SqlError(errorMessage<16924>());
     }
     std::int64_t distance = 0;
     if (n.distance) {
@@ -136,7 +132,7 @@ void Interpreter::runCursor(const ast::CursorCommand& n) {
         case ast::CursorCommand::Kind::Open: openCursor(*cursor); break;
         case ast::CursorCommand::Kind::Fetch: fetch(*cursor, n); return;
         case ast::CursorCommand::Kind::Close:
-            if (!cursor->open) raise(16917, 1, "Cursor is not open.");
+            if (!cursor->open) throw SqlError(errorMessage<16917, 1>());
             cursor->open = false;
             cursor->rows.clear();
             break;

@@ -3,18 +3,15 @@
 
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/run/interpreter.h"
 
 namespace sandbox {
 
 namespace {
 
-[[noreturn]] void raise(int number, int severity, int state, std::string text, Effect effect = Effect::Statement) {
-    throw SqlError(Message{.number = number, .severity = severity, .state = state, .text = std::move(text)}, effect);
-}
-
 [[noreturn]] void raiseUnsupported(const std::string& what) {
-    raise(40510, 16, 1, "Statement '" + what + "' is not supported in this version of SQL Server.");
+    throw SqlError(errorMessage<40510>(what));
 }
 
 // Errors of a module's body, and of making it, are told under its name.
@@ -37,9 +34,7 @@ void underName(const std::string& module, const std::function<void()>& action) {
 std::vector<ColumnDef> viewColumns(const ast::CreateView& n, const BoundQuery& query) {
     if (!n.columns.empty() && n.columns.size() != query.columns.size()) {
         const bool more = query.columns.size() > n.columns.size();
-        raise(more ? 4501 : 4502, 16, 1,
-              "View or function '" + n.name.name + "' has more " +
-                  (more ? "columns defined than column names given." : "column names specified than columns defined."));
+        throw SqlError(more ? errorMessage<4501>(n.name.name) : errorMessage<4502>(n.name.name));
     }
     std::vector<ColumnDef> columns;
     for (std::size_t i = 0; i < query.columns.size(); ++i) {
@@ -49,15 +44,11 @@ std::vector<ColumnDef> viewColumns(const ast::CreateView& n, const BoundQuery& q
         column.nullable = query.columns[i].nullable;
         column.columnId = static_cast<int>(i) + 1;
         if (column.name.empty()) {
-            raise(4511, 16, 1,
-                  "Create View or Function failed because no column name was specified for column " +
-                      std::to_string(i + 1) + ".");
+            throw SqlError(errorMessage<4511>(i + 1));
         }
         for (const ColumnDef& other : columns) {
             if (sameName(other.name, column.name)) {
-                raise(4506, 16, 1,
-                      "Column names in each view or function must be unique. Column name '" + column.name +
-                          "' in view or function '" + n.name.name + "' is specified more than once.");
+                throw SqlError(errorMessage<4506>(column.name, n.name.name));
             }
         }
         columns.push_back(std::move(column));
@@ -139,13 +130,10 @@ void Interpreter::runPermission(const ast::Permission& n) {
     if (n.verb != "GRANT") raiseUnsupported(n.verb);
     for (const std::string& principal : n.principals) {
         if (sameName(principal, "public") || sameName(principal, "dbo") || sameName(principal, "guest")) continue;
-        raise(15151, 16, 1,
-              "Cannot find the user '" + principal + "', because it does not exist or you do not have permission.");
+        throw SqlError(errorMessage<15151>("user", principal));
     }
     if (n.object && !session_.connection->find(n.object->database, n.object->schema, n.object->name)) {
-        raise(15151, 16, 1,
-              "Cannot find the object '" + n.object->name +
-                  "', because it does not exist or you do not have permission.");
+        throw SqlError(errorMessage<15151>("object", n.object->name));
     }
     succeed(0);
     done(std::nullopt);
@@ -153,17 +141,7 @@ void Interpreter::runPermission(const ast::Permission& n) {
 
 void Interpreter::runAlterDatabase(const ast::AlterDatabase& n) {
     if (!n.name.empty() && !session_.shared.databases.find(n.name)) {
-        const auto told = [](int number, int severity, int state, std::string text) {
-            return Message{.number = number, .severity = severity, .state = state, .text = std::move(text)};
-        };
-        throw SqlError(
-            std::vector<Message>{
-                told(
-                    5011, 14, 5,
-                    "User does not have permission to alter database '" + n.name +
-                        "', the database does not exist, or the database is not in a state that allows access checks."),
-                told(5069, 16, 1, "ALTER DATABASE statement failed.")},
-            Effect::Statement);
+        throw SqlError({errorMessage<5011>(n.name), errorMessage<5069>()}, Effect::Statement);
     }
     // What this server is anyway.
     static constexpr std::string_view kHolds[] = {"RECOVERY SIMPLE", "MULTI_USER",      "READ_WRITE",
@@ -184,7 +162,7 @@ void Interpreter::runDbcc(const ast::Dbcc& n) {
     std::vector<Typed> arguments;
     for (const auto& argument : n.arguments) arguments.push_back(evaluate(*argument));
     if (arguments.empty() || !std::holds_alternative<std::string>(arguments[0].value)) {
-        raise(2560, 16, 9, "Parameter 1 is incorrect for this DBCC statement.");
+        throw SqlError(errorMessage<2560>(1));
     }
     bool reseed = true;
     std::optional<std::int64_t> to;
@@ -193,7 +171,7 @@ void Interpreter::runDbcc(const ast::Dbcc& n) {
         if (word && sameName(*word, "NORESEED"))
             reseed = false;
         else if (!word || !sameName(*word, "RESEED"))
-            raise(2560, 16, 9, "Parameter 2 is incorrect for this DBCC statement.");
+            throw SqlError(errorMessage<2560>(2));
     }
     if (arguments.size() > 2) {
         to = std::get<std::int64_t>(convert(arguments[2].value, arguments[2].type, Type{.id = TypeId::BigInt}));
@@ -206,11 +184,7 @@ void Interpreter::runDbcc(const ast::Dbcc& n) {
     requireWritable();
     checkIdentity(execute, std::get<std::string>(arguments[0].value), reseed, to);
     if (!quiet) {
-        inform(
-            {.number = 2528,
-             .severity = 0,
-             .state = 1,
-             .text = "DBCC execution completed. If DBCC printed error messages, contact your system administrator."});
+        inform(errorMessage<2528>());
     }
     succeed(0);
     done(std::nullopt);
@@ -223,11 +197,7 @@ void Interpreter::renameObject(const std::string& object, const std::string& new
     const BindContext context = bindContext(session_.frame ? *session_.frame->unit : kNone, 0);
     executeRename(executeContext(context), object, newName, type);
     session_.definitionsChanged();
-    inform({.number = 15477,
-            .severity = 0,
-            .state = 1,
-            .text = "Caution: Changing any part of an object name could break scripts and stored procedures.",
-            .procedure = "sp_rename"});
+    inform(errorMessage<15477>().in("sp_rename"));
 }
 
 void Interpreter::runDefinition(const ast::Statement& s) {

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/run/interpreter.h"
 #include "sandbox/tsql/run/interpreter_raiserror.h"
 
@@ -13,10 +14,6 @@ namespace sandbox {
 namespace {
 
 constexpr Type kInt{.id = TypeId::Int};
-
-[[noreturn]] void raise(int number, int severity, int state, std::string text, Effect effect = Effect::Statement) {
-    throw SqlError(Message{.number = number, .severity = severity, .state = state, .text = std::move(text)}, effect);
-}
 
 std::int64_t wholeOf(const Typed& value) {
     const auto* n = std::get_if<std::int64_t>(&value.value);
@@ -51,8 +48,7 @@ void Interpreter::runSetVariable(const ast::SetVariable& n) {
     const Unit& unit = *frame().unit;
     const auto slot = unit.findVariable(n.variable, unit.variables.size());
     const Unit::Variable& variable = unit.variables.at(static_cast<std::size_t>(*slot));
-    if (variable.cursor)
-        raise(40510, 16, 1, "Statement 'SET cursor variable' is not supported in this version of SQL Server.");
+    if (variable.cursor) throw SqlError(errorMessage<40510>("SET cursor variable"));
     setVariable(*slot, evaluate(*n.value, variable.type).value);
     succeed(1);
 }
@@ -64,7 +60,10 @@ void Interpreter::runPrint(const ast::Print& n) {
                            : displayText(value.value, value.type, session_.connection->functions().convert);
     constexpr std::size_t kMost = 8000;
     text = firstCharacters(std::move(text), isUnicode(value.type.id) ? kMost / 2 : kMost);
-    inform({.number = 0, .severity = 0, .state = 1, .text = text.empty() ? " " : text});
+    Message printed;
+    printed.severity = 0;
+    printed.text = text.empty() ? " " : text;
+    inform(std::move(printed));
     succeed(0);
 }
 
@@ -84,24 +83,16 @@ void Interpreter::runRaiseError(const ast::RaiseError& n) {
         const std::int64_t number = wholeOf(what);
         constexpr std::int64_t kFirstOfUsers = 13000;
         if (number < kFirstOfUsers || number == 50000) {
-            raise(2732, 16, 1,
-                  "Error number " + std::to_string(number) +
-                      " is invalid. The number must be from 13000 through 2147483647 and it cannot be 50000.");
+            throw SqlError(errorMessage<2732>(number));
         }
-        raise(18054, 16, 1,
-              "Error " + std::to_string(number) + ", severity " + std::to_string(message.severity) + ", state " +
-                  std::to_string(message.state) +
-                  " was raised, but no message with that error number was found in sys.messages. If error is larger "
-                  "than 50000, make sure the user-defined message is added using sp_addmessage.");
+        throw SqlError(errorMessage<18054>(number, message.severity, message.state));
     } else {
         const std::string format = isNull(what.value) ? "" : displayText(what.value, what.type);
         message.text = formatRaiserror(format, arguments);
     }
 
     if (message.severity > 18 && !n.log) {
-        raise(2754, 16, 1,
-              "Error severity levels greater than 18 can only be specified by members of the sysadmin role, using the "
-              "WITH LOG option.");
+        throw SqlError(errorMessage<2754>());
     }
     if (message.severity > 10) {
         const Effect effect = message.severity >= 20 ? Effect::Connection : Effect::Statement;
@@ -117,23 +108,19 @@ void Interpreter::runRaiseError(const ast::RaiseError& n) {
 void Interpreter::runThrow(const ast::Throw& n) {
     if (!n.number) {
         if (session_.caught.empty()) {
-            raise(
-                10704, 15, 1,
-                "To rethrow an error, a THROW statement must be used inside a CATCH block. Insert the THROW statement "
-                "inside a CATCH block, or add error parameters to the THROW statement.");
+            throw SqlError(errorMessage<10704>());
         }
         throw SqlError(session_.caught.back().message);
     }
     const auto number = wholeOf(evaluate(*n.number, kInt));
     if (number < 50000) {
-        raise(35100, 16, 10,
-              "Error number " + std::to_string(number) +
-                  " in the THROW statement is outside the valid range. Specify an error number in the valid range of "
-                  "50000 to 2147483647.");
+        throw SqlError(errorMessage<35100>(number));
     }
     const Typed text = evaluate(*n.message, Type{.id = TypeId::NVarChar, .length = 2048});
-    raise(static_cast<int>(number), 16, static_cast<int>(wholeOf(evaluate(*n.state, kInt))),
-          isNull(text.value) ? "" : std::get<std::string>(text.value));
+    throw SqlError(Message{.number = static_cast<int>(number),
+                           .severity = 16,
+                           .state = static_cast<int>(wholeOf(evaluate(*n.state, kInt))),
+                           .text = isNull(text.value) ? "" : std::get<std::string>(text.value)});
 }
 
 namespace {
@@ -184,8 +171,7 @@ void Interpreter::runWaitFor(const ast::WaitFor& n) {
         if (text.size() > 8) text[8] = '.';
     }
     const auto time = clockTime(text);
-    if (!time)
-        raise(148, 15, 1, "Incorrect time syntax in time string '" + text + "' used with WAITFOR.", Effect::Batch);
+    if (!time) throw SqlError(errorMessage<148>(text), Effect::Batch);
     std::int64_t wait = *time;
     if (!n.isDelay) {
         constexpr std::int64_t kDay = 86'400'000;

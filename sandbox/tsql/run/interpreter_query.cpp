@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/execute/execute_output.h"
 #include "sandbox/tsql/run/globals.h"
@@ -85,10 +86,7 @@ BoundQuery Interpreter::limited(const BoundQuery& query) const {
 void Interpreter::warnOfNulls() {
     bool& noted = session_.connection->functions().nullEliminated;
     if (std::exchange(noted, false) && session_.settings.ansiWarnings) {
-        inform({.number = 8153,
-                .severity = 0,
-                .state = 1,
-                .text = "Warning: Null value is eliminated by an aggregate or other SET operation."});
+        inform(errorMessage<8153>());
     }
 }
 
@@ -199,12 +197,7 @@ void Interpreter::requireNoSnapshot(std::span<const ResolvedObject> objects) con
         const auto database = session_.connection->attach(object.database);
         if (object.object->system || !database || database->temporary() || sameName(object.database, "tempdb"))
             continue;
-        throw SqlError(Message{.number = 3952,
-                               .severity = 16,
-                               .state = 1,
-                               .text = "Snapshot isolation transaction failed accessing database '" + object.database +
-                                       "' because snapshot isolation is not allowed in this database. Use ALTER "
-                                       "DATABASE to allow snapshot isolation."});
+        throw SqlError(errorMessage<3952>(object.database));
     }
 }
 
@@ -212,19 +205,10 @@ void Interpreter::requireIdentityInsert(const BoundInsert& insert) {
     const bool on = !session_.identityInsert.empty() && identityInsertKey(insert.target) == session_.identityInsert;
     const std::string& table = insert.target.object->name;
     if (insert.explicitIdentity && !on) {
-        throw SqlError(Message{.number = 544,
-                               .severity = 16,
-                               .state = 1,
-                               .text = "Cannot insert explicit value for identity column in table '" + table +
-                                       "' when IDENTITY_INSERT is set to OFF."});
+        throw SqlError(errorMessage<544>(table));
     }
     if (!insert.explicitIdentity && on) {
-        throw SqlError(Message{.number = 545,
-                               .severity = 16,
-                               .state = 1,
-                               .text = "Explicit value must be specified for identity column in table '" + table +
-                                       "' either when IDENTITY_INSERT is set to ON or when a replication user is "
-                                       "inserting into a NOT FOR REPLICATION identity column."});
+        throw SqlError(errorMessage<545>(table));
     }
 }
 
@@ -314,8 +298,7 @@ void Interpreter::runDelete(const ast::Statement& s) {
 void Interpreter::runInsertExecute(const ast::Statement& s, const ast::Insert& n) {
     const auto& call = *std::get<std::unique_ptr<ast::Execute>>(n.source);
     if (session_.collecting) {
-        throw SqlError(
-            Message{.number = 8164, .severity = 16, .state = 1, .text = "An INSERT EXEC statement cannot be nested."});
+        throw SqlError(errorMessage<8164>());
     }
     beginImplicitly();
     requireWritable();

@@ -6,16 +6,13 @@
 #include <cstdint>
 
 #include "sandbox/store/values/error.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox {
 
 namespace {
 
 constexpr std::size_t kMostCharacters = 2047;
-
-[[noreturn]] void raise(int number, std::string text) {
-    throw SqlError(Message{.number = number, .severity = 16, .state = 1, .text = std::move(text)});
-}
 
 struct Conversion {
     bool left = false, plus = false, zero = false, alternate = false, blank = false;
@@ -37,8 +34,7 @@ private:
 };
 
 [[noreturn]] void raiseMismatch(std::size_t place) {
-    raise(2786, "The data type of substitution parameter " + std::to_string(place) +
-                    " does not match the expected type of the format specification.");
+    throw SqlError(errorMessage<2786>(place));
 }
 
 int takeStar(Arguments& arguments) {
@@ -89,7 +85,7 @@ Conversion takeConversion(std::string_view text, std::size_t& at, Arguments& arg
     while (at < text.size() && (text[at] == 'h' || text[at] == 'l')) ++at;
     if (text.substr(at, 3) == "I64") at += 3;
     if (at == text.size() || std::string_view("diuoxXs").find(text[at]) == std::string_view::npos) {
-        raise(2787, "Invalid format specification: '" + std::string(text.substr(start)) + "'.");
+        throw SqlError(errorMessage<2787>(text.substr(start)));
     }
     s.type = text[at++];
     return s;
@@ -161,8 +157,7 @@ std::string formatOne(const Conversion& s, Arguments& arguments) {
 
 std::string formatRaiserror(std::string_view format, std::span<const Typed> all) {
     constexpr std::size_t kMostArguments = 20;
-    if (all.size() > kMostArguments)
-        raise(2747, "Too many substitution parameters for RAISERROR. Cannot exceed 20 substitution parameters.");
+    if (all.size() > kMostArguments) throw SqlError(errorMessage<2747>());
     Arguments arguments(all);
     std::string out;
     for (std::size_t at = 0; at < format.size();) {

@@ -5,18 +5,15 @@
 
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/run/interpreter.h"
 
 namespace sandbox {
 
 namespace {
 
-[[noreturn]] void raise(int number, int severity, int state, std::string text, Effect effect = Effect::Statement) {
-    throw SqlError(Message{.number = number, .severity = severity, .state = state, .text = std::move(text)}, effect);
-}
-
 [[noreturn]] void raiseUnsupported(const std::string& what) {
-    raise(40510, 16, 1, "Statement 'SET " + what + "' is not supported in this version of SQL Server.");
+    throw SqlError(errorMessage<40510>("SET " + what));
 }
 
 struct OnOff {
@@ -105,7 +102,7 @@ void Interpreter::setOnOff(const std::string& name, bool on) {
         if (row.on != on) raiseUnsupported(name + (on ? " ON" : " OFF"));
         return;
     }
-    raise(195, 15, 5, "'" + name + "' is not a recognized SET option.");
+    throw SqlError(errorMessage<195, 5>(name, "SET option"));
 }
 
 void Interpreter::setValue(const std::string& name, const Typed& value) {
@@ -114,7 +111,7 @@ void Interpreter::setValue(const std::string& name, const Typed& value) {
         return std::get<std::int64_t>(convert(value.value, value.type, Type{.id = TypeId::BigInt}));
     };
     const std::string text = isNull(value.value) ? "" : displayText(value.value, value.type);
-    if (isNull(value.value)) raise(195, 15, 5, "'" + name + "' is not a recognized SET option.");
+    if (isNull(value.value)) throw SqlError(errorMessage<195, 5>(name, "SET option"));
     if (name == "LOCK_TIMEOUT") {
         settings.lockTimeout = static_cast<int>(std::max<std::int64_t>(number(), -1));
     } else if (name == "ROWCOUNT") {
@@ -126,13 +123,13 @@ void Interpreter::setValue(const std::string& name, const Typed& value) {
         settings.textSize = size < 0 ? kLongest : size == 0 ? kShortest : static_cast<int>(size);
     } else if (name == "DATEFIRST") {
         const std::int64_t day = number();
-        if (day < 1 || day > 7) raise(2742, 16, 1, "SET DATEFIRST " + std::to_string(day) + " is out of range.");
+        if (day < 1 || day > 7) throw SqlError(errorMessage<2742>(day));
         settings.dateFirst = static_cast<int>(day);
     } else if (name == "DATEFORMAT") {
         const auto* row = std::find_if(kDateFormats.begin(), kDateFormats.end(),
                                        [&](const DateFormat& f) { return sameName(f.name, text); });
         if (row == kDateFormats.end()) {
-            raise(2741, 16, 1, "SET DATEFORMAT date order '" + text + "' is invalid.");
+            throw SqlError(errorMessage<2741>(text));
         }
         settings.dateOrder = row->order;
     } else if (name == "LANGUAGE") {
@@ -140,21 +137,16 @@ void Interpreter::setValue(const std::string& name, const Typed& value) {
             return sameName(l.name, text) || sameName(l.alias, text);
         });
         if (row == kLanguages.end()) {
-            raise(2740, 16, 1,
-                  "SET LANGUAGE failed because '" + text +
-                      "' is not an official language name or a language alias on this SQL Server.");
+            throw SqlError(errorMessage<2740>(text));
         }
         settings.language = row->name;
         settings.dateOrder = row->dates;
         settings.dateFirst = row->firstDay;
-        inform({.number = 5703,
-                .severity = 0,
-                .state = 1,
-                .text = "Changed language setting to " + settings.language + "."});
+        inform(errorMessage<5703>(settings.language));
     } else if (name == "DEADLOCK_PRIORITY" || name == "QUERY_GOVERNOR_COST_LIMIT" || name == "CONTEXT_INFO") {
         raiseUnsupported(name);
     } else {
-        raise(195, 15, 5, "'" + name + "' is not a recognized SET option.");
+        throw SqlError(errorMessage<195, 5>(name, "SET option"));
     }
 }
 
@@ -165,7 +157,7 @@ void Interpreter::runSetOption(const ast::SetOption& n) {
         else if (n.value)
             setValue(name, evaluate(*n.value));
         else
-            raise(195, 15, 5, "'" + name + "' is not a recognized SET option.");
+            throw SqlError(errorMessage<195, 5>(name, "SET option"));
     }
     session_.applySettings();
     succeed(0);
@@ -182,20 +174,15 @@ void Interpreter::runSetIsolation(const ast::SetIsolation& n) {
 void Interpreter::runSetIdentityInsert(const ast::SetIdentityInsert& n) {
     const auto found = bindContext(*frame().unit, 0).find(n.table.database, n.table.schema, n.table.name);
     if (!found) {
-        raise(1088, 16, 11,
-              "Cannot find the object \"" + n.table.written() +
-                  "\" because it does not exist or you do not have permissions.");
+        throw SqlError(errorMessage<1088, 11>(n.table.written()));
     }
     const auto& columns = found->object->columns;
     if (std::none_of(columns.begin(), columns.end(), [](const ColumnDef& c) { return c.identity; })) {
-        raise(8106, 16, 1,
-              "Table '" + n.table.written() + "' does not have the identity property. Cannot perform SET operation.");
+        throw SqlError(errorMessage<8106>(n.table.written()));
     }
     const std::string key = identityInsertKey(*found);
     if (n.on && !session_.identityInsert.empty() && session_.identityInsert != key) {
-        raise(8107, 16, 1,
-              "IDENTITY_INSERT is already ON for table '" + session_.identityInsert +
-                  "'. Cannot perform SET operation for table '" + n.table.written() + "'.");
+        throw SqlError(errorMessage<8107>(session_.identityInsert, n.table.written()));
     }
     if (n.on)
         session_.identityInsert = key;
@@ -210,7 +197,7 @@ void Interpreter::runUse(const ast::Use& n) {
     session_.useDatabase(n.database);
     const std::string& now = session_.database();
     reply_->databaseChanged(before, now);
-    inform({.number = 5701, .severity = 0, .state = 1, .text = "Changed database context to '" + now + "'."});
+    inform(errorMessage<5701, 1>(now));
     succeed(0);
     done(std::nullopt);
 }

@@ -2,6 +2,7 @@
 #include <sqlite3.h>
 
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/execute/execute_rows.h"
 #include "sandbox/tsql/run/interpreter.h"
 
@@ -111,12 +112,7 @@ void Interpreter::beginImplicitly() {
 
 void Interpreter::requireWritable() {
     if (!session_.transaction.doomed()) return;
-    throw SqlError(Message{.number = 3930,
-                           .severity = 16,
-                           .state = 1,
-                           .text = "The current transaction cannot be committed and cannot support operations that "
-                                   "write to the log file. Roll back the transaction."},
-                   Effect::Batch);
+    throw SqlError(errorMessage<3930>(), Effect::Batch);
 }
 
 void Interpreter::runTransaction(const ast::Transaction& n) {
@@ -140,32 +136,16 @@ void Interpreter::runTransaction(const ast::Transaction& n) {
 
 SqlError Interpreter::ofSqlite(const SqliteError& error) {
     if ((error.code & 0xFF) == SQLITE_FULL) {
-        return SqlError(
-            Message{.number = 9002,
-                    .severity = 17,
-                    .state = 2,
-                    .text = "The transaction log for database '" + session_.database() + "' is full due to 'NOTHING'."},
-            Effect::Batch);
+        return SqlError(errorMessage<9002>(session_.database()), Effect::Batch);
     }
     // Expressions and joins that this server's storage cannot hold in one statement.
     constexpr std::string_view kLimits[] = {"parser stack overflow", "Expression tree is too large", "tables in a join",
                                             "too many terms in compound SELECT", "too many FROM clause terms"};
     for (const std::string_view limit : kLimits) {
         if (error.text.find(limit) == std::string::npos) continue;
-        return SqlError(Message{.number = 191,
-                                .severity = 15,
-                                .state = 1,
-                                .text = "Some part of your SQL statement is nested too deeply. Rewrite the query or "
-                                        "break it up into smaller queries."},
-                        Effect::Batch);
+        return SqlError(errorMessage<191>(), Effect::Batch);
     }
-    return SqlError(Message{.number = 8630,
-                            .severity = 17,
-                            .state = 1,
-                            .text = "Internal Query Processor Error: The query processor encountered an unexpected "
-                                    "error during execution (" +
-                                    error.text + ", SQLite " + std::to_string(error.code) + ")."},
-                    Effect::Batch);
+    return SqlError(errorMessage<8630>(error.text + ", SQLite " + std::to_string(error.code)), Effect::Batch);
 }
 
 }  // namespace sandbox

@@ -5,15 +5,15 @@
 #include <utility>
 
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parser.h"
 
 namespace sandbox {
 
 namespace {
 
-[[noreturn]] void raise(int number, int state, int line, std::string text) {
-    throw SqlError(Message{.number = number, .severity = 15, .state = state, .text = std::move(text), .line = line},
-                   Effect::Batch);
+[[noreturn]] void raise(Message message, int line) {
+    throw SqlError(std::move(message).atLine(line), Effect::Batch);
 }
 
 std::optional<ast::BinaryOp> operatorOf(ast::AssignOp op) {
@@ -48,10 +48,7 @@ void makePlain(ast::SetVariable& set, const ast::Place& place) {
 
 void addVariable(Unit& unit, Unit::Variable variable, int line) {
     if (unit.findVariable(variable.name, unit.variables.size())) {
-        raise(134, 2, line,
-              "The variable name '" + variable.name +
-                  "' has already been declared. Variable names must be unique within a query batch or stored "
-                  "procedure.");
+        raise(errorMessage<134>(variable.name), line);
     }
     unit.variables.push_back(std::move(variable));
 }
@@ -85,17 +82,14 @@ struct Checks {
             all(attempt->catchBody);
         } else if (auto* label = std::get_if<ast::Label>(&s.node)) {
             if (!labels.insert(foldName(label->name)).second) {
-                raise(132, 1, s.place.line,
-                      "The label '" + label->name +
-                          "' has already been declared. Label names must be unique within a query batch or stored "
-                          "procedure.");
+                raise(errorMessage<132>(label->name), s.place.line);
             }
         } else if (auto* jump = std::get_if<ast::Goto>(&s.node)) {
             gotos.emplace_back(jump->label, &s);
         } else if (std::holds_alternative<ast::Break>(s.node) && loops == 0) {
-            raise(135, 1, s.place.line, "Cannot use a BREAK statement outside the scope of a WHILE statement.");
+            raise(errorMessage<135>(), s.place.line);
         } else if (std::holds_alternative<ast::Continue>(s.node) && loops == 0) {
-            raise(136, 1, s.place.line, "Cannot use a CONTINUE statement outside the scope of a WHILE statement.");
+            raise(errorMessage<136>(), s.place.line);
         }
     }
 
@@ -112,8 +106,7 @@ struct Checks {
     void finish() const {
         for (const auto& [label, statement] : gotos) {
             if (!labels.contains(foldName(label))) {
-                raise(133, 1, statement->place.line,
-                      "A GOTO statement references the label '" + label + "' but the label has not been declared.");
+                raise(errorMessage<133>(label), statement->place.line);
             }
         }
     }
@@ -137,9 +130,7 @@ void refuseSharing(const ast::Statements& statements) {
         const bool procedure = ast::as<ast::CreateProcedure>(s) != nullptr;
         const bool view = ast::as<ast::CreateView>(s) != nullptr;
         if ((procedure || view) && i > 0) {
-            raise(111, 1, s.place.line,
-                  std::string("'CREATE/ALTER ") + (procedure ? "PROCEDURE" : "VIEW") +
-                      "' must be the first statement in a query batch.");
+            raise(errorMessage<111>(procedure ? "CREATE/ALTER PROCEDURE" : "CREATE/ALTER VIEW"), s.place.line);
         }
     }
 }

@@ -7,6 +7,7 @@
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
 #include "sandbox/store/values/convert_errors.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/system/system_procedures.h"
 
 namespace sandbox {
@@ -15,27 +16,16 @@ namespace {
 
 constexpr int kDeepest = 32;  // nesting of procedures and texts
 
-[[noreturn]] void raiseAt(int number, int state, std::string text, const std::string& procedure, int severity = 16) {
-    throw SqlError(Message{.number = number,
-                           .severity = severity,
-                           .state = state,
-                           .text = std::move(text),
-                           .procedure = procedure,
-                           .line = procedure.empty() ? 0 : kNoLine});
+[[noreturn]] void raiseAt(Message message, const std::string& procedure) {
+    throw SqlError(std::move(message).in(procedure).atLine(procedure.empty() ? 0 : kNoLine));
 }
 
 [[noreturn]] void raiseMissing(const ast::Parameter& parameter, const std::string& procedure, std::string_view text,
                                std::string_view declarations) {
     if (procedure.empty()) {
-        raiseAt(8178, 1,
-                "The parameterized query '(" + std::string(declarations) + ")" + std::string(text) +
-                    "' expects the parameter '" + parameter.name + "', which was not supplied.",
-                procedure);
+        raiseAt(errorMessage<8178>(declarations, text, parameter.name), procedure);
     }
-    raiseAt(
-        201, 4,
-        "Procedure or function '" + procedure + "' expects parameter '" + parameter.name + "', which was not supplied.",
-        procedure);
+    raiseAt(errorMessage<201, 4>(procedure, parameter.name), procedure);
 }
 
 }  // namespace
@@ -44,7 +34,7 @@ std::vector<int> matchArguments(const std::vector<ast::Parameter>& parameters,
                                 const std::vector<CallArgument>& arguments, const std::string& procedure,
                                 std::string_view text, std::string_view declarations) {
     if (parameters.empty() && !arguments.empty()) {
-        raiseAt(8146, 2, "Procedure " + procedure + " has no parameters and arguments were supplied.", procedure);
+        raiseAt(errorMessage<8146>(procedure), procedure);
     }
     std::vector<int> places(parameters.size(), -1);
     std::vector<bool> given(parameters.size(), false);
@@ -55,23 +45,19 @@ std::vector<int> matchArguments(const std::vector<ast::Parameter>& parameters,
             const auto found = std::find_if(parameters.begin(), parameters.end(),
                                             [&](const ast::Parameter& p) { return sameName(p.name, argument.name); });
             if (found == parameters.end()) {
-                raiseAt(8145, 1, argument.name + " is not a parameter for procedure " + procedure + ".", procedure);
+                raiseAt(errorMessage<8145>(argument.name, procedure), procedure);
             }
             at = static_cast<std::size_t>(found - parameters.begin());
         }
         if (at >= parameters.size()) {
-            raiseAt(8144, 2, "Procedure or function " + procedure + " has too many arguments specified.", procedure);
+            raiseAt(errorMessage<8144>(procedure), procedure);
         }
         if (given[at]) {
-            raiseAt(8143, 1, "Parameter '" + parameters[at].name + "' was supplied multiple times.", procedure);
+            raiseAt(errorMessage<8143>(parameters[at].name), procedure);
         }
         given[at] = true;
         if (argument.output && !parameters[at].output) {
-            raiseAt(8162, 2,
-                    "The formal parameter \"" + parameters[at].name +
-                        "\" was not declared as an OUTPUT parameter, but the actual parameter passed in requested "
-                        "output.",
-                    procedure);
+            raiseAt(errorMessage<8162>(parameters[at].name), procedure);
         }
         places[at] = static_cast<int>(i);
     }
@@ -205,14 +191,7 @@ std::optional<std::int32_t> Interpreter::runCallee(Frame& callee, const std::fun
     }
     const int after = session_.transaction.count();
     if (after != before) {
-        SqlError mismatch(Message{.number = 266,
-                                  .severity = 16,
-                                  .state = 2,
-                                  .text = "Transaction count after EXECUTE indicates a mismatching number of BEGIN and "
-                                          "COMMIT statements. Previous count = " +
-                                          std::to_string(before) + ", current count = " + std::to_string(after) + ".",
-                                  .procedure = callee.unit->name,
-                                  .line = kNoLine});
+        SqlError mismatch(errorMessage<266>(before, after).in(callee.unit->name).atLine(kNoLine));
         fail(mismatch, nullptr, false);
     }
     if (!whole) return std::nullopt;
@@ -231,12 +210,7 @@ std::optional<std::int32_t> Interpreter::callUser(const FoundObject& callee, std
     inner.level = (session_.frame ? session_.frame->level : 0) + 1;
     inner.procedureId = callee.object->id;
     if (inner.level > kDeepest) {
-        throw SqlError(Message{.number = 217,
-                               .severity = 16,
-                               .state = 1,
-                               .text = "Maximum stored procedure, function, trigger, or view nesting level exceeded "
-                                       "(limit 32)."},
-                       Effect::Batch);
+        throw SqlError(errorMessage<217>(), Effect::Batch);
     }
     CalleeGuard guard(session_, *reply_, callee.database->temporary() ? nullptr : callee.database);
     std::shared_ptr<Unit> unit = procedureUnit(callee);
@@ -259,8 +233,7 @@ void Interpreter::fillParameters(Frame& callee, const std::vector<CallArgument>&
             constexpr int kClash = 206;
             constexpr int kNotImplicit = 257;
             if (e.messages.front().number == kClash || e.messages.front().number == kNotImplicit) throw;
-            Message message = errors::errorConverting(value.type, type).messages.front();
-            raiseAt(message.number, message.state, std::move(message.text), callee.unit->name);
+            raiseAt(errors::errorConverting(value.type, type).messages.front(), callee.unit->name);
         }
     }
 }
@@ -272,12 +245,7 @@ std::optional<std::int32_t> Interpreter::runNested(std::string_view text, std::s
     inner.kind = procedure.empty() ? Frame::Kind::Text : Frame::Kind::Procedure;
     inner.level = (session_.frame ? session_.frame->level : 0) + levels;
     if (inner.level > kDeepest) {
-        throw SqlError(Message{.number = 217,
-                               .severity = 16,
-                               .state = 1,
-                               .text = "Maximum stored procedure, function, trigger, or view nesting level exceeded "
-                                       "(limit 32)."},
-                       Effect::Batch);
+        throw SqlError(errorMessage<217>(), Effect::Batch);
     }
     CalleeGuard guard(session_, *reply_, database.empty() ? nullptr : session_.connection->attach(database));
     line_ = 1;
@@ -299,10 +267,7 @@ std::optional<std::int32_t> Interpreter::call(const ast::ObjectName& name, std::
     }
     const auto callee = findProcedure(name);
     if (!callee) {
-        throw SqlError(Message{.number = 2812,
-                               .severity = 16,
-                               .state = 62,
-                               .text = "Could not find stored procedure '" + name.written() + "'."});
+        throw SqlError(errorMessage<2812>(name.written()));
     }
     return callUser(*callee, arguments);
 }

@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/run/reply.h"
 
 namespace sandbox {
@@ -20,11 +21,7 @@ public:
 
     void columns(std::span<const ResultColumn> columns) override {
         if (columns.size() != wanted_) {
-            throw SqlError(Message{.number = 213,
-                                   .severity = 16,
-                                   .state = 7,
-                                   .text = "Column name or number of supplied values does not match table definition."},
-                           Effect::Batch);
+            throw SqlError(errorMessage<213, 7>(), Effect::Batch);
         }
         Set& set = sets_.emplace_back();
         for (const auto& column : columns) set.types.push_back(column.type);

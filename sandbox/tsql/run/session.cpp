@@ -5,6 +5,7 @@
 
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parser.h"
 #include "sandbox/tsql/run/interpreter.h"
 #include "sandbox/tsql/run/session_bulk.h"
@@ -74,12 +75,7 @@ BulkTarget Session::beginBulk(std::string_view statement) {
     load->bind = load->interpreter.bindContext(load->unit, 0);
     const auto found = load->bind.find(parsed.table.database, parsed.table.schema, parsed.table.name);
     if (!found) {
-        throw SqlError(Message{.number = 208,
-                               .severity = 16,
-                               .state = 82,
-                               .text = "Invalid object name '" + parsed.table.written() + "'.",
-                               .line = 1},
-                       Effect::Scope);
+        throw SqlError(errorMessage<208, 82>(parsed.table.written()).atLine(1), Effect::Scope);
     }
     BulkTarget target;
     std::vector<std::string> names;
@@ -87,12 +83,7 @@ BulkTarget Session::beginBulk(std::string_view statement) {
     for (const auto& column : parsed.columns) {
         const ColumnDef* known = found->object->findColumn(column.name);
         if (!known) {
-            throw SqlError(Message{.number = 207,
-                                   .severity = 16,
-                                   .state = 1,
-                                   .text = "Invalid column name '" + column.name + "'.",
-                                   .line = column.place.line},
-                           Effect::Scope);
+            throw SqlError(errorMessage<207>(column.name).atLine(column.place.line), Effect::Scope);
         }
         keepIdentity = keepIdentity || known->identity;
         names.push_back(column.name);

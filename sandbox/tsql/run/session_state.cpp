@@ -7,6 +7,7 @@
 #include <ctime>
 
 #include "sandbox/store/values/collation.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
 #include "sandbox/tsql/run/interpreter_cursor.h"
 #include "sandbox/tsql/run/session_bulk.h"
@@ -90,12 +91,7 @@ SessionState::SessionState(Engine& theEngine, const LoginInfo& info)
     const std::string wanted = info.database.empty() ? "master" : info.database;
     const auto home = shared.databases.find(wanted);
     if (!home) {
-        throw SqlError(
-            Message{.number = 4060,
-                    .severity = 11,
-                    .text = "Cannot open database \"" + wanted + "\" requested by the login. The login failed.",
-                    .line = 1},
-            Effect::Connection);
+        throw SqlError(errorMessage<4060>(wanted).atLine(1), Effect::Connection);
     }
     Process process;
     process.databaseId = home->id();
@@ -162,9 +158,7 @@ std::uint64_t SessionState::stamp() {
 void SessionState::useDatabase(const std::string& name) {
     auto wanted = shared.databases.find(name);
     if (!wanted) {
-        throw SqlError(
-            Message{.number = 911,
-                    .text = "Database '" + name + "' does not exist. Make sure that the name is entered correctly."});
+        throw SqlError(errorMessage<911>(name));
     }
     connection->use(std::move(wanted));
     tellProcess();

@@ -5,19 +5,14 @@
 #include <algorithm>
 
 #include "sandbox/store/values/error.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox {
 
 namespace {
 
-[[noreturn]] void raise(int number, int state, std::string text) {
-    throw SqlError(Message{.number = number, .severity = 16, .state = state, .text = std::move(text)});
-}
-
 [[noreturn]] void raiseDoomed() {
-    raise(3930, 1,
-          "The current transaction cannot be committed and cannot support operations that write to the log file. Roll "
-          "back the transaction.");
+    throw SqlError(errorMessage<3930>());
 }
 
 }  // namespace
@@ -30,7 +25,7 @@ TransactionStep TransactionState::begin(std::string_view name) {
 }
 
 TransactionStep TransactionState::commit() {
-    if (count_ == 0) raise(3902, 1, "The COMMIT TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+    if (count_ == 0) throw SqlError(errorMessage<3902>());
     if (doomed_) raiseDoomed();
     if (count_ > 1) {
         --count_;
@@ -41,17 +36,14 @@ TransactionStep TransactionState::commit() {
 }
 
 TransactionStep TransactionState::rollback(std::string_view name) {
-    if (count_ == 0) raise(3903, 1, "The ROLLBACK TRANSACTION request has no corresponding BEGIN TRANSACTION.");
+    if (count_ == 0) throw SqlError(errorMessage<3903>());
     if (!name.empty() && name != name_) {
         auto found = std::find(saves_.rbegin(), saves_.rend(), name);
         if (found == saves_.rend()) {
-            raise(6401, 1,
-                  "Cannot roll back " + std::string(name) + ". No transaction or savepoint of that name was found.");
+            throw SqlError(errorMessage<6401>(name));
         }
         if (doomed_) {
-            raise(3931, 1,
-                  "The current transaction cannot be committed and cannot be rolled back to a savepoint. Roll back the "
-                  "entire transaction.");
+            throw SqlError(errorMessage<3931>());
         }
         saves_.erase(found.base(), saves_.end());
         savePoint_ = saves_.size();
@@ -62,7 +54,7 @@ TransactionStep TransactionState::rollback(std::string_view name) {
 }
 
 TransactionStep TransactionState::save(std::string_view name) {
-    if (count_ == 0) raise(628, 0, "Cannot issue SAVE TRANSACTION when there is no active transaction.");
+    if (count_ == 0) throw SqlError(errorMessage<628>());
     if (doomed_) raiseDoomed();
     saves_.emplace_back(name);
     savePoint_ = saves_.size();

@@ -1,6 +1,8 @@
 // The rules by which T-SQL text falls into tokens: https://learn.microsoft.com/sql/t-sql/language-elements.
 #include "sandbox/tsql/syntax/lexer.h"
 
+#include "sandbox/store/values/error_table.h"
+
 #include <array>
 #include <utility>
 
@@ -72,9 +74,7 @@ private:
         return out_.list.back();
     }
 
-    void problem(int number, std::string text, int line) {
-        out_.problem.push_back(Message{number, 15, 1, std::move(text), {}, line});
-    }
+    void problem(Message message, int line) { out_.problem.push_back(std::move(message).atLine(line)); }
 
     // False after a comment without end, which has become an Error token.
     bool skipBlanks() {
@@ -110,7 +110,7 @@ private:
                 advance();
             }
         }
-        problem(113, "Missing end comment mark '*/'.", current_.place.line);
+        problem(errorMessage<113>(), current_.place.line);
         finish(TokenKind::Error, {});
         return false;
     }
@@ -154,8 +154,8 @@ private:
 
     void unclosed(const std::string& content) {
         const int line = current_.place.line;
-        problem(105, "Unclosed quotation mark after the character string '" + content + "'.", line);
-        problem(102, "Incorrect syntax near '" + content + "'.", line);
+        problem(errorMessage<105>(content), line);
+        problem(errorMessage<102, 1>(content), line);
         finish(TokenKind::Error, content);
     }
 

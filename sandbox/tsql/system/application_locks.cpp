@@ -10,6 +10,7 @@
 #include "sandbox/store/databases/principals.h"
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 
 namespace sandbox {
 
@@ -32,13 +33,8 @@ std::optional<std::int64_t> numberAt(const std::vector<CallArgument>& arguments,
     return number ? std::optional(*number) : std::nullopt;
 }
 
-std::int32_t refuse(Interpreter& interpreter, int number, int state, std::string text) {
-    interpreter.report(SqlError(Message{.number = number,
-                                        .severity = 16,
-                                        .state = state,
-                                        .text = std::move(text),
-                                        .procedure = std::string(kProcedure),
-                                        .line = 1}));
+std::int32_t refuse(Interpreter& interpreter, Message message) {
+    interpreter.report(SqlError(std::move(message).in(kProcedure).atLine(1)));
     return kRefused;
 }
 
@@ -63,24 +59,22 @@ std::int32_t codeOf(LockManager::Outcome outcome) {
 std::int32_t userLock(Interpreter& interpreter, const std::vector<CallArgument>& arguments) {
     const bool taking = numberAt(arguments, 0) == 0;
     const auto name = textAt(arguments, 1);
-    if (!name) return refuse(interpreter, 1224, 5, "An invalid application lock resource was passed to xp_userlock.");
+    if (!name) return refuse(interpreter, errorMessage<1224>());
     const auto mode = lockModeOf(textAt(arguments, 2).value_or(""));
     const auto owner = ownerOf(textAt(arguments, 3).value_or(""));
     if ((taking && !mode) || !owner) return kRefused;
     const auto milliseconds = numberAt(arguments, 4);
     if (milliseconds && *milliseconds < -1) {
-        return refuse(interpreter, 1227, 2, "An invalid application lock time-out was passed to xp_userlock.");
+        return refuse(interpreter, errorMessage<1227>());
     }
     const std::string principal = textAt(arguments, 5).value_or("public");
     const DatabasePrincipal* known = findDatabasePrincipal(principal);
     if (known == nullptr) {
-        return refuse(interpreter, 1202, 1,
-                      "The database-principal '" + principal + "' does not exist or user is not a member.");
+        return refuse(interpreter, errorMessage<1202>(principal));
     }
     SessionState& session = interpreter.session();
     if (*owner == LockOwner::Transaction && !session.transaction.open()) {
-        return refuse(interpreter, 3918, 2,
-                      "The statement or function must be executed in the context of a user transaction.");
+        return refuse(interpreter, errorMessage<3918>());
     }
 
     Connection& connection = *session.connection;
@@ -96,9 +90,7 @@ std::int32_t userLock(Interpreter& interpreter, const std::vector<CallArgument>&
         return codeOf(locks.take(session.spid, *owner, resource, *mode, timeout, connection.interrupted()));
     }
     if (locks.release(session.spid, *owner, resource)) return 0;
-    return refuse(interpreter, 1223, 1,
-                  "Cannot release the application lock (Database Principal: '" + std::string(known->name) +
-                      "', Resource: '" + *name + "') because it is not currently held.");
+    return refuse(interpreter, errorMessage<1223>(known->name, *name));
 }
 
 }  // namespace sandbox

@@ -5,6 +5,7 @@
 
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
+#include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/run/procedures.h"
 #include "sandbox/tsql/system/application_locks.h"
 #include "sandbox/tsql/system/system_procedure_describe.h"
@@ -19,13 +20,8 @@ namespace {
 
 using Status = std::optional<std::int32_t>;
 
-[[noreturn]] void raise(int number, int state, std::string text, std::string_view procedure) {
-    throw SqlError(Message{.number = number,
-                           .severity = 16,
-                           .state = state,
-                           .text = std::move(text),
-                           .procedure = std::string(procedure),
-                           .line = kNoLine});
+[[noreturn]] void raise(Message message, std::string_view procedure) {
+    throw SqlError(std::move(message).in(procedure).atLine(kNoLine));
 }
 
 // A text of this folder, run as the procedure's body.
@@ -40,20 +36,13 @@ Status lockForUser(Interpreter& interpreter, const SystemProcedure&, std::vector
 }
 
 Status refuse(Interpreter&, const SystemProcedure& self, std::vector<CallArgument>&, const std::string&) {
-    raise(40510, 1, "Statement '" + std::string(self.name) + "' is not supported in this version of SQL Server.",
-          self.name);
+    raise(errorMessage<40510>(self.name), self.name);
 }
 
 std::string unicodeText(const CallArgument& argument, std::string_view parameter, const SystemProcedure& self) {
     const bool fits = isUnicode(argument.value.type.id) || argument.value.type.id == TypeId::Null;
     if (!fits) {
-        throw SqlError(Message{
-            .number = 214,
-            .severity = 16,
-            .state = 2,
-            .text = "Procedure expects parameter '" + std::string(parameter) + "' of type 'ntext/nchar/nvarchar'.",
-            .procedure = std::string(self.name),
-            .line = 1});
+        throw SqlError(errorMessage<214, 2>(parameter, "ntext/nchar/nvarchar").in(self.name).atLine(1));
     }
     const auto* text = std::get_if<std::string>(&argument.value.value);
     return text ? *text : std::string();
@@ -62,8 +51,7 @@ std::string unicodeText(const CallArgument& argument, std::string_view parameter
 Status executeSql(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
                   const std::string& database) {
     if (arguments.empty()) {
-        raise(201, 10, "Procedure or function 'sp_executesql' expects parameter '@statement', which was not supplied.",
-              self.name);
+        raise(errorMessage<201, 10>(self.name, "@statement"), self.name);
     }
     const std::string text = unicodeText(arguments[0], "@statement", self);
     const std::string declarations = arguments.size() > 1 ? unicodeText(arguments[1], "@params", self) : "";
@@ -89,10 +77,7 @@ std::string neededText(const std::vector<CallArgument>& arguments, std::size_t p
                        const SystemProcedure& self) {
     std::string text = textOf(arguments, place, name);
     if (text.empty()) {
-        raise(201, 4,
-              "Procedure or function '" + std::string(self.name) + "' expects parameter '" + std::string(name) +
-                  "', which was not supplied.",
-              self.name);
+        raise(errorMessage<201, 4>(self.name, name), self.name);
     }
     return text;
 }
@@ -106,9 +91,7 @@ Status describeResult(Interpreter& interpreter, const SystemProcedure& self, std
         if (place < texts.size()) texts.at(place) = unicodeText(arguments[i], place == 0 ? "@tsql" : "@params", self);
     }
     if (texts[0].empty()) {
-        raise(201, 4,
-              "Procedure or function 'sp_describe_first_result_set' expects parameter '@tsql', which was not supplied.",
-              self.name);
+        raise(errorMessage<201, 4>(self.name, "@tsql"), self.name);
     }
     describeFirstResultSet(interpreter, texts[0], texts[1]);
     return 0;
@@ -132,10 +115,7 @@ Status runForObject(Interpreter& interpreter, const SystemProcedure& self, std::
                     const std::string& database) {
     const std::string object = neededText(arguments, 0, "@objname", self);
     if (!interpreter.session().connection->findByText(object)) {
-        raise(15009, 1,
-              "The object '" + object + "' does not exist in database '" + interpreter.session().database() +
-                  "' or is invalid for this operation.",
-              self.name);
+        raise(errorMessage<15009>(object, interpreter.session().database()), self.name);
     }
     return runText(interpreter, self, arguments, database);
 }
