@@ -60,14 +60,22 @@ void CallReply::release() {
 
 void RowSetReply::columns(std::span<const ResultColumn> columns) {
     if (++rowSets == 1) heads.assign(columns.begin(), columns.end());
+    if (rowSets == 2 && fallBack_) {
+        direct = true;
+        to_.columns(heads);
+        for (const std::vector<Value>& cells : rows) to_.row(cells);
+        to_.statementDone(static_cast<std::int64_t>(rows.size()), true);
+    }
+    if (direct) to_.columns(columns);
 }
 
 void RowSetReply::row(std::span<const Value> cells) {
     if (rowSets == 1) rows.emplace_back(cells.begin(), cells.end());
+    if (direct) to_.row(cells);
 }
 
 void RowSetReply::statementDone(std::optional<std::int64_t> count, bool) {
-    if (rowSets == 0) to_.statementDone(count, true);
+    if (rowSets == 0 || direct) to_.statementDone(count, true);
 }
 
 void RowSetReply::error(const Message& message) {

@@ -67,10 +67,11 @@ private:
     bool failed_ = false;
 };
 
-// Collects the first row set and hands errors and messages on.
+// Collects the first row set and hands errors and messages on. With `fallBack` it hands everything on, from the first
+// row set on, as soon as there is a second one.
 class RowSetReply : public ForwardingReply {
 public:
-    using ForwardingReply::ForwardingReply;
+    explicit RowSetReply(Reply& to, bool fallBack = false) : ForwardingReply(to), fallBack_(fallBack) {}
 
     void columns(std::span<const ResultColumn> columns) override;
     void row(std::span<const Value> cells) override;
@@ -84,6 +85,10 @@ public:
     std::vector<std::vector<Value>> rows;
     int rowSets = 0;
     bool failed = false;
+    bool direct = false;  // it has fallen back
+
+private:
+    bool fallBack_;
 };
 
 }  // namespace sandbox::server

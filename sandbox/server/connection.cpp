@@ -15,28 +15,6 @@ constexpr std::chrono::seconds kLoginTime{30};
 constexpr std::chrono::milliseconds kCancelInterval{20};
 constexpr std::size_t kReceiveSize = 65536;
 
-RequestKind kindOf(tds::PacketType type) {
-    switch (type) {
-        case tds::PacketType::Rpc: return RequestKind::Call;
-        case tds::PacketType::BulkLoad: return RequestKind::Bulk;
-        case tds::PacketType::TransactionManager: return RequestKind::Transaction;
-        default: return RequestKind::Batch;
-    }
-}
-
-std::string textOf(const tds::TransactionRequest& request) {
-    const auto named = [&](const char* verb) {
-        return std::string(verb) + " TRANSACTION" + (request.name.empty() ? "" : " " + request.name);
-    };
-    switch (request.step) {
-        case tds::TransactionStep::Begin: return named("BEGIN");
-        case tds::TransactionStep::Commit: return named("COMMIT");
-        case tds::TransactionStep::Rollback: return named("ROLLBACK");
-        case tds::TransactionStep::Save: return named("SAVE");
-        default: return "BEGIN DISTRIBUTED TRANSACTION";
-    }
-}
-
 }  // namespace
 
 Connection::Connection(const ServerContext& server, Socket socket, std::uint64_t id, bool hangs)
@@ -46,7 +24,7 @@ Connection::Connection(const ServerContext& server, Socket socket, std::uint64_t
       channel_(std::move(socket), server.faults),
       reply_(channel_, server.engine.serverName()) {
     reply_.onStatement = [this] { return statementEnded(); };
-    reply_.interrupted = [this] { return inbox_ && inbox_->interrupted(); };
+    reply_.interrupted = [this] { return inbox_.interrupted(); };
 }
 
 void Connection::run() {
@@ -90,14 +68,18 @@ std::optional<ConnectionInfo> Connection::info() const {
     return info_;
 }
 
+void Connection::cut() {
+    channel_.cut();
+    inbox_.close();
+}
+
 void Connection::serve() {
-    inbox_ = std::make_unique<Inbox>([this] { session_->cancel(); });
     calls_ = std::make_unique<CallHandler>(*session_);
-    bulk_ = std::make_unique<BulkLoad>(*session_, *inbox_, server_.options.maxMessageBytes);
+    bulk_ = std::make_unique<BulkLoad>(*session_, inbox_, server_.options.maxMessageBytes);
     session_->watch(this);
     std::thread reader([this] { read(); });
     try {
-        while (std::optional<tds::Packet> packet = inbox_->take()) {
+        while (std::optional<tds::Packet> packet = inbox_.take()) {
             if (!handle(std::move(*packet))) break;
         }
     } catch (const tds::StreamError&) {
@@ -105,8 +87,9 @@ void Connection::serve() {
     } catch (const std::exception& e) {
         failInside(e);
     }
-    (void)inbox_->endRequest();
-    channel_.cut();
+    (void)inbox_.endRequest();
+    // The reader may be waiting for the client, or for room in an inbox that nobody empties any more.
+    cut();
     reader.join();
 }
 
@@ -115,20 +98,20 @@ void Connection::read() {
     packets.setLargest(largestPacket_);
     try {
         while (true) {
-            if (inbox_->wantsCancel() && !channel_.socket().readable(kCancelInterval)) {
-                inbox_->cancelAgain();
+            if (inbox_.wantsCancel() && !channel_.socket().readable(kCancelInterval)) {
+                inbox_.cancelAgain();
                 continue;
             }
             const std::vector<std::uint8_t> bytes = channel_.receive(kReceiveSize);
             if (bytes.empty()) break;
             packets.feed(bytes);
-            while (auto packet = packets.next()) inbox_->put(std::move(*packet));
+            while (auto packet = packets.next()) inbox_.put(std::move(*packet));
         }
     } catch (const std::exception&) {
         channel_.cut();
     }
-    inbox_->close();
-    inbox_->awaitIdle();
+    inbox_.close();
+    inbox_.awaitIdle();
 }
 
 // False: the connection ends.
@@ -155,14 +138,14 @@ bool Connection::handle(tds::Packet packet) {
     switch (type) {
         case tds::PacketType::SqlBatch: {
             const std::string text = tds::readBatch(*message, reply_.version());
-            return answer(request(kindOf(type), text), [&] { batch(text); });
+            return answer(request(RequestKind::Batch, text), [&] { batch(text); });
         }
         case tds::PacketType::Rpc: {
             std::vector<tds::Call> list;
             try {
                 list = tds::readCalls(*message, reply_.version());
             } catch (const tds::RefusedParameter& e) {
-                return answer(request(kindOf(type), {}), [&] {
+                return answer(request(RequestKind::Call, {}), [&] {
                     reply_.error(e.message);
                     reply_.procedureDone();
                 });
@@ -170,11 +153,11 @@ bool Connection::handle(tds::Packet packet) {
             message.reset();  // a large one need not lie twice in memory while it runs
             std::string text;
             for (const tds::Call& call : list) text += (text.empty() ? "" : "\n") + CallHandler::describe(call);
-            return answer(request(kindOf(type), text), [&] { calls(list); });
+            return answer(request(RequestKind::Call, text), [&] { calls(list); });
         }
         case tds::PacketType::TransactionManager: {
             const tds::TransactionRequest step = tds::readTransaction(*message);
-            return answer(request(kindOf(type), textOf(step)), [&] { transaction(step); });
+            return answer(request(RequestKind::Transaction, tds::textOf(step)), [&] { transaction(step); });
         }
         default: throw tds::StreamError("a message that has no place after the login");
     }
@@ -185,7 +168,7 @@ std::optional<std::vector<std::uint8_t>> Connection::collect(tds::Packet packet)
     const tds::PacketType type = packet.type;
     std::vector<std::uint8_t> message = std::move(packet.body);
     while (!packet.last()) {
-        std::optional<tds::Packet> next = inbox_->take();
+        std::optional<tds::Packet> next = inbox_.take();
         if (!next) return std::nullopt;
         packet = std::move(*next);
         if (packet.type == tds::PacketType::Attention) {
@@ -210,12 +193,12 @@ bool Connection::answer(RequestInfo request, const std::function<void()>& execut
     const RequestKind kind = request.kind;
     running_ = {std::move(request), {}, false, false};
     errorsBefore_ = reply_.errors();
-    inbox_->beginRequest();
-    if (verdict.delay.count() > 0) inbox_->pause(verdict.delay, false);
+    inbox_.beginRequest();
+    if (verdict.delay.count() > 0) inbox_.pause(verdict.delay, false);
     bool goesOn = true;
     if (verdict.action) {
         goesOn = showFault(verdict, execute, passOver);
-    } else if (inbox_->interrupted() && kind != RequestKind::Bulk) {
+    } else if (inbox_.interrupted() && kind != RequestKind::Bulk) {
         cutShort_ = true;
     } else {
         try {
@@ -227,8 +210,8 @@ bool Connection::answer(RequestInfo request, const std::function<void()>& execut
             goesOn = false;  // of a severity that ends the connection; the reply has it already
         }
     }
-    const bool attention = inbox_->endRequest() || attentionTaken_;
-    const bool lost = channel_.isCut() || inbox_->closed();
+    const bool attention = inbox_.endRequest() || attentionTaken_;
+    const bool lost = channel_.isCut() || inbox_.closed();
     tellLog(lost);
     if (lost) return false;
     {
@@ -262,8 +245,8 @@ bool Connection::showFault(const Faults::Verdict& verdict, const std::function<v
             cutByFault();
             return false;
         case FaultAction::Hang:
-            (void)inbox_->endRequest();
-            inbox_->pause(std::nullopt, true);
+            (void)inbox_.endRequest();
+            inbox_.pause(std::nullopt, true);
             return false;
         case FaultAction::DropBefore:
         case FaultAction::Delay: break;
@@ -282,7 +265,7 @@ void Connection::begins(std::string_view text) {
     if (!text.empty()) statement.text = text;
     running_.statements.push_back(statement.text);
     const Faults::Verdict verdict = server_.faults.meetStatement(statement);
-    if (verdict.delay.count() > 0) inbox_->pause(verdict.delay, false);
+    if (verdict.delay.count() > 0) inbox_.pause(verdict.delay, false);
     if (!verdict.action) return;
     if (*verdict.action == FaultAction::DropAfter) {
         if (cutBelow_ == 0) cutBelow_ = depth_;
@@ -295,7 +278,7 @@ void Connection::begins(std::string_view text) {
                           : verdict.rollBack            ? Effect::Batch
                                                         : Effect::Statement);
     }
-    if (*verdict.action == FaultAction::Hang) inbox_->pause(std::nullopt, true);
+    if (*verdict.action == FaultAction::Hang) inbox_.pause(std::nullopt, true);
     cutByFault();
     throw StatementCancelled();
 }
@@ -335,7 +318,7 @@ void Connection::batch(const std::string& text) {
 
 void Connection::calls(const std::vector<tds::Call>& calls) {
     for (const tds::Call& call : calls) {
-        if (inbox_->interrupted()) return;
+        if (inbox_.interrupted()) return;
         calls_->run(call, reply_);
     }
 }
@@ -394,7 +377,7 @@ bool Connection::statementEnded() {
 // A fault of this program and not of the client: told like a server's own fatal error, and the connection ends.
 void Connection::failInside(const std::exception& e) {
     reply_.error(errorMessage<596>(e.what()).atLine(1));
-    (void)inbox_->endRequest();
+    (void)inbox_.endRequest();
     reply_.finish();
     channel_.closeGently();
 }

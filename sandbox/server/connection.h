@@ -35,7 +35,7 @@ public:
 
     // The connection's thread. Returns when it is closed and its session has ended; raises nothing.
     void run();
-    void cut() { channel_.cut(); }  // from any thread
+    void cut();  // from any thread: both of its threads end
 
     [[nodiscard]] std::optional<ConnectionInfo> info() const;  // none before the login
     [[nodiscard]] std::uint64_t id() const { return id_; }
@@ -69,7 +69,7 @@ private:
     Channel channel_;
     ReplyWriter reply_;
     std::unique_ptr<Session> session_;
-    std::unique_ptr<Inbox> inbox_;
+    Inbox inbox_{[this] { session_->cancel(); }};
     std::unique_ptr<CallHandler> calls_;
     std::unique_ptr<BulkLoad> bulk_;
     std::string language_;         // that the login asked for

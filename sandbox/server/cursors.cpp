@@ -14,6 +14,7 @@ constexpr std::int32_t kStatic = 0x0008;
 constexpr std::int32_t kParameterized = 0x1000;
 constexpr std::int32_t kAutoFetch = 0x2000;
 constexpr std::int32_t kReadOnly = 0x0001;
+constexpr std::int32_t kAllowDirect = 0x2000;
 
 // Fetch types of sp_cursorfetch.
 constexpr std::int32_t kFirst = 0x01, kNext = 0x02, kPrevious = 0x04, kLast = 0x08, kAbsolute = 0x10, kRelative = 0x20,
@@ -96,9 +97,11 @@ void Cursors::unprepare(const CallArguments& arguments, ReplyWriter& reply) {
 
 void Cursors::run(const Statement& statement, const std::vector<Argument>& values, const Outputs& outputs,
                   std::int32_t scrollOption, std::int64_t fetchSize, ReplyWriter& reply) {
-    RowSetReply rowSet(reply);
+    const std::int32_t concurrency =
+        outputs.arguments.integerIfGiven(static_cast<std::size_t>(outputs.concurrency), "@ccopt").value_or(0);
+    RowSetReply rowSet(reply, (concurrency & kAllowDirect) != 0);
     session_.execute(statement.text, statement.declarations, values, rowSet);
-    if (rowSet.rowSets > 1) {
+    if (rowSet.rowSets > 1 && !rowSet.direct) {
         throw SqlError(errorMessage<16937>());
     }
     std::int32_t handle = 0;

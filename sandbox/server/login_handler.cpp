@@ -137,6 +137,7 @@ std::unique_ptr<Session> LoginHandler::letIn() {
     info.host = login_.host;
     info.program = login_.program;
     info.language = login_.language;
+    info.odbc = login_.odbc;
     try {
         return std::make_unique<Session>(engine_, info);
     } catch (const SqlError& e) {

@@ -32,7 +32,6 @@ public:
 
     // From now to the end of the message nothing is written.
     void discardRest() { discarding_ = true; }
-    [[nodiscard]] bool discarding() const { return discarding_; }
     [[nodiscard]] std::uint64_t errors() const { return errors_; }  // of all messages, those not written too
 
     void columns(std::span<const ResultColumn> columns) override { describe(columns, false); }

@@ -7,8 +7,9 @@ namespace sandbox::tds {
 namespace {
 
 constexpr std::uint8_t kIntegratedBit = 0x80;  // OptionFlags2
-constexpr std::uint8_t kReadOnlyBit = 0x20;    // TypeFlags
-constexpr std::uint8_t kExtensionBit = 0x10;   // OptionFlags3
+constexpr std::uint8_t kOdbcBit = 0x02;
+constexpr std::uint8_t kReadOnlyBit = 0x20;   // TypeFlags
+constexpr std::uint8_t kExtensionBit = 0x10;  // OptionFlags3
 constexpr std::uint8_t kChangePasswordBit = 0x01;
 constexpr std::uint8_t kFeatureFedAuth = 0x02;
 constexpr std::uint8_t kFeatureEnd = 0xFF;
@@ -75,7 +76,9 @@ Login readLogin(ByteSpan message) {
     out.version = versionOf(out.versionWord);
     out.packetSize = fixed.u32();
     fixed.skip(4 + 4 + 4 + 1);  // the client's version, process and connection; OptionFlags1
-    out.integrated = (fixed.u8() & kIntegratedBit) != 0;
+    const std::uint8_t flags = fixed.u8();
+    out.integrated = (flags & kIntegratedBit) != 0;
+    out.odbc = (flags & kOdbcBit) != 0;
     out.readOnlyIntent = (fixed.u8() & kReadOnlyBit) != 0;
     const std::uint8_t options = fixed.u8();
     const bool extended = (options & kExtensionBit) != 0;

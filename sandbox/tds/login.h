@@ -14,6 +14,7 @@ struct Login {
     Version version = Version::V74;
     std::uint32_t packetSize = 0;  // 0: the server's choice
     std::string host, user, password, program, server, library, language, database;
+    bool odbc = false;        // an ODBC driver, or one that settles its session as one does
     bool integrated = false;  // by a security token instead of a password
     bool fedAuth = false;     // by a token of a directory in the cloud
     bool changesPassword = false;

@@ -145,4 +145,17 @@ TransactionRequest readTransaction(ByteSpan message) {
     return request;
 }
 
+std::string textOf(const TransactionRequest& request) {
+    const auto named = [&](const char* verb) {
+        return std::string(verb) + " TRANSACTION" + (request.name.empty() ? "" : " " + request.name);
+    };
+    switch (request.step) {
+        case TransactionStep::Begin: return named("BEGIN");
+        case TransactionStep::Commit: return named("COMMIT");
+        case TransactionStep::Rollback: return named("ROLLBACK");
+        case TransactionStep::Save: return named("SAVE");
+        default: return "BEGIN DISTRIBUTED TRANSACTION";
+    }
+}
+
 }  // namespace sandbox::tds

@@ -78,5 +78,7 @@ struct TransactionRequest {
 };
 
 [[nodiscard]] TransactionRequest readTransaction(ByteSpan message);
+// As T-SQL would write it.
+[[nodiscard]] std::string textOf(const TransactionRequest& request);
 
 }  // namespace sandbox::tds

@@ -1,3 +1,4 @@
+// Finding in a catalogue. Names are kept folded, so that case does not count.
 #include "sandbox/store/databases/catalog.h"
 
 #include <algorithm>

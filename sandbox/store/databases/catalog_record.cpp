@@ -1,3 +1,4 @@
+// The JSON of a catalogue entry: what is missing from an older record has its default.
 #include "sandbox/store/databases/catalog_record.h"
 
 #include <nlohmann/json.hpp>

@@ -1,3 +1,5 @@
+// Statements, attached databases, names and temporary tables of one session; its transactions are in
+// connection_transaction.cpp.
 #include "sandbox/store/databases/connection.h"
 
 #include <sqlite3.h>
@@ -5,9 +7,9 @@
 #include <algorithm>
 
 #include "sandbox/store/databases/database_file.h"
+#include "sandbox/store/databases/object_name.h"
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/values/error_table.h"
-#include "sandbox/store/views/system_views.h"
 
 namespace sandbox {
 
@@ -81,7 +83,6 @@ Connection::Connection(Databases& databases, int spid) : databases_(databases), 
     exec("PRAGMA temp_store = MEMORY");
     functions_.spid = spid;
     registerFunctions(sqlite_, functions_);
-    setCatalogHooks();
     temporaryScopes_.push_back(makeTemporaryScope(databases_.collation()));
     use(databases_.find("master"));
 }
@@ -231,11 +232,15 @@ std::optional<FoundObject> Connection::find(std::string_view database, std::stri
     if (auto object = catalog(*place)->find(schema.empty() ? "dbo" : schema, name)) {
         return FoundObject{std::move(object), place};
     }
-    const SystemView* view = findSystemView(schema, name);
-    if (view == nullptr) return std::nullopt;
-    std::shared_ptr<const ObjectDef>& known = systemViews_[systemViewStorage(*place, *view)];
-    if (!known) known = registerSystemView(*this, place, *view);
-    return FoundObject{known, place};
+    auto view = findView_ ? findView_(place, schema, name) : nullptr;
+    if (!view) return std::nullopt;
+    return FoundObject{std::move(view), place};
+}
+
+std::optional<FoundObject> Connection::findByText(std::string_view text) {
+    const std::optional<NameParts> parts = splitObjectName(text);
+    if (!parts) return std::nullopt;
+    return find(parts->database, parts->schema, parts->name);
 }
 
 // ---- temporary tables
@@ -278,7 +283,7 @@ void Connection::dropTemporary(Database& scope, bool variablesOnly) {
     resetBusyStatements();
     auto after = std::make_shared<Catalog>(*before);
     for (const auto& object : going) {
-        exec("DROP TABLE IF EXISTS " + storageTable("temp", *object));
+        if (object->kind == ObjectKind::Table) exec("DROP TABLE IF EXISTS " + storageTable("temp", *object));
         after->erase(object->schema, object->name);
     }
     if (sqliteTransaction_) {

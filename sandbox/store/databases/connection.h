@@ -8,6 +8,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <map>
 #include <memory>
@@ -67,6 +68,11 @@ struct FoundObject {
     std::shared_ptr<Database> database;  // attached; its attachedAs is the object's SQLite schema
 };
 
+// How a connection finds the catalogue views of a database; nullptr where there is none of that name. schema empty:
+// where the bare name stands for the view.
+using ViewFinder = std::function<std::shared_ptr<const ObjectDef>(const std::shared_ptr<Database>& database,
+                                                                  std::string_view schema, std::string_view name)>;
+
 class Connection {
 public:
     Connection(Databases& databases, int spid);
@@ -90,7 +96,7 @@ public:
     // views are found like tables. Empty when there is none.
     [[nodiscard]] std::optional<FoundObject> find(std::string_view database, std::string_view schema,
                                                   std::string_view name);
-    // The same from one text: "db..t", "[odd name]".
+    // The same from one text (object_name.h).
     [[nodiscard]] std::optional<FoundObject> findByText(std::string_view text);
     // The catalogue as this session sees it: with its own uncommitted changes.
     [[nodiscard]] std::shared_ptr<const Catalog> catalog(Database& database) const;
@@ -112,7 +118,6 @@ public:
     void save(std::size_t number);  // a save point; numbers rise within a transaction
     void rollbackTo(std::size_t number);
     [[nodiscard]] bool inTransaction() const { return inTransaction_; }
-    [[nodiscard]] bool hasWritten() const { return sqliteTransaction_; }
 
     // Takes the writer lock without writing (lock hints, serializable reading). Outside of a transaction it does
     // nothing.
@@ -138,7 +143,10 @@ public:
     // session has changed what this transaction has read, SqliteError.
     [[noreturn]] void raiseFailure();
 
-    // What the T-SQL functions see of the session: the session fills it in. The catalogue's hooks are set already.
+    // Without one there are no catalogue views (sandbox/store/views/system_views.h sets it).
+    void setViewFinder(ViewFinder finder) { findView_ = std::move(finder); }
+
+    // What the T-SQL functions see of the session, which fills it in.
     [[nodiscard]] FunctionContext& functions() { return functions_; }
 
 private:
@@ -157,7 +165,6 @@ private:
     void attachDatabase(const std::shared_ptr<Database>& database);
     void detachIdle(std::size_t keep);
     void dropTemporary(Database& scope, bool variablesOnly);
-    void setCatalogHooks();
     void makeReusable(std::string sql, sqlite3_stmt* statement);
 
     struct IdentityReset {
@@ -181,7 +188,7 @@ private:
     std::list<std::shared_ptr<Database>> attached_;  // least recently used first
     std::vector<std::shared_ptr<Database>> temporaryScopes_;
     std::shared_ptr<Database> current_;
-    std::unordered_map<std::string, std::shared_ptr<const ObjectDef>> systemViews_;  // by "db5.sys.objects"
+    ViewFinder findView_;
     std::list<std::pair<std::string, sqlite3_stmt*>> idle_;  // prepared statements, most recently used first
     std::unordered_multimap<std::string_view, std::list<std::pair<std::string, sqlite3_stmt*>>::iterator> idleByText_;
 

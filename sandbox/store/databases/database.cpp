@@ -1,3 +1,4 @@
+// Making, finding and dropping databases, and their identity values.
 #include "sandbox/store/databases/database.h"
 
 #include <sqlite3.h>

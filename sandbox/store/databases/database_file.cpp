@@ -1,3 +1,4 @@
+// The statements on the meta tables of a database file.
 #include "sandbox/store/databases/database_file.h"
 
 #include <sqlite3.h>

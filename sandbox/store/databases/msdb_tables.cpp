@@ -1,3 +1,4 @@
+// The columns of msdb's tables, as SQL Server has them.
 #include "sandbox/store/databases/msdb_tables.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// The list of sessions, behind one mutex.
 #include "sandbox/store/databases/processes.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// A table's text in SQLite. A unique index treats NULLs as equal, as SQL Server does: it takes a second index for the
+// rows that have one.
 #include "sandbox/store/databases/table_storage.h"
 
 #include <algorithm>
@@ -74,15 +76,16 @@ std::vector<std::string> createIndexSql(std::string_view schema, const ObjectDef
     for (const IndexDef::Key& key : index.keys) {
         const ColumnDef* column = table.findColumn(key.column);
         const std::string name = quoteIdentifier(column->name);
-        keys.push_back(name + (key.descending ? " DESC" : ""));
+        const std::string compared = comparableSql(name, column->type);
+        keys.push_back(compared + (key.descending ? " DESC" : ""));
         if (mayBeNull(table, key)) {
-            std::string value = "ifnull(" + name + ", 0)";
+            std::string value = "ifnull(" + compared + ", 0)";
             if (isCharacter(column->type.id)) value += " COLLATE " + sqliteCollation(column->collation);
             keysWithNulls.push_back(name + " IS NULL");
             keysWithNulls.push_back(std::move(value));
             someNull.push_back(name + " IS NULL");
         } else {
-            keysWithNulls.push_back(name);
+            keysWithNulls.push_back(compared);
         }
     }
     const std::string on = " ON " + quoteIdentifier(table.storageName) + " (";

@@ -121,6 +121,20 @@ Type powerResult(Types t) {
     return result;
 }
 
+// Whole numbers of less than an int become one, decimals get room for what follows the point.
+Type angleResult(Types t) {
+    Type result = t[0];
+    if (result.id == TypeId::Decimal) {
+        result.precision = 38;
+        result.scale = std::max<std::uint8_t>(result.scale, 18);
+    } else if (result.id == TypeId::Real) {
+        result = fixed(TypeId::Float);
+    } else if (isInteger(result.id) && result.id != TypeId::BigInt) {
+        result = fixed(TypeId::Int);
+    }
+    return result;
+}
+
 Type dateResult(Types t) {
     return t[2];
 }
@@ -189,8 +203,8 @@ constexpr FunctionRow kFunctions[] = {
     {"ATAN", 1, 1, "f", kFloat, "t_atan"},
     {"ATN2", 2, 2, "ff", kFloat, "t_atn2"},
     {"PI", 0, 0, "", kFloat, "t_pi"},
-    {"RADIANS", 1, 1, "f", kFloat, "t_radians"},
-    {"DEGREES", 1, 1, "f", kFloat, "t_degrees"},
+    {"RADIANS", 1, 1, "e", angleResult, "t_radians", "1r"},
+    {"DEGREES", 1, 1, "e", angleResult, "t_degrees", "1r"},
     {"RAND", 0, 1, "i", kFloat, "t_rand", "", false},
     {"NEWID", 0, 0, "", asIs<TypeId::UniqueIdentifier>, "t_newid", "", false},
     {"NEWSEQUENTIALID", 0, 0, "", asIs<TypeId::UniqueIdentifier>, "t_newsequentialid", "", false},
@@ -262,6 +276,8 @@ constexpr FunctionRow kFunctions[] = {
     {"ERROR_PROCEDURE", 0, 0, "", kName, "t_error_procedure", "", false},
     {"ERROR_MESSAGE", 0, 0, "", kMessageText, "t_error_message", "", false},
     {"CURSOR_STATUS", 2, 2, "nn", asIs<TypeId::SmallInt>, "t_cursor_status", "", false},
+    {"APPLOCK_MODE", 3, 3, "nnn", asIs<TypeId::NVarChar, 32>, "t_applock_mode", "", false},
+    {"APPLOCK_TEST", 4, 4, "nnnn", asIs<TypeId::SmallInt>, "t_applock_test", "", false},
     {"XACT_STATE", 0, 0, "", asIs<TypeId::SmallInt>, "t_xact_state", "", false},
 };
 

@@ -77,6 +77,11 @@ struct FunctionContext {
     std::function<const Message*()> caughtError;     // ERROR_NUMBER() and the like; nullptr outside CATCH
     std::function<std::int32_t()> transactionState;  // XACT_STATE()
     std::function<std::int32_t(bool global, std::string_view name)> cursorStatus;
+    std::function<std::string(std::string_view principal, std::string_view resource, std::string_view owner)>
+        applicationLockMode;
+    std::function<bool(std::string_view principal, std::string_view resource, std::string_view mode,
+                       std::string_view owner)>
+        applicationLockFree;
 
     bool nullEliminated = false;  // an aggregate left a NULL out; the session clears it
     std::optional<double> rand;   // RAND() without a seed: one value a statement; the session clears it

@@ -166,6 +166,15 @@ double degreesOf(double x) {
     return x * 180 / std::numbers::pi;
 }
 
+// The result is cut to its type, as in T-SQL's own arithmetic.
+template <double (*Function)(double)>
+void angle(Call& call) {
+    const Type type = call.type(1), result = call.type(2);
+    const Type wide{.id = TypeId::Float};
+    const double given = std::get<double>(convert(call.value(0, type), type, wide));
+    call.give(result, convert(Function(given), wide, result));
+}
+
 void logarithm(Call& call) {
     if (call.real(0) <= 0) throw errors::invalidFloatOperation();
     const double value = std::log(call.real(0));
@@ -324,8 +333,8 @@ constexpr Registration kNumbers[] = {
     {"t_atan", 1, strict<ofFloat<arcTangent>>},
     {"t_atn2", 2, strict<arcTangent2>},
     {"t_pi", 0, strict<pi>},
-    {"t_radians", 1, strict<ofFloat<radiansOf>>},
-    {"t_degrees", 1, strict<ofFloat<degreesOf>>},
+    {"t_radians", 3, strict<angle<radiansOf>>},
+    {"t_degrees", 3, strict<angle<degreesOf>>},
     {"t_rand", -1, always<random>, false},
     {"t_newid", 0, always<newGuid>, false},
     {"t_newsequentialid", 0, always<newSequentialGuid>, false},

@@ -60,6 +60,18 @@ void cursorStatus(Call& call) {
     call.integer64(hook && known ? hook(sameName(kind, "global"), trimBlanks(call.text(1))) : kNoSuchCursor);
 }
 
+void applicationLockMode(Call& call) {
+    const auto& hook = call.session().applicationLockMode;
+    giveText(call, hook ? std::optional(hook(call.text(0), call.text(1), call.text(2))) : std::nullopt);
+}
+
+void applicationLockTest(Call& call) {
+    const auto& hook = call.session().applicationLockFree;
+    giveInt(call,
+            hook ? std::optional<std::int64_t>(hook(call.text(0), call.text(1), call.text(2), call.text(3)) ? 1 : 0)
+                 : std::nullopt);
+}
+
 void objectProperty(Call& call) {
     const auto& hook = call.session().objectProperty;
     giveInt(call, hook ? hook(int32(call, 0), trimBlanks(call.text(1))) : std::nullopt);
@@ -258,8 +270,12 @@ void parseName(Call& call) {
             parts.back() += c;
         }
     }
+    constexpr std::size_t kLongestName = 128;
+    const bool tooLong = std::any_of(parts.begin(), parts.end(),
+                                     [](const std::string& part) { return utf16Length(part) > kLongestName; });
     const std::int64_t wanted = call.integer(1);
-    if (parts.size() > 4 || wanted < 1 || wanted > static_cast<std::int64_t>(parts.size())) return call.null();
+    if (tooLong || parts.size() > 4 || wanted < 1 || wanted > static_cast<std::int64_t>(parts.size()))
+        return call.null();
     const std::string& part = parts[parts.size() - static_cast<std::size_t>(wanted)];
     part.empty() ? call.null() : call.string(part);
 }
@@ -271,6 +287,8 @@ constexpr Registration kSession[] = {
     {"t_object_schema_name", -1, strict<objectSchemaName>, true},
     {"t_object_definition", 1, strict<objectDefinition>, true},
     {"t_cursor_status", 2, strict<cursorStatus>, false},
+    {"t_applock_mode", 3, strict<applicationLockMode>, false},
+    {"t_applock_test", 4, strict<applicationLockTest>, false},
     {"t_objectproperty", 2, strict<objectProperty>, true},
     {"t_col_length", 2, strict<columnLength>, true},
     {"t_col_name", 2, strict<columnName>, true},

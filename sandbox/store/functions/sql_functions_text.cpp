@@ -141,7 +141,7 @@ void stuff(Call& call) {
     const std::string_view text = call.text(0);
     const std::int64_t from = call.integer(1), count = call.integer(2);
     const auto all = static_cast<std::int64_t>(utf16Length(text));
-    if (from < 1 || from > all || count < 0) return call.null();
+    if (call.isNull(1) || call.isNull(2) || from < 1 || from > all || count < 0) return call.null();
     std::string out(leftUnits(text, static_cast<std::size_t>(from - 1)));
     if (!call.isNull(3)) out += call.text(3);
     out += units(text, std::min(all, from - 1 + count), all);

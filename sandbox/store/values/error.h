@@ -10,6 +10,9 @@
 
 namespace sandbox {
 
+// Message::line of the errors that SQL Server tells with line 0.
+inline constexpr int kNoLine = -1;
+
 // [MS-TDS] 2.2.7.10 (ERROR) and 2.2.7.13 (INFO). Severity 10 and below is information.
 struct Message {
     int number = 0;

@@ -205,4 +205,10 @@ Guid decodeGuid(std::span<const std::uint8_t, 16> bytes) {
     return guid;
 }
 
+std::string comparableSql(std::string_view sql, const Type& type) {
+    std::string out(sql);
+    if (!isBinary(type.id)) return out;
+    return "iif(" + out + " IS NULL, NULL, rtrim(hex(" + out + "), '0'))";
+}
+
 }  // namespace sandbox

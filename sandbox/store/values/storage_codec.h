@@ -57,4 +57,8 @@ void setResult(sqlite3_context* context, const Type& type, const Value& value);
 [[nodiscard]] std::array<std::uint8_t, 16> encodeGuid(const Guid& guid);
 [[nodiscard]] Guid decodeGuid(std::span<const std::uint8_t, 16> bytes);
 
+// The SQLite text by which values compare as SQL Server compares them: binary values without their trailing zero bytes,
+// all others as they lie. It uses nothing but SQLite's own functions, so that an index can be made on it.
+[[nodiscard]] std::string comparableSql(std::string_view sql, const Type& type);
+
 }  // namespace sandbox

@@ -150,6 +150,7 @@ struct SystemViewRow {
     std::string_view schema;
     std::string_view name;
     std::int32_t id = 0;
+    bool bare = false;  // found without a schema, as the system tables of old are
 };
 [[nodiscard]] std::vector<SystemViewRow> systemViewList();
 

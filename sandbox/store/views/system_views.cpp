@@ -1,3 +1,4 @@
+// The views as virtual tables of SQLite: finding them, making them, reading their rows.
 #include "sandbox/store/views/system_views.h"
 
 #include <sqlite3.h>
@@ -9,6 +10,7 @@
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/storage_codec.h"
+#include "sandbox/store/views/catalogue_functions.h"
 #include "sandbox/store/views/system_view_rows.h"
 
 namespace sandbox {
@@ -200,10 +202,13 @@ const sqlite3_module& viewModule() {
 
 std::vector<views::SystemViewRow> views::systemViewList() {
     std::vector<SystemViewRow> rows;
-    for (const SystemView& view : allViews()) rows.push_back({view.schema, view.name, idOf(view)});
+    for (const SystemView& view : allViews()) rows.push_back({view.schema, view.name, idOf(view), view.bare});
     return rows;
 }
 
+namespace {
+
+// nullptr when there is none.
 const SystemView* findSystemView(std::string_view schema, std::string_view name) {
     const bool bare = schema.empty() || sameName(schema, "dbo");
     for (const SystemView& view : allViews()) {
@@ -212,10 +217,12 @@ const SystemView* findSystemView(std::string_view schema, std::string_view name)
     return nullptr;
 }
 
+// Its table's name in SQLite, for one database.
 std::string systemViewStorage(const Database& database, const SystemView& view) {
     return database.attachedAs() + "_" + std::string(view.schema) + "_" + std::string(view.name);
 }
 
+// Makes the virtual table on the connection.
 std::shared_ptr<const ObjectDef> registerSystemView(Connection& connection, const std::shared_ptr<Database>& database,
                                                     const SystemView& view) {
     auto object = std::make_shared<ObjectDef>();
@@ -234,6 +241,22 @@ std::shared_ptr<const ObjectDef> registerSystemView(Connection& connection, cons
     sqlite3_create_module_v2(connection.handle(), object->storageName.c_str(), &viewModule(),
                              new Source{&connection, database, &view}, free);
     return object;
+}
+
+}  // namespace
+
+void connectCatalogue(Connection& connection) {
+    using Made = std::unordered_map<std::string, std::shared_ptr<const ObjectDef>>;  // by "db5_sys_objects"
+    const auto made = std::make_shared<Made>();
+    connection.setViewFinder([&connection, made](const std::shared_ptr<Database>& database, std::string_view schema,
+                                                 std::string_view name) -> std::shared_ptr<const ObjectDef> {
+        const SystemView* view = findSystemView(schema, name);
+        if (view == nullptr) return nullptr;
+        std::shared_ptr<const ObjectDef>& known = (*made)[systemViewStorage(*database, *view)];
+        if (!known) known = registerSystemView(connection, database, *view);
+        return known;
+    });
+    views::connectCatalogueFunctions(connection);
 }
 
 }  // namespace sandbox

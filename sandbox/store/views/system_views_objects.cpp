@@ -181,6 +181,20 @@ std::vector<SchemaRow> schemas(Connection&, Database&) {
     return {{"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3}, {"sys", 4}};
 }
 
+// sysobjects lists the system tables too.
+List withSystemTables(Connection& connection, Database& database) {
+    static const auto kSystem = std::make_shared<const ObjectDef>();
+    List rows = allObjects(connection, database);
+    for (const SystemViewRow& view : systemViewList()) {
+        if (!view.bare) continue;
+        ObjectRow row{.name = view.name, .id = view.id, .object = kSystem};
+        row.type = "S ";
+        row.description = "SYSTEM_TABLE";
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
 SystemView bare(SystemView view) {
     view.bare = true;
     return view;
@@ -218,7 +232,7 @@ std::optional<ObjectRow> objectById(Connection& connection, Database& database, 
 
 std::vector<SystemView> objectViews() {
     return {
-        bare(makeView<ObjectRow>("sys", "sysobjects", allObjects, sysobjectsFields())),
+        bare(makeView<ObjectRow>("sys", "sysobjects", withSystemTables, sysobjectsFields())),
         makeView<ObjectRow>("sys", "objects", allObjects, objectFields()),
         makeView<ObjectRow>("sys", "all_objects", allObjects, objectFields()),
         makeView<ObjectRow>(

@@ -1,3 +1,4 @@
+// The binder's entry points: one statement or expression each, with a Binder of its own.
 #include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/bind/bind_computed.h"
 

@@ -6,8 +6,8 @@
 // is a MissingObject: the caller defers it to the moment when the statement runs. Where a table is missing nothing else
 // of the statement is reported.
 //
-// Generated SQL calls functions named t_...: those of the function table (sandbox/store), those of bind_functions.h,
-// and two that the session registers:
+// Generated SQL calls functions named t_...: those of the function table (sandbox/store/functions), and
+// two that the session registers:
 //   t_var(slot)             the variable's value now, in its storage form
 //   t_set_var(slot, value)  stores a value of the variable's type, in storage form, and gives it back
 #pragma once
@@ -26,7 +26,7 @@
 #include "sandbox/store/values/error.h"
 #include "sandbox/store/values/type.h"
 #include "sandbox/store/values/value.h"
-#include "sandbox/tsql/run/reply.h"
+#include "sandbox/tsql/bind/result_column.h"
 #include "sandbox/tsql/syntax/ast.h"
 
 namespace sandbox {

@@ -1,3 +1,4 @@
+// The columns of an OUTPUT clause, over the rows as they were and as they are.
 #include "sandbox/tsql/bind/bind_output.h"
 
 #include <utility>

@@ -13,10 +13,6 @@
 namespace sandbox::binder {
 namespace {
 
-constexpr std::string_view kTooComplexOrder =
-    "The ORDER BY clause is invalid in views, inline functions, derived tables, subqueries, and common table "
-    "expressions, unless TOP, OFFSET or FOR XML is also specified.";
-
 bool groups(const ast::Select& select, const std::vector<ast::OrderItem>* orderBy) {
     if (!select.groupBy.empty() || select.having) return true;
     const auto aggregated = [](const ast::ExprPtr& expr) { return expr && hasAggregate(*expr); };

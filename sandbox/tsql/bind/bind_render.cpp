@@ -90,7 +90,9 @@ std::string renderNode(const QueryNode& node, std::span<const Type> wanted, bool
 
 std::string operand(const QueryNode& node, std::span<const Type> wanted, bool collated, bool onTheRight) {
     std::string text = renderNode(node, wanted, collated);
-    const bool bare = standsAlone(node) && !(onTheRight && node.isSet());
+    // SQLite loses the tables of a grouped operand when the whole is ordered.
+    const bool grouped = !node.groupBy.empty() || !node.having.empty();
+    const bool bare = standsAlone(node) && !grouped && !(onTheRight && node.isSet());
     return bare ? text : "SELECT * FROM (" + text + ")";
 }
 

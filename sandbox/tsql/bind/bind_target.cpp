@@ -1,3 +1,4 @@
+// What a statement changes: a table, or the one base table of a view or derived table.
 #include "sandbox/tsql/bind/bind_target.h"
 
 #include "sandbox/store/values/error_table.h"

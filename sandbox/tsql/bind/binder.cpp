@@ -1,3 +1,4 @@
+// What all parts of the binder share: errors, parameters, conversions, collations, names of objects.
 #include "sandbox/tsql/bind/binder.h"
 
 #include <algorithm>

@@ -196,6 +196,9 @@ private:
 
     // expression_call.cpp
     Bound call(const ast::Call& node, Scope& scope, int line);
+    Bound datePartNumber(const ast::DatePart& part, const std::string& function, int line);
+    Bound planned(const FunctionRow& row, const std::string& name, const ast::Call& node,
+                  const std::vector<Bound>& arguments, int line);
     Bound aggregate(const ast::Call& node, Scope& scope, int line);
     Bound ranking(const ast::Call& node, Scope& scope, int line);
     Bound newIdentity(const ast::Call& node, const Scope& scope, int line);

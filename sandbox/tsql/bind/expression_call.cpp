@@ -113,28 +113,37 @@ Bound Binder::call(const ast::Call& node, Scope& scope, int line) {
     if (row->form == CallForm::Iif) return iif(node, scope, line);
 
     std::vector<Bound> arguments;
-    std::vector<Type> types;
     for (const ast::ExprPtr& argument : node.arguments) {
-        if (const auto* part = ast::as<ast::DatePart>(*argument)) {
-            const std::optional<int> number = datePart(part->name);
-            Bound bound;
-            bound.type.id = TypeId::Int;
-            bound.constant = true;
-            bound.nullable = false;
-            if (number) {
-                bound.sql = std::to_string(*number);
-            } else {
-                bound.failed = true;
-                guard(line, [&] { throw unknownDatePart(part->name, name); });
-            }
-            arguments.push_back(std::move(bound));
-        } else {
-            arguments.push_back(value(*argument, scope));
-        }
-        types.push_back(arguments.back().type);
+        const auto* part = ast::as<ast::DatePart>(*argument);
+        arguments.push_back(part == nullptr ? value(*argument, scope) : datePartNumber(*part, name, line));
     }
+    return planned(*row, name, node, arguments, line);
+}
+
+// A date part is a number from here on.
+Bound Binder::datePartNumber(const ast::DatePart& part, const std::string& function, int line) {
+    Bound bound;
+    bound.type.id = TypeId::Int;
+    bound.constant = true;
+    bound.nullable = false;
+    if (const std::optional<int> number = datePart(part.name)) {
+        bound.sql = std::to_string(*number);
+    } else {
+        bound.failed = true;
+        guard(line, [&] { throw unknownDatePart(part.name, function); });
+    }
+    return bound;
+}
+
+// The call of a function of the table, whose arguments are bound.
+Bound Binder::planned(const FunctionRow& row, const std::string& name, const ast::Call& node,
+                      const std::vector<Bound>& arguments, int line) {
     std::vector<const Bound*> operands;
-    for (const Bound& argument : arguments) operands.push_back(&argument);
+    std::vector<Type> types;
+    for (const Bound& argument : arguments) {
+        operands.push_back(&argument);
+        types.push_back(argument.type);
+    }
     Bound out = combine(operands);
     if (out.failed) return out;
     if (name == "COALESCE" && std::all_of(arguments.begin(), arguments.end(), isNullLiteral)) {
@@ -142,7 +151,7 @@ Bound Binder::call(const ast::Call& node, Scope& scope, int line) {
     }
     const bool ok = guard(line, [&] {
         const std::string collation = out.collation.empty() ? context_.collation : out.collation;
-        const CallPlan plan = planCall(*row, types, collationCode(collation));
+        const CallPlan plan = planCall(row, types, collationCode(collation));
         std::string sql(plan.sqlite);
         sql += "(";
         for (std::size_t i = 0; i < arguments.size(); ++i) {

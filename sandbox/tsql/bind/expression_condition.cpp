@@ -93,6 +93,10 @@ std::string Binder::compare(sandbox::CompareOp op, const Bound& left, const Boun
             a = castSql(a, left.type, met);
             b = castSql(b, right.type, met);
         }
+        if (isBinary(met.id)) {
+            a = comparableSql(a, met);
+            b = comparableSql(b, met);
+        }
         if (isCharacter(met.id)) a += " COLLATE " + sqliteCollation(collationOf(left, right, operationName(op), line));
     });
     if (!ok) return std::string(kUnknown);

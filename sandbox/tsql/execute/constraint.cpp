@@ -1,3 +1,4 @@
+// Foreign keys, checks and unique keys, looked at with one statement where the written rows follow each other.
 #include "sandbox/tsql/execute/constraint.h"
 
 #include <algorithm>
@@ -58,9 +59,7 @@ bool hasOrphan(const ExecuteContext& context, const FoundObject& child, const Fo
 
 }  // namespace
 
-void checkWrittenRows(const ExecuteContext& context, const FoundObject& table, const WrittenColumns& columns,
-                      const RowIds& rows, std::string_view verb) {
-    if (rows.empty()) return;
+const CheckDef* brokenCheck(const ExecuteContext& context, const FoundObject& table, const RowIds& rows) {
     for (const CheckDef& check : table.object->checks) {
         if (check.disabled) continue;
         const BoundQuery query = bindCheck(context.bind, resolved(table), check.text, true);
@@ -68,10 +67,17 @@ void checkWrittenRows(const ExecuteContext& context, const FoundObject& table, c
         context.bindParameters(look, query, {});
         for (const std::int64_t row : rows) {
             bindRowId(look, query, row);
-            if (look.step()) throw checkBroken(table, check, verb);
+            if (look.step()) return &check;
             look.reset();
         }
     }
+    return nullptr;
+}
+
+void checkWrittenRows(const ExecuteContext& context, const FoundObject& table, const WrittenColumns& columns,
+                      const RowIds& rows, std::string_view verb) {
+    if (rows.empty()) return;
+    if (const CheckDef* broken = brokenCheck(context, table, rows)) throw checkBroken(table, *broken, verb);
     for (const ForeignKeyDef& key : table.object->foreignKeys) {
         if (key.disabled || !concerns(columns, key.columns)) continue;
         if (hasOrphan(context, table, key, rows)) throw parentMissing(table, key, verb);
@@ -105,12 +111,15 @@ SqlError duplicateError(const ExecuteContext& context, const FoundObject& table,
         });
         if (!index.unique || !has) continue;
         std::string condition = index.filter.empty() ? "" : filterSql(index) + " AND ";
+        int place = 0;
         for (const IndexDef::Key& key : index.keys) {
-            condition += quoteIdentifier(object.findColumn(key.column)->name) + " IS ? AND ";
+            const ColumnDef* column = object.findColumn(key.column);
+            condition += comparableSql(quoteIdentifier(column->name), column->type) + " IS " +
+                         comparableSql("?" + std::to_string(++place), column->type) + " AND ";
         }
         Statement look = context.connection.prepare("SELECT 1 FROM " + tableSql(table) + " WHERE " + condition +
                                                     "_rowid_ IS NOT ? LIMIT 1");
-        int place = 0;
+        place = 0;
         for (const IndexDef::Key& key : index.keys) {
             const ColumnDef* column = object.findColumn(key.column);
             bindValue(look.get(), ++place, column->type,

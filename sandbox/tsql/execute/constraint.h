@@ -23,6 +23,8 @@ using WrittenColumns = std::vector<std::string>;
 // Raises 547 where a written row's foreign key has no parent, or a written row breaks a check.
 void checkWrittenRows(const ExecuteContext& context, const FoundObject& table, const WrittenColumns& columns,
                       const RowIds& rows, std::string_view verb);
+// The first check that one of the rows breaks; nullptr where none does.
+[[nodiscard]] const CheckDef* brokenCheck(const ExecuteContext& context, const FoundObject& table, const RowIds& rows);
 // The same for all rows of a table: ALTER TABLE ADD CONSTRAINT.
 void checkForeignKey(const ExecuteContext& context, const FoundObject& table, const ForeignKeyDef& key);
 void checkCondition(const ExecuteContext& context, const FoundObject& table, const CheckDef& check);

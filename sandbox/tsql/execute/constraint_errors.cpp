@@ -1,3 +1,4 @@
+// The messages of broken constraints: which one, of which table, with which key.
 #include "sandbox/tsql/execute/constraint_errors.h"
 
 #include "sandbox/store/values/convert.h"

@@ -27,6 +27,7 @@ struct ExecuteContext {
     std::function<void(const Message&)> info;                               // messages of severity 10 and below
     std::function<void(std::int64_t)> identityGiven = [](std::int64_t) {};  // for SCOPE_IDENTITY and @@IDENTITY
     bool ansiWarnings = true;
+    bool nullByDefault = true;  // a column of which nothing is said may be null
 };
 
 // ---- rows; each gives the number of rows affected

@@ -1,3 +1,4 @@
+// Writing new values into rows and deleting rows, once all of them have been found.
 #include "sandbox/tsql/execute/execute_change.h"
 
 #include <algorithm>

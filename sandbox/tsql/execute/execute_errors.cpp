@@ -1,3 +1,4 @@
+// Errors that several definitions share.
 #include "sandbox/tsql/execute/execute_errors.h"
 
 #include "sandbox/store/values/error_table.h"

@@ -34,6 +34,7 @@ private:
     // Binds a row's values in the order of columns_; the identity's where it is not the row's own.
     void bindRow(sqlite3_stmt* to, const RowView& source, std::optional<std::int64_t> identity);
     [[nodiscard]] bool bindDefault(sqlite3_stmt* to, std::size_t column);
+    void requireChecks(const RowView& source, std::optional<std::int64_t> identity);  // 547
     [[nodiscard]] SqlError duplicate(const RowView& source, std::optional<std::int64_t> identity);
     [[nodiscard]] std::int64_t nextIdentity();
     void noteIdentity(std::int64_t value);

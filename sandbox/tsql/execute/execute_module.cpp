@@ -8,7 +8,7 @@ namespace sandbox {
 void executeCreateModule(const ExecuteContext& context, ObjectKind kind, ast::Verb verb, const ast::ObjectName& name,
                          std::string text, std::vector<ParameterDef> parameters, std::vector<ColumnDef> columns) {
     const std::shared_ptr<Database> database = placeOf(context, name);
-    if (database->temporary()) throw definition::unsupported("temporary procedure");
+    if (database->temporary() && kind != ObjectKind::Procedure) throw SqlError(errorMessage<4103>(name.name));
     Write write(context.connection, *database);
     const auto catalog = context.connection.catalog(*database);
     const auto before = catalog->find("dbo", name.name);

@@ -1,3 +1,4 @@
+// The rows of an OUTPUT clause, sent to the client or written into its INTO table.
 #include "sandbox/tsql/execute/execute_output.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// Rows in hand between reading and writing, and the table that a statement may write to.
 #include "sandbox/tsql/execute/execute_rows.h"
 
 #include "sandbox/store/databases/table_storage.h"

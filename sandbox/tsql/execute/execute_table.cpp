@@ -1,3 +1,4 @@
+// The definition of a table made from its syntax tree, column by column and constraint by constraint.
 #include "sandbox/tsql/execute/execute_table.h"
 
 #include <algorithm>
@@ -81,7 +82,7 @@ void TableBuilder::add(const ast::TableDefinition& definition) {
     for (const ast::ColumnDefinition& column : definition.columns) {
         addColumn(column);
         // A key's columns may not be null, whether or not that was said; NULL said aloud is an error below.
-        if (isNew_ && !column.nullable && inPrimaryKey(definition, column)) table_.columns.back().nullable = false;
+        if (!column.nullable && inPrimaryKey(definition, column)) table_.columns.back().nullable = false;
     }
     for (const ast::ColumnDefinition& column : definition.columns) {
         if (column.computed) typeComputed(*findColumn(column.name), *column.computed);
@@ -122,7 +123,7 @@ void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
     }
     column.type = from.type.type;
     const bool isName = sameName(from.type.written, "sysname");
-    column.nullable = from.nullable.value_or(!from.identity.has_value() && !isName);
+    column.nullable = from.nullable.value_or(context_.nullByDefault && !from.identity.has_value() && !isName);
     column.collation = collationOf(*database_, column.type, from.collation);
     column.columnId = ++table_.lastColumnId;
     if (from.identity) {

@@ -1,3 +1,4 @@
+// An expression's text as the catalogue shows it: names in brackets, parentheses around the whole.
 #include "sandbox/tsql/execute/stored_expression.h"
 
 #include <algorithm>

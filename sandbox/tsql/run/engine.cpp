@@ -1,3 +1,4 @@
+// The engine's few entry points.
 #include "sandbox/tsql/run/engine.h"
 
 #include "sandbox/tsql/run/engine_shared.h"

@@ -233,6 +233,7 @@ void Interpreter::fail(const SqlError& error, const ast::Statement* statement, b
     const int catching = session_.tries - (notIn ? notIn->tries : 0);
     if (catching > 0 && reach != Reach::Connection) {
         if (reach == Reach::BatchAndTransaction) session_.transaction.doom();
+        if (!compiling && statement && isRowChange(*statement)) done(0);
         throw Caught{{messages.back(), error.effect}, notIn};
     }
 

@@ -15,22 +15,11 @@
 #include "sandbox/tsql/run/reply.h"
 #include "sandbox/tsql/run/session_state.h"
 #include "sandbox/tsql/syntax/ast.h"
+#include "sandbox/tsql/system/procedure_host.h"
 
 namespace sandbox {
 
-// An argument as the caller of a procedure or text gives it.
-struct CallArgument {
-    std::string name;  // with its "@"; empty: by place
-    Typed value;
-    bool output = false;
-    bool useDefault = false;
-    std::optional<int> target;  // slot of the caller's variable that an OUTPUT argument comes back to
-};
-
-// Message::line of the errors that SQL Server tells with line 0.
-inline constexpr int kNoLine = -1;
-
-class Interpreter {
+class Interpreter : public ProcedureHost {
 public:
     Interpreter(SessionState& session, Reply& reply) : session_(session), reply_(&reply) {}
 
@@ -38,7 +27,6 @@ public:
     void runBatch(std::string_view text);
     void callProcedure(const std::string& name, std::vector<CallArgument> arguments);
     void runText(std::string_view text, std::string_view declarations, std::vector<CallArgument> arguments);
-    [[nodiscard]] std::vector<ResultColumn> describe(std::string_view text, std::string_view declarations);
     void transactionRequest(const std::vector<ast::Transaction>& steps);
 
     // ---- compiling (interpreter_compile.cpp)
@@ -47,18 +35,18 @@ public:
     [[nodiscard]] std::shared_ptr<Unit> unitOf(std::string_view text, std::string_view declarations);
     [[nodiscard]] BindContext bindContext(const Unit& unit, std::size_t visible);
 
-    // ---- used by the system procedures
-    [[nodiscard]] SessionState& session() { return session_; }
-    [[nodiscard]] Reply& reply() { return *reply_; }
-    void sendRows(std::span<const ResultColumn> columns, std::span<const std::vector<Value>> rows);
-    void done(std::optional<std::int64_t> count);
-    void inform(Message message);
-    void report(const SqlError& error) { fail(error, nullptr, false); }  // and goes on, where the error lets it
-    void renameObject(const std::string& object, const std::string& newName, const std::string& type);
     [[nodiscard]] ExecuteContext executeContext(const BindContext& bind);
+
+    // ---- for the system procedures
+    [[nodiscard]] Connection& connection() override { return *session_.connection; }
     std::optional<std::int32_t> runNested(std::string_view text, std::string_view declarations,
                                           std::vector<CallArgument>& arguments, int levels,
-                                          const std::string& database = {}, const std::string& procedure = {});
+                                          const std::string& database = {}, const std::string& procedure = {}) override;
+    [[nodiscard]] std::vector<ResultColumn> describe(std::string_view text, std::string_view declarations) override;
+    void sendRows(std::span<const ResultColumn> columns, std::span<const std::vector<Value>> rows) override;
+    void report(const SqlError& error) override { fail(error, nullptr, false); }
+    void renameObject(const std::string& object, const std::string& newName, const std::string& type) override;
+    void resetSession() override { session_.reset(false); }
 
 private:
     friend class CompilePass;
@@ -146,6 +134,8 @@ private:
     void change(const ast::Statement& statement, const std::function<std::int64_t(const ExecuteContext&)>& action);
 
     // ---- effects
+    void done(std::optional<std::int64_t> count);
+    void inform(Message message);
     void fail(const SqlError& error, const ast::Statement* statement, bool compiling);
     [[nodiscard]] SqlError ofSqlite(const SqliteError& error);
     void succeed(std::int64_t rows);

@@ -56,7 +56,8 @@ ExecuteContext Interpreter::executeContext(const BindContext& bind) {
                     session_.identity = value;
                     if (session_.frame) session_.frame->scopeIdentity = value;
                 },
-            .ansiWarnings = session_.settings.ansiWarnings};
+            .ansiWarnings = session_.settings.ansiWarnings,
+            .nullByDefault = session_.settings.ansiNullDefault};
 }
 
 Typed Interpreter::evaluateBound(const BoundQuery& query) {
@@ -152,7 +153,7 @@ void Interpreter::runSelect(const ast::Statement& s) {
     const std::int64_t rows = sendQuery(query);
     warnOfNulls();
     succeed(rows);
-    done(query.assigns ? std::nullopt : std::optional(rows));
+    done(rows);
 }
 
 namespace {
@@ -310,11 +311,11 @@ void Interpreter::runInsertExecute(const ast::Statement& s, const ast::Insert& n
             Interpreter& interpreter;
             Reply* outer;
             Redirect(Interpreter& i, Reply& to) : interpreter(i), outer(std::exchange(i.reply_, &to)) {
-                i.session_.collecting = true;
+                i.session_.collecting = i.session_.transaction.count();
             }
             ~Redirect() {
                 interpreter.reply_ = outer;
-                interpreter.session_.collecting = false;
+                interpreter.session_.collecting.reset();
             }
         } redirect(*this, collector);
         runExecute(call);

@@ -124,6 +124,13 @@ void Interpreter::runTransaction(const ast::Transaction& n) {
         if (!isNull(value)) name = displayText(value, frame().unit->variables.at(at).type);
     }
     TransactionState& state = session_.transaction;
+    // An INSERT EXEC ends no transaction that it did not begin.
+    if (session_.collecting && n.kind == ast::Transaction::Kind::Commit && state.count() <= *session_.collecting) {
+        throw SqlError(errorMessage<3916>(), Effect::Batch);
+    }
+    if (session_.collecting && n.kind == ast::Transaction::Kind::Rollback && !state.isSave(name)) {
+        throw SqlError(errorMessage<3915>(), Effect::Batch);
+    }
     switch (n.kind) {
         case ast::Transaction::Kind::Begin: carryOut(state.begin(name)); break;
         case ast::Transaction::Kind::Commit: carryOut(state.commit()); break;

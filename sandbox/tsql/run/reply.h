@@ -10,16 +10,9 @@
 #include "sandbox/store/values/error.h"
 #include "sandbox/store/values/type.h"
 #include "sandbox/store/values/value.h"
+#include "sandbox/tsql/bind/result_column.h"
 
 namespace sandbox {
-
-struct ResultColumn {
-    std::string name;  // empty: an unnamed column
-    Type type;
-    bool nullable = true;
-    bool identity = false;
-    bool updatable = false;
-};
 
 class Reply {
 public:

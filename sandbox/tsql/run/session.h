@@ -25,6 +25,7 @@ struct LoginInfo {
     std::string host;
     std::string program;
     std::string language;  // empty: us_english
+    bool odbc = true;      // the client is an ODBC driver, or settles its session as one does
 };
 
 // A parameter of a call: by name, or by place where name is empty.

@@ -11,6 +11,13 @@
 namespace sandbox {
 
 struct Settings {
+    // What a login begins with. A client that is not ODBC's gets the older answers about quotes, nulls and warnings.
+    [[nodiscard]] static Settings ofLogin(bool odbc) {
+        Settings settings;
+        settings.quotedIdentifier = settings.ansiNulls = settings.ansiWarnings = odbc;
+        return settings;
+    }
+
     bool noCount = false;
     bool xactAbort = false;
     bool implicitTransactions = false;

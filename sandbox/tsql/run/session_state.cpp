@@ -9,8 +9,10 @@
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/error_table.h"
 #include "sandbox/store/values/storage_codec.h"
+#include "sandbox/store/views/system_views.h"
 #include "sandbox/tsql/run/interpreter_cursor.h"
 #include "sandbox/tsql/run/session_bulk.h"
+#include "sandbox/tsql/system/application_locks.h"
 
 namespace sandbox {
 
@@ -87,7 +89,7 @@ void UnitCache::clear() {
 }
 
 SessionState::SessionState(Engine& theEngine, const LoginInfo& info)
-    : engine(theEngine), shared(theEngine.shared()), login(info) {
+    : engine(theEngine), shared(theEngine.shared()), login(info), settings(Settings::ofLogin(info.odbc)) {
     const std::string wanted = info.database.empty() ? "master" : info.database;
     const auto home = shared.databases.find(wanted);
     if (!home) {
@@ -102,6 +104,8 @@ SessionState::SessionState(Engine& theEngine, const LoginInfo& info)
     spid = shared.databases.processes().add(std::move(process));
     try {
         connection = std::make_unique<Connection>(shared.databases, spid);
+        connectCatalogue(*connection);
+        connectApplicationLockFunctions(*connection);
         connection->use(home);
         connectFunctions();
     } catch (...) {
@@ -209,7 +213,7 @@ void SessionState::reset(bool keepTransaction) {
     bulk.reset();
     connection->releaseSessionLocks();
     cursors.clear();
-    settings = Settings{};
+    settings = Settings::ofLogin(login.odbc);
     identityInsert.clear();
     identity.reset();
     batchIdentity.reset();

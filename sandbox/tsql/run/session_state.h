@@ -86,7 +86,7 @@ struct SessionState {
     int tries = 0;                              // open TRY blocks of all frames
     Frame* frame = nullptr;                     // the one that runs
     bool cancelled = false;                     // the last batch was
-    bool collecting = false;                    // the rows of an INSERT ... EXEC
+    std::optional<int> collecting;              // the rows of an INSERT ... EXEC, begun at this @@TRANCOUNT
 
     UnitCache texts;
     std::map<std::pair<int, std::int32_t>, std::pair<std::shared_ptr<const ObjectDef>, std::shared_ptr<Unit>>>

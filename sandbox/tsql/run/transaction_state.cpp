@@ -53,6 +53,10 @@ TransactionStep TransactionState::rollback(std::string_view name) {
     return TransactionStep::Rollback;
 }
 
+bool TransactionState::isSave(std::string_view name) const {
+    return !name.empty() && std::find(saves_.begin(), saves_.end(), name) != saves_.end();
+}
+
 TransactionStep TransactionState::save(std::string_view name) {
     if (count_ == 0) throw SqlError(errorMessage<628>());
     if (doomed_) raiseDoomed();

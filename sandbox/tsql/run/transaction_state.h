@@ -19,6 +19,7 @@ public:
     [[nodiscard]] bool open() const { return count_ > 0; }
     [[nodiscard]] int xactState() const { return count_ == 0 ? 0 : doomed_ ? -1 : 1; }
     [[nodiscard]] bool doomed() const { return doomed_; }
+    [[nodiscard]] bool isSave(std::string_view name) const;  // rather than the transaction itself
 
     TransactionStep begin(std::string_view name);
     TransactionStep commit();                         // 3902 without a transaction, 3930 in a doomed one

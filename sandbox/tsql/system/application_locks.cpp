@@ -33,8 +33,8 @@ std::optional<std::int64_t> numberAt(const std::vector<CallArgument>& arguments,
     return number ? std::optional(*number) : std::nullopt;
 }
 
-std::int32_t refuse(Interpreter& interpreter, Message message) {
-    interpreter.report(SqlError(std::move(message).in(kProcedure).atLine(1)));
+std::int32_t refuse(ProcedureHost& host, Message message) {
+    host.report(SqlError(std::move(message).in(kProcedure).atLine(1)));
     return kRefused;
 }
 
@@ -54,43 +54,79 @@ std::int32_t codeOf(LockManager::Outcome outcome) {
     return kRefused;
 }
 
+LockResource resourceOf(const Connection& connection, const DatabasePrincipal& principal, std::string_view name) {
+    return {.database = connection.current()->id(),
+            .application = true,
+            .principal = std::string(principal.name),
+            .name = std::string(name)};
+}
+
+const DatabasePrincipal& requirePrincipal(std::string_view name) {
+    const DatabasePrincipal* known = findDatabasePrincipal(name);
+    if (known == nullptr) throw SqlError(errorMessage<1202>(name));
+    return *known;
+}
+
+LockOwner requireOwner(const Connection& connection, std::string_view name, std::string_view function) {
+    const auto owner = ownerOf(name);
+    if (!owner) throw SqlError(errorMessage<1226>(function));
+    if (*owner == LockOwner::Transaction && !connection.inTransaction()) throw SqlError(errorMessage<3918>());
+    return *owner;
+}
+
 }  // namespace
 
-std::int32_t userLock(Interpreter& interpreter, const std::vector<CallArgument>& arguments) {
+void connectApplicationLockFunctions(Connection& connection) {
+    FunctionContext& functions = connection.functions();
+    functions.applicationLockMode = [&connection](std::string_view principal, std::string_view name,
+                                                  std::string_view ownerName) {
+        const DatabasePrincipal& of = requirePrincipal(principal);
+        const LockOwner owner = requireOwner(connection, ownerName, "applock_mode");
+        const LockManager& locks = connection.databases().locks();
+        return std::string(locks.held(connection.spid(), owner, resourceOf(connection, of, name)).name());
+    };
+    functions.applicationLockFree = [&connection](std::string_view principal, std::string_view name,
+                                                  std::string_view modeName, std::string_view ownerName) {
+        const DatabasePrincipal& of = requirePrincipal(principal);
+        const auto mode = lockModeOf(modeName);
+        if (!mode) throw SqlError(errorMessage<1225>("applock_test"));
+        (void)requireOwner(connection, ownerName, "applock_test");
+        const LockManager& locks = connection.databases().locks();
+        return locks.grantable(connection.spid(), resourceOf(connection, of, name), *mode);
+    };
+}
+
+std::int32_t userLock(ProcedureHost& host, const std::vector<CallArgument>& arguments) {
     const bool taking = numberAt(arguments, 0) == 0;
     const auto name = textAt(arguments, 1);
-    if (!name) return refuse(interpreter, errorMessage<1224>());
+    if (!name) return refuse(host, errorMessage<1224>());
     const auto mode = lockModeOf(textAt(arguments, 2).value_or(""));
     const auto owner = ownerOf(textAt(arguments, 3).value_or(""));
     if ((taking && !mode) || !owner) return kRefused;
     const auto milliseconds = numberAt(arguments, 4);
     if (milliseconds && *milliseconds < -1) {
-        return refuse(interpreter, errorMessage<1227>());
+        return refuse(host, errorMessage<1227>());
     }
     const std::string principal = textAt(arguments, 5).value_or("public");
     const DatabasePrincipal* known = findDatabasePrincipal(principal);
     if (known == nullptr) {
-        return refuse(interpreter, errorMessage<1202>(principal));
+        return refuse(host, errorMessage<1202>(principal));
     }
-    SessionState& session = interpreter.session();
-    if (*owner == LockOwner::Transaction && !session.transaction.open()) {
-        return refuse(interpreter, errorMessage<3918>());
+    Connection& connection = host.connection();
+    if (*owner == LockOwner::Transaction && !connection.inTransaction()) {
+        return refuse(host, errorMessage<3918>());
     }
 
-    Connection& connection = *session.connection;
     LockManager& locks = connection.databases().locks();
-    const LockResource resource{.database = connection.current()->id(),
-                                .application = true,
-                                .principal = std::string(known->name),
-                                .name = *name};
+    const LockResource resource = resourceOf(connection, *known, *name);
     if (taking) {
         auto timeout = connection.lockTimeout();
         if (milliseconds) timeout = std::chrono::milliseconds(*milliseconds);
         if (milliseconds == -1) timeout.reset();
-        return codeOf(locks.take(session.spid, *owner, resource, *mode, timeout, connection.interrupted()));
+        return codeOf(locks.take(connection.spid(), *owner, resource, *mode, timeout, connection.interrupted()));
     }
-    if (locks.release(session.spid, *owner, resource)) return 0;
-    return refuse(interpreter, errorMessage<1223>(known->name, *name));
+    if (locks.release(connection.spid(), *owner, resource)) return 0;
+    return refuse(host, errorMessage<1223>(known->name, *name));
 }
 
 }  // namespace sandbox

@@ -124,9 +124,9 @@ constexpr auto kColumns = std::to_array<Column>({
 
 }  // namespace
 
-void describeFirstResultSet(Interpreter& interpreter, std::string_view text, std::string_view declarations) {
-    const std::vector<ResultColumn> found = interpreter.describe(text, declarations);
-    const std::string collation = interpreter.session().connection->current()->facts().collation;
+void describeFirstResultSet(ProcedureHost& host, std::string_view text, std::string_view declarations) {
+    const std::vector<ResultColumn> found = host.describe(text, declarations);
+    const std::string collation = host.connection().current()->facts().collation;
     std::vector<ResultColumn> columns;
     for (const Column& c : kColumns) columns.push_back({.name = std::string(c.name), .type = c.type});
     std::vector<std::vector<Value>> rows;
@@ -135,7 +135,7 @@ void describeFirstResultSet(Interpreter& interpreter, std::string_view text, std
         std::vector<Value>& row = rows.emplace_back();
         for (const Column& c : kColumns) row.push_back(c.get(described));
     }
-    interpreter.sendRows(columns, rows);
+    host.sendRows(columns, rows);
 }
 
 }  // namespace sandbox

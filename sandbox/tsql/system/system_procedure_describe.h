@@ -6,12 +6,12 @@
 #include <string_view>
 #include <vector>
 
-#include "sandbox/tsql/run/interpreter.h"
+#include "sandbox/tsql/system/procedure_host.h"
 
 namespace sandbox {
 
 // One row for each column of the text's first SELECT; none where it has no SELECT of its own. What keeps the text from
 // being bound is raised.
-void describeFirstResultSet(Interpreter& interpreter, std::string_view text, std::string_view declarations);
+void describeFirstResultSet(ProcedureHost& host, std::string_view text, std::string_view declarations);
 
 }  // namespace sandbox

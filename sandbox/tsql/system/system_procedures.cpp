@@ -6,7 +6,6 @@
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
 #include "sandbox/store/values/error_table.h"
-#include "sandbox/tsql/run/procedures.h"
 #include "sandbox/tsql/system/application_locks.h"
 #include "sandbox/tsql/system/system_procedure_describe.h"
 #include "sandbox/tsql/system/system_procedures_drivers.h"
@@ -25,17 +24,17 @@ using Status = std::optional<std::int32_t>;
 }
 
 // A text of this folder, run as the procedure's body.
-Status runText(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+Status runText(ProcedureHost& host, const SystemProcedure& self, std::vector<CallArgument>& arguments,
                const std::string& database) {
-    return interpreter.runNested(self.text, self.declarations, arguments, 1, database, std::string(self.name));
+    return host.runNested(self.text, self.declarations, arguments, 1, database, std::string(self.name));
 }
 
-Status lockForUser(Interpreter& interpreter, const SystemProcedure&, std::vector<CallArgument>& arguments,
+Status lockForUser(ProcedureHost& host, const SystemProcedure&, std::vector<CallArgument>& arguments,
                    const std::string&) {
-    return userLock(interpreter, arguments);
+    return userLock(host, arguments);
 }
 
-Status refuse(Interpreter&, const SystemProcedure& self, std::vector<CallArgument>&, const std::string&) {
+Status refuse(ProcedureHost&, const SystemProcedure& self, std::vector<CallArgument>&, const std::string&) {
     raise(errorMessage<40510>(self.name), self.name);
 }
 
@@ -48,7 +47,7 @@ std::string unicodeText(const CallArgument& argument, std::string_view parameter
     return text ? *text : std::string();
 }
 
-Status executeSql(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+Status executeSql(ProcedureHost& host, const SystemProcedure& self, std::vector<CallArgument>& arguments,
                   const std::string& database) {
     if (arguments.empty()) {
         raise(errorMessage<201, 10>(self.name, "@statement"), self.name);
@@ -57,7 +56,7 @@ Status executeSql(Interpreter& interpreter, const SystemProcedure& self, std::ve
     const std::string declarations = arguments.size() > 1 ? unicodeText(arguments[1], "@params", self) : "";
     std::vector<CallArgument> rest;
     for (std::size_t i = 2; i < arguments.size(); ++i) rest.push_back(arguments[i]);
-    const Status status = interpreter.runNested(text, declarations, rest, 2, database);
+    const Status status = host.runNested(text, declarations, rest, 2, database, {});
     for (std::size_t i = 0; i < rest.size(); ++i) arguments[i + 2] = std::move(rest[i]);
     return status;
 }
@@ -82,7 +81,7 @@ std::string neededText(const std::vector<CallArgument>& arguments, std::size_t p
     return text;
 }
 
-Status describeResult(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+Status describeResult(ProcedureHost& host, const SystemProcedure& self, std::vector<CallArgument>& arguments,
                       const std::string&) {
     std::array<std::string, 2> texts;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
@@ -93,16 +92,16 @@ Status describeResult(Interpreter& interpreter, const SystemProcedure& self, std
     if (texts[0].empty()) {
         raise(errorMessage<201, 4>(self.name, "@tsql"), self.name);
     }
-    describeFirstResultSet(interpreter, texts[0], texts[1]);
+    describeFirstResultSet(host, texts[0], texts[1]);
     return 0;
 }
 
-Status rename(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+Status rename(ProcedureHost& host, const SystemProcedure& self, std::vector<CallArgument>& arguments,
               const std::string&) {
     const std::string object = neededText(arguments, 0, "@objname", self);
     const std::string newName = neededText(arguments, 1, "@newname", self);
     try {
-        interpreter.renameObject(object, newName, textOf(arguments, 2, "@objtype"));
+        host.renameObject(object, newName, textOf(arguments, 2, "@objtype"));
     } catch (SqlError& error) {
         for (Message& message : error.messages) message.procedure = self.name;
         throw;
@@ -111,18 +110,17 @@ Status rename(Interpreter& interpreter, const SystemProcedure& self, std::vector
 }
 
 // What tells of one object: it must be there.
-Status runForObject(Interpreter& interpreter, const SystemProcedure& self, std::vector<CallArgument>& arguments,
+Status runForObject(ProcedureHost& host, const SystemProcedure& self, std::vector<CallArgument>& arguments,
                     const std::string& database) {
     const std::string object = neededText(arguments, 0, "@objname", self);
-    if (!interpreter.session().connection->findByText(object)) {
-        raise(errorMessage<15009>(object, interpreter.session().database()), self.name);
+    if (!host.connection().findByText(object)) {
+        raise(errorMessage<15009>(object, host.connection().current()->name()), self.name);
     }
-    return runText(interpreter, self, arguments, database);
+    return runText(host, self, arguments, database);
 }
 
-Status resetConnection(Interpreter& interpreter, const SystemProcedure&, std::vector<CallArgument>&,
-                       const std::string&) {
-    interpreter.session().reset(false);
+Status resetConnection(ProcedureHost& host, const SystemProcedure&, std::vector<CallArgument>&, const std::string&) {
+    host.resetSession();
     return 0;
 }
 

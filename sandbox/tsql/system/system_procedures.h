@@ -6,13 +6,14 @@
 #include <string_view>
 #include <vector>
 
-#include "sandbox/tsql/run/interpreter.h"
+#include "sandbox/tsql/syntax/ast.h"
+#include "sandbox/tsql/system/procedure_host.h"
 
 namespace sandbox {
 
 struct SystemProcedure {
     std::string_view name;
-    std::optional<std::int32_t> (*run)(Interpreter& interpreter, const SystemProcedure& self,
+    std::optional<std::int32_t> (*run)(ProcedureHost& host, const SystemProcedure& self,
                                        std::vector<CallArgument>& arguments, const std::string& database);
     std::string_view declarations;  // of those that are T-SQL over the catalogue views
     std::string_view text;

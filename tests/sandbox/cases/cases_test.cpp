@@ -13,7 +13,8 @@ namespace {
 std::vector<Case> allCases() {
     const std::filesystem::path root = TORVIK_SOURCE_DIR;
     std::vector<Case> all;
-    for (const auto& folder : {root / "tests/sandbox/cases", root.parent_path() / "shared/tsql-cases"}) {
+    const std::filesystem::path shared = root.parent_path() / "shared";
+    for (const auto& folder : {root / "tests/sandbox/cases", shared / "tsql-cases", shared / "tsql-found"}) {
         if (!std::filesystem::is_directory(folder)) continue;
         std::vector<std::filesystem::path> files;
         for (const auto& entry : std::filesystem::directory_iterator(folder)) {

@@ -172,6 +172,19 @@ TEST_F(ServerRequests, CursorIsOpenedScrolledAndClosed) {
     EXPECT_TRUE(client.call(kCursorFetch, {number(handle)}).front().starts_with("error 16909 16"));
 }
 
+TEST_F(ServerRequests, SeveralRowSetsComeWithoutACursorWhereTheClientAllowsIt) {
+    constexpr int kAllowDirect = 0x2000;
+    const auto open = [&](int concurrency) {
+        return client.call(kCursorOpen, {nothing(), text("SELECT 1 AS a SELECT 2 AS b"), number(8, true),
+                                         number(concurrency, true), number(0, true)});
+    };
+    const Lines reply = open(kAllowDirect | 1);
+    EXPECT_EQ(Lines(reply.begin(), reply.begin() + 8),
+              (Lines{"cols a int not null", "row 1", "doneinproc 1 more", "cols b int not null", "row 2",
+                     "doneinproc 1 more", "return 0", "output 0  int 0"}));
+    EXPECT_TRUE(open(1).front().starts_with("error 16937 16"));
+}
+
 std::vector<std::uint8_t> transactionMessage(const std::vector<std::uint8_t>& body) {
     Writer out;
     tds::appendHeaders(out);

@@ -84,6 +84,49 @@ TEST(ServerRobustness, MessageBeyondTheLimitEndsTheConnection) {
     EXPECT_TRUE(client.closes());
 }
 
+// More than the server takes in ahead of answering, so that its reading thread waits for room when the connection ends.
+class ClientThatGoesOnSending : public testing::TestWithParam<bool> {};
+
+TEST_P(ClientThatGoesOnSending, LosesItsTransactionAndDoesNotKeepTheServerAlive) {
+    const bool malformedCall = GetParam();
+    ServerOptions o = serverOptions();
+    o.maxMessageBytes = 100000;
+    auto server = std::make_unique<Server>(o);
+    TdsClient other = loggedIn(*server);
+    other.batch("CREATE DATABASE shop");
+    other.batch("USE shop CREATE TABLE t (a int)");
+    TdsClient client = loggedIn(*server);
+    client.batch("USE shop BEGIN TRANSACTION INSERT t VALUES (1)");
+
+    if (malformedCall) client.send(PacketType::Rpc, Buffer{4, 0, 0, 0, 0xFF, 0xFF, 99, 0, 0, 0});
+    try {
+        client.send(PacketType::SqlBatch, Buffer(2'000'000, 'x'));
+    } catch (const std::exception&) {
+        // The server has gone already.
+    }
+
+    EXPECT_TRUE(eventually([&] { return server->connectionCount() == 1; }));
+    EXPECT_EQ(other.batch("INSERT t VALUES (2)").back(), "done 1");
+    EXPECT_EQ(other.batch("SELECT a FROM t")[1], "row 2");
+    const auto start = std::chrono::steady_clock::now();
+    server.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
+INSTANTIATE_TEST_SUITE_P(ServerRobustness, ClientThatGoesOnSending, testing::Values(false, true),
+                         [](const auto& given) { return given.param ? "AfterAMalformedCall" : "BeyondTheLimit"; });
+
+TEST(ServerRobustness, EndsAtOnceWhileARequestRunsAndItsClientGoesOnSending) {
+    auto server = std::make_unique<Server>(serverOptions());
+    TdsClient client = loggedIn(*server);
+    client.sendBatch("WAITFOR DELAY '00:05:00'");
+    ASSERT_TRUE(eventually([&] { return server->faults().requests() == 1; }));
+    client.send(PacketType::SqlBatch, Buffer(2'000'000, 'x'));
+    const auto start = std::chrono::steady_clock::now();
+    server.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+}
+
 TEST(ServerRobustness, MessageWithinAnotherEndsTheConnection) {
     Server server(serverOptions());
     TdsClient client = loggedIn(server);

@@ -142,6 +142,33 @@ TEST_F(ApplicationLockTest, NamesAreComparedByteByByte) {
     EXPECT_EQ(codeOf(*other, "sp_getapplock 'till 1', 'Exclusive', 'Session', 0, 'dbo'"), "0");
 }
 
+TEST_F(ApplicationLockTest, FunctionsTellWhatIsHeldAndWhatCouldBeHad) {
+    const auto tell = [](Session& who, const std::string& mode) {
+        return answer(who,
+                      "SELECT m = APPLOCK_MODE('public', 'till 1', 'Session'), t = APPLOCK_TEST('public', 'till 1', '" +
+                          mode + "', 'Session')");
+    };
+    EXPECT_EQ(tell(session, "Exclusive"), "cols m nvarchar(32), t smallint\nrow 'NoLock'|1\ncount 1\n");
+    EXPECT_EQ(codeOf(session, "sp_getapplock 'till 1', 'Shared', 'Session', 0"), "0");
+    EXPECT_EQ(tell(session, "Exclusive"), "cols m nvarchar(32), t smallint\nrow 'Shared'|1\ncount 1\n");
+    EXPECT_EQ(tell(*other, "Shared"), "cols m nvarchar(32), t smallint\nrow 'NoLock'|1\ncount 1\n");
+    EXPECT_EQ(tell(*other, "Exclusive"), "cols m nvarchar(32), t smallint\nrow 'NoLock'|0\ncount 1\n");
+    EXPECT_EQ(codeOf(session, "sp_getapplock 'till 1', 'IntentExclusive', 'Session', 0"), "0");
+    EXPECT_EQ(tell(session, "Exclusive"), "cols m nvarchar(32), t smallint\nrow 'SharedIntentExclusive'|1\ncount 1\n");
+}
+
+TEST_F(ApplicationLockTest, FunctionsRefuseWhatTheyDoNotKnow) {
+    const auto numberOf = [&](const std::string& expression) {
+        const std::string lines = answer(session, "SELECT a = " + expression);
+        const auto at = lines.find("error ");
+        return at == std::string::npos ? lines : lines.substr(at + 6, lines.find(' ', at + 6) - at - 6);
+    };
+    EXPECT_EQ(numberOf("APPLOCK_MODE('nobody', 'r', 'Session')"), "1202");
+    EXPECT_EQ(numberOf("APPLOCK_MODE('public', 'r', 'Nobody')"), "1226");
+    EXPECT_EQ(numberOf("APPLOCK_MODE('public', 'r', 'Transaction')"), "3918");
+    EXPECT_EQ(numberOf("APPLOCK_TEST('public', 'r', 'Big', 'Session')"), "1225");
+}
+
 TEST_F(ApplicationLockTest, WrongCallsAreRefused) {
     const struct {
         std::string call;
