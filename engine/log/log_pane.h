@@ -23,13 +23,13 @@ public:
 
 class StringListPane : public ILogPane {
 public:
-    void AddLine(const QString& line) override { _lines.append(line); }
-    [[nodiscard]] QStringList Lines() const override { return _lines; }
-    void Clear() override { _lines.clear(); }
+    void AddLine(const QString& line) override { lines_.append(line); }
+    [[nodiscard]] QStringList Lines() const override { return lines_; }
+    void Clear() override { lines_.clear(); }
     void SetColor(PaneColor) override {}
 
 private:
-    QStringList _lines;
+    QStringList lines_;
 };
 
 // Writes lines as a text file in UTF-8; raises EngineError with the file name when it cannot.

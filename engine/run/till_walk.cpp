@@ -7,6 +7,7 @@
 #include "engine/db/session.h"
 #include "engine/office/application_lock.h"
 #include "engine/run/run_parts.h"
+#include "engine/status/oppgjor_status.h"
 
 namespace torvik {
 
@@ -14,18 +15,41 @@ using Connecting = TillWalkPlan::Connecting;
 using Waiting = TillWalkPlan::Waiting;
 using CancelTest = TillWalkPlan::CancelTest;
 
+namespace {
+
+// The status frame marks the till while this lives.
+class RunningTill {
+public:
+    RunningTill(TfraOppgjorStatus* status, const TillIdentity& till) : status_(status) {
+        if (status_) status_->BeginTill(till.Avdelingsnummer, till.Kassenummer);
+    }
+    ~RunningTill() {
+        if (status_) status_->EndTill();
+    }
+    RunningTill(const RunningTill&) = delete;
+    RunningTill& operator=(const RunningTill&) = delete;
+
+private:
+    TfraOppgjorStatus* status_;
+};
+
+}  // namespace
+
 TillWalk::TillWalk(RunParts& parts, TillWalkPlan plan) : parts_(parts), plan_(std::move(plan)) {}
 
 void TillWalk::Run() {
     db::Query& tills = parts_.Roster.Qry();
     while (!tills.Eof()) {
         const TillIdentity till = TillIdentity::Of(tills);
-        if (!serve(till)) {
-            postpone(till);
-            tills.Next();
-            continue;
+        {
+            const RunningTill running(parts_.Status.get(), till);
+            if (!serve(till)) {
+                postpone(till);
+                tills.Next();
+                continue;
+            }
+            finish(till);
         }
-        finish(till);
         moveOn(till);
     }
     servePostponed();
@@ -108,6 +132,7 @@ void TillWalk::postpone(const TillIdentity& till) {
 void TillWalk::servePostponed() {
     for (const TillIdentity& till : std::exchange(postponed_, {})) {
         if (plan_.Wait == Waiting::BetweenTills) parts_.Control.WaitRetryTime();
+        const RunningTill running(parts_.Status.get(), till);
         if (!locate(till)) {
             plan_.Failed(till, EngineError(QStringLiteral("Kassen (avd. %1, kasse %2) finnes ikke lenger i utvalget")
                                                .arg(till.Avdelingsnummer, till.Kassenummer)));

@@ -39,16 +39,16 @@ QVariant rawValue(const LogEntryRow& row, int column) {
 }  // namespace
 
 void LogEntryTable::Open() {
-    _active = true;
+    active_ = true;
 }
 
 void LogEntryTable::Close() {
     beginResetModel();
-    _active = false;
-    _rows.clear();
-    _rowsOfTill.clear();
-    _tillsWithErrors.clear();
-    _lastRecId = 0;
+    active_ = false;
+    rows_.clear();
+    rowsOfTill_.clear();
+    tillsWithErrors_.clear();
+    lastRecId_ = 0;
     endResetModel();
 }
 
@@ -57,30 +57,30 @@ void LogEntryTable::Append(std::vector<LogEntryRow> rows) {
     const int first = RecordCount();
     beginInsertRows({}, first, first + static_cast<int>(rows.size()) - 1);
     for (LogEntryRow& row : rows) {
-        row.RecId = ++_lastRecId;
+        row.RecId = ++lastRecId_;
         row.Kassenr.truncate(kKassenrWidth);
         const Till till{row.Ik_Ku_Id, row.Kassenr};
-        _rowsOfTill[till].push_back(RecordCount());
-        if (row.Severity == kls_Error) _tillsWithErrors.insert(till);
-        _rows.push_back(std::move(row));
+        rowsOfTill_[till].push_back(RecordCount());
+        if (row.Severity == kls_Error) tillsWithErrors_.insert(till);
+        rows_.push_back(std::move(row));
     }
     endInsertRows();
 }
 
 void LogEntryTable::SetFiltered(bool value) {
-    if (value == _filtered) return;
-    _filtered = value;
+    if (value == filtered_) return;
+    filtered_ = value;
     Q_EMIT FilterChanged();
 }
 
 bool LogEntryTable::Shows(int row) const {
-    return !_filtered || Row(row).Severity == kls_Error;
+    return !filtered_ || Row(row).Severity == kls_Error;
 }
 
 std::vector<int> LogEntryTable::RowsOf(int ikKuId, const QString& kassenr) const {
     std::vector<int> shown;
-    const auto found = _rowsOfTill.constFind({ikKuId, kassenr});
-    if (found == _rowsOfTill.constEnd()) return shown;
+    const auto found = rowsOfTill_.constFind({ikKuId, kassenr});
+    if (found == rowsOfTill_.constEnd()) return shown;
     for (int row : *found) {
         if (Shows(row)) shown.push_back(row);
     }
@@ -88,7 +88,7 @@ std::vector<int> LogEntryTable::RowsOf(int ikKuId, const QString& kassenr) const
 }
 
 bool LogEntryTable::HasError(int ikKuId, const QString& kassenr) const {
-    return _tillsWithErrors.contains({ikKuId, kassenr});
+    return tillsWithErrors_.contains({ikKuId, kassenr});
 }
 
 int LogEntryTable::rowCount(const QModelIndex& parent) const {

@@ -31,18 +31,18 @@ public:
 
     using QAbstractTableModel::QAbstractTableModel;
 
-    [[nodiscard]] bool Active() const { return _active; }
+    [[nodiscard]] bool Active() const { return active_; }
     void Open();
     // Empties the table.
     void Close();
     // Adds the rows in order, each with a RecId of its own, and tells the views once.
     void Append(std::vector<LogEntryRow> rows);
 
-    [[nodiscard]] int RecordCount() const { return static_cast<int>(_rows.size()); }
-    [[nodiscard]] const LogEntryRow& Row(int row) const { return _rows[static_cast<size_t>(row)]; }
+    [[nodiscard]] int RecordCount() const { return static_cast<int>(rows_.size()); }
+    [[nodiscard]] const LogEntryRow& Row(int row) const { return rows_[static_cast<size_t>(row)]; }
 
     // With the filter on only rows with Severity 3 show.
-    [[nodiscard]] bool Filtered() const { return _filtered; }
+    [[nodiscard]] bool Filtered() const { return filtered_; }
     void SetFiltered(bool value);
     [[nodiscard]] bool Shows(int row) const;
     // The rows of one till, in order, that the filter lets through.
@@ -64,12 +64,12 @@ Q_SIGNALS:
 private:
     using Till = std::pair<int, QString>;
 
-    bool _active = false;
-    bool _filtered = false;
-    int _lastRecId = 0;
-    std::vector<LogEntryRow> _rows;
-    QHash<Till, std::vector<int>> _rowsOfTill;
-    QSet<Till> _tillsWithErrors;
+    bool active_ = false;
+    bool filtered_ = false;
+    int lastRecId_ = 0;
+    std::vector<LogEntryRow> rows_;
+    QHash<Till, std::vector<int>> rowsOfTill_;
+    QSet<Till> tillsWithErrors_;
 };
 
 }  // namespace torvik

@@ -1,5 +1,7 @@
-// The status frame's operations on its two tables, and the views' order and filter.
+// The status frame's operations on its two tables.
 #include "engine/status/oppgjor_status.h"
+
+#include <utility>
 
 #include "engine/base/abort.h"
 
@@ -45,11 +47,26 @@ void TfraOppgjorStatus::Clear() {
     memOppgjorStatus.Open();
     memLogEntries.Open();
     SetCurrentRow(-1);
+    setRunningRow(-1);
+}
+
+void TfraOppgjorStatus::BeginTill(const QString& AvdNr, const QString& KasseNr) {
+    setRunningRow(memOppgjorStatus.Locate(AvdNr, KasseNr));
+}
+
+void TfraOppgjorStatus::EndTill() {
+    setRunningRow(-1);
+}
+
+void TfraOppgjorStatus::setRunningRow(int row) {
+    if (row == runningRow_) return;
+    const int before = std::exchange(runningRow_, row);
+    Q_EMIT RunningRowChanged(before, row);
 }
 
 void TfraOppgjorStatus::SetCurrentRow(int row) {
-    if (row == _currentRow) return;
-    _currentRow = row;
+    if (row == currentRow_) return;
+    currentRow_ = row;
     Q_EMIT CurrentRowChanged(row);
 }
 
@@ -129,37 +146,6 @@ void TfraOppgjorStatus::change(const QString& AvdNr, const QString& KasseNr, Cha
     OppgjorStatusRow row = memOppgjorStatus.Row(found);
     set(row);
     post(found, std::move(row));
-}
-
-OppgjorStatusMasterView::OppgjorStatusMasterView(TfraOppgjorStatus& frame, QObject* parent)
-    : QSortFilterProxyModel(parent) {
-    setSourceModel(&frame.memOppgjorStatus);
-    sort(0);
-}
-
-bool OppgjorStatusMasterView::lessThan(const QModelIndex& left, const QModelIndex& right) const {
-    const auto& table = static_cast<const OppgjorStatusTable&>(*sourceModel());
-    const OppgjorStatusRow& a = table.Row(left.row());
-    const OppgjorStatusRow& b = table.Row(right.row());
-    if (a.AvdnrSort != b.AvdnrSort) return a.AvdnrSort > b.AvdnrSort;
-    return a.Avdnr < b.Avdnr;
-}
-
-LogEntryDetailView::LogEntryDetailView(TfraOppgjorStatus& frame, QObject* parent)
-    : QSortFilterProxyModel(parent), _entries(frame.memLogEntries) {
-    setSourceModel(&_entries);
-    connect(&_entries, &LogEntryTable::FilterChanged, this, [this] { invalidateFilter(); });
-}
-
-void LogEntryDetailView::SetTill(int Ik_Ku_Id, const QString& Kassenr) {
-    _ikKuId = Ik_Ku_Id;
-    _kassenr = Kassenr.trimmed();
-    invalidateFilter();
-}
-
-bool LogEntryDetailView::filterAcceptsRow(int row, const QModelIndex&) const {
-    const LogEntryRow& entry = _entries.Row(row);
-    return entry.Ik_Ku_Id == _ikKuId && entry.Kassenr == _kassenr && _entries.Shows(row);
 }
 
 }  // namespace torvik

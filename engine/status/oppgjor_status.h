@@ -1,10 +1,9 @@
 // The run status that the operator sees, without its window: one row per till in memOppgjorStatus and under it the
-// till's log lines in memLogEntries. Runs write it through the operations; the window shows MasterView with one
-// DetailView for each master row. See docs/run-status.md.
+// till's log lines in memLogEntries. Runs write it through the operations; the window shows both tables as one tree.
+// See docs/run-status.md.
 #pragma once
 
 #include <QObject>
-#include <QSortFilterProxyModel>
 #include <QString>
 #include <QTime>
 
@@ -36,9 +35,8 @@ public:
     void Clear();
 
     // Makes or changes the till's row. OK goes to the column that OppgjorStatusType names; AppendMsg is put behind the
-    // messages so far; an invalid TidBrukt is null; a
-    // negative NumDaysSinceLastBackup leaves that column as it is. Raises EngineError when AvdNr is
-    // not a number.
+    // messages so far; an invalid TidBrukt is null; a negative NumDaysSinceLastBackup leaves that column as it is.
+    // Raises EngineError when AvdNr is not a number.
     void SetStatus(int Ik_Ku_Id, const QString& AvdNr, const QString& AvdNavn, const QString& KasseNr,
                    TOppgjorStatusType OppgjorStatusType, TOKStatus OK, const QString& AppendMsg, QTime TidBrukt,
                    int NumDaysSinceLastBackup);
@@ -54,8 +52,12 @@ public:
     void SetErrorsOnly(bool value) { memLogEntries.SetFiltered(value); }
 
     // The current master row as a row number of memOppgjorStatus, -1 for none.
-    [[nodiscard]] int CurrentRow() const { return _currentRow; }
+    [[nodiscard]] int CurrentRow() const { return currentRow_; }
     void SetCurrentRow(int row);
+    // The row of the till that the run is at, -1 for none. A walk tells when it begins at a till and when it leaves it.
+    [[nodiscard]] int RunningRow() const { return runningRow_; }
+    void BeginTill(const QString& AvdNr, const QString& KasseNr);
+    void EndTill();
     void ExpandAll() { Q_EMIT AllExpanded(); }
     void CollapseAll() { Q_EMIT AllCollapsed(); }
     // The window repaints now.
@@ -66,6 +68,7 @@ Q_SIGNALS:
     void AllExpanded();
     void AllCollapsed();
     void CurrentRowChanged(int row);
+    void RunningRowChanged(int before, int now);
     void RefreshWanted();
 
 private:
@@ -74,35 +77,10 @@ private:
     template <typename Change>
     void change(const QString& AvdNr, const QString& KasseNr, Change set);
 
-    int _currentRow = -1;
-};
+    void setRunningRow(int row);
 
-// The master grid's order: AvdnrSort descending, then Avdnr ascending.
-class OppgjorStatusMasterView : public QSortFilterProxyModel {
-    Q_OBJECT
-
-public:
-    explicit OppgjorStatusMasterView(TfraOppgjorStatus& frame, QObject* parent = nullptr);
-
-protected:
-    [[nodiscard]] bool lessThan(const QModelIndex& left, const QModelIndex& right) const override;
-};
-
-// The log lines of one till, through the filter.
-class LogEntryDetailView : public QSortFilterProxyModel {
-    Q_OBJECT
-
-public:
-    explicit LogEntryDetailView(TfraOppgjorStatus& frame, QObject* parent = nullptr);
-    void SetTill(int Ik_Ku_Id, const QString& Kassenr);
-
-protected:
-    [[nodiscard]] bool filterAcceptsRow(int row, const QModelIndex& parent) const override;
-
-private:
-    LogEntryTable& _entries;
-    int _ikKuId = 0;
-    QString _kassenr;
+    int currentRow_ = -1;
+    int runningRow_ = -1;
 };
 
 }  // namespace torvik

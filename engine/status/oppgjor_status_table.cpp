@@ -90,20 +90,20 @@ QString OppgjorStatusSums::GroupText() const {
 }
 
 void OppgjorStatusTable::Open() {
-    _active = true;
+    active_ = true;
 }
 
 void OppgjorStatusTable::Close() {
     beginResetModel();
-    _active = false;
-    _rows.clear();
-    _rowOfKey.clear();
-    _lastRecId = 0;
+    active_ = false;
+    rows_.clear();
+    rowOfKey_.clear();
+    lastRecId_ = 0;
     endResetModel();
 }
 
 int OppgjorStatusTable::Locate(const QString& avdnr, const QString& kassenr) const {
-    return _rowOfKey.value({avdnr, kassenr}, -1);
+    return rowOfKey_.value({avdnr, kassenr}, -1);
 }
 
 void OppgjorStatusTable::fit(OppgjorStatusRow& row) {
@@ -116,34 +116,41 @@ void OppgjorStatusTable::fit(OppgjorStatusRow& row) {
 int OppgjorStatusTable::Append(OppgjorStatusRow row) {
     const int number = RecordCount();
     fit(row);
-    row.RecId = ++_lastRecId;
+    row.RecId = ++lastRecId_;
     beginInsertRows({}, number, number);
-    if (Locate(row.Avdnr, row.Kassenr) < 0) _rowOfKey.insert({row.Avdnr, row.Kassenr}, number);
-    _rows.push_back(std::move(row));
+    if (Locate(row.Avdnr, row.Kassenr) < 0) rowOfKey_.insert({row.Avdnr, row.Kassenr}, number);
+    rows_.push_back(std::move(row));
     endInsertRows();
     return number;
 }
 
 void OppgjorStatusTable::Post(int row, OppgjorStatusRow value) {
-    OppgjorStatusRow& stored = _rows[static_cast<size_t>(row)];
+    OppgjorStatusRow& stored = rows_[static_cast<size_t>(row)];
     fit(value);
     value.RecId = stored.RecId;
     if (value.Avdnr != stored.Avdnr || value.Kassenr != stored.Kassenr) {
-        _rowOfKey.remove({stored.Avdnr, stored.Kassenr});
-        _rowOfKey.insert({value.Avdnr, value.Kassenr}, row);
+        rowOfKey_.remove({stored.Avdnr, stored.Kassenr});
+        rowOfKey_.insert({value.Avdnr, value.Kassenr}, row);
     }
     stored = std::move(value);
     Q_EMIT dataChanged(index(row, 0), index(row, ColumnCount - 1));
 }
 
+// Views hear of the rows between the first and the last that differ: as a rule the one till that has just been served.
 void OppgjorStatusTable::PostIcons(const std::vector<int>& icons) {
-    if (_rows.empty()) return;
-    for (size_t i = 0; i < _rows.size() && i < icons.size(); ++i) _rows[i].StatusIcon = icons[i];
-    Q_EMIT dataChanged(index(0, StatusIcon), index(RecordCount() - 1, StatusIcon));
+    int first = -1;
+    int last = -1;
+    for (size_t i = 0; i < rows_.size() && i < icons.size(); ++i) {
+        if (rows_[i].StatusIcon == icons[i]) continue;
+        rows_[i].StatusIcon = icons[i];
+        last = static_cast<int>(i);
+        if (first < 0) first = last;
+    }
+    if (first >= 0) Q_EMIT dataChanged(index(first, StatusIcon), index(last, StatusIcon));
 }
 
 OppgjorStatusSums OppgjorStatusTable::Sums() const {
-    std::vector<int> all(_rows.size());
+    std::vector<int> all(rows_.size());
     for (size_t i = 0; i < all.size(); ++i) all[i] = static_cast<int>(i);
     return Sums(all);
 }

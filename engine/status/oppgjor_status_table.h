@@ -70,20 +70,20 @@ public:
 
     using QAbstractTableModel::QAbstractTableModel;
 
-    [[nodiscard]] bool Active() const { return _active; }
+    [[nodiscard]] bool Active() const { return active_; }
     void Open();
     // Empties the table.
     void Close();
 
-    [[nodiscard]] int RecordCount() const { return static_cast<int>(_rows.size()); }
-    [[nodiscard]] const OppgjorStatusRow& Row(int row) const { return _rows[static_cast<size_t>(row)]; }
+    [[nodiscard]] int RecordCount() const { return static_cast<int>(rows_.size()); }
+    [[nodiscard]] const OppgjorStatusRow& Row(int row) const { return rows_[static_cast<size_t>(row)]; }
     // The row with exactly this key, or -1.
     [[nodiscard]] int Locate(const QString& avdnr, const QString& kassenr) const;
     // Adds the row with a RecId of its own, text cut to its column's width, and gives its number.
     int Append(OppgjorStatusRow row);
     // Writes a whole row back.
     void Post(int row, OppgjorStatusRow value);
-    // Sets the icons of all rows, one for each, and tells the views once.
+    // Sets the icons of all rows, one for each; views hear of it once, and not at all when none has changed.
     void PostIcons(const std::vector<int>& icons);
 
     [[nodiscard]] OppgjorStatusSums Sums() const;
@@ -101,10 +101,10 @@ private:
     using Key = std::pair<QString, QString>;
     static void fit(OppgjorStatusRow& row);
 
-    bool _active = false;
-    int _lastRecId = 0;
-    std::vector<OppgjorStatusRow> _rows;
-    QHash<Key, int> _rowOfKey;
+    bool active_ = false;
+    int lastRecId_ = 0;
+    std::vector<OppgjorStatusRow> rows_;
+    QHash<Key, int> rowOfKey_;
 };
 
 }  // namespace torvik

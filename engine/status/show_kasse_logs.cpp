@@ -1,20 +1,12 @@
+// From the work list's logs to the status frame: rows and icons go in as one change each.
 #include "engine/status/show_kasse_logs.h"
 
 #include "engine/status/oppgjor_status.h"
+#include "engine/status/till_state.h"
 
 namespace torvik {
 
 namespace {
-
-int statusIcon(const OppgjorStatusRow& row, const LogEntryTable& entries, const TTasks& tasks) {
-    if (row.Ik_Ku_Id && entries.HasError(*row.Ik_Ku_Id, row.Kassenr.trimmed())) return kls_Error;
-    const bool fetching = tasks.contains(taHent);
-    const bool sending = tasks.contains(taSend);
-    if (row.Hentet == false && fetching) return kls_Error;
-    if (row.Sendt == false && sending) return kls_Error;
-    if ((!row.Hentet && fetching) || (!row.Sendt && sending)) return klsNone;
-    return kls_OK;
-}
 
 template <typename Each>
 void forEachShown(TKasseCollection& tills, bool onlyNew, Each each) {
@@ -58,7 +50,7 @@ void ShowKasseLogs(bool ClearFirst, TKasseCollection& KasseCollection, bool Only
 
     std::vector<int> icons(static_cast<size_t>(Frame->memOppgjorStatus.RecordCount()));
     for (size_t row = 0; row < icons.size(); ++row)
-        icons[row] = statusIcon(Frame->memOppgjorStatus.Row(static_cast<int>(row)), Frame->memLogEntries, Tasks);
+        icons[row] = TillIcon(Frame->memOppgjorStatus.Row(static_cast<int>(row)), Frame->memLogEntries, Tasks);
     Frame->memOppgjorStatus.PostIcons(icons);
     Frame->ExpandAll();
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/base/abort.h"
+#include "engine/status/till_state.h"
 #include "tests/engine/signal_count.h"
 #include "tests/support/qt_print.h"
 
@@ -193,19 +194,6 @@ TEST(StatusFrame, CaptionsOfTheGrids) {
     EXPECT_EQ(TfraOppgjorStatus::NoDataText(), QStringLiteral("<Ikke noe data å vise>"));
 }
 
-TEST(StatusFrame, MasterViewSortsByDepartmentNumberDownwards) {
-    TfraOppgjorStatus frame;
-    OppgjorStatusMasterView view(frame);
-    for (const char16_t* avd : {u"2", u"10", u"010", u"1"}) {
-        frame.SetStatus(1, QString::fromUtf16(avd), {}, kKasse, ostDoNotSet, oksNull, {}, QTime(), -1);
-    }
-    QStringList shown;
-    for (int row = 0; row < view.rowCount(); ++row)
-        shown.append(view.index(row, OppgjorStatusTable::Avdnr).data().toString());
-    EXPECT_EQ(shown,
-              (QStringList{QStringLiteral("010"), QStringLiteral("10"), QStringLiteral("2"), QStringLiteral("1")}));
-}
-
 TEST(StatusFrame, FooterSums) {
     TfraOppgjorStatus frame;
     for (int till = 1; till <= 3; ++till) {
@@ -230,11 +218,8 @@ protected:
         });
     }
     [[nodiscard]] QStringList detailOf(int ikKuId) {
-        LogEntryDetailView view(frame);
-        view.SetTill(ikKuId, kKasse);
         QStringList shown;
-        for (int row = 0; row < view.rowCount(); ++row)
-            shown.append(view.index(row, LogEntryTable::Msg).data().toString());
+        for (const int row : frame.memLogEntries.RowsOf(ikKuId, kKasse)) shown.append(frame.memLogEntries.Row(row).Msg);
         return shown;
     }
 
@@ -249,13 +234,70 @@ TEST_F(DetailFilter, TillWithoutErrorsShowsAnEmptyDetail) {
 }
 
 TEST_F(DetailFilter, TurningItOffShowsAll) {
-    LogEntryDetailView view(frame);
-    view.SetTill(1, kKasse);
     frame.SetErrorsOnly(true);
-    EXPECT_EQ(view.rowCount(), 1);
+    EXPECT_EQ(detailOf(1).size(), 1);
     frame.SetErrorsOnly(false);
-    EXPECT_EQ(view.rowCount(), 2);
+    EXPECT_EQ(detailOf(1).size(), 2);
     EXPECT_EQ(detailOf(2), QStringList{QStringLiteral("advarsel")});
+}
+
+class States : public testing::Test {
+protected:
+    // A till with this icon.
+    void till(int department, int icon) {
+        const QString avdnr = QString::number(department);
+        frame.SetStatus(department, avdnr, {}, kKasse, ostDoNotSet, oksNull, {}, QTime(), -1);
+        icons.push_back(icon);
+        frame.memOppgjorStatus.PostIcons(icons);
+    }
+    TfraOppgjorStatus frame;
+    std::vector<int> icons;
+};
+
+TEST_F(States, AreCountedByIconAndTheRunningTillByItself) {
+    till(1, kls_OK);
+    till(2, kls_Error);
+    till(3, klsNone);
+    till(4, kls_OK);
+    till(5, klsNone);
+    frame.BeginTill(QStringLiteral("5"), kKasse);
+    EXPECT_EQ(CountTillStates(frame), (std::array{1, 1, 1, 2})) << "failed, running, waiting, done";
+    EXPECT_EQ(TillStateOf(frame, 4), TillState::Running);
+    frame.EndTill();
+    EXPECT_EQ(CountTillStates(frame), (std::array{1, 0, 2, 2}));
+}
+
+TEST_F(States, RunningRowIsToldWhenItMovesAndFallsWithTheTable) {
+    till(1, klsNone);
+    till(2, klsNone);
+    std::vector<std::pair<int, int>> told;
+    QObject::connect(&frame, &TfraOppgjorStatus::RunningRowChanged, &frame,
+                     [&](int before, int now) { told.emplace_back(before, now); });
+    frame.BeginTill(QStringLiteral("2"), kKasse);
+    frame.BeginTill(QStringLiteral("1"), kKasse);
+    frame.BeginTill(QStringLiteral("1"), kKasse);
+    frame.Clear();
+    EXPECT_EQ(frame.RunningRow(), -1);
+    frame.BeginTill(QStringLiteral("9"), kKasse);
+    EXPECT_EQ(frame.RunningRow(), -1) << "a till without a row";
+    EXPECT_EQ(told, (std::vector<std::pair<int, int>>{{-1, 1}, {1, 0}, {0, -1}}));
+}
+
+TEST_F(States, IconsThatDoNotChangeAreNotTold) {
+    till(1, kls_OK);
+    till(2, kls_Error);
+    int first = -1;
+    int last = -1;
+    QObject::connect(&frame.memOppgjorStatus, &QAbstractItemModel::dataChanged, &frame,
+                     [&](const QModelIndex& from, const QModelIndex& to) {
+                         first = from.row();
+                         last = to.row();
+                     });
+    frame.memOppgjorStatus.PostIcons({kls_OK, kls_Error});
+    EXPECT_EQ(first, -1);
+    frame.memOppgjorStatus.PostIcons({kls_OK, kls_OK});
+    EXPECT_EQ(first, 1);
+    EXPECT_EQ(last, 1);
 }
 
 }  // namespace
