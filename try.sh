@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds TorvikPosSync, starts a demo chain of a back office and five tills, and opens the program on it. Without a display
-# it does so under a virtual one, and the program fetches by itself. Everything it writes is in the folder try/.
-#   ./try.sh          ends when the program has been closed, or has fetched
+# it does so under a virtual one, and the program does a whole night by itself: it fetches, accumulates, saves its logs and
+# mails them to a mail server started for it. Everything it writes is in the folder try/.
+#   ./try.sh          ends when the program has been closed, or its night has ended
 #   ./try.sh --keep   leaves the demo chain running until Ctrl-C
 set -euo pipefail
 cd "$(dirname "$0")"
@@ -10,7 +11,7 @@ keep=
 case "${1:-}" in
     --keep) keep=1 ;;
     "") ;;
-    *) sed -n '2,5s/^# \{0,1\}//p' "$0"; exit 2 ;;
+    *) sed -n '2,6s/^# \{0,1\}//p' "$0"; exit 2 ;;
 esac
 
 folder=$PWD/try
@@ -71,6 +72,14 @@ cp build/dev/bin/TorvikPosSync "$folder/program/"
 printf '[Filter]\nButikktyper=\n' >"$folder/program/TorvikPosSync.ini"
 headless=
 [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] || headless=1
+# Mail goes to port 25, which only root may listen on.
+mail=
+if [ -n "$headless" ] && [ "$(id -u)" -eq 0 ]; then
+    /usr/bin/python3 tests/shell/night/smtp_server.py "$folder/mail.json" --port 25 >"$folder/mail-server.txt" 2>&1 &
+    pids+=($!)
+    for _ in $(seq 100); do [ -s "$folder/mail-server.txt" ] && break; sleep 0.1; done
+    [ "$(cat "$folder/mail-server.txt")" = 25 ] && mail=1
+fi
 # The clock of the automatic run ticks every 30 seconds; the minute three quarters of a minute ahead is never missed.
 cat >"$folder/settings/Vestmar/TorvikPosSync.conf" <<CONF
 [General]
@@ -78,6 +87,14 @@ Timeout=1
 KunHent=true
 AutoStartTime=$(date -d '+45 seconds' +%H:%M):00
 cbAutoStart=$([ -n "$headless" ] && echo true || echo false)
+
+[Smtp]
+AutomaticAccumulate=true
+AutomaticUpdateStatistics=true
+Active=$([ -n "$mail" ] && echo true || echo false)
+Server=127.0.0.1
+Sender=kasse@torvik.example
+Receipients="drift@torvik.example,vakt@torvik.example"
 CONF
 
 run_program() { # takes the shell's place: call it in one of its own
@@ -87,7 +104,7 @@ run_program() { # takes the shell's place: call it in one of its own
 }
 
 if [ -n "$headless" ]; then
-    echo "== No display: opening the program on a virtual one, armed to fetch at the next full minute"
+    echo "== No display: opening the program on a virtual one, armed for a night that begins at the next full minute"
     Xvfb -displayfd 3 -screen 0 1400x900x24 -nolisten tcp 3>"$folder/display.txt" 2>/dev/null &
     pids+=($!)
     for _ in $(seq 100); do [ -s "$folder/display.txt" ] && break; sleep 0.1; done
@@ -102,6 +119,7 @@ if [ -n "$headless" ]; then
         sleep 0.1
     done
     compgen -G "$folder/program/Log/*/TorvikPosError.rtf" >/dev/null || { echo "the program did not fetch within three minutes"; exit 1; }
+    [ -z "$mail" ] || for _ in $(seq 100); do [ -s "$folder/mail.json" ] && break; sleep 0.1; done
     sleep 1
     import -window root "$folder/screenshot.png"
     kill -TERM "$program_pid"
@@ -119,8 +137,33 @@ for entry in "${databases[@]}"; do
     LC_ALL=C join -t "$(printf '\t')" -a 2 -e 0 -o 0,1.2,2.2 "$folder/before ${name//\//-}.txt" "$folder/after ${name//\//-}.txt" |
         awk -F '\t' '$2 != 0 || $3 != 0 { printf "  %-34s %6d -> %6d%s\n", $1, $2, $3, $2 == $3 ? "" : "  *" }'
 done
-echo "== Logs: $folder/program/Log, $folder/program/TorvikPos.log"
+echo "== Logs: $folder/program/TorvikPos.log"
+for night in "$folder"/program/Log/*/TorvikPos.rtf; do
+    [ -e "$night" ] && (cd "${night%/*}" && echo "   of the night, in $PWD:" && ls -l | awk 'NR > 1 { print "     " $NF, $5, "bytes" }')
+done
+if [ -s "$folder/mail.json" ]; then
+    echo "== Mail"
+    /usr/bin/python3 - "$folder/mail.json" <<'PYTHON'
+import json, sys
+for line in open(sys.argv[1], encoding="utf-8"):
+    mail = json.loads(line)
+    print("   from", mail["from"], "to", mail["to"])
+    print("   subject:", mail["subject"])
+    print("   text:", mail["body"].strip())
+    for name, content in mail["attachments"].items():
+        print("   attached:", name, len(content), "bytes")
+PYTHON
+fi
 [ -z "$headless" ] || echo "== Screenshot: $folder/screenshot.png"
+
+rows_of() { # FILE-PREFIX TABLE
+    awk -F '\t' -v table="$2" 'tolower($1) == tolower(table) { print $2 }' "$folder/$1 back office.txt"
+}
+errors=$(wc -l <"$folder/program/TorvikPosError.log" 2>/dev/null || echo 0)
+echo
+echo "The back office has $(rows_of after PosOppgjor) settlements and $(rows_of after PosOrdre) sales; before there were $(rows_of before PosOppgjor) and $(rows_of before PosOrdre)."
+echo "The days' sales that the reports read are $(rows_of after PosDagsalg) rows; the error log has $errors lines."
+if [ -s "$folder/mail.json" ]; then echo "The night's logs are saved and have been mailed."; else echo "The logs are saved; no mail was sent."; fi
 
 if [ -n "$keep" ]; then
     echo "== The demo chain is running. Connect with, for example:"

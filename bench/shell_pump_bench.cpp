@@ -12,7 +12,7 @@
 #include "bench/figure.h"
 #include "sandbox/chain/demo_chain.h"
 #include "shell/main_window.h"
-#include "shell/settings.h"
+#include "shell/settings/settings_store.h"
 #include "tests/support/data_link.h"
 
 namespace {

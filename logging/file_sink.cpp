@@ -1,3 +1,4 @@
+// Opens, appends and closes for each event, so that the file may be moved or read at any time.
 #include "logging/file_sink.h"
 
 #include <QDir>

@@ -1,3 +1,5 @@
+// Tells UTF-16 and UTF-8 by their marks, takes anything else that is not UTF-8 for Latin-1, and leaves the rest to the
+// library.
 #include "logging/ini_file.h"
 
 #define SI_NO_CONVERSION

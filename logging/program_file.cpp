@@ -1,3 +1,4 @@
+// The path as the system knows it: no QCoreApplication has to exist for it.
 #include "logging/program_file.h"
 
 #include <QCoreApplication>

@@ -8,7 +8,7 @@ namespace torvik {
 // Full path of the executable.
 [[nodiscard]] QString programFile();
 
-// The version that stands in the executable; raises std::runtime_error when it has none.
+// The version of the executable; raises std::runtime_error when it has none.
 [[nodiscard]] QString programVersion();
 
 }  // namespace torvik

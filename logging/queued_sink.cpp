@@ -1,3 +1,4 @@
+// One thread for each queue, joined when the sink goes.
 #include "logging/queued_sink.h"
 
 #include <chrono>

@@ -1,3 +1,4 @@
+// The file of the day, changed at the first event after midnight.
 #include "logging/rolling_file_sink.h"
 
 #include <QDir>

@@ -1,3 +1,4 @@
+// One POST for each event; what the server does not take is only in the file.
 #include "logging/seq_sink.h"
 
 namespace torvik {

@@ -1,3 +1,4 @@
+// The sinks that the ini file asks for, each behind a queue of its own, and the properties of every event.
 #include "logging/setup_logging.h"
 
 #include "logging/ini_file.h"

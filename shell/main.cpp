@@ -2,15 +2,16 @@
 #include <QApplication>
 #include <QDate>
 #include <QFileInfo>
+#include <QTimer>
 
 #include "engine/base/abort.h"
 #include "logging/program_file.h"
 #include "logging/setup_logging.h"
-#include "shell/application_folder.h"
 #include "shell/main_window.h"
-#include "shell/settings.h"
-#include "shell/start_message.h"
-#include "shell/termination.h"
+#include "shell/settings/settings_store.h"
+#include "shell/start/application_folder.h"
+#include "shell/start/start_message.h"
+#include "shell/start/termination.h"
 #include "torvik_version.h"
 
 namespace torvik {
@@ -46,14 +47,24 @@ void setUpLogging(const QString& folder) {
 }
 
 void runWindow(Application& application, const ShowMessage& showMessage) {
-    // A signal that comes while the window is made is served once the message loop runs.
-    onTerminationSignal([&application] {
-        if (application.window) application.window->close();
+    // A signal that comes while the window is made closes the message that may stand there, and is served once the
+    // window is made.
+    bool terminated = false;
+    onTerminationSignal([&application, &terminated] {
+        terminated = true;
+        if (application.window) {
+            application.window->terminate();
+        } else {
+            QApplication::closeAllWindows();
+        }
     });
     SettingsStore store;
     const bool shown = !store.read("SystemTray").toBool();
     MainWindow window(applicationFolder(), store, showMessage);
     application.window = &window;
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &window, &MainWindow::terminate);
+    terminationStartDone();
+    if (terminated) QTimer::singleShot(0, &window, &MainWindow::terminate);
     if (shown) window.show();
     QApplication::exec();
     application.window = nullptr;

@@ -1,15 +1,11 @@
 // How the window comes about, in the order that its parts depend on each other, and how it ends.
 #include "shell/main_window.h"
 
-#include <QAction>
 #include <QApplication>
 #include <QCloseEvent>
-#include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
-#include <QGroupBox>
 #include <QLabel>
-#include <QMenuBar>
 #include <QProgressBar>
 #include <QScreen>
 #include <QScrollArea>
@@ -17,27 +13,29 @@
 #include <QStatusBar>
 #include <QTabWidget>
 #include <QTimer>
-#include <QToolBar>
-#include <QUrl>
 #include <QVBoxLayout>
 
 #include "engine/base/abort.h"
 #include "engine/db/query.h"
 #include "engine/db/udl.h"
 #include "engine/roster/avdeling.h"
-#include "engine/status/oppgjor_status.h"
 #include "inbound/fetch_till.h"
 #include "logging/ini_file.h"
 #include "logging/logger.h"
 #include "outbound/run/send_run.h"
-#include "shell/icons.h"
-#include "shell/log_pane_view.h"
+#include "shell/commands/command.h"
+#include "shell/commands/command_bar.h"
+#include "shell/commands/command_runner.h"
+#include "shell/dialogs/sync_preferences.h"
+#include "shell/log/log_pane_view.h"
+#include "shell/look/icons.h"
 #include "shell/main_threads.h"
-#include "shell/settings.h"
-#include "shell/settings_panel.h"
-#include "shell/status_view.h"
+#include "shell/night/automatic_run.h"
+#include "shell/settings/bound_settings.h"
+#include "shell/settings/settings_panel.h"
+#include "shell/settings/settings_store.h"
+#include "shell/status/status_view.h"
 #include "shell/till_list.h"
-#include "shell/velg_internkunde_kasse.h"
 
 namespace torvik {
 
@@ -71,21 +69,20 @@ const QString kErrorLogNote =
 }  // namespace
 
 MainWindow::MainWindow(const QString& folder, SettingsStore& store, const ShowMessage& showMessage)
-    : folder_(folder), LogRootFolder(folder + QStringLiteral("Log/")), store_(store) {
+    : folder_(folder), store_(store) {
     setObjectName(QStringLiteral("MainWindow"));
     setWindowTitle(QStringLiteral("TorvikPosSync"));
     setWindowIcon(applicationIcon());
-    QDir().mkpath(LogRootFolder);
     createEngine();
     createPanes();
     createCommands();
     createStatusBar();
     readDataLink(showMessage);
-    loadPreferences();
-    settings_->apply();
+    preferences_->settings().apply(kAtStart);
+    settings_->apply(kAtStart);
     connectBackOffice();
     createTrayIcon();
-    resize(kSize.boundedTo(screen()->availableSize()));
+    if (!restoreGeometry(store_.readLayout("geometry"))) resize(kSize.boundedTo(screen()->availableSize()));
 }
 
 // The panes look at the engine's tables and the engine writes to the panes: neither is there for the other any more.
@@ -93,6 +90,8 @@ MainWindow::~MainWindow() {
     torvikPos_->Log = nullptr;
     torvikPos_->ErrorLog = nullptr;
     torvikPos_->OnProgress = nullptr;
+    torvikPos_->OnTimerException = nullptr;
+    torvikPos_->OnAskOperator = nullptr;
     delete takeCentralWidget();
 }
 
@@ -116,16 +115,8 @@ void MainWindow::createEngine() {
 
     joinFetching(engine);
     joinSending(engine);
-    engine.OnTimerException = [this](const std::exception_ptr& failure) {
-        command([&failure] { std::rethrow_exception(failure); });
-    };
-    joinAutomaticRun();
     threads_ = std::make_unique<MainThreads>(engine, *this);
-    SelectTills = [this](TKasseCollection& tills) {
-        TfrmVelgInternkundeKasse dialog(msConnTarget, this);
-        return dialog.Execute(tills);
-    };
-    OpenFile = [](const QString& file) { QDesktopServices::openUrl(QUrl::fromLocalFile(file)); };
+    Ask = dialogQuestions(*this, msConnTarget);
 }
 
 void MainWindow::createPanes() {
@@ -160,21 +151,48 @@ void MainWindow::createPanes() {
 // The tills over the settings. What a tall window has over is the list's, and a low one takes it from there first.
 QWidget* MainWindow::createLeftSide() {
     tillList_ = new TillList;
-    settings_ = new SettingsPanel(*torvikPos_);
+    settingsPanel_ =
+        new SettingsPanel(torvikPos_->IsEnterprise, torvikPos_->Seam.now().toString(QStringLiteral("yyyyMM")));
     auto* scroll = new QScrollArea;
-    scroll->setWidget(settings_);
+    scroll->setWidget(settingsPanel_);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setMinimumWidth(settings_->sizeHint().width() + 24);
+    scroll->setMinimumWidth(settingsPanel_->sizeHint().width() + 24);
     auto* left = new QSplitter(Qt::Vertical);
     left->addWidget(titled(QStringLiteral("Kasser"), tillList_));
     left->addWidget(titled(QStringLiteral("Oppsett"), scroll));
     left->setStretchFactor(0, 1);
     left->setStretchFactor(1, 0);
     left->setChildrenCollapsible(false);
-    left->setSizes({0, settings_->sizeHint().height() + kTitleHeight});
+    left->setSizes({0, settingsPanel_->sizeHint().height() + kTitleHeight});
     return left;
+}
+
+// Commands come first: one of them, "Vis i systemstatus felt", is the control of a setting.
+void MainWindow::createCommands() {
+    TTorvikPos& engine = *torvikPos_;
+    runner_ = std::make_unique<CommandRunner>(engine, [this](const std::exception& error) { AppException(error); });
+    commands_ =
+        std::make_unique<CommandBar>(*this, engine, [this](const CommandRow& row) { runner_->run(row, *context_); });
+    commands_->setCancelEnabled(false);
+    connect(runner_.get(), &CommandRunner::runningChanged, commands_.get(), &CommandBar::setCancelEnabled);
+    engine.OnTimerException = [this](const std::exception_ptr& failure) {
+        runner_->guarded([&failure] { std::rethrow_exception(failure); });
+    };
+
+    engine.OnAskOperator = [this](const QString& text) { return Ask.Confirm(text); };
+
+    settings_ = std::make_unique<BoundSettings>(*this, windowSettings(), engine);
+    preferences_ = new TfrmSyncPreferences(store_, engine, this);
+    connect(preferences_, &TfrmSyncPreferences::savingFailed, this,
+            [this] { torvikPos_->AddLog(QStringLiteral("Klarte ikke å lagre innstillingene"), true); });
+    automaticRun_ = std::make_unique<AutomaticRun>(engine, *settings_, *preferences_,
+                                                   AutomaticRun::Panes{*log_, *errorLog_}, folder_);
+    automaticRun_->onRunning = [this](bool running) { commands_->setCancelEnabled(running); };
+    connect(settingsPanel_, &SettingsPanel::autoStartChanged, this, [this](bool on) { automaticRun_->arm(on); });
+    context_.reset(new CommandContext{*this, engine, msConnTarget, folder_, store_, *settings_, *preferences_,
+                                      *automaticRun_, Ask, [this] { progressBar_->reset(); }});
 }
 
 void MainWindow::countLines(int tab, const QString& caption, int lines) {
@@ -214,26 +232,20 @@ void MainWindow::readDataLink(const ShowMessage& showMessage) {
     msConnTarget.SetConnectString(db::ReadUdlFile(udl));
 }
 
-void MainWindow::loadPreferences() {
-    TTorvikPos& engine = *torvikPos_;
-    engine.SendCustomerAndPrice = store_.read("Smtp/SendPriceAndCustomer").toBool();
-    engine.SetDeleteItemsOnSend(store_.read("Smtp/DeleteItems").toBool());
-    engine.SynchonizedRun = store_.read("Smtp/SynchonizedRun").toBool();
-    engine.StartSendingTime = store_.read("Smtp/StartSendingTime").toTime();
-}
-
 void MainWindow::connectBackOffice() {
     msConnTarget.Open();
 
     db::Query level(&msConnTarget);
     level.SQL = QStringList{QString::fromUtf8(kCompatibilityLevel)};
     level.Open();
-    bIsDTSCompatible = level.IsEmpty() || level.Fields(0).AsInteger() < kDtsLevel;
+    const bool bIsDTSCompatible = level.IsEmpty() || level.Fields(0).AsInteger() < kDtsLevel;
+    settingsPanel_->setDtsCompatible(bIsDTSCompatible);
 
     const QString where = torvikPos_->GetTargetServerAndDatabaseName();
     if (where.isEmpty()) throw EngineError(QStringLiteral("Klarer ikke Ã¥ koble til server"));
     setWindowTitle(QStringLiteral("%1 %2").arg(windowTitle(), where));
-    command([this] { tillList_->load(msConnTarget); });  // for the eye only: its failure does not stop the start
+    runner_->guarded(
+        [this] { tillList_->load(msConnTarget); });  // for the eye only: its failure does not stop the start
 }
 
 // Also where there is no tray yet: at a log-on the tray may come later than the program, and the icon then joins it.
@@ -249,14 +261,9 @@ void MainWindow::createTrayIcon() {
 // The settings are read when the window is first shown; until then the automatic run is not armed.
 void MainWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
-    if (settingsRead_) return;
-    settingsRead_ = true;
-    readSettings();
-}
-
-void MainWindow::readSettings() {
-    settings_->read(store_, bIsDTSCompatible);
-    trayAction_->setChecked(store_.read("SystemTray").toBool());
+    if (std::exchange(settingsRead_, true)) return;
+    settings_->read(store_);
+    settings_->apply(kAtStart);
 }
 
 // Workers that run are only warned of: they end with the window. A run that is under way is cancelled first, and the
@@ -266,19 +273,28 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     constexpr int kLookAgainMs = 100;
     const bool first = !std::exchange(closing_, true);
     if (const QString warning = threads_->ClosingWarning(); first && !warning.isEmpty()) threads_->ShowMessage(warning);
-    if (running()) {
-        if (first) settings_->setAutoStart(false);
+    if (runner_->busy()) {
+        if (first) settings_->set("cbAutoStart", false);
         if (!torvikPos_->CancelRequest()) torvikPos_->SetCancelRequest(true);
         if (QWidget* dialog = QApplication::activeModalWidget()) dialog->close();  // a log-off waits for no answer
         QTimer::singleShot(kLookAgainMs, this, [this] { close(); });
         event->ignore();
         return;
     }
+    store_.writeLayout("geometry", saveGeometry());
     savePane(*log_, "TorvikPos.log");
     savePane(*errorLog_, "TorvikPosError.log");
     if (trayIcon_) trayIcon_->hide();
     event->accept();
     QApplication::quit();
+}
+
+void MainWindow::terminate() {
+    closing_ = true;
+    settings_->set("cbAutoStart", false);
+    if (QWidget* menu = QApplication::activePopupWidget()) menu->close();
+    if (QWidget* dialog = QApplication::activeModalWidget()) dialog->close();
+    close();
 }
 
 // A pane that cannot be saved does not keep the window open.

@@ -1,5 +1,5 @@
-// The one window of the program: a thin shell over the engine. It owns the two sessions, the engine and the panes; each
-// command asks for what it needs, chooses tills and calls one operation of the engine.
+// The one window of the program: a thin shell over the engine. It owns the two sessions, the engine, the panes, the
+// settings and the commands, and puts them together; each of them has a class of its own. See docs/start-up.md.
 #pragma once
 
 #include <QMainWindow>
@@ -9,21 +9,27 @@
 
 #include "engine/db/session.h"
 #include "engine/torvik_pos.h"
-#include "shell/start_message.h"
+#include "shell/commands/questions.h"
+#include "shell/start/start_message.h"
 
-class QAction;
 class QLabel;
 class QProgressBar;
 class QTabWidget;
 
 namespace torvik {
 
+class AutomaticRun;
+class BoundSettings;
+class CommandBar;
+class CommandRunner;
 class LogPaneView;
 class MainThreads;
 class SettingsPanel;
 class SettingsStore;
 class StatusView;
+class TfrmSyncPreferences;
 class TillList;
+struct CommandContext;
 
 class MainWindow : public QMainWindow {
     Q_OBJECT
@@ -37,14 +43,14 @@ public:
 
     [[nodiscard]] TTorvikPos& TorvikPos1() { return *torvikPos_; }
     [[nodiscard]] MainThreads& Threads() { return *threads_; }
-    // Fills the collection with the tills of a command; false when the operator thinks better of it. The dialog, unless
-    // replaced.
-    std::function<bool(TKasseCollection&)> SelectTills;
-    // Opens a file with the program that the system has for it.
-    std::function<void(const QString& file)> OpenFile;
+    [[nodiscard]] AutomaticRun& Night() { return *automaticRun_; }
+    Questions Ask;  // what commands ask the operator: dialogs, unless replaced
 
     // What the message loop's handler of exceptions calls: the text goes to both panes, in red.
     void AppException(const std::exception& error);
+    // Closes the window for the operating system: menus and dialogs that stand open are closed, nobody is asked or told
+    // anything, and a run that is under way is cancelled first.
+    void terminate();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -58,31 +64,14 @@ private:
     void createStatusBar();
     void createTrayIcon();
     void readDataLink(const ShowMessage& showMessage);
-    void loadPreferences();
     void connectBackOffice();
-    void joinAutomaticRun();
-    void readSettings();
     void countLines(int tab, const QString& caption, int lines);
-
-    // Runs a command's body: what it raises goes to AppException.
-    void command(const std::function<void()>& body);
-    [[nodiscard]] bool running() const;  // a command or the automatic run is under way
-    [[nodiscard]] bool ApplyKasseCollection();
-    void actiOppgjorManually();
-    void actiAbout();
-    void helpContents();
-    void onAutoStart();
-    void onAutoStartDone();
     void savePane(const LogPaneView& pane, const char* name);
 
     QString folder_;
-    QString LogRootFolder;
-    QString CurrentLogFolder;
     SettingsStore& store_;
-    bool bIsDTSCompatible = false;
     bool settingsRead_ = false;
     bool closing_ = false;
-    int commandsRunning_ = 0;
 
     db::Session msConnTarget;
     db::Session msConnSource;
@@ -94,13 +83,17 @@ private:
     LogPaneView* log_ = nullptr;
     LogPaneView* errorLog_ = nullptr;
     TillList* tillList_ = nullptr;
-    SettingsPanel* settings_ = nullptr;
-    QAction* fetchAction_ = nullptr;
-    QAction* cancelAction_ = nullptr;
-    QAction* trayAction_ = nullptr;
+    SettingsPanel* settingsPanel_ = nullptr;
+    TfrmSyncPreferences* preferences_ = nullptr;
     QLabel* progressText_ = nullptr;
     QProgressBar* progressBar_ = nullptr;
     QSystemTrayIcon* trayIcon_ = nullptr;
+
+    std::unique_ptr<CommandRunner> runner_;
+    std::unique_ptr<CommandBar> commands_;
+    std::unique_ptr<BoundSettings> settings_;
+    std::unique_ptr<AutomaticRun> automaticRun_;
+    std::unique_ptr<CommandContext> context_;
 };
 
 }  // namespace torvik

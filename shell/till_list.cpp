@@ -1,3 +1,4 @@
+// A plain query into a plain table model; the search is a filter over all columns.
 #include "shell/till_list.h"
 
 #include <QHeaderView>

@@ -18,8 +18,8 @@
 #include "engine/roster/avdeling.h"
 #include "engine/status/oppgjor_status.h"
 #include "logging/program_file.h"
-#include "shell/application_folder.h"
-#include "shell/settings_panel.h"
+#include "shell/settings/settings_panel.h"
+#include "shell/start/application_folder.h"
 #include "tests/shell/window_over_a_chain.h"
 #include "tests/support/recording_sink.h"
 
@@ -72,7 +72,7 @@ TEST_F(WindowOverAChain, ErrorsOnlyHidesTheLinesOfAGoodRun) {
 
 TEST_F(WindowOverAChain, EmptySelectionIsAnErrorInRed) {
     MainWindow window(path(), store);
-    window.SelectTills = [](TKasseCollection&) { return true; };
+    window.Ask.SelectTills = [](TKasseCollection&, const TSyncVersions&) { return true; };
     click(window, "actiOppgjorManually");
     ASSERT_FALSE(window.TorvikPos1().ErrorLog->Lines().isEmpty());
     EXPECT_TRUE(window.TorvikPos1().ErrorLog->Lines().last().endsWith(QStringLiteral("Det er ikke valgt noen kasser")));
@@ -80,7 +80,7 @@ TEST_F(WindowOverAChain, EmptySelectionIsAnErrorInRed) {
 
 TEST_F(WindowOverAChain, AbortedSelectionEndsTheCommandWithoutAWord) {
     MainWindow window(path(), store);
-    window.SelectTills = [](TKasseCollection&) { return false; };
+    window.Ask.SelectTills = [](TKasseCollection&, const TSyncVersions&) { return false; };
     click(window, "actiOppgjorManually");
     EXPECT_EQ(window.TorvikPos1().Log->Lines(), QStringList());
 }
@@ -101,7 +101,7 @@ TEST_F(WindowOverAChain, ManualCommandDisarmsTheAutomaticRun) {
     store.write("cbAutoStart", true);
     MainWindow window(path(), store);
     window.show();
-    window.SelectTills = [](TKasseCollection&) { return false; };
+    window.Ask.SelectTills = [](TKasseCollection&, const TSyncVersions&) { return false; };
     click(window, "actiOppgjorManually");
     EXPECT_FALSE(window.TorvikPos1().AutoCommunicate());
 }
@@ -203,18 +203,6 @@ TEST_F(WindowOverAChain, DtsIsUntickedAndDisabledFromCompatibilityLevel91) {
     EXPECT_FALSE(dts->isChecked());
     EXPECT_FALSE(dts->isEnabled());
     EXPECT_FALSE(window.TorvikPos1().IncludeDTS_TorvikPOS);
-}
-
-TEST_F(WindowOverAChain, DtsIsTheUsersChoiceWhereTheBackOfficeCanRunIt) {
-    TTorvikPos engine;
-    SettingsPanel panel(engine);
-    const auto* dts = panel.findChild<QCheckBox*>(QStringLiteral("cbIncludeSladrerull"));
-    panel.read(store, true);
-    EXPECT_TRUE(dts->isEnabled());
-    EXPECT_TRUE(engine.IncludeDTS_TorvikPOS);
-    store.write("IncludeDTS", false);
-    panel.read(store, true);
-    EXPECT_FALSE(engine.IncludeDTS_TorvikPOS);
 }
 
 TEST_F(WindowOverAChain, ClickOnTheTrayIconShowsAndHidesTheWindowAndReadsTheSettingsOnce) {
@@ -321,7 +309,7 @@ TEST_F(WindowOverAChain, DtsProgressStandsInTheStatusBar) {
 
 TEST_F(WindowOverAChain, HelpThatIsMissingIsToldInTheErrorPane) {
     MainWindow window(path(), store);
-    window.OpenFile = [](const QString& file) { ADD_FAILURE() << file.toStdString(); };
+    window.Ask.OpenFile = [](const QString& file) { ADD_FAILURE() << file.toStdString(); };
     click(window, "HelpContents1");
     ASSERT_EQ(window.TorvikPos1().ErrorLog->Lines().size(), 1);
     EXPECT_TRUE(window.TorvikPos1().ErrorLog->Lines()[0].endsWith(

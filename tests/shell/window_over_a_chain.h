@@ -11,7 +11,7 @@
 #include "engine/roster/kasse_collection.h"
 #include "sandbox/chain/demo_chain.h"
 #include "shell/main_window.h"
-#include "shell/settings.h"
+#include "shell/settings/settings_store.h"
 #include "tests/support/data_link.h"
 
 namespace torvik::test {
@@ -39,7 +39,7 @@ protected:
         found->trigger();
     }
     static void allTills(MainWindow& window) {
-        window.SelectTills = [](TKasseCollection& tills) {
+        window.Ask.SelectTills = [](TKasseCollection& tills, const TSyncVersions&) {
             for (int department : {1001, 1002}) {
                 TKasseItem& item = tills.Add();
                 item.Ik_Ku_ID = department;

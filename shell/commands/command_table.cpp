@@ -1,0 +1,58 @@
+// The rows of the commands.
+#include "engine/torvik_pos.h"
+#include "shell/commands/command.h"
+#include "shell/look/icons.h"
+
+namespace torvik {
+
+namespace {
+
+using enum CommandKind;
+
+void nothing(CommandContext&) {}  // its action's tick is all there is to it, and takes effect at the next start
+
+bool canSend(const TTorvikPos& engine) {
+    return static_cast<bool>(engine.OnExecuteDTSToPos);
+}
+bool canCount(const TTorvikPos& engine) {
+    return static_cast<bool>(engine.OnExecuteVaretelling);
+}
+
+constexpr CommandRow kRows[] = {
+    {"actiPreferences", "Innstillinger...", CommandMenu::File, Plain, actiPreferences, "Ctrl+,"},
+    {"actiSaveRegistry", "Lagre standard innstillinger", CommandMenu::File, Plain, actiSaveRegistry, "Ctrl+S"},
+    {.name = "actiSystemTray",
+     .caption = "Vis i systemstatus felt (System Tray)",
+     .menu = CommandMenu::File,
+     .kind = Plain,
+     .execute = nothing,
+     .checkable = true},
+    {.name = "FileExit1",
+     .caption = "&Avslutt",
+     .menu = CommandMenu::File,
+     .kind = Plain,
+     .execute = FileExit1,
+     .shortcut = "Ctrl+Q",
+     .separatedBefore = true},
+
+    {"actiOppgjorManually", "Ta oppgjør manuelt", CommandMenu::Commands, Run, actiOppgjorManually, "F5", fetchIcon,
+     true},
+    {"actiSendVarer", "Sender varer, innstillinger, ansatte og arbeidsplan", CommandMenu::Commands, Run, actiSendVarer,
+     "F6", sendIcon, true, false, false, canSend},
+    {"dxBtnHentVaretelling", "Hent kun varetelling (vanlig oppgjør blir ikke med)", CommandMenu::Commands, Run,
+     dxBtnHentVaretelling, "", nullptr, false, false, false, canCount},
+
+    {"HelpContents1", "&Innhold", CommandMenu::Help, Plain, HelpContents1, "F1"},
+    {"actiCheckSetup", "Kontroller oppsett", CommandMenu::Help, Run, actiCheckSetup},
+    {"actiAbout", "Om TorvikPosSync", CommandMenu::Help, Plain, actiAbout},
+
+    {"btnNils", "Hent kredittordrer etter kriterier", CommandMenu::None, Run, btnNils, "", nullptr, true},
+};
+
+}  // namespace
+
+std::span<const CommandRow> commandRows() {
+    return kRows;
+}
+
+}  // namespace torvik

@@ -1,0 +1,64 @@
+// Each question opens its dialog over the window and waits for the answer.
+#include "shell/commands/questions.h"
+
+#include <QDesktopServices>
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QUrl>
+
+#include "shell/dialogs/nullstill_utvalg.h"
+#include "shell/dialogs/oppgi_dato.h"
+#include "shell/dialogs/velg_internkunde_kasse.h"
+
+namespace torvik {
+
+namespace {
+
+std::optional<QString> askText(QWidget& window, const QString& title, const QString& label, const QString& first) {
+    QInputDialog dialog(&window);
+    dialog.setWindowTitle(title);
+    dialog.setLabelText(label);
+    dialog.setTextValue(first);
+    dialog.setOkButtonText(QStringLiteral("OK"));
+    dialog.setCancelButtonText(QStringLiteral("Avbryt"));
+    if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+    return dialog.textValue();
+}
+
+// "Nei" is what Enter and Escape answer.
+bool confirmed(QWidget& window, const QString& text) {
+    QMessageBox box(QMessageBox::Warning, window.windowTitle(), text, QMessageBox::NoButton, &window);
+    auto* yes = box.addButton(QStringLiteral("Ja"), QMessageBox::YesRole);
+    auto* no = box.addButton(QStringLiteral("Nei"), QMessageBox::NoRole);
+    box.setDefaultButton(no);
+    box.setEscapeButton(no);
+    box.exec();
+    return box.clickedButton() == yes;
+}
+
+}  // namespace
+
+Questions dialogQuestions(QWidget& window, db::Session& target) {
+    Questions ask;
+    ask.SelectTills = [&window, &target](TKasseCollection& tills, const TSyncVersions& versions) {
+        TfrmVelgInternkundeKasse dialog(target, &window);
+        dialog.fSyncVersions = versions;
+        return dialog.Execute(tills);
+    };
+    ask.Date = [&window](const QString& label) {
+        TfrmOppgiDato dialog(QDate::currentDate(), &window);
+        dialog.SetLabel(label);
+        return dialog.Execute();
+    };
+    ask.Text = [&window](const QString& title, const QString& label, const QString& first) {
+        return askText(window, title, label, first);
+    };
+    ask.ResetScope = [&window] { return TfrmNullstillUtvalg(&window).Execute(); };
+    ask.ShowMessage = [&window](const QString& text) { QMessageBox::information(&window, window.windowTitle(), text); };
+    ask.Confirm = [&window](const QString& text) { return confirmed(window, text); };
+    ask.OpenFile = [](const QString& file) { QDesktopServices::openUrl(QUrl::fromLocalFile(file)); };
+    return ask;
+}
+
+}  // namespace torvik

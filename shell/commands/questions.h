@@ -1,0 +1,37 @@
+// What commands ask the operator, each as a function that a dialog answers: the window sets the real dialogs, a test
+// its own answers. Nothing, or false, or an empty set is the operator's "Avbryt", which ends the command without a
+// word.
+#pragma once
+
+#include <QDate>
+#include <QString>
+#include <functional>
+#include <optional>
+
+#include "engine/base/torvik_pos_types.h"
+#include "engine/roster/kasse_collection.h"
+
+class QWidget;
+
+namespace torvik {
+
+namespace db {
+class Session;
+}
+
+struct Questions {
+    // Fills the collection with the tills of a command, of those that have one of the versions.
+    std::function<bool(TKasseCollection& tills, const TSyncVersions& versions)> SelectTills;
+    std::function<std::optional<QDate>(const QString& label)> Date;
+    std::function<std::optional<QString>(const QString& title, const QString& label, const QString& first)> Text;
+    std::function<TInitializeItems()> ResetScope;
+    std::function<void(const QString& text)> ShowMessage;
+    std::function<bool(const QString& text)> Confirm;
+    // Opens a file with the program that the system has for it.
+    std::function<void(const QString& file)> OpenFile;
+};
+
+// The dialogs, over the window; the list of tills comes from the session.
+[[nodiscard]] Questions dialogQuestions(QWidget& window, db::Session& target);
+
+}  // namespace torvik

@@ -1,0 +1,248 @@
+// The shell's side of a night over the demo chain: arming, the folder, the accumulation, the saved and mailed logs.
+#include "shell/night/automatic_run.h"
+
+#include <gtest/gtest.h>
+
+#include <QCheckBox>
+#include <QRegularExpression>
+#include <QTimeEdit>
+
+#include "engine/db/query.h"
+#include "engine/roster/avdeling.h"
+#include "engine/status/oppgjor_status.h"
+#include "tests/shell/modal.h"
+#include "tests/shell/night/smtp_server.h"
+#include "tests/shell/window_over_a_chain.h"
+#include "tests/support/qt_print.h"
+
+namespace torvik {
+namespace {
+
+class Night : public test::WindowOverAChain {
+protected:
+    Night() {
+        store.write("KunHent", true);
+        store.write("AutoStartTime", QTime(4, 0));
+        store.write("cbAutoStart", true);
+    }
+    // Armed, at four o'clock of the day, with waits that pass at once.
+    void open(MainWindow& window) {
+        TTorvikPos& engine = window.TorvikPos1();
+        engine.Seam.now = [this] { return now; };
+        engine.Seam.sleep = [](int) {};
+        window.show();
+        ASSERT_TRUE(engine.AutoCommunicate());
+    }
+    [[nodiscard]] static QStringList messages(const ILogPane* pane) {
+        QStringList texts;
+        for (const QString& line : pane->Lines()) texts << line.section(QStringLiteral("  : "), 1);
+        return texts;
+    }
+    [[nodiscard]] qint64 backOffice(const char* sql) const {
+        db::Session session;
+        session.SetConnectString(QString::fromStdString(chain.dataLink()));
+        session.Open();
+        db::Query query(&session);
+        query.SQL = QStringList{QString::fromUtf8(sql)};
+        query.Open();
+        return query.Fields(0).AsInteger();
+    }
+    void runInBackOffice(const char* batch) { chain.runInBackOffice(batch); }
+    [[nodiscard]] QByteArray content(const QString& file) const {
+        QFile in(folder.filePath(file));
+        return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
+    }
+
+    QDateTime now{QDate(2026, 3, 4), QTime(4, 0, 20)};
+};
+
+constexpr char kWaiting[] = "SELECT COUNT(*) FROM PosOppgjor WHERE Pos_Op_Status < 8 AND Pos_Op_Type = 'NORMAL'";
+
+TEST_F(Night, ArmingGivesTheEngineThePreferencesAndTheTime) {
+    for (const char* name :
+         {"Smtp/SendPriceAndCustomer", "Smtp/DeleteItems", "Smtp/DeleteItemsDayThree", "Smtp/SynchonizedRun"})
+        store.write(name, true);
+    store.write("Smtp/StartSendingTime", QTime(5, 15));
+    store.write("Smtp/memExcludePOSListSQL", QStringLiteral("ikk_kassenummer <> '9'"));
+    MainWindow window(path(), store);
+    open(window);
+    TTorvikPos& engine = window.TorvikPos1();
+    EXPECT_EQ(engine.StartTime, QTime(4, 0));
+    EXPECT_TRUE(engine.SendCustomerAndPrice);
+    EXPECT_TRUE(engine.SynchonizedRun);
+    EXPECT_EQ(engine.StartSendingTime, QTime(5, 15));
+    EXPECT_EQ(engine.Avdeling->ExcludePosListSQL().trimmed(), QStringLiteral("ikk_kassenummer <> '9'"));
+    EXPECT_TRUE(engine.IncludeCreditCouponOnOppgjor);
+    EXPECT_TRUE(engine.IncludeGiftVoucherOnOppgjor);
+    EXPECT_EQ(engine.DeleteItemsWeekDays, QStringList{QStringLiteral("3")});
+    window.Night().arm(true);
+    EXPECT_EQ(engine.DeleteItemsWeekDays, (QStringList{QStringLiteral("3"), QStringLiteral("3")}))
+        << "not cleared first";
+}
+
+TEST_F(Night, TimeReachesTheEngineAtEachChangeOfItsField) {
+    MainWindow window(path(), store);
+    open(window);
+    window.findChild<QTimeEdit*>(QStringLiteral("edStartTime"))->setTime(QTime(2, 30));
+    EXPECT_EQ(window.TorvikPos1().StartTime, QTime(2, 30));
+}
+
+TEST_F(Night, HasAFolderOfItsOwnWithBothPanes) {
+    MainWindow window(path(), store);
+    open(window);
+    window.TorvikPos1().DoOnTimer();
+    const QByteArray log = content(QStringLiteral("Log/20260304040020/TorvikPos.rtf"));
+    EXPECT_TRUE(log.startsWith("{\\rtf1"));
+    EXPECT_TRUE(log.contains("Starter automatisk innhenting"));
+    EXPECT_TRUE(log.contains("OnAutoStartDone"));
+    EXPECT_TRUE(content(QStringLiteral("Log/20260304040020/TorvikPosError.rtf")).startsWith("{\\rtf1"));
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(window.TorvikPos1().AutoCommunicate()) << "armed for the next day";
+}
+
+TEST_F(Night, AccumulatesAfterTheFetchWithStatisticsWhenWanted) {
+    store.write("Smtp/AutomaticAccumulate", true);
+    store.write("Smtp/AutomaticUpdateStatistics", true);
+    MainWindow window(path(), store);
+    open(window);
+    window.TorvikPos1().DoOnTimer();
+    EXPECT_EQ(messages(window.TorvikPos1().Log)
+                  .count(QStringLiteral("Foretar automatisk akkumulering, inkludert oppdatering av statistikk")),
+              1);
+    EXPECT_EQ(backOffice(kWaiting), 0);
+    EXPECT_GT(backOffice("SELECT COUNT(*) FROM PosDagsalg"), 0);
+    EXPECT_GT(backOffice("SELECT COUNT(*) FROM VareStatistikk"), 0);
+    EXPECT_EQ(window.TorvikPos1().ErrorLog->Lines(), QStringList());
+}
+
+TEST_F(Night, AccumulatesWithoutStatisticsUnlessWanted) {
+    store.write("Smtp/AutomaticAccumulate", true);
+    MainWindow window(path(), store);
+    open(window);
+    const qint64 before = backOffice("SELECT COUNT(*) FROM VareStatistikk");
+    window.TorvikPos1().DoOnTimer();
+    EXPECT_EQ(messages(window.TorvikPos1().Log).count(QStringLiteral("Foretar automatisk akkumulering")), 1);
+    EXPECT_EQ(backOffice(kWaiting), 0);
+    EXPECT_EQ(backOffice("SELECT COUNT(*) FROM VareStatistikk"), before);
+}
+
+TEST_F(Night, DoesNotAccumulateUnlessWanted) {
+    MainWindow window(path(), store);
+    open(window);
+    window.TorvikPos1().DoOnTimer();
+    EXPECT_GT(backOffice(kWaiting), 0);
+}
+
+TEST_F(Night, SecondNightOfAnArmingDoesNotAccumulateAndTheNextArmingDoes) {
+    store.write("Smtp/AutomaticAccumulate", true);
+    MainWindow window(path(), store);
+    open(window);
+    const QString line = QStringLiteral("Foretar automatisk akkumulering");
+    window.TorvikPos1().DoOnTimer();
+    now = now.addDays(1);
+    window.TorvikPos1().DoOnTimer();
+    EXPECT_EQ(messages(window.TorvikPos1().Log).count(line), 1);
+    EXPECT_TRUE(QDir(folder.filePath(QStringLiteral("Log/20260305040020"))).exists());
+
+    auto* armed = window.findChild<QCheckBox*>(QStringLiteral("cbAutoStart"));
+    armed->click();
+    armed->click();
+    now = now.addDays(1);
+    window.TorvikPos1().DoOnTimer();
+    EXPECT_EQ(messages(window.TorvikPos1().Log).count(line), 2);
+}
+
+TEST_F(Night, SettlementsThatAreNeverTakenAreLeftAfterFiveRounds) {
+    store.write("Smtp/AutomaticAccumulate", true);
+    runInBackOffice("CREATE TABLE Runder (Nr int IDENTITY(1, 1) NOT NULL, Tid datetime NOT NULL)");
+    runInBackOffice("DROP PROCEDURE AccumulatePosData");
+    runInBackOffice(
+        "CREATE PROCEDURE AccumulatePosData @FraDato datetime AS INSERT INTO Runder (Tid) VALUES (GETDATE())");
+    MainWindow window(path(), store);
+    open(window);
+    window.TorvikPos1().DoOnTimer();
+    EXPECT_EQ(backOffice("SELECT COUNT(*) FROM Runder"), 5);
+    EXPECT_GT(backOffice(kWaiting), 0);
+}
+
+TEST_F(Night, FailedAccumulationIsLoggedAndTriedAgainTheNextNight) {
+    store.write("Smtp/AutomaticAccumulate", true);
+    runInBackOffice("DROP PROCEDURE AccumulatePosData");
+    MainWindow window(path(), store);
+    open(window);
+    window.TorvikPos1().DoOnTimer();
+    // The server says it once for each round.
+    const QString error =
+        QStringLiteral("^Klarte ikke Ã¥ akkumulere\\. Feil: Could not find stored procedure 'AccumulatePosData'\\.");
+    EXPECT_EQ(messages(window.TorvikPos1().ErrorLog).filter(QRegularExpression(error)).size(), 1);
+    EXPECT_TRUE(messages(window.TorvikPos1().Log).contains(QStringLiteral("Synkronisering fullført")));
+    now = now.addDays(1);
+    window.TorvikPos1().DoOnTimer();
+    EXPECT_EQ(messages(window.TorvikPos1().ErrorLog).filter(QRegularExpression(error)).size(), 2);
+}
+
+TEST_F(Night, MailsBothLogsWhenItIsDone) {
+    const test::SmtpServer server;
+    store.write("Smtp/Active", true);
+    store.write("Smtp/Server", QStringLiteral("127.0.0.1"));
+    store.write("Smtp/Receipients", QStringLiteral("drift@torvik.example,vakt@torvik.example"));
+    store.write("Smtp/Sender", QStringLiteral("kasse@torvik.example"));
+    MainWindow window(path(), store);
+    EXPECT_EQ(window.Night().mailPort, 25);
+    window.Night().mailPort = server.port();
+    open(window);
+    window.TorvikPos1().DoOnTimer();
+    ASSERT_EQ(server.mails().size(), 1);
+    const QJsonObject mail = server.mails()[0];
+    EXPECT_EQ(mail[u"subject"].toString(), QStringLiteral("TorvikPosSync logg"));
+    EXPECT_EQ(mail[u"body"].toString().trimmed(),
+              QStringLiteral("Se vedlagt logg fra siste TorvikPosSync kjÃ¸ring (Server: TorvikBackOffice, database: "
+                             "TorvikBackOffice)"));
+    EXPECT_EQ(mail[u"recipients"].toArray().size(), 2);
+    const QJsonObject files = mail[u"attachments"].toObject();
+    EXPECT_EQ(files[u"TorvikPos.rtf"].toString().toLatin1(), content(QStringLiteral("TorvikPos.rtf")));
+    EXPECT_EQ(files[u"TorvikPosError.rtf"].toString().toLatin1(), content(QStringLiteral("TorvikPosError.rtf")));
+    EXPECT_TRUE(files[u"TorvikPos.rtf"].toString().contains(QStringLiteral("OnAutoStartDone")));
+    EXPECT_EQ(window.TorvikPos1().ErrorLog->Lines(), QStringList());
+}
+
+TEST_F(Night, FailedMailIsToldInTheErrorPaneAfterItWasSaved) {
+    store.write("Smtp/Active", true);
+    MainWindow window(path(), store);
+    open(window);
+    window.TorvikPos1().DoOnTimer();
+    ASSERT_EQ(window.TorvikPos1().ErrorLog->Lines().size(), 1) << "an empty server";
+    EXPECT_FALSE(content(QStringLiteral("TorvikPosError.rtf")).contains("\\par"));
+    EXPECT_FALSE(window.TorvikPos1().TimerBusy());
+    EXPECT_TRUE(window.TorvikPos1().AutoCommunicate());
+}
+
+TEST_F(Night, CancelIsInReachWhileItRunsAndOnlyThen) {
+    MainWindow window(path(), store);
+    open(window);
+    const auto* cancel = window.findChild<QAction*>(QStringLiteral("actiCancel"));
+    EXPECT_FALSE(cancel->isEnabled());
+    EXPECT_EQ(cancel->toolTip(), QStringLiteral("Ingen kjøring er i gang"));
+    bool enabledDuring = false;
+    const auto pump = window.TorvikPos1().Seam.pumpMessages;
+    window.TorvikPos1().Seam.pumpMessages = [&] {
+        pump();
+        enabledDuring = enabledDuring || cancel->isEnabled();
+    };
+    window.TorvikPos1().DoOnTimer();
+    EXPECT_TRUE(enabledDuring);
+    EXPECT_FALSE(cancel->isEnabled());
+}
+
+TEST_F(Night, CancelLeftFromARunBeforeIsNotThisNights) {
+    MainWindow window(path(), store);
+    open(window);
+    window.TorvikPos1().SetCancelRequest(true);
+    window.TorvikPos1().Cancelled = true;
+    window.TorvikPos1().DoOnTimer();
+    EXPECT_FALSE(messages(window.TorvikPos1().Log).contains(QStringLiteral("Avbrutt av bruker")));
+    EXPECT_EQ(window.TorvikPos1().ffraOppgjorStatus->memOppgjorStatus.RecordCount(), 2);
+}
+
+}  // namespace
+}  // namespace torvik

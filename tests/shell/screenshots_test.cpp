@@ -1,0 +1,139 @@
+// Every window and state as a picture, in the folder "screenshots" of the build: to be looked at, and for the pages in
+// docs (scripts/pictures copies them there). Here they only have to fit: nothing is cut off at 1280 x 720.
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QStyle>
+#include <QTabWidget>
+#include <QTreeView>
+
+#include "engine/db/session.h"
+#include "engine/status/oppgjor_status.h"
+#include "shell/dialogs/nullstill_utvalg.h"
+#include "shell/dialogs/oppgi_dato.h"
+#include "shell/dialogs/sync_preferences.h"
+#include "shell/dialogs/velg_internkunde_kasse.h"
+#include "shell/setup/setup_report.h"
+#include "tests/shell/modal.h"
+#include "tests/shell/window_over_a_chain.h"
+
+namespace torvik {
+namespace {
+
+constexpr QSize kSmallScreen(1280, 720);
+
+class Screenshots : public test::WindowOverAChain {
+protected:
+    // Saves the picture, and finds texts that have less room than they need.
+    static void take(QWidget& widget, const char* name) {
+        QApplication::processEvents();
+        const QDir folder(QStringLiteral(TORVIK_SCREENSHOTS));
+        folder.mkpath(QStringLiteral("."));
+        EXPECT_TRUE(widget.grab().save(folder.filePath(QString::fromUtf8(name) + QStringLiteral(".png"))));
+        for (const QWidget* child : widget.findChildren<QWidget*>()) {
+            const auto* label = qobject_cast<const QLabel*>(child);
+            const auto* button = qobject_cast<const QAbstractButton*>(child);
+            if (!child->isVisible() || (!button && (!label || label->text().isEmpty()))) continue;
+            if (button && button->text().isEmpty()) continue;
+            EXPECT_GE(child->width(), child->minimumSizeHint().width())
+                << name << ": " << (button ? button->text() : label->text()).toStdString();
+        }
+    }
+    static void chooseTab(MainWindow& window, int tab) {
+        window.findChild<QTabWidget*>(QStringLiteral("panes"))->setCurrentIndex(tab);
+    }
+};
+
+TEST_F(Screenshots, MainWindowFitsASmallScreenInEveryState) {
+    chain.till(1).stopListening();
+    MainWindow window(path(), store);
+    window.show();
+    window.resize(kSmallScreen);
+    QApplication::processEvents();
+    EXPECT_LE(window.width(), kSmallScreen.width());
+    EXPECT_LE(window.height(), kSmallScreen.height());
+    take(window, "window-at-rest");
+
+    allTills(window);
+    bool taken = false;
+    TTorvikPos& engine = window.TorvikPos1();
+    engine.Seam.pumpMessages = [&, pump = engine.Seam.pumpMessages] {
+        pump();
+        if (taken || engine.ffraOppgjorStatus->memLogEntries.RecordCount() == 0) return;
+        taken = true;
+        take(window, "window-running");
+    };
+    click(window, "actiOppgjorManually");
+    take(window, "window");
+    chooseTab(window, 1);
+    take(window, "window-log");
+    chooseTab(window, 2);
+    take(window, "window-errors");
+    chooseTab(window, 0);
+    test::child<QComboBox>(window, "group").setCurrentIndex(2);
+    test::child<QCheckBox>(window, "failedFirst").click();
+    take(window, "window-grouped");
+}
+
+TEST_F(Screenshots, MainWindowOnADarkDesktop) {
+    const QPalette light = QApplication::palette();
+    QPalette dark(QColor(0x35, 0x35, 0x35));
+    dark.setColor(QPalette::Base, QColor(0x23, 0x23, 0x23));
+    dark.setColor(QPalette::AlternateBase, QColor(0x2d, 0x2d, 0x2d));
+    QApplication::setPalette(dark);
+    {
+        chain.till(1).stopListening();
+        MainWindow window(path(), store);
+        window.show();
+        window.resize(kSmallScreen);
+        allTills(window);
+        click(window, "actiOppgjorManually");
+        take(window, "window-dark");
+    }
+    QApplication::setPalette(light);
+}
+
+TEST_F(Screenshots, Dialogs) {
+    MainWindow window(path(), store);
+    window.show();
+    auto& preferences = *window.findChild<TfrmSyncPreferences*>();
+    preferences.show();
+    for (int tab = 0; tab < 6; ++tab) {
+        test::child<QTabWidget>(preferences, "preferences").setCurrentIndex(tab);
+        take(preferences, QStringLiteral("preferences-%1").arg(tab + 1).toUtf8().constData());
+    }
+    preferences.hide();
+
+    TfrmOppgiDato date(QDate(2026, 3, 4));
+    date.SetLabel(QStringLiteral("Ta med ordrer fra og med dato:"));
+    date.show();
+    take(date, "date");
+    TfrmNullstillUtvalg reset;
+    reset.show();
+    take(reset, "reset");
+
+    TKasseCollection tills;
+    test::whenAsked<TfrmVelgInternkundeKasse>([](TfrmVelgInternkundeKasse& shown) {
+        test::press(shown, "all");
+        take(shown, "tills");
+        test::press(shown, "cancel");
+    });
+    EXPECT_FALSE(window.Ask.SelectTills(tills, TSyncVersions{svTorvikPosSync}));
+
+    SetupReport report;
+    report.show();
+    report.add({QStringLiteral("Back office"), CheckOutcome::Good, QStringLiteral("Server: KONTOR, database: Torvik")});
+    report.add(
+        {QStringLiteral("Automatisk start kl. 02:30"), CheckOutcome::Warning, QStringLiteral("Velg en annen time")});
+    report.add({QStringLiteral("Avdeling 1001, kasse 1"), CheckOutcome::Bad, QStringLiteral("Unable to connect")});
+    report.finish();
+    take(report, "setup");
+}
+
+}  // namespace
+}  // namespace torvik
