@@ -183,10 +183,13 @@ std::string Binder::in(const ast::In& node, Scope& scope, int line) {
         }
         for (const Bound& item : items) {
             if (!list.empty()) list += ", ";
-            list += alike || item.type.id == TypeId::Null ? item.sql : castSql(item.sql, item.type, met);
+            const std::string sql =
+                alike || item.type.id == TypeId::Null ? item.sql : castSql(item.sql, item.type, met);
+            list += comparableSql(sql, met);
             if (isCharacter(met.id) && collation.empty()) collation = collationOf(operand, item, "equal to", line);
         }
         if (!alike && operand.type.id != TypeId::Null) operand.sql = castSql(operand.sql, operand.type, met);
+        operand.sql = comparableSql(operand.sql, met);
     }
     std::string out = operand.sql;
     if (!collation.empty()) out += " COLLATE " + sqliteCollation(collation);

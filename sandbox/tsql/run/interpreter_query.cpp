@@ -153,7 +153,7 @@ void Interpreter::runSelect(const ast::Statement& s) {
     const std::int64_t rows = sendQuery(query);
     warnOfNulls();
     succeed(rows);
-    done(rows);
+    done(query.assigns ? std::nullopt : std::optional(rows));
 }
 
 namespace {
