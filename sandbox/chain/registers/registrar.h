@@ -29,7 +29,7 @@ public:
     Row& newCustomer(int id);
     Row& changedCustomer(int id);  // to be changed further
     Row& clerk(const std::string& id);
-    // The staff's cards: their holders swapped, one emptied, one forgotten.
+    // Each gets the other's card.
     void swapCards(const std::string& one, const std::string& other);
 
     // A gift card or credit note that the till named has sold; and one that was redeemed there.
