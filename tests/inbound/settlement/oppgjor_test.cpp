@@ -193,7 +193,9 @@ TEST_F(OppgjorTest, ListsTheOpenSettlementsAndLeavesTheQueryAsItWas) {
     QStringList list{QStringLiteral("old")};
     oppgjor.GetList(list);
     EXPECT_EQ(list, QStringList({"1", "2"}));
-    EXPECT_FALSE(oppgjor.qryOppgjor().Active());
+    settlement(3, "20260304 21:00");
+    oppgjor.GetList(list);  // an open query would hold the rows of before
+    EXPECT_EQ(list, QStringList({"1", "2", "3"}));
 }
 
 TEST_F(OppgjorTest, SavesTheTextThatMarksASettlement) {
