@@ -45,7 +45,7 @@ void actiAbout(CommandContext& context) {
 }
 
 void FileExit1(CommandContext& context) {
-    context.window.close();
+    QMetaObject::invokeMethod(&context.window, &QWidget::close, Qt::QueuedConnection);  // when no command is at work
 }
 
 }  // namespace torvik

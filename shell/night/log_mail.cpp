@@ -1,4 +1,5 @@
-// The mail is libcurl's MIME; its transfer is a multi handle of one, so that the window lives while a server hangs.
+// The mail is libcurl's MIME. It is sent on a thread of its own, since libcurl waits in one piece for the server's word
+// on the mail, and the window is to live while a server hangs.
 #include "shell/night/log_mail.h"
 
 #include <curl/curl.h>
@@ -6,10 +7,13 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <QScopeGuard>
 #include <QSysInfo>
 #include <QUuid>
+#include <atomic>
+#include <chrono>
+#include <future>
 #include <memory>
-#include <string>
 
 #include "engine/base/abort.h"
 
@@ -19,7 +23,7 @@ namespace {
 
 constexpr long kConnectTimeoutMs = 6000;
 constexpr long kAnswerTimeoutSeconds = 30;
-constexpr int kPollMs = 20;
+constexpr std::chrono::milliseconds kPoll{20};
 
 template <auto Free>
 struct With {
@@ -29,7 +33,6 @@ struct With {
     }
 };
 using Easy = std::unique_ptr<CURL, With<curl_easy_cleanup>>;
-using Multi = std::unique_ptr<CURLM, With<curl_multi_cleanup>>;
 using Mime = std::unique_ptr<curl_mime, With<curl_mime_free>>;
 
 class TextList {
@@ -71,21 +74,29 @@ Mime mimeOf(CURL* curl, const LogMail& mail) {
     return mime;
 }
 
-// Runs the transfer to its end.
+int abortWanted(void* abort, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+    return static_cast<const std::atomic<bool>*>(abort)->load() ? 1 : 0;
+}
+
+// Keeps the server's last line: libcurl does not always say why a mail was refused.
+std::size_t keepReply(char* text, std::size_t size, std::size_t count, void* reply) {
+    *static_cast<QByteArray*>(reply) = QByteArray(text, static_cast<qsizetype>(size * count)).trimmed();
+    return size * count;
+}
+
+// Runs the transfer to its end. An abort is noticed within a second, and closes the connection without another word.
 CURLcode transfer(CURL* curl, const std::function<void()>& pump, const std::function<bool()>& cancelled) {
-    const Multi multi(curl_multi_init());
-    curl_multi_add_handle(multi.get(), curl);
-    CURLcode result = CURLE_ABORTED_BY_CALLBACK;
-    for (int running = 1; running > 0 && !cancelled();) {
-        curl_multi_perform(multi.get(), &running);
-        int left = 0;
-        while (const CURLMsg* message = curl_multi_info_read(multi.get(), &left))
-            if (message->msg == CURLMSG_DONE) result = message->data.result;
-        if (running > 0) curl_multi_poll(multi.get(), nullptr, 0, kPollMs, nullptr);
+    std::atomic<bool> abort = false;
+    curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
+    curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, abortWanted);
+    curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &abort);
+    std::future<CURLcode> result = std::async(std::launch::async, [curl] { return curl_easy_perform(curl); });
+    const auto left = qScopeGuard([&abort] { abort = true; });  // also when an event raises
+    while (result.wait_for(kPoll) != std::future_status::ready) {
+        if (cancelled()) abort = true;
         pump();
     }
-    curl_multi_remove_handle(multi.get(), curl);
-    return result;
+    return result.get();
 }
 
 }  // namespace
@@ -109,6 +120,7 @@ void LogMail::send(const std::function<void()>& pump, const std::function<bool()
                     .arg(QUuid::createUuid().toString(QUuid::WithoutBraces), QSysInfo::machineHostName()));
 
     char reason[CURL_ERROR_SIZE] = {};
+    QByteArray reply;
     const QByteArray url = QStringLiteral("smtp://%1:%2/%3")
                                .arg(server.trimmed(), QString::number(port), QSysInfo::machineHostName())
                                .toUtf8();
@@ -121,13 +133,18 @@ void LogMail::send(const std::function<void()>& pump, const std::function<bool()
     curl_easy_setopt(curl.get(), CURLOPT_CONNECTTIMEOUT_MS, kConnectTimeoutMs);
     curl_easy_setopt(curl.get(), CURLOPT_SERVER_RESPONSE_TIMEOUT, kAnswerTimeoutSeconds);
     curl_easy_setopt(curl.get(), CURLOPT_ERRORBUFFER, reason);
+    curl_easy_setopt(curl.get(), CURLOPT_HEADERFUNCTION, keepReply);
+    curl_easy_setopt(curl.get(), CURLOPT_HEADERDATA, &reply);
     curl_easy_setopt(curl.get(), CURLOPT_MAIL_FROM, bracketed(sender).toUtf8().constData());
     curl_easy_setopt(curl.get(), CURLOPT_MAIL_RCPT, to.get());
     curl_easy_setopt(curl.get(), CURLOPT_HTTPHEADER, headers.get());
     curl_easy_setopt(curl.get(), CURLOPT_MIMEPOST, mime.get());
     const CURLcode result = transfer(curl.get(), pump, cancelled);
     if (result == CURLE_ABORTED_BY_CALLBACK) throw EngineError(QStringLiteral("Sending av logg ble avbrutt"));
-    if (result != CURLE_OK) throw EngineError(QString::fromUtf8(reason[0] ? reason : curl_easy_strerror(result)));
+    if (result == CURLE_OK) return;
+    QString told = QString::fromUtf8(reason[0] ? reason : curl_easy_strerror(result));
+    if (reply.startsWith('4') || reply.startsWith('5')) told += QStringLiteral(": ") + QString::fromUtf8(reply);
+    throw EngineError(told);
 }
 
 }  // namespace torvik

@@ -253,6 +253,7 @@ TEST_F(Commands, ExitClosesTheWindow) {
     MainWindow window(path(), store);
     window.show();
     click(window, "FileExit1");
+    QCoreApplication::processEvents();
     EXPECT_FALSE(window.isVisible());
 }
 

@@ -54,8 +54,8 @@ TEST_F(Mail, ArrivesWithItsTextAndBothFiles) {
     EXPECT_EQ(got[u"sender"].toString(), QStringLiteral("kasse@torvik.example"));
     EXPECT_EQ(got[u"recipients"].toArray(),
               (QJsonArray{QStringLiteral("drift@torvik.example"), QStringLiteral("vakt@torvik.example")}));
-    EXPECT_EQ(got[u"from"].toString(), QStringLiteral("<kasse@torvik.example>"));
-    EXPECT_EQ(got[u"to"].toString(), QStringLiteral("<drift@torvik.example>, <vakt@torvik.example>"));
+    EXPECT_EQ(got[u"from"].toString(), QStringLiteral("kasse@torvik.example"));
+    EXPECT_EQ(got[u"to"].toString(), QStringLiteral("drift@torvik.example, vakt@torvik.example"));
     EXPECT_EQ(got[u"subject"].toString(), QStringLiteral("TorvikPosSync logg"));
     EXPECT_EQ(got[u"date"].toString(), QStringLiteral("Sun, 01 Mar 2026 04:05:06 -0130"));
     EXPECT_FALSE(got[u"encrypted"].toBool());

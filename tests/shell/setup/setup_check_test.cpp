@@ -49,8 +49,8 @@ TEST_F(SetupCheck, GoodSetUpIsAllTicks) {
                      QStringLiteral("+ Versjon av back office"), QStringLiteral("+ Rettighet i back office: lese"),
                      QStringLiteral("+ Rettighet i back office: skrive"),
                      QStringLiteral("+ Rettighet i back office: lage mellomtabeller"),
-                     QStringLiteral("+ Prosedyrer i back office"), QStringLiteral("+ Avdeling 1002, kasse 1"),
-                     QStringLiteral("+ Avdeling 1001, kasse 1"), QStringLiteral("+ E-postserver")}));
+                     QStringLiteral("+ Prosedyrer i back office"), QStringLiteral("+ Avdeling 101, kasse 1"),
+                     QStringLiteral("+ Avdeling 102, kasse 1"), QStringLiteral("+ E-postserver")}));
 }
 
 TEST_F(SetupCheck, HourThatTheClockSkipsIsWarnedOf) {
@@ -68,7 +68,7 @@ TEST_F(SetupCheck, TillThatIsAwayIsACrossWithTheReasonAndTheOthersAreTicks) {
     for (const QString& row : check())
         if (!row.startsWith(u'+')) bad << row;
     ASSERT_EQ(bad.size(), 1) << bad.join(u'\n').toStdString();
-    EXPECT_TRUE(bad[0].startsWith(QStringLiteral("- Avdeling 100"))) << bad[0].toStdString();
+    EXPECT_TRUE(bad[0].startsWith(QStringLiteral("- Avdeling 10"))) << bad[0].toStdString();
     EXPECT_FALSE(bad[0].contains(QStringLiteral("Pos-1"))) << "no password";
 }
 
