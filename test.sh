@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is needed, builds everything and runs every test. Ends with ctest's own summary.
-#   --long   first runs, for most of an hour: the suite under the sanitizers, a minute of fuzzing of each target under
-#            them, 10,000 connections one after another, and every fault at every request of a fetch
+#   --long   first runs, for some hours: the suite under the sanitizers, a minute of fuzzing of each target under
+#            them, 10,000 connections one after another, every fault at every request of a fetch, and every mutation
+#            of tests/mutations, which the tests must notice
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -32,6 +33,7 @@ cmake --preset dev >/dev/null
 cmake --build --preset dev
 if [ "${1:-}" = --long ]; then
     TORVIK_SOAK_CONNECTIONS=10000 build/dev/bin/test_sandbox --gtest_filter='ServerSoak.*'
+    tests/mutations/run
     TORVIK_LONG=1 build/dev/bin/test_faults --gtest_brief=1 --gtest_filter='*EveryRequest*:*Statement*:*Killed*'
 fi
 exec ctest --preset dev -j "$(nproc)"

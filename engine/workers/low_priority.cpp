@@ -16,8 +16,8 @@ void lowerPriorityOfThisThread() {
     ::SetThreadPriority(::GetCurrentThread(), THREAD_PRIORITY_BELOW_NORMAL);
 #elif defined(Q_OS_LINUX)
     // Linux keeps a nice value for each thread, and takes the number 0 for the calling one.
-    constexpr int kBelowNormal = 5;
-    ::setpriority(PRIO_PROCESS, 0, kBelowNormal);
+    constexpr int kStep = 5;
+    ::setpriority(PRIO_PROCESS, 0, ::getpriority(PRIO_PROCESS, 0) + kStep);
 #endif
 }
 

@@ -144,7 +144,7 @@ TEST(SeqSink, AddressThatIsNoneLosesTheEvent) {
         EXPECT_NO_THROW(TSeqSink(QString::fromUtf8(url), QString(), kShort).Write(event())) << url;
 }
 
-TEST(SeqSink, WaitsTwoSecondsForAConnectionAndFiveForAnAnswer) {
+TEST(SeqSink, TimeoutsUnlessGivenAreTwoSecondsForAConnectionAndFiveInAll) {
     EXPECT_EQ(HttpTimeouts().connect, std::chrono::seconds(2));
     EXPECT_EQ(HttpTimeouts().whole, std::chrono::seconds(5));
 }

@@ -229,7 +229,7 @@ TEST_F(ProgramStartOnAChain, LogsItsStartAndItsEndWithItsProperties) {
 }
 
 // Its window has never been shown.
-TEST_F(ProgramStartOnAChain, ProgramInTheSystemTrayEndsAsAnyOther) {
+TEST_F(ProgramStartOnAChain, SystemTraySettingChangesNothingOfTheEnd) {
     writeDataLink(QString::fromStdString(chain.dataLink()));
     ASSERT_TRUE(QDir().mkpath(path("settings/Vestmar")));
     write("settings/Vestmar/TorvikPosSync.conf", "[General]\nSystemTray=true\n");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/db/errors.h"
 #include "engine/db/query.h"
 #include "tests/engine/small_chain.h"
 
@@ -159,7 +160,13 @@ TEST_F(Roster, WorkListSetWhileADepartmentIsChosenDoesNotFilter) {
 
 TEST_F(Roster, FailingQueryRaisesToTheCaller) {
     roster().SetExcludePosListSQL(QStringLiteral("AND finnes_ikke = 1"));
-    EXPECT_ANY_THROW(roster().Open());
+    try {
+        roster().Open();
+        FAIL() << "opened";
+    } catch (const db::StatementError& e) {
+        EXPECT_EQ(e.Number, 207);
+    }
+    EXPECT_FALSE(roster().Qry().Active());
 }
 
 TEST_F(Roster, ConnectionStringOfBothLogins) {

@@ -74,6 +74,17 @@ TEST_F(TillWalkOverAChain, HandsTheWorkTheTillItsVersionAndBothSessions) {
     EXPECT_FALSE(chain.source.Connected()) << "closed after a till that succeeded";
 }
 
+TEST_F(TillWalkOverAChain, VersionThatCouldNotBeReadIsReadOnceMoreBeforeTheWork) {
+    chain.tills(QStringLiteral("1/1"));
+    chain.server.faults().add({.match = {.textContains = "select in_dbversion"},
+                               .action = sandbox::FaultAction::Fail,
+                               .message = {.number = 50000, .severity = 16, .state = 1, .text = "ikke nå"}});
+    work = [](TillVisit& visit) { EXPECT_EQ(visit.DbVersion, QStringLiteral("213")); };
+    walk();
+    EXPECT_EQ(served, QStringList{QStringLiteral("1/1")});
+    EXPECT_EQ(failed, QStringList());
+}
+
 TEST_F(TillWalkOverAChain, OneAttemptIsBareOfVersionAndRetries) {
     chain.tills(QStringLiteral("1/1"));
     chain.till({.department = 1, .number = QStringLiteral("2")});
