@@ -4,16 +4,21 @@
 
 #include <curl/curl.h>
 
+#ifndef Q_OS_WIN
+#include <sys/socket.h>
+#include <unistd.h>
+#endif
+
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
 #include <QScopeGuard>
 #include <QSysInfo>
 #include <QUuid>
-#include <atomic>
 #include <chrono>
 #include <future>
 #include <memory>
+#include <mutex>
 
 #include "engine/base/abort.h"
 
@@ -74,9 +79,58 @@ Mime mimeOf(CURL* curl, const LogMail& mail) {
     return mime;
 }
 
-int abortWanted(void* abort, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
-    return static_cast<const std::atomic<bool>*>(abort)->load() ? 1 : 0;
-}
+// The connection of a transfer, which a cancel cuts: libcurl itself would wait for the server's word even then.
+class Line {
+public:
+    explicit Line(CURL* curl) {
+        curl_easy_setopt(curl, CURLOPT_SOCKOPTFUNCTION, &Line::opened);
+        curl_easy_setopt(curl, CURLOPT_SOCKOPTDATA, this);
+        curl_easy_setopt(curl, CURLOPT_CLOSESOCKETFUNCTION, &Line::closing);
+        curl_easy_setopt(curl, CURLOPT_CLOSESOCKETDATA, this);
+        curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
+        curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, &Line::isCut);
+        curl_easy_setopt(curl, CURLOPT_XFERINFODATA, this);
+    }
+    void cut() {
+        const std::scoped_lock lock(mutex_);
+        cut_ = true;
+        if (socket_ != CURL_SOCKET_BAD) ::shutdown(socket_, kBothWays);
+    }
+
+private:
+#ifdef Q_OS_WIN
+    static constexpr int kBothWays = SD_BOTH;
+    static int close(curl_socket_t socket) {
+        return ::closesocket(socket);
+    }
+#else
+    static constexpr int kBothWays = SHUT_RDWR;
+    static int close(curl_socket_t socket) {
+        return ::close(socket);
+    }
+#endif
+    static int opened(void* line, curl_socket_t socket, curlsocktype) {
+        auto& self = *static_cast<Line*>(line);
+        const std::scoped_lock lock(self.mutex_);
+        self.socket_ = socket;
+        return self.cut_ ? CURL_SOCKOPT_ERROR : CURL_SOCKOPT_OK;
+    }
+    static int closing(void* line, curl_socket_t socket) {
+        auto& self = *static_cast<Line*>(line);
+        const std::scoped_lock lock(self.mutex_);
+        if (self.socket_ == socket) self.socket_ = CURL_SOCKET_BAD;
+        return close(socket);
+    }
+    static int isCut(void* line, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+        auto& self = *static_cast<Line*>(line);
+        const std::scoped_lock lock(self.mutex_);
+        return self.cut_ ? 1 : 0;
+    }
+
+    std::mutex mutex_;
+    curl_socket_t socket_ = CURL_SOCKET_BAD;
+    bool cut_ = false;
+};
 
 // Keeps the server's last line: libcurl does not always say why a mail was refused.
 std::size_t keepReply(char* text, std::size_t size, std::size_t count, void* reply) {
@@ -84,26 +138,29 @@ std::size_t keepReply(char* text, std::size_t size, std::size_t count, void* rep
     return size * count;
 }
 
-// Runs the transfer to its end. An abort is noticed within a second, and closes the connection without another word.
-CURLcode transfer(CURL* curl, const std::function<void()>& pump, const std::function<bool()>& cancelled) {
-    std::atomic<bool> abort = false;
-    curl_easy_setopt(curl, CURLOPT_NOPROGRESS, 0L);
-    curl_easy_setopt(curl, CURLOPT_XFERINFOFUNCTION, abortWanted);
-    curl_easy_setopt(curl, CURLOPT_XFERINFODATA, &abort);
+// Runs the transfer to its end, or until it is cancelled.
+CURLcode transfer(CURL* curl, Line& line, const std::function<void()>& pump, const std::function<bool()>& cancelled) {
     std::future<CURLcode> result = std::async(std::launch::async, [curl] { return curl_easy_perform(curl); });
-    const auto left = qScopeGuard([&abort] { abort = true; });  // also when an event raises
+    auto left = qScopeGuard([&line] { line.cut(); });  // when an event raises
+    bool wasCancelled = false;
     while (result.wait_for(kPoll) != std::future_status::ready) {
-        if (cancelled()) abort = true;
+        if (!wasCancelled && cancelled()) {
+            wasCancelled = true;
+            line.cut();
+        }
         pump();
     }
-    return result.get();
+    left.dismiss();
+    return wasCancelled ? CURLE_ABORTED_BY_CALLBACK : result.get();
 }
 
 }  // namespace
 
 void LogMail::send(const std::function<void()>& pump, const std::function<bool()>& cancelled) const {
-    const Easy curl(curl_easy_init());
+    Easy curl(curl_easy_init());
     if (!curl) throw EngineError(QStringLiteral("Klarte ikke å sende e-post"));
+    Line line(curl.get());
+    const auto closed = qScopeGuard([&curl] { curl.reset(); });  // closes the line, which has to be there still
     TextList to;
     QStringList toHeader;
     for (const QString& each : recipients.split(u',')) {
@@ -139,7 +196,7 @@ void LogMail::send(const std::function<void()>& pump, const std::function<bool()
     curl_easy_setopt(curl.get(), CURLOPT_MAIL_RCPT, to.get());
     curl_easy_setopt(curl.get(), CURLOPT_HTTPHEADER, headers.get());
     curl_easy_setopt(curl.get(), CURLOPT_MIMEPOST, mime.get());
-    const CURLcode result = transfer(curl.get(), pump, cancelled);
+    const CURLcode result = transfer(curl.get(), line, pump, cancelled);
     if (result == CURLE_ABORTED_BY_CALLBACK) throw EngineError(QStringLiteral("Sending av logg ble avbrutt"));
     if (result == CURLE_OK) return;
     QString told = QString::fromUtf8(reason[0] ? reason : curl_easy_strerror(result));
