@@ -113,10 +113,16 @@ void MainWindow::createEngine() {
         IniFile(folder_ + QStringLiteral("TorvikPosSync.ini")).value("Filter", "Butikktyper"));
     engine.IncludeDTS_TorvikPOS = true;
 
-    joinFetching(engine);
+    joinFetching(engine, {.NoteFolder = folder_ + QStringLiteral("Notater"),
+                          .DecidePair = [this](const PairQuestion& question) { return decidePair(question); }});
     joinSending(engine);
     threads_ = std::make_unique<MainThreads>(engine, *this);
     Ask = dialogQuestions(*this, msConnTarget);
+}
+
+// At night nobody answers, and the night must not wait for it: the till is refused and told.
+PairDecision MainWindow::decidePair(const PairQuestion& question) {
+    return torvikPos_->TimerBusy() || !Ask.DecidePair ? PairDecision::Refuse : Ask.DecidePair(question);
 }
 
 void MainWindow::createPanes() {

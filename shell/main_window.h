@@ -58,6 +58,7 @@ protected:
 
 private:
     void createEngine();
+    [[nodiscard]] PairDecision decidePair(const PairQuestion& question);
     void createPanes();
     [[nodiscard]] QWidget* createLeftSide();
     void createCommands();

@@ -86,11 +86,13 @@ void VoucherImport::add(const VoucherRow& row) {
 }
 
 // An error that took the transaction with it, or the session, fails the transfer: what follows would stand by itself.
-// Any other drops the batch, and its cards are marked all the same.
+// Any other drops the batch, and its cards are marked all the same. The look for redemptions is no part of the batch:
+// no card is given up for it.
 void VoucherImport::dropOrSend() {
     const QStringList names = batchNames_;
+    warnOfRedeemed();
     try {
-        send();
+        runBatch();
     } catch (const std::exception& e) {
         if (!visit_.OfficeSession.InTransaction()) throw;
         visit_.Log.AddLog(ErrorText(e), true, kls_Error);
@@ -98,15 +100,19 @@ void VoucherImport::dropOrSend() {
     }
 }
 
-// The batch is empty afterwards, whatever came of it.
 void VoucherImport::send() {
+    warnOfRedeemed();
+    runBatch();
+}
+
+// The batch is empty afterwards, whatever came of it.
+void VoucherImport::runBatch() {
     const auto clear = qScopeGuard([this] {
         batch_.SQL.clear();
         batchNames_.clear();
         batchUnused_.clear();
     });
     if (batch_.SQL.isEmpty()) return;
-    warnOfRedeemed();
     batch_.ExecSQL();
 }
 

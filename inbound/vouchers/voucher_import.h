@@ -30,6 +30,7 @@ private:
     void add(const VoucherRow& row);
     void dropOrSend();
     void send();
+    void runBatch();
     void warnOfRedeemed();
 
     const VoucherKind& kind_;

@@ -9,6 +9,7 @@
 
 #include "shell/dialogs/nullstill_utvalg.h"
 #include "shell/dialogs/oppgi_dato.h"
+#include "shell/dialogs/pair_decision_dialog.h"
 #include "shell/dialogs/velg_internkunde_kasse.h"
 
 namespace torvik {
@@ -57,6 +58,9 @@ Questions dialogQuestions(QWidget& window, db::Session& target) {
     ask.ResetScope = [&window] { return TfrmNullstillUtvalg(&window).Execute(); };
     ask.ShowMessage = [&window](const QString& text) { QMessageBox::information(&window, window.windowTitle(), text); };
     ask.Confirm = [&window](const QString& text) { return confirmed(window, text); };
+    ask.DecidePair = [&window](const PairQuestion& question) {
+        return PairDecisionDialog(question, &window).Execute();
+    };
     ask.OpenFile = [](const QString& file) { QDesktopServices::openUrl(QUrl::fromLocalFile(file)); };
     return ask;
 }

@@ -10,6 +10,7 @@
 
 #include "engine/base/torvik_pos_types.h"
 #include "engine/roster/kasse_collection.h"
+#include "inbound/pairs/pair_resolution.h"
 
 class QWidget;
 
@@ -27,6 +28,8 @@ struct Questions {
     std::function<TInitializeItems()> ResetScope;
     std::function<void(const QString& text)> ShowMessage;
     std::function<bool(const QString& text)> Confirm;
+    // What becomes of a pair of transactions that another machine has left half done.
+    PairDecisionHandler DecidePair;
     // Opens a file with the program that the system has for it.
     std::function<void(const QString& file)> OpenFile;
 };
