@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds TorvikPosSync, starts a demo chain of a back office and five tills, and opens the program on it. Without a display
-# it does so under a virtual one, and the program does a whole night by itself: it fetches, accumulates, saves its logs and
-# mails them to a mail server started for it. Everything it writes is in the folder try/.
+# it does so under a virtual one, and the program does a whole night by itself: it fetches, accumulates, sends, saves its
+# logs and mails them to a mail server started for it. Everything it writes is in the folder try/.
 #   ./try.sh          ends when the program has been closed, or its night has ended
 #   ./try.sh --keep   leaves the demo chain running until Ctrl-C
 set -euo pipefail
@@ -84,7 +84,7 @@ fi
 cat >"$folder/settings/Vestmar/TorvikPosSync.conf" <<CONF
 [General]
 Timeout=1
-KunHent=true
+KunHent=false
 AutoStartTime=$(date -d '+45 seconds' +%H:%M):00
 cbAutoStart=$([ -n "$headless" ] && echo true || echo false)
 
