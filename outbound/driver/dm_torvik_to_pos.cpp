@@ -92,6 +92,7 @@ SendFacts TdmTorvikToPOS::facts() const {
             .SendPriceAndCustomer = SendPriceAndCustomer,
             .DeleteItem = DeleteItem,
             .SendCurrency = sendCurrency_,
+            .SendVouchers = SendVouchers,
             .ReplaceItemNumber = replaceItemNumber_,
             .tillTables = tillTables_};
 }

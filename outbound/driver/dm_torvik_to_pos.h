@@ -35,6 +35,7 @@ public:
     QString KasseNr;
     bool SendPriceAndCustomer = false;
     bool DeleteItem = false;  // Execute turns it off where the back office names no replacement item
+    bool SendVouchers = true;  // false: gift cards and credit notes stay as the till has them
     TItemUpdateSelection ItemUpdateSelection = iusChanged;
     int DagerSidenEndring = 30;  // days back for the filters of what has changed
     // From the back office's settings, read by the first Execute of the object.

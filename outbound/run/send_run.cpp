@@ -8,6 +8,7 @@
 #include "engine/base/seams.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
+#include "engine/office/standing_pair.h"
 #include "engine/run/run_parts.h"
 #include "engine/run/till_walk.h"
 #include "engine/torvik_pos.h"
@@ -39,6 +40,7 @@ private:
     [[nodiscard]] TillWalkPlan plan();
     void serve(TillVisit& visit);
     void setUpExport(const TillVisit& visit);
+    [[nodiscard]] bool hasStandingPair(const TillVisit& visit) const;
     void sendTo(const TillVisit& visit);
     void refreshGiftCardItem(const TillVisit& visit);
     void refuseBusyTill(const TillVisit& visit) const;
@@ -131,6 +133,7 @@ void SendRun::setUpExport(const TillVisit& visit) {
     dm.KasseNr = visit.Till.Ikk_Kassenummer;
     dm.ItemUpdateSelection = static_cast<TItemUpdateSelection>(options.VareOppdateringUtvalg);
     dm.DeleteItem = options.DeleteItemsOnSend(parts_.Context.Seam.now().date());
+    dm.SendVouchers = !hasStandingPair(visit);
     dm.OnProgress = parts_.Context.Events.OnProgress;
     dm.OnLog = [this](const QString& line) { parts_.Log.AddLog(line); };
     dm.OnIdle = parts_.Context.Seam.pumpMessages;
@@ -139,6 +142,16 @@ void SendRun::setUpExport(const TillVisit& visit) {
                           .arg(QString::number(dm.DagerSidenEndring),
                                dm.SendPriceAndCustomer ? QStringLiteral(" send varer og priser,") : QString(),
                                selectionText(dm.ItemUpdateSelection)));
+}
+
+// What the till has marked as handed in may not have reached the back office, whose older word would wipe it.
+bool SendRun::hasStandingPair(const TillVisit& visit) const {
+    if (!HasStandingPair(visit.Office, visit.Till.Ik_Ku_Id, visit.Till.Kassenummer)) return false;
+    visit.Log.AddLog(QStringLiteral("Gavekort og tilgodelapper sendes ikke til (avd. %1, kasse %2), fordi en avbrutt "
+                                    "innhenting ikke er avklart. Hent oppgjør først")
+                         .arg(visit.Till.Avdelingsnummer, visit.Till.Kassenummer),
+                     false, kls_Warning);
+    return true;
 }
 
 void SendRun::sendTo(const TillVisit& visit) {

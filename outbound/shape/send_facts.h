@@ -21,6 +21,7 @@ struct SendFacts {
     bool SendPriceAndCustomer = false;
     bool DeleteItem = false;
     bool SendCurrency = false;
+    bool SendVouchers = true;
     QString ReplaceItemNumber;
     std::set<std::string> tillTables;  // of those asked for (AskForTable), the ones that the till has
 };

@@ -12,6 +12,7 @@ bool When::holds(const SendFacts& facts) const {
         case Kind::SendPriceAndCustomer: return facts.SendPriceAndCustomer;
         case Kind::DeleteItem: return facts.DeleteItem;
         case Kind::SendCurrency: return facts.SendCurrency;
+        case Kind::SendVouchers: return facts.SendVouchers;
         case Kind::TillHasTable: return facts.tillTables.contains(table);
     }
     return false;

@@ -15,6 +15,7 @@ struct When {
         SendPriceAndCustomer,  // the property of that name
         DeleteItem,            // likewise
         SendCurrency,          // likewise
+        SendVouchers,          // likewise
         TillHasTable,          // `table` was asked for, and the till has it
     };
     Kind kind = Kind::Always;
@@ -30,6 +31,7 @@ inline constexpr When kNotChangesOnly{When::Kind::NotChangesOnly};
 inline constexpr When kSendPriceAndCustomer{When::Kind::SendPriceAndCustomer};
 inline constexpr When kDeleteItem{When::Kind::DeleteItem};
 inline constexpr When kSendCurrency{When::Kind::SendCurrency};
+inline constexpr When kSendVouchers{When::Kind::SendVouchers};
 constexpr When schemaFrom(int version) {
     return {When::Kind::SchemaFrom, version};
 }

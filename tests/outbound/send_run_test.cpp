@@ -7,6 +7,7 @@
 #include "engine/base/abort.h"
 #include "engine/db/query.h"
 #include "engine/status/oppgjor_status.h"
+#include "inbound/pairs/pair_intent.h"
 #include "outbound/run/send_run.h"
 #include "tests/outbound/one_item.h"
 #include "tests/support/chain_run.h"
@@ -90,6 +91,31 @@ TEST_F(SendRun, ServesEveryTillAndTellsIt) {
     ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
     EXPECT_EQ(saved.readAll(), QByteArray());
     EXPECT_TRUE(QFile::exists(run.folder.filePath(QStringLiteral("ZoppgjorLog.txt"))));
+}
+
+// The till has marked a redemption as handed in, and the back office has lost it: its older word is not sent.
+TEST_F(SendRun, TillWithAnUnresolvedPairKeepsItsVouchersAndGetsAllElse) {
+    const char* card = "SELECT ISNULL(RTRIM(GA_BET_AVDNR), 'ubrukt') FROM GAVEKORT WHERE GA_ID = '555'";
+    for (int till = 0; till < 2; ++till)
+        run.chain.runInTill(till,
+                            "INSERT GAVEKORT (GA_ID, GA_AVDNR, GA_KASSENR, GA_AN_ID, GA_OL_ID, GA_BELOP, GA_GYLDIGTIL, "
+                            "GA_BET_AVDNR, GA_BET_KASSENR, GA_BET_AN_ID, GA_BT_ID, GA_SYNKTIDSPUNKT) VALUES ('555', "
+                            "'101', '9', '1', 1, 100, '20990101', '101', '1', '1', 1, GETDATE())");
+    run.chain.runInBackOffice(
+        "INSERT POSGAVEKORT (GA_ID, GA_AVDNR, GA_KASSENR, GA_AN_ID, GA_OL_ID, GA_BELOP, GA_GYLDIGTIL, GA_SYNKTIDSPUNKT) "
+        "VALUES ('555', '101', '9', '1', 1, 100, '20990101', GETDATE())");
+    PairIntents(run.target, 1001, QStringLiteral("1"))
+        .write({QUuid::createUuid(), QStringLiteral("overføring"), QUuid::createUuid(), QStringLiteral("HK-01"), {}});
+
+    run.engine.ExecuteDTSToPos();
+
+    EXPECT_EQ(run.tillValue(0, card), "101");
+    EXPECT_EQ(run.tillValue(1, card), "ubrukt") << "the other till is told what the back office holds";
+    EXPECT_THAT(served(), ElementsAre("1", "1", "1"));
+    EXPECT_THAT(run.backOfficeRows("SELECT COUNT(*) FROM InternkundeKasseOverfort WHERE Ikko_Ikk_Ik_Ku_ID = 1001 AND "
+                                   "Ikko_Ikk_Kassenummer = '1'"),
+                ElementsAre("0"));
+    EXPECT_EQ(lines(QStringLiteral("Gavekort og tilgodelapper sendes ikke til (avd. 101, kasse 1)")).size(), 1);
 }
 
 TEST_F(SendRun, TellsWhatItSends) {
