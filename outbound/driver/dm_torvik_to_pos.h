@@ -34,7 +34,7 @@ public:
     int Ik_Ku_ID = 0;  // the department's customer id
     QString KasseNr;
     bool SendPriceAndCustomer = false;
-    bool DeleteItem = false;  // Execute turns it off where the back office names no replacement item
+    bool DeleteItem = false;   // Execute turns it off where the back office names no replacement item
     bool SendVouchers = true;  // false: gift cards and credit notes stay as the till has them
     TItemUpdateSelection ItemUpdateSelection = iusChanged;
     int DagerSidenEndring = 30;  // days back for the filters of what has changed
