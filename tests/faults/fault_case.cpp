@@ -40,7 +40,7 @@ bool isLockOfTill(const std::string& text) {
 
 // A till's version that could not be read is read once more.
 bool isReadAgain(const std::string& text) {
-    return text.find("select in_dbversion from innstillinger") != std::string::npos;
+    return text.starts_with("select in_dbversion from innstillinger");
 }
 
 sandbox::FaultRule ruleFor(const RecordedRequest& at, Fault fault) {
