@@ -32,18 +32,6 @@ std::string_view operatorName(BinaryOp op) {
     return "";
 }
 
-std::string_view operatorName(CompareOp op) {
-    switch (op) {
-        case CompareOp::Equal: return "equal to";
-        case CompareOp::NotEqual: return "not equal to";
-        case CompareOp::Less: return "less than";
-        case CompareOp::LessOrEqual: return "less than or equal to";
-        case CompareOp::Greater: return "greater than";
-        case CompareOp::GreaterOrEqual: return "greater than or equal to";
-    }
-    return "";
-}
-
 bool isBit(BinaryOp op) {
     return op >= BinaryOp::BitAnd;
 }
@@ -147,6 +135,18 @@ Type dateResult(BinaryOp op, const Type& a, const Type& b) {
 }
 
 }  // namespace
+
+std::string_view operatorName(CompareOp op) {
+    switch (op) {
+        case CompareOp::Equal: return "equal to";
+        case CompareOp::NotEqual: return "not equal to";
+        case CompareOp::Less: return "less than";
+        case CompareOp::LessOrEqual: return "less than or equal to";
+        case CompareOp::Greater: return "greater than";
+        case CompareOp::GreaterOrEqual: return "greater than or equal to";
+    }
+    return "";
+}
 
 Type asDecimal(const Type& type) {
     switch (type.id) {

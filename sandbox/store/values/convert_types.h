@@ -13,6 +13,8 @@ namespace sandbox {
 
 enum class BinaryOp : std::uint8_t { Add, Subtract, Multiply, Divide, Modulo, BitAnd, BitOr, BitXor };
 enum class CompareOp : std::uint8_t { Equal, NotEqual, Less, LessOrEqual, Greater, GreaterOrEqual };
+// As errors name it: "equal to".
+[[nodiscard]] std::string_view operatorName(CompareOp op);
 
 // The result of `a op b`; for Add of two texts (or two binaries) the concatenation's. Raises 402, 206 or 8117.
 [[nodiscard]] Type binaryResultType(BinaryOp op, const Type& a, const Type& b);

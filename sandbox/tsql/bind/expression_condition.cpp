@@ -27,18 +27,6 @@ std::string_view sqliteOperator(CompareOp op) {
     return " = ";
 }
 
-std::string_view operationName(CompareOp op) {
-    switch (op) {
-        case CompareOp::Equal: return "equal to";
-        case CompareOp::NotEqual: return "not equal to";
-        case CompareOp::Less: return "less than";
-        case CompareOp::LessOrEqual: return "less than or equal to";
-        case CompareOp::Greater: return "greater than";
-        case CompareOp::GreaterOrEqual: return "greater than or equal to";
-    }
-    return "equal to";
-}
-
 // "((a OR b) OR (c OR d))": SQLite limits how deep an expression may be, and would take a flat list for a deep one.
 std::string balanced(std::span<const std::string> operands, std::string_view word) {
     constexpr std::size_t kFlat = 8;
@@ -97,7 +85,7 @@ std::string Binder::compare(sandbox::CompareOp op, const Bound& left, const Boun
             a = comparableSql(a, met);
             b = comparableSql(b, met);
         }
-        if (isCharacter(met.id)) a += " COLLATE " + sqliteCollation(collationOf(left, right, operationName(op), line));
+        if (isCharacter(met.id)) a += " COLLATE " + sqliteCollation(collationOf(left, right, operatorName(op), line));
     });
     if (!ok) return std::string(kUnknown);
     const bool nullIsValue = !context_.options.ansiNulls &&
