@@ -31,6 +31,7 @@
 #include "shell/look/icons.h"
 #include "shell/main_threads.h"
 #include "shell/night/automatic_run.h"
+#include "shell/server_wait.h"
 #include "shell/settings/bound_settings.h"
 #include "shell/settings/settings_panel.h"
 #include "shell/settings/settings_store.h"
@@ -81,6 +82,7 @@ MainWindow::MainWindow(const QString& folder, SettingsStore& store, const ShowMe
     preferences_->settings().apply(kAtStart);
     settings_->apply(kAtStart);
     connectBackOffice();
+    serverWait_ = std::make_unique<ServerWait>(commands_->cancel(), commands_->cancelButton());
     createTrayIcon();
     if (!restoreGeometry(store_.readLayout("geometry"))) resize(kSize.boundedTo(screen()->availableSize()));
 }

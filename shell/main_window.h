@@ -25,6 +25,7 @@ class CommandRunner;
 class LogPaneView;
 class MainThreads;
 class SettingsPanel;
+class ServerWait;
 class SettingsStore;
 class StatusView;
 class TfrmSyncPreferences;
@@ -95,6 +96,7 @@ private:
     std::unique_ptr<BoundSettings> settings_;
     std::unique_ptr<AutomaticRun> automaticRun_;
     std::unique_ptr<CommandContext> context_;
+    std::unique_ptr<ServerWait> serverWait_;  // goes before the sessions do
 };
 
 }  // namespace torvik

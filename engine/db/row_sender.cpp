@@ -6,6 +6,7 @@
 #include "engine/db/bulk_copy.h"
 #include "engine/db/connection.h"
 #include "engine/db/errors.h"
+#include "engine/db/meanwhile.h"
 #include "engine/db/reply.h"
 #include "engine/db/sql_text.h"
 
@@ -92,7 +93,9 @@ void RowSender::insert(Connection& connection, const RowBlock& rows, size_t firs
 void RowSender::bulk(Connection& connection, const RowBlock& rows, size_t& sent, const QString& opening) {
     sent = 0;
     BulkCopy copy(connection, shape_, places_, opening, timeout_);
-    while (sent < rows.Rows && copy.send(row(rows, sent))) ++sent;
+    serverCall([&] {
+        while (sent < rows.Rows && copy.send(row(rows, sent))) ++sent;
+    });
     confirm(sent, copy.done());
     session_.transactionUnchanged();
 }

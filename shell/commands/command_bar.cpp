@@ -23,6 +23,7 @@ CommandBar::CommandBar(QMainWindow& window, TTorvikPos& engine, std::function<vo
     bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     bar->setMovable(false);
     bar->addAction(cancel_);
+    cancelButton_ = bar->widgetForAction(cancel_);
     bar->addSeparator();
     auto* group = new QLabel(QStringLiteral(" Manuell: "));
     bar->addWidget(group);

@@ -7,6 +7,7 @@
 
 class QAction;
 class QMainWindow;
+class QWidget;
 
 namespace torvik {
 
@@ -23,6 +24,9 @@ public:
 
     // Whether there is a run that "Avbryt" would end.
     void setCancelEnabled(bool enabled);
+    [[nodiscard]] QAction& cancel() const { return *cancel_; }
+    // Where "Avbryt" stands in the tool bar.
+    [[nodiscard]] QWidget& cancelButton() const { return *cancelButton_; }
 
 private:
     [[nodiscard]] QAction* actionOf(const CommandRow& row);
@@ -31,6 +35,7 @@ private:
     QMainWindow& window_;
     std::function<void(const CommandRow&)> run_;
     QAction* cancel_;
+    QWidget* cancelButton_ = nullptr;
 };
 
 }  // namespace torvik

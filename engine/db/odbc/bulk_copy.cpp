@@ -6,6 +6,7 @@
 
 #include "engine/db/connection.h"
 #include "engine/db/errors.h"
+#include "engine/db/meanwhile.h"
 #include "engine/db/odbc/bulk_calls.h"
 #include "engine/db/odbc/handles.h"
 #include "engine/db/reply.h"
@@ -68,7 +69,7 @@ BulkCopy::BulkCopy(Connection& connection, const TableShape& shape, const std::v
     State& s = *state_;
     // FreeTDS waits in bulk copy as long as in the statement before it.
     connection.run({opening.isEmpty() ? QStringLiteral("SELECT 1") : opening, {}, timeout});
-    require(s.calls.begin(shape.Name));
+    require(serverCall([&] { return s.calls.begin(shape.Name); }));
     s.hints = QByteArrayLiteral("CHECK_CONSTRAINTS");
     if (!wantsDefaults(shape, places)) s.hints += ", KEEP_NULLS";
     require(s.calls.setHints(s.hints));
@@ -81,7 +82,7 @@ BulkCopy::BulkCopy(Connection& connection, const TableShape& shape, const std::v
 }
 
 BulkCopy::~BulkCopy() {
-    if (state_->sent && state_->connection.alive()) static_cast<void>(state_->calls.done());
+    if (state_->sent && state_->connection.alive()) serverCall([this] { static_cast<void>(state_->calls.done()); });
 }
 
 void BulkCopy::require(bool went) {
@@ -103,7 +104,7 @@ bool BulkCopy::send(std::span<const Value> row) {
 qint64 BulkCopy::done() {
     State& s = *state_;
     if (!std::exchange(s.sent, false)) return 0;
-    const int rows = s.calls.done();
+    const int rows = serverCall([&] { return s.calls.done(); });
     if (rows >= 0) return rows;
     s.connection.raiseBulkErrors(s.statement);
     return s.connection.scalar(QStringLiteral("SELECT @@ROWCOUNT"), s.timeout).toInt();

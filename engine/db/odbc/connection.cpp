@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "engine/db/meanwhile.h"
 #include "engine/db/odbc/bulk_calls.h"
 #include "engine/db/odbc/failures.h"
 #include "engine/db/odbc/handles.h"
@@ -31,8 +32,10 @@ Connection::Connection(const ConnectSettings& settings) {
     enableBulk(calls, dbc);
     calls.SQLSetConnectAttrW(dbc.get(), SQL_ATTR_LOGIN_TIMEOUT, number(SQLULEN(settings.ConnectionTimeout)), 0);
     SQLSMALLINT length = 0;
-    const SQLRETURN rc = calls.SQLDriverConnectW(dbc.get(), nullptr, wide(text), SQLSMALLINT(text.size()), nullptr, 0,
-                                                 &length, SQL_DRIVER_NOPROMPT);
+    const SQLRETURN rc = serverCall([&] {
+        return calls.SQLDriverConnectW(dbc.get(), nullptr, wide(text), SQLSMALLINT(text.size()), nullptr, 0, &length,
+                                       SQL_DRIVER_NOPROMPT);
+    });
     if (!SQL_SUCCEEDED(rc)) throw connectFailure(diagnostics(calls, dbc), settings);
     handles_ = std::make_unique<Handles>(Handles{calls, std::move(env), std::move(dbc)});
     alive_ = true;

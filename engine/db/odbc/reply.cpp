@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "engine/db/connection.h"
+#include "engine/db/meanwhile.h"
 #include "engine/db/odbc/failures.h"
 #include "engine/db/odbc/handles.h"
 #include "engine/db/odbc/parameter_set.h"
@@ -35,12 +36,16 @@ Reply::Reply(Connection& connection, const Request& request)
                             0);
     s.parameters.bind(s.calls, s.statement, request.Arguments);
     ++connection.statements_;
-    const SQLRETURN rc = s.calls.SQLExecDirectW(s.statement.get(), wide(s.text), SQLINTEGER(s.text.size()));
-    note(rc);
-    advance();
+    serverCall([&] {
+        note(s.calls.SQLExecDirectW(s.statement.get(), wide(s.text), SQLINTEGER(s.text.size())));
+        advance();
+    });
 }
 
-Reply::~Reply() = default;
+// What is left of the reply is cancelled, for which the driver waits.
+Reply::~Reply() {
+    serverCall([this] { state_.reset(); });
+}
 
 bool Reply::hasRows() const {
     return state_->reader != nullptr;
@@ -102,7 +107,7 @@ void Reply::advance() {
 
 bool Reply::fetch(RowStore& rows) {
     State& s = *state_;
-    const SQLRETURN rc = s.reader->fetch(rows);
+    const SQLRETURN rc = serverCall([&] { return s.reader->fetch(rows); });
     note(rc);
     if (SQL_SUCCEEDED(rc)) return true;
     if (s.ended) fail();
@@ -110,14 +115,16 @@ bool Reply::fetch(RowStore& rows) {
 }
 
 bool Reply::nextRowSet() {
-    State& s = *state_;
-    if (s.reader) {
-        s.reader.reset();
-        const SQLRETURN rc = s.calls.SQLMoreResults(s.statement.get());
-        if (rc == SQL_NO_DATA) s.ended = true;
-        note(rc);
-    }
-    advance();
+    serverCall([this] {
+        State& s = *state_;
+        if (s.reader) {
+            s.reader.reset();
+            const SQLRETURN rc = s.calls.SQLMoreResults(s.statement.get());
+            if (rc == SQL_NO_DATA) s.ended = true;
+            note(rc);
+        }
+        advance();
+    });
     return hasRows();
 }
 

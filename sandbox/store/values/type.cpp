@@ -57,7 +57,7 @@ std::string typeDeclaration(const Type& type) {
         case TypeId::VarChar:
         case TypeId::NChar:
         case TypeId::NVarChar:
-            return name + (type.length == Type::kMax ? "(max)" : "(" + std::to_string(type.length) + ")");
+            return name + "(" + (type.length == Type::kMax ? "max" : std::to_string(type.length)) + ")";
         case TypeId::Decimal:
             return name + "(" + std::to_string(type.precision) + "," + std::to_string(type.scale) + ")";
         case TypeId::Time:

@@ -1,0 +1,56 @@
+// What a thread does while a server lets it wait. A call to a server blocks its thread; where the thread has a
+// Meanwhile, the call is made on a thread beside it, and the waiting thread gets a turn every now and then until it has
+// ended. The window has one, so that it is painted and can be cancelled however long a server takes; a thread without
+// one just waits. See docs/sessions.md.
+#pragma once
+
+#include <condition_variable>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <type_traits>
+
+namespace torvik::db {
+
+class Meanwhile {
+public:
+    // For the thread that makes it, as long as it lives; one that was there before comes back after it. turn is called
+    // on that thread, for the first time when a call has lasted 20 ms and then every 10 ms. It must not raise. A turn
+    // that calls a server itself waits for that without a turn.
+    explicit Meanwhile(std::function<void()> turn);
+    ~Meanwhile();
+    Meanwhile(const Meanwhile&) = delete;
+    Meanwhile& operator=(const Meanwhile&) = delete;
+
+    // Makes a call as the current thread's Meanwhile does, if it has one. Raises what the call raises.
+    static void call(const std::function<void()>& work);
+
+private:
+    void callBeside(const std::function<void()>& work);
+    void serve();
+
+    std::function<void()> turn_;
+    Meanwhile* before_;
+    std::mutex mutex_;
+    std::condition_variable given_;
+    std::condition_variable done_;
+    const std::function<void()>* work_ = nullptr;  // null when there is nothing to do
+    std::exception_ptr failure_;
+    bool ending_ = false;
+    std::thread beside_;
+};
+
+// The same for work that gives something back.
+template <typename Work>
+auto serverCall(const Work& work) -> decltype(work()) {
+    if constexpr (std::is_void_v<decltype(work())>) {
+        Meanwhile::call(work);
+    } else {
+        decltype(work()) result{};
+        Meanwhile::call([&] { result = work(); });
+        return result;
+    }
+}
+
+}  // namespace torvik::db
