@@ -19,7 +19,8 @@ struct Argument {
 struct Request {
     QString Text;
     std::vector<Argument> Arguments;
-    int Timeout = 0;  // seconds; 0: none
+    int Timeout = 0;           // seconds; 0: none
+    bool Cancellable = false;  // by the thread's StatementCancel
 };
 
 }  // namespace torvik::db

@@ -13,6 +13,7 @@ constexpr std::chrono::milliseconds kBeforeFirstTurn{20};
 constexpr std::chrono::milliseconds kBetweenTurns{10};
 
 thread_local Meanwhile* current = nullptr;
+thread_local StatementCancel* cancelOfThread = nullptr;
 
 }  // namespace
 
@@ -29,32 +30,35 @@ Meanwhile::~Meanwhile() {
     beside_.join();
 }
 
-void Meanwhile::call(const std::function<void()>& work) {
+void Meanwhile::call(const std::function<void()>& work, const std::function<void()>& cancel) {
     if (!current) return work();
     // A turn that calls a server finds none: the thread beside is taken.
     Meanwhile* const own = std::exchange(current, nullptr);
-    try {
-        own->callBeside(work);
-    } catch (...) {
-        current = own;
-        throw;
-    }
+    const bool cancelled = own->callBeside(work, cancel);
     current = own;
+    const std::exception_ptr failure = std::exchange(own->failure_, nullptr);
+    if (cancelled) cancelOfThread->raise_();
+    if (failure) std::rethrow_exception(failure);
 }
 
-void Meanwhile::callBeside(const std::function<void()>& work) {
+bool Meanwhile::callBeside(const std::function<void()>& work, const std::function<void()>& cancel) {
     std::unique_lock lock(mutex_);
     work_ = &work;
     given_.notify_one();
     const auto ended = [this] { return work_ == nullptr; };
+    bool cancelled = false;
     bool over = done_.wait_for(lock, kBeforeFirstTurn, ended);
     while (!over) {
         lock.unlock();
         turn_();
+        if (cancel && !cancelled && cancelOfThread && cancelOfThread->wanted_()) {
+            cancelled = true;
+            cancel();
+        }
         lock.lock();
         over = done_.wait_for(lock, kBetweenTurns, ended);
     }
-    if (std::exception_ptr failure = std::exchange(failure_, nullptr)) std::rethrow_exception(std::move(failure));
+    return cancelled;
 }
 
 // The thread beside.
@@ -76,6 +80,13 @@ void Meanwhile::serve() {
         work_ = nullptr;
         done_.notify_one();
     }
+}
+
+StatementCancel::StatementCancel(std::function<bool()> wanted, std::function<void()> raise)
+    : wanted_(std::move(wanted)), raise_(std::move(raise)), before_(std::exchange(cancelOfThread, this)) {}
+
+StatementCancel::~StatementCancel() {
+    cancelOfThread = before_;
 }
 
 }  // namespace torvik::db

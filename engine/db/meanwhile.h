@@ -23,11 +23,14 @@ public:
     Meanwhile(const Meanwhile&) = delete;
     Meanwhile& operator=(const Meanwhile&) = delete;
 
-    // Makes a call as the current thread's Meanwhile does, if it has one. Raises what the call raises.
-    static void call(const std::function<void()>& work);
+    // Makes a call as the current thread's Meanwhile does, if it has one. Raises what the call raises. cancel: called
+    // on this thread, once, while the call is under way, when the thread's StatementCancel wants it; the call must then
+    // end soon, and StatementCancel's error is raised in the place of whatever came of it.
+    static void call(const std::function<void()>& work, const std::function<void()>& cancel = {});
 
 private:
-    void callBeside(const std::function<void()>& work);
+    // True: it was cancelled.
+    [[nodiscard]] bool callBeside(const std::function<void()>& work, const std::function<void()>& cancel);
     void serve();
 
     std::function<void()> turn_;
@@ -41,14 +44,33 @@ private:
     std::thread beside_;
 };
 
+// While it lives, statements of this thread that are under way can be ended on the server: those of queries, scripts
+// and stored procedures, never a commit, a rollback or a block of rows. Without a Meanwhile it does nothing.
+class StatementCancel {
+public:
+    // wanted is asked after each turn. raise raises the error of a statement that was ended so, also where it had just
+    // done its work; what it leaves is for its transaction to take back.
+    StatementCancel(std::function<bool()> wanted, std::function<void()> raise);
+    ~StatementCancel();
+    StatementCancel(const StatementCancel&) = delete;
+    StatementCancel& operator=(const StatementCancel&) = delete;
+
+private:
+    friend class Meanwhile;
+
+    std::function<bool()> wanted_;
+    std::function<void()> raise_;
+    StatementCancel* before_;
+};
+
 // The same for work that gives something back.
 template <typename Work>
-auto serverCall(const Work& work) -> decltype(work()) {
+auto serverCall(const Work& work, const std::function<void()>& cancel = {}) -> decltype(work()) {
     if constexpr (std::is_void_v<decltype(work())>) {
-        Meanwhile::call(work);
+        Meanwhile::call(work, cancel);
     } else {
         decltype(work()) result{};
-        Meanwhile::call([&] { result = work(); });
+        Meanwhile::call([&] { result = work(); }, cancel);
         return result;
     }
 }

@@ -64,7 +64,7 @@ Request Query::request() {
 }
 
 Request Query::requestOf(const ScannedText& text) const {
-    Request request{text.Text, {}, CommandTimeout};
+    Request request{text.Text, {}, CommandTimeout, true};
     for (const QString& name : text.Names) {
         const Parameter& parameter = params_.ByName(name);
         std::optional<FieldInfo> type;

@@ -37,6 +37,8 @@ public:
 private:
     struct State;
 
+    template <typename Work>
+    auto wait(const Work& work);  // for the server to do it
     void advance();
     void note(int rc);  // what an ODBC call returned
     [[noreturn]] void fail();

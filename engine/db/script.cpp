@@ -10,7 +10,7 @@ void Script::Execute() {
     if (!session_) throw UsageError(QStringLiteral("The script has no connection"));
     const QString text = SQL.join(QStringLiteral("\r\n"));
     if (text.trimmed().isEmpty()) throw UsageError(QStringLiteral("The script has no text"));
-    session_->use().run({text, {}, CommandTimeout});
+    session_->use().run({text, {}, CommandTimeout, true});
 }
 
 }  // namespace torvik::db

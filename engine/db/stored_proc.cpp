@@ -58,6 +58,7 @@ void StoredProc::ExecProc() {
     std::vector<Parameter*> outputs;
     Request request;
     request.Timeout = CommandTimeout;
+    request.Cancellable = true;
     std::vector<Argument> inputs;
     for (const auto& parameter : params_.All()) {
         if (parameter->Name().compare(kReturnValue, Qt::CaseInsensitive) == 0) continue;

@@ -107,6 +107,7 @@ TillWalkPlan planOf(RunParts& parts) {
     return {
         .Wait = TillWalkPlan::Waiting::BetweenDepartments,
         .ReopensBackOffice = true,
+        .CancelEndsStatements = true,
         .ShowsLogs = true,
         .LeavesOut =
             [&](const TillIdentity& till) {

@@ -1,8 +1,10 @@
 #include "engine/run/till_walk.h"
 
+#include <optional>
 #include <utility>
 
 #include "engine/base/abort.h"
+#include "engine/db/meanwhile.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/office/application_lock.h"
@@ -62,6 +64,10 @@ bool TillWalk::serve(const TillIdentity& till) {
         // Before the login, so that a till that is taken costs one question to the back office.
         const ApplicationLock lock(parts_.Office.Session(), ApplicationLock::OfTill(till.Ik_Ku_Id, till.Kassenummer));
         if (!lock.Held()) return false;
+        std::optional<db::StatementCancel> cancel;
+        if (plan_.CancelEndsStatements)
+            cancel.emplace([this] { return parts_.Control.CancelRequest() && !parts_.Control.Cancelled; },
+                           [this] { parts_.Control.TestCancel(); });
         if (!connect(till)) return true;
         TillVisit visit = parts_.Visit();
         plan_.Work(visit);

@@ -29,6 +29,9 @@ struct TillWalkPlan {
     // A broken back-office session is opened again after each till, and the till's row found again; one that cannot be
     // opened ends the walk.
     bool ReopensBackOffice = false;
+    // A cancel ends a statement of the till's visit on the server, commits and blocks of rows excepted; else it waits
+    // for the next place that tests for it.
+    bool CancelEndsStatements = false;
     bool ShowsLogs = false;  // the till's log lines and icon go to the status frame after each till
 
     // True for a till that is passed over without being connected to; it counts.

@@ -4,9 +4,11 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QTimer>
+#include <thread>
 
 #include "engine/base/abort.h"
 #include "engine/db/query.h"
+#include "engine/status/oppgjor_status.h"
 #include "shell/main_threads.h"
 #include "tests/engine/workers/scripted_worker.h"
 #include "tests/shell/window_over_a_chain.h"
@@ -97,6 +99,42 @@ TEST_F(Closing, RunInTheMiddleOfATillLeavesNoTransactionBehind) {
     EXPECT_EQ(openTransactions(QString::fromStdString(chain.dataLink())), 0);
     EXPECT_EQ(openTransactions(tillString(0)), 0);
     EXPECT_FALSE(window.TorvikPos1().AutoCommunicate());
+}
+
+// Somebody holds what the fetch must write; the cancel comes while the fetch waits for it.
+TEST_F(Closing, CancelEndsAStatementThatWaitsForALockAndTheNextFetchTakesAll) {
+    db::Session holder;
+    holder.SetConnectString(QString::fromStdString(chain.dataLink()));
+    holder.Open();
+    holder.StartTransaction();
+    db::Query lock(&holder);
+    lock.SQL = QStringList{QStringLiteral("UPDATE dts_loggtype SET dlt_id = dlt_id")};
+    lock.ExecSQL();
+
+    MainWindow window(path(), store);
+    window.show();
+    allTills(window);
+    TTorvikPos& engine = window.TorvikPos1();
+    QElapsedTimer timer;
+    timer.start();
+    std::thread operatorOfTheWindow([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(700));
+        QMetaObject::invokeMethod(
+            &window, [&engine] { engine.SetCancelRequest(true); }, Qt::QueuedConnection);
+    });
+    click(window, "actiOppgjorManually");
+    operatorOfTheWindow.join();
+
+    EXPECT_GE(timer.elapsed(), 700) << "the fetch did not wait for the lock";
+    EXPECT_LT(timer.elapsed(), 15000);
+    EXPECT_TRUE(engine.Cancelled);
+    EXPECT_EQ(messages(window).count(QStringLiteral("Avbrutt av bruker")), 1);
+    EXPECT_EQ(openTransactions(tillString(0)), 0);
+
+    holder.Rollback();
+    click(window, "actiOppgjorManually");
+    for (int till = 0; till < 2; ++till)
+        EXPECT_EQ(engine.ffraOppgjorStatus->memOppgjorStatus.Row(till).StatusIcon, 1) << "till " << till;
 }
 
 TEST_F(Closing, SecondCloseWhileTheRunEndsIsTheSame) {

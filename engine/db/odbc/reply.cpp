@@ -2,6 +2,8 @@
 #include "engine/db/reply.h"
 
 #include <algorithm>
+#include <mutex>
+#include <utility>
 
 #include "engine/db/connection.h"
 #include "engine/db/meanwhile.h"
@@ -25,18 +27,37 @@ struct Reply::State {
     qint64 affected = -1;
     bool ended = false;
     bool timedOut = false;
+    bool cancellable = false;
+    std::mutex handing;  // over the statement: it may be cancelled while the thread beside frees it
+
+    void cancel() {
+        const std::scoped_lock lock(handing);
+        if (statement.get() != SQL_NULL_HANDLE) calls.SQLCancel(statement.get());
+    }
+    void freeStatement() {
+        Handle freed;
+        const std::scoped_lock lock(handing);
+        freed = std::exchange(statement, Handle());
+    }
 };
+
+template <typename Work>
+auto Reply::wait(const Work& work) {
+    if (!state_->cancellable) return serverCall(work);
+    return serverCall(work, [this] { state_->cancel(); });
+}
 
 Reply::Reply(Connection& connection, const Request& request)
     : state_(new State{connection, connection.handles_->calls, request.Text, {}, {}, nullptr, {}}) {
     State& s = *state_;
+    s.cancellable = request.Cancellable;
     s.statement = Handle(s.calls, SQL_HANDLE_STMT, connection.handles_->dbc.get());
     s.calls.SQLSetStmtAttrW(s.statement.get(), SQL_ATTR_NOSCAN, number(SQL_NOSCAN_ON), 0);
     s.calls.SQLSetStmtAttrW(s.statement.get(), SQL_ATTR_QUERY_TIMEOUT, number(SQLULEN(std::max(request.Timeout, 0))),
                             0);
     s.parameters.bind(s.calls, s.statement, request.Arguments);
     ++connection.statements_;
-    serverCall([&] {
+    wait([&] {
         note(s.calls.SQLExecDirectW(s.statement.get(), wide(s.text), SQLINTEGER(s.text.size())));
         advance();
     });
@@ -107,7 +128,7 @@ void Reply::advance() {
 
 bool Reply::fetch(RowStore& rows) {
     State& s = *state_;
-    const SQLRETURN rc = serverCall([&] { return s.reader->fetch(rows); });
+    const SQLRETURN rc = wait([&] { return s.reader->fetch(rows); });
     note(rc);
     if (SQL_SUCCEEDED(rc)) return true;
     if (s.ended) fail();
@@ -115,7 +136,7 @@ bool Reply::fetch(RowStore& rows) {
 }
 
 bool Reply::nextRowSet() {
-    serverCall([this] {
+    wait([this] {
         State& s = *state_;
         if (s.reader) {
             s.reader.reset();
@@ -136,7 +157,7 @@ void Reply::fail() {
     State& s = *state_;
     s.ended = true;
     s.reader.reset();
-    s.statement = Handle();
+    s.freeStatement();
     s.connection.fail(std::move(s.errors), s.timedOut, s.text);
 }
 

@@ -106,6 +106,7 @@ TEST_P(SlowServer, TurnMayUseAnotherSession) {
 }
 
 TEST_P(SlowServer, AnotherThreadHasNoTurns) {
+    const int before = turns;
     std::thread([&] {
         Session session;
         session.SetConnectString(server.connectString());
@@ -114,7 +115,70 @@ TEST_P(SlowServer, AnotherThreadHasNoTurns) {
         query.SQL = {QStringLiteral("WAITFOR DELAY '00:00:00.100'")};
         query.ExecSQL();
     }).join();
-    EXPECT_EQ(turns, 0);
+    EXPECT_EQ(turns, before);
+}
+
+class Ended : public std::exception {};
+
+class CancelledStatement : public SlowServer {
+protected:
+    int rowsOfT() { return std::stoi(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM T")).substr(2)); }
+
+    bool wanted = true;
+    StatementCancel cancel{[this] { return std::exchange(wanted, false); }, [] { throw Ended(); }};
+};
+
+TORVIK_OVER_THE_WIRE(CancelledStatement);
+
+TEST_P(CancelledStatement, EndsOnTheServerAtOnceAndLeavesTheTransaction) {
+    server.session().StartTransaction();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THROW(server.run(QStringLiteral("INSERT T VALUES (1) WAITFOR DELAY '00:00:30' INSERT T VALUES (2)")), Ended);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_TRUE(server.session().InTransaction());
+    EXPECT_EQ(rowsOfT(), 1);
+    server.session().Rollback();
+    EXPECT_EQ(rowsOfT(), 0);
+}
+
+TEST_P(CancelledStatement, EndsBetweenTheRowsOfAQuery) {
+    Query query(&server.session());
+    query.SQL = {QStringLiteral("SELECT 1 AS a WAITFOR DELAY '00:00:30' SELECT 2 AS b")};
+    EXPECT_THROW(query.Open(), Ended);
+    EXPECT_FALSE(query.Active());
+    EXPECT_EQ(rowsOfT(), 0);
+}
+
+TEST_P(CancelledStatement, CommitIsNotOne) {
+    TORVIK_NEEDS_SANDBOX(server);
+    wanted = false;
+    server.session().StartTransaction();
+    server.run(QStringLiteral("INSERT T VALUES (1)"));
+    sandbox::FaultRule rule;
+    rule.match.textContains = "COMMIT";
+    rule.action = sandbox::FaultAction::Delay;
+    rule.delay = kSlow;
+    server.faults().add(rule);
+    wanted = true;
+    server.session().Commit();
+    EXPECT_TRUE(std::exchange(wanted, false)) << "was asked";
+    EXPECT_EQ(rowsOfT(), 1);
+}
+
+TEST_P(CancelledStatement, WhateverTheMomentTheNextStatementRunsWhole) {
+    for (int i = 0; i < 40; ++i) {
+        const auto after = std::chrono::steady_clock::now() + std::chrono::milliseconds(i);
+        StatementCancel own([&] { return std::chrono::steady_clock::now() >= after; }, [] { throw Ended(); });
+        try {
+            for (int more = 0; more < 100; ++more)
+                server.run(QStringLiteral("WAITFOR DELAY '00:00:00.0%1' SELECT 1 AS a SELECT 2 AS b").arg(20 + i % 9));
+            FAIL() << "never cancelled";
+        } catch (const Ended&) {
+        }
+        StatementCancel none([] { return false; }, [] {});
+        server.run(QStringLiteral("INSERT T VALUES (%1)").arg(i));
+        ASSERT_EQ(rowsOfT(), i + 1);
+    }
 }
 
 TEST_P(SlowServer, TheOneBeforeComesBackAfterIt) {
