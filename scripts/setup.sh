@@ -7,11 +7,11 @@ packages=(
     g++ cmake ninja-build ccache mold git python3 clang-format clang-tidy
     qt6-base-dev libgl1-mesa-dev
     unixodbc-dev tdsodbc freetds-dev freetds-bin
-    libsqlite3-dev libicu-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev libsimpleini-dev
+    libsqlite3-dev libicu-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev libsimpleini-dev pkg-config libsmbclient-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     python3-pyodbc python3-pymssql python3-tds python3-pkg-resources libdbd-sybase-perl unixodbc
     default-jre-headless libjtds-java bsh openssl
-    libxlsxwriter-dev python3-aiosmtpd unzip
+    libxlsxwriter-dev python3-aiosmtpd unzip samba smbclient
     xvfb xauth xdotool imagemagick fonts-dejavu-core
 )
 [ "${1:-}" != --fuzz ] || packages+=(clang-14 libclang-rt-14-dev)

@@ -52,6 +52,7 @@ void TillWalk::Run() {
             }
             finish(till);
         }
+        if (plan_.Ends && plan_.Ends()) break;
         moveOn(till);
     }
     servePostponed();

@@ -41,6 +41,8 @@ struct TillWalkPlan {
     std::function<void(TillVisit& visit)> Work;
     // The till's failure, of whatever type it was raised.
     std::function<void(const TillIdentity& till, const std::exception& failure)> Failed;
+    // True: no till behind this one is served. Asked after each.
+    std::function<bool()> Ends = {};
     // True: the same till is served once more.
     std::function<bool()> ServesAgain = {};
     // The text that goes with the percentage; without it, or with an empty one, no progress is reported. Failed tills
