@@ -1,5 +1,6 @@
 // A settlement of 100,000 order lines through the transfer, against the same SELECTs and INSERTs as a plain loop, and
-// the memory that it takes. The posting procedures do nothing here: the copy is what is measured.
+// the memory that it takes; and the memory that 200 MB of attachments take. The posting procedures do nothing here: the
+// copy is what is measured.
 #include <QCoreApplication>
 
 #include "bench/big_settlement.h"
@@ -18,12 +19,28 @@ using namespace torvik;
 
 constexpr int kOrders = 25'000;
 constexpr int kLines = 4 * kOrders;
+constexpr int kAttachments = 400;
+constexpr int kAttachmentBytes = 512 * 1024;
 
-void fill(sandbox::chain::DemoChain& chain) {
-    bench::addBigSettlement(chain, 0, kOrders);
+void postNothing(sandbox::chain::DemoChain& chain) {
     for (const char* procedure : {"ExecuteDtsFromPos", "DeleteFromTemp"})
         chain.runInBackOffice(std::string("ALTER PROCEDURE ") + procedure +
                               " @Ik_Ku_Id int, @KasseNr int, @UnId uniqueidentifier AS RETURN 0");
+}
+
+void addLines(sandbox::chain::DemoChain& chain) {
+    bench::addBigSettlement(chain, 0, kOrders);
+    postNothing(chain);
+}
+
+void addAttachments(sandbox::chain::DemoChain& chain) {
+    bench::addBigSettlement(chain, 0, 1);
+    postNothing(chain);
+    const std::string content =
+        "CONVERT(varbinary(max), REPLICATE(CONVERT(varchar(max), 'x'), " + std::to_string(kAttachmentBytes) + "))";
+    for (int i = 1; i <= kAttachments; ++i)
+        chain.runInTill(0, "INSERT VEDLEGG (VLG_ID, VLG_OP_ID, VLG_FILNAVN, VLG_INNHOLD) VALUES (" +
+                               std::to_string(100'000 + i) + ", 900, 'bilag.pdf', " + content + ")");
 }
 
 // How many lines were staged; the stage is emptied.
@@ -54,6 +71,26 @@ void transfer(test::ChainProgram& program) {
     program.target.Commit();
 }
 
+// By how many MB the process grows at most.
+double growthWithAttachments(const std::string& dataLink) {
+    test::ChainProgram program(dataLink);
+    program.target.Open();
+    program.engine.Avdeling->Open();
+    if (!program.engine.ConnectSource()) throw std::runtime_error("the till is not there");
+    bench::forgetPeakOfMemory();
+    const double before = bench::processMegabytes("VmRSS");
+    transfer(program);
+    const double most = bench::processMegabytes("VmHWM");
+    db::Query staged(&program.target);
+    staged.SQL =
+        QStringList{QStringLiteral("SELECT COUNT(*), MIN(DATALENGTH(imp_Pos_Vlg_Innhold)) FROM temp_POSVEDLEGG_import "
+                                   "WHERE imp_Pos_Vlg_ID > 100000")};
+    staged.Open();
+    if (staged.Fields(0).AsInteger() != kAttachments || staged.Fields(1).AsInteger() != kAttachmentBytes)
+        throw std::runtime_error("not all attachments were staged");
+    return most - before;
+}
+
 db::ConnectSettings settingsOf(const db::Session& session) {
     db::ConnectSettings settings;
     settings.Server = session.Server();
@@ -74,7 +111,9 @@ void plain(const test::ChainProgram& program) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const bench::ChainProcess chain({.departments = 1, .tills = 1, .days = 0, .versions = {213}}, fill);
+    const sandbox::chain::ChainOptions oneTill{.departments = 1, .tills = 1, .days = 0, .versions = {213}};
+    const bench::ChainProcess chain(oneTill, addLines);
+    const bench::ChainProcess withAttachments(oneTill, addAttachments);
     const QCoreApplication application(argc, argv);
     test::ChainProgram program(chain.dataLink());
     program.target.Open();
@@ -94,4 +133,6 @@ int main(int argc, char** argv) {
     bench::tell("the same, order lines", kLines / transferred, "lines/s", "plain loop", kLines / looped);
     bench::tell("the same, most memory resident", most, "MB", "250 MB at most", 250);
     bench::tell({"the same, memory resident before it", before, "MB", {}, {}});
+    bench::tell("400 attachments of 512 KB, growth of resident memory",
+                growthWithAttachments(withAttachments.dataLink()), "MB", "64 MB at most", 64);
 }

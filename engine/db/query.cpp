@@ -1,6 +1,8 @@
 // See query.h.
 #include "engine/db/query.h"
 
+#include <algorithm>
+
 #include "engine/db/connection.h"
 #include "engine/db/edit_target.h"
 #include "engine/db/errors.h"
@@ -133,12 +135,14 @@ void Query::endReading() {
     if (session_) session_->remove(this);
 }
 
+// Rows with a text or bytes of any length are read one by one.
 bool Query::readOn() {
     if (reading_) {
-        if (rows().rowCount() >= kForwardRows) dropRows();
+        const qsizetype most = std::ranges::any_of(reading_->columns(), &FieldInfo::Long) ? 1 : kForwardRows;
+        if (rows().rowCount() >= most) dropRows();
         const qsizetype before = rows().rowCount();
         try {
-            while (rows().rowCount() - before < kForwardRows && reading_->fetch(rows())) {
+            while (rows().rowCount() - before < most && reading_->fetch(rows())) {
             }
             if (rows().rowCount() > before) return true;
             reading_->finish();

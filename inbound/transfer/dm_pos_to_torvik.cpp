@@ -89,6 +89,7 @@ void TdmPOStoTorvik::runTransfer(const TableMap& map) {
 
     qrySource.Close();
     qrySource.SQL = statementLines(sourceSql(map));
+    qrySource.UniDirectional = map.streams;
     qrySource.Open();
     if (map.openedEvent) logOpened(map);
 

@@ -129,6 +129,7 @@ const TableMap kVedleggMap{
     .columns = kVedleggColumns,
     .fromVersion = 138,
     .closesSource = true,
+    .streams = true,
 };
 
 }  // namespace torvik

@@ -70,6 +70,7 @@ struct TableMap {
     const char* openedEvent = nullptr;     // debug event once the source is open: row count, department, till
     const char* releasedSource = nullptr;  // the source where the department fetches released time entries only
     bool closesSource = false;             // the source query is closed at the end of the step
+    bool streams = false;                  // rows of any size: read one after the other, and never held together
 };
 
 // Settlements and sales.
