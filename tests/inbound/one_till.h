@@ -62,12 +62,18 @@ protected:
     }
     // `amounts` is "quantity, price, discount".
     void line(int id, int order, const std::string& item, const std::string& amounts,
-              const std::string& status = "NULL") {
+              const std::string& status = "NULL", const std::string& vat = "25") {
         onTill(
             "INSERT ORDRELINJE (OL_ID, OL_OR_ID, OL_VA_ID, OL_ANTALL, OL_SALGSPRIS, OL_RABATT, OL_STATUS, OL_MVASATS, "
             "OL_KOSTPRIS, OL_MERSALG) VALUES (" +
-            std::to_string(id) + ", " + std::to_string(order) + ", '" + item + "', " + amounts + ", " + status +
-            ", 25, 0, 0)");
+            std::to_string(id) + ", " + std::to_string(order) + ", '" + item + "', " + amounts + ", " + status + ", " +
+            vat + ", 0, 0)");
+    }
+    // A department beside the till's own, without tills.
+    void otherDepartment() {
+        inBackOffice(
+            "INSERT Internkunde (Ik_Ku_Id, Ik_Avdelingsnummer) SELECT 900, '900' WHERE NOT EXISTS "
+            "(SELECT 1 FROM Internkunde WHERE Ik_Ku_Id = 900)");
     }
     void payment(int order, int form, double amount) {
         onTill("INSERT BETALING (BT_ID, BT_BF_ID, BT_OR_ID, BT_BELOP) SELECT 1 + ISNULL(MAX(BT_ID), 0), " +

@@ -48,6 +48,12 @@ public:
 
     [[nodiscard]] std::string staged(const std::string& sql) const { return run.backOfficeValue(sql); }
     void onTill(const std::string& batch) { run.chain.runInTill(0, batch); }
+    // A department beside the till's own, without tills.
+    void otherDepartment() {
+        run.chain.runInBackOffice(
+            "INSERT Internkunde (Ik_Ku_Id, Ik_Avdelingsnummer) SELECT 900, '900' WHERE NOT EXISTS "
+            "(SELECT 1 FROM Internkunde WHERE Ik_Ku_Id = 900)");
+    }
 
     ChainRun run;
     TdmPOStoTorvik dm;

@@ -80,6 +80,53 @@ TEST_F(CreditOrders, CustomerWithoutVatHasNoneOnTheOrder) {
               Rows({"0 | 0 | 0 | 0"}));
 }
 
+TEST_F(CreditOrders, PriceIsLessEachLinesOwnVat) {
+    order(101, 10, "20260302 10:15", 4001);
+    line(1011, 101, "100000", "1, 125, 0", "NULL", "25");
+    line(1012, 101, "100001", "2, 115, 20", "NULL", "15");
+    line(1013, 101, "100002", "-3, 112, 0", "NULL", "12");
+    line(1014, 101, "100003", "1, 100, 0", "NULL", "0");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice("SELECT RTRIM(OL_Va_ID), OL_Bestilt, OL_Levert, ROUND(OL_Pris, 4), OL_Rabatt, OL_Mvasats FROM "
+                         "ORDRELINJE ORDER BY OL_ID"),
+              Rows({"100000 | 1 | 1 | 100 | 0 | 25", "100001 | 2 | 2 | 100 | 20 | 15",
+                    "100002 | -3 | -3 | 100 | 0 | 12", "100003 | 1 | 1 | 100 | 0 | 0"}));
+}
+
+TEST_F(CreditOrders, SaleOfAnotherSettlementIsLeftToIt) {
+    onTill("INSERT OPPGJOR (OP_ID, OP_AN_ID, OP_TIDSPUNKT, OP_TYPE) VALUES (11, '100', '20260303', 'VARETELLING')");
+    order(101, 11, "20260302 10:15", 4001);
+    line(1011, 101, "100000", "1, 125, 0");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice(kOrders), Rows());
+}
+
+// The same receipt number stands in another department and at another till of the department.
+TEST_F(CreditOrders, OrderIsLinkedToTheReceiptOfItsDepartmentAndTill) {
+    otherDepartment();
+    for (const char* key : {"900, '1'", "1001, '2'"})
+        inBackOffice(std::string("INSERT PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id, Pos_Op_Tidspunkt, "
+                                 "Pos_Op_Type, Pos_Op_Status) VALUES (") +
+                     key +
+                     ", 5, '20260301', 'NORMAL', 0)\n"
+                     "INSERT PosOrdre (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Op_Id, Pos_Or_Id, Pos_Or_Ku_Id, "
+                     "Pos_Or_Ika_Id, Pos_Or_Tidspunkt, Pos_Or_TidspunktFerdig, Pos_Or_Status) VALUES (" +
+                     key + ", 5, 101, 1, '100', '20260301', '20260301', 0)");
+    creditSale(101, 4001);
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice("SELECT Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, CASE WHEN Pos_Or_Kreditt_Or_Id IS NULL THEN 0 ELSE 1 "
+                         "END FROM PosOrdre WHERE Pos_Or_Id = 101 ORDER BY Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr"),
+              Rows({"900 | 1 | 0", "1001 | 1 | 1", "1001 | 2 | 0"}));
+
+    // And is found by that receipt alone.
+    inBackOffice(
+        "UPDATE PosOrdre SET Pos_Or_Kreditt_Or_Id = CASE WHEN Pos_Or_Kreditt_Or_Id IS NULL THEN 500001 END\n"
+        "UPDATE ORDRE SET Or_DeresRef = 'rettet'");
+    onTill("UPDATE OPPGJOR SET OP_OPPDATERTTIDSPUNKT = NULL WHERE OP_ID = 10");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice(kOrders).size(), 2u);
+}
+
 TEST_F(CreditOrders, DepartmentThatOwnsItsOrdersIsTheirOwner) {
     inBackOffice("UPDATE Internkunde SET Ik_Properties = 1, Ik_Fakturaregel = 1 WHERE Ik_Ku_Id = 1001");
     creditSale(101, 4001);
@@ -281,6 +328,16 @@ TEST_F(CreditOrders, SingleBackOfficeThatDoesNotInvoiceWarnsForEachSettlement) {
         "WRN Kredittordre i oppgjør {Oppgjorsnummer} for avdeling {Avdeling} kassenummer {Kassenummer} blir "
         "ikke opprettet. Må faktureres i Torvik Enterprise. Oppgjorsnummer=10 Avdeling=101 "
         "Kassenummer=1")));
+}
+
+TEST_F(CreditOrders, TillBelow229IsNotAskedForTheOrderItWasMadeFrom) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
+    onTill("UPDATE INNSTILLINGER SET IN_DBVERSION = '228'");
+    run.engine.ReadDbVersion();
+    Requests requests(run.chain.till(0));
+    creditSale(101, 4001);
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(requests.count(QStringLiteral("OR_TORVIK_OR_ID")), 0);
 }
 
 class CreditOrdersOfNewTill : public CreditOrders {

@@ -88,6 +88,14 @@ TEST_F(StoreSales, BackOfficeOf1050IsNotToldTheStatus) {
     EXPECT_EQ(backOffice(kSales), Rows({"100000 | 1 | 3 | 150 | 2026-03-02 00:00:00.000"}));
 }
 
+TEST_F(StoreSales, BackOfficeAbove1050IsToldTheStatus) {
+    inBackOffice("UPDATE Innstillinger SET In_DbVersjon = 1051");
+    order(101, 10, "20260302 10:15");
+    line(1001, 101, "100000", "2, 50, 0", "2");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(listFile(1).first(), QStringLiteral("execute UpdateButikksalg2 1001,'100000','20260302',2,100,0,0,2"));
+}
+
 TEST_F(StoreSales, SettlementWithoutOrdersPostsNothingAndSavesAnEmptyList) {
     TORVIK_NEEDS_SANDBOX(run.chain);
     Requests requests(run.chain.backOffice());
@@ -138,24 +146,83 @@ TEST_F(StoreSales, OrdersThatTheBackOfficeHasCountedOrDoesNotHaveAddNothing) {
     EXPECT_EQ(backOffice(kHours), Rows({"2026-03-02 21:00:00.000 | 10 | 550 | 2"}));
 }
 
-TEST_F(StoreSales, OrdersOfAnotherTillOrSettlementWithTheSameNumberStayUncounted) {
-    for (const char* key : {"'2', 10", "'1', 9"}) {
-        inBackOffice(std::string("INSERT PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id, Pos_Op_Tidspunkt, "
-                                 "Pos_Op_Type, Pos_Op_Status) VALUES (1001, ") +
-                     key + ", '20260302', 'NORMAL', 0)");
-        inBackOffice(std::string("INSERT PosOrdre (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Op_Id, Pos_Or_Id, "
-                                 "Pos_Or_Ku_Id, Pos_Or_Ika_Id, Pos_Or_Tidspunkt, Pos_Or_TidspunktFerdig, "
-                                 "Pos_Or_Status) VALUES (1001, ") +
-                     key + ", 99, 1, '100', '20260302', '20260302', 0)");
+// Orders of the same numbers that the back office has of another till, another department or another settlement.
+TEST_F(StoreSales, OrderIsKnownByItsDepartmentTillAndSettlement) {
+    otherDepartment();
+    const auto elsewhere = [this](const std::string& key, int order, const std::string& counted) {
+        inBackOffice(
+            "INSERT PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id, Pos_Op_Tidspunkt, Pos_Op_Type, "
+            "Pos_Op_Status) VALUES (" +
+            key +
+            ", '20260301', 'NORMAL', 0)\n"
+            "INSERT PosOrdre (Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Op_Id, Pos_Or_Id, Pos_Or_Ku_Id, "
+            "Pos_Or_Ika_Id, Pos_Or_Tidspunkt, Pos_Or_TidspunktFerdig, Pos_Or_Status, "
+            "Pos_Or_OppdatertBeholdning) VALUES (" +
+            key + ", " + std::to_string(order) + ", 1, '100', '20260301', '20260301', 0, " + counted + ")");
+    };
+    elsewhere("900, '1', 10", 101, "'20260301'");
+    elsewhere("1001, '2', 10", 102, "'20260301'");
+    elsewhere("1001, '1', 9", 103, "NULL");
+    elsewhere("900, '2', 10", 104, "NULL");
+    for (const int number : {101, 102, 103, 104}) {
+        order(number, 10, "20260302 10:15");
+        line(10 * number, number, "100000", std::to_string(number) + ", 1, 0");
     }
+    onTill("DELETE ORDRELINJE WHERE OL_OR_ID = 104");
+
+    EXPECT_EQ(execute(), QString());
+
+    // 101 and 102 are new here; 103 is not of this settlement at the back office.
+    EXPECT_EQ(backOffice(kSales), Rows({"100000 | 1 | 203 | 203 | 2026-03-02 00:00:00.000"}));
+    EXPECT_EQ(backOffice(
+                  "SELECT Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr, Pos_Or_Op_Id, Pos_Or_Id, CASE WHEN "
+                  "Pos_Or_OppdatertBeholdning > '20260301' THEN 'now' END FROM PosOrdre WHERE Pos_Or_Id > 100 ORDER BY "
+                  "Pos_Or_Id, Pos_Or_Ik_Ku_Id, Pos_Or_KasseNr"),
+              Rows({"900 | 1 | 10 | 101 | NULL", "1001 | 1 | 10 | 101 | now", "1001 | 1 | 10 | 102 | now",
+                    "1001 | 2 | 10 | 102 | NULL", "1001 | 1 | 9 | 103 | NULL", "900 | 2 | 10 | 104 | NULL",
+                    "1001 | 1 | 10 | 104 | now"}));
+}
+
+TEST_F(StoreSales, OrderThatWasBrokenOffIsNeitherASaleNorAnHour) {
+    order(101, 10, "20260302 10:15");
+    line(1001, 101, "100000", "2, 50, 0");
+    order(102, 10, "20260302 11:15");
+    line(1002, 102, "100000", "7, 50, 0");
+    onTill("UPDATE ORDRE SET OR_STATUS = 1 WHERE OR_ID = 102");
+
+    EXPECT_EQ(execute(), QString());
+
+    EXPECT_EQ(backOffice(kSales), Rows({"100000 | 1 | 2 | 100 | 2026-03-02 00:00:00.000"}));
+    EXPECT_EQ(backOffice(kHours), Rows({"2026-03-02 21:00:00.000 | 10 | 100 | 1"}));
+}
+
+TEST_F(StoreSales, OrdersOfAnotherSettlementAreNotInTheHours) {
+    onTill("INSERT OPPGJOR (OP_ID, OP_AN_ID, OP_TIDSPUNKT, OP_TYPE) VALUES (11, '100', '20260303', 'VARETELLING')");
+    order(101, 10, "20260302 10:15");
+    line(1001, 101, "100000", "2, 50, 0");
+    order(102, 11, "20260303 12:15");
+    line(1002, 102, "100000", "7, 50, 0");
+
+    EXPECT_EQ(execute(), QString());
+
+    EXPECT_EQ(backOffice(kSales), Rows({"100000 | 1 | 2 | 100 | 2026-03-02 00:00:00.000"}));
+    EXPECT_EQ(backOffice(kHours), Rows({"2026-03-02 21:00:00.000 | 10 | 100 | 1"}));
+}
+
+TEST_F(StoreSales, HoursOfAnotherDayAndDepartmentStayAsTheyAre) {
+    otherDepartment();
+    inBackOffice(
+        "INSERT timesalg (Ts_Ik_Ku_ID, Ts_Dato, Ts_Time, Ts_Omsetning, Ts_AntallSalg) VALUES "
+        "(1001, '20260301 21:00', 10, 1, 1), (900, '20260302 21:00', 10, 2, 2), (1001, '20260302 21:00', 11, 3, 3)");
     order(101, 10, "20260302 10:15");
     line(1001, 101, "100000", "2, 50, 0");
 
     EXPECT_EQ(execute(), QString());
 
-    EXPECT_EQ(backOffice("SELECT Pos_Or_KasseNr, Pos_Or_Op_Id, Pos_Or_OppdatertBeholdning FROM PosOrdre WHERE "
-                         "Pos_Or_Id = 99 ORDER BY Pos_Or_KasseNr"),
-              Rows({"1 | 9 | NULL", "2 | 10 | NULL"}));
+    EXPECT_EQ(backOffice("SELECT Ts_Ik_Ku_ID, Ts_Dato, Ts_Time, Ts_Omsetning, Ts_AntallSalg FROM timesalg ORDER BY "
+                         "Ts_Omsetning"),
+              Rows({"1001 | 2026-03-01 21:00:00.000 | 10 | 1 | 1", "900 | 2026-03-02 21:00:00.000 | 10 | 2 | 2",
+                    "1001 | 2026-03-02 21:00:00.000 | 11 | 3 | 3", "1001 | 2026-03-02 21:00:00.000 | 10 | 100 | 1"}));
 }
 
 TEST_F(StoreSales, UnknownItemStopsTheSettlementAndTheReplacementSavesIt) {
@@ -211,6 +278,23 @@ TEST_F(StoreSales, SayWhatIsMissing) {
               QStringLiteral("999 er ikke en gyldig avdeling"));
 }
 
+TEST_F(StoreSales, CollectionIsEmptyBeforeASettlementAndAfterIt) {
+    order(101, 10, "20260302 10:15");
+    line(1001, 101, "100000", "2, 50, 0");
+    EXPECT_EQ(execute(), QString());  // the back office has the order now
+    inBackOffice("DELETE Butikksalg\nUPDATE PosOrdre SET Pos_Or_OppdatertBeholdning = NULL");
+    const TillVisit here = visit();
+    TButikksalg sales(here);
+    sales.SetOp_Id(10);
+    sales.SetAvdelingsnummer(QStringLiteral("101"));
+    sales.KasseNr = QStringLiteral("1");
+    sales.Dato = db::DateTime(QDate(2026, 3, 2), QTime(21, 0));
+    sales.AddSale(QStringLiteral("100001"), 1, 9, 9);
+    sales.Execute();
+    EXPECT_EQ(backOffice(kSales), Rows({"100000 | 1 | 2 | 100 | 2026-03-02 00:00:00.000"}));
+    EXPECT_TRUE(sales.Collection().empty());
+}
+
 TEST_F(StoreSales, SettlementNumberSetWhileClosedOnlyChangesTheTexts) {
     TORVIK_NEEDS_SANDBOX(run.chain);
     const TillVisit here = visit();
@@ -228,10 +312,13 @@ TEST_F(StoreSales, SettlementNumberSetWhileClosedOnlyChangesTheTexts) {
 }
 
 TEST_F(StoreSales, TillsAbove110AreAskedForTheLineStatus) {
-    EXPECT_TRUE(TButikksalg(visit()).OrdreSql()[2].endsWith(QStringLiteral("Or_Id,Ol_Status")));
-    onTill("UPDATE INNSTILLINGER SET IN_DBVERSION = '110'");
-    run.engine.ReadDbVersion();
-    EXPECT_TRUE(TButikksalg(visit()).OrdreSql()[2].endsWith(QStringLiteral("Ol_Rabatt,Or_Id")));
+    const auto asked = [this](const std::string& version) {
+        onTill("UPDATE INNSTILLINGER SET IN_DBVERSION = '" + version + "'");
+        run.engine.ReadDbVersion();
+        return TButikksalg(visit()).OrdreSql()[2].section(u',', -2);
+    };
+    EXPECT_EQ(asked("111"), QStringLiteral("Or_Id,Ol_Status"));
+    EXPECT_EQ(asked("110"), QStringLiteral("Ol_Rabatt,Or_Id"));
 }
 
 }  // namespace

@@ -78,6 +78,18 @@ TEST_F(OppgjorTest, SalesWithoutASettlementAreCountedButForThoseThatWereBrokenOf
     EXPECT_EQ(backOffice("SELECT Ikk_AntIkkeOppgjorteSalg FROM Internkundekasse"), Rows({"0"}));
 }
 
+TEST_F(OppgjorTest, NumberOfUnsettledSalesIsTheTillsOwn) {
+    otherDepartment();
+    inBackOffice(
+        "INSERT Internkundekasse (Ikk_Ik_Ku_Id, Ikk_Kassenummer, Ikk_Kt_Id, Ikk_Server, Ikk_Database, "
+        "Ikk_AntIkkeOppgjorteSalg) SELECT Ku, Kasse, Ikk_Kt_Id, '', '', Antall FROM Internkundekasse, "
+        "(SELECT 1001 Ku, '2' Kasse, 7 Antall UNION SELECT 900, '1', 8) AS andre");
+    EXPECT_EQ(execute(), QString());
+    EXPECT_EQ(backOffice("SELECT Ikk_Ik_Ku_Id, RTRIM(Ikk_Kassenummer), Ikk_AntIkkeOppgjorteSalg, Ikk_SistHentetOppgjor "
+                         "FROM Internkundekasse ORDER BY Ikk_Ik_Ku_Id, Ikk_Kassenummer"),
+              Rows({"900 | 1 | 8 | NULL", "1001 | 1 | 1 | 2026-03-03 21:00:00.000", "1001 | 2 | 7 | NULL"}));
+}
+
 TEST_F(OppgjorTest, TillThatHasSettledNothingYetIsTold) {
     onTill("UPDATE OPPGJOR SET OP_TYPE = 'VARETELLING'");
     inBackOffice("UPDATE Internkundekasse SET Ikk_SistHentetOppgjor = GETDATE()");

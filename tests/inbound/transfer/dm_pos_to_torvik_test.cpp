@@ -32,10 +32,12 @@ TEST(TillTransfer, StartsAtTheFirstSettlementWhereNoneIsSynchronised) {
 TEST(TillTransfer, StartsBehindTheLastSynchronisedSettlement) {
     TillTransfer transfer;
     TORVIK_NEEDS_SANDBOX(transfer.run.chain);
+    transfer.otherDepartment();
     transfer.run.chain.runInBackOffice(
         "INSERT PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id, Pos_Op_Tidspunkt, Pos_Op_Type, Pos_Op_Status, "
         "Pos_Op_Synkronisert) VALUES (1001, '1', 1, GETDATE(), 'NORMAL', 0, GETDATE()), "
-        "(1001, '1', 2, GETDATE(), 'NORMAL', 0, NULL)");
+        "(1001, '1', 2, GETDATE(), 'NORMAL', 0, NULL), (1001, '2', 8, GETDATE(), 'NORMAL', 0, GETDATE()), "
+        "(900, '1', 9, GETDATE(), 'NORMAL', 0, GETDATE())");
     Requests requests(transfer.run.chain.till(0));
     EXPECT_EQ(transfer.execute(), QString());
     EXPECT_EQ(requests.count(QStringLiteral("SELECT * FROM Oppgjor WHERE OP_ID >= 2")), 1);
@@ -91,6 +93,37 @@ TEST(TillTransfer, GoesOnWhereAStartMarkIsYoungAndAddsItsOwn) {
     EXPECT_EQ(marks, "2");
 }
 
+TEST(TillTransfer, RecentStartIsTheTillsOwnOfTheLastTenMinutes) {
+    TillTransfer transfer;
+    transfer.otherDepartment();
+    const auto startedRecently = [&](const std::string& department, const std::string& till, int minutesAgo) {
+        transfer.run.chain.runInBackOffice(
+            "DELETE dts_logg\nINSERT dts_logg (dl_dlt_id, dl_ik_ku_id, dl_kassenr, dl_tidspunkt, dl_dp_id) VALUES (0, " +
+            department + ", '" + till + "', DATEADD(minute, -" + std::to_string(minutesAgo) + ", GETDATE()), 1)");
+        EXPECT_EQ(transfer.execute(), QString());
+        transfer.run.source.Close();
+        transfer.run.target.Close();
+        return !transfer.dm.NoRecentStart();
+    };
+    EXPECT_TRUE(startedRecently("1001", "1", 9));
+    EXPECT_FALSE(startedRecently("1001", "1", 11));
+    EXPECT_FALSE(startedRecently("1001", "2", 1));
+    EXPECT_FALSE(startedRecently("900", "1", 1));
+}
+
+TEST(TillTransfer, OnlyItsOwnStartMarksAreDeleted) {
+    TillTransfer transfer;
+    transfer.otherDepartment();
+    transfer.run.chain.runInBackOffice(
+        "INSERT dts_logg (dl_dlt_id, dl_ik_ku_id, dl_kassenr, dl_tidspunkt, dl_dp_id) VALUES "
+        "(0, 1001, '1', '20260301', 1), (0, 1001, '2', '20260301', 1), (0, 900, '1', '20260301', 1), "
+        "(4, 1001, '1', '20260301', 1)");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.run.backOfficeRows("SELECT dl_dlt_id, dl_ik_ku_id, dl_kassenr FROM dts_logg WHERE dl_dlt_id IN "
+                                          "(0, 4) ORDER BY dl_dlt_id, dl_ik_ku_id"),
+              Rows({"0 | 900 | 1", "0 | 1001 | 2", "4 | 1001 | 1"}));
+}
+
 TEST(TillTransfer, EmptyTableReportsItsStepAndNoRows) {
     TillTransfer transfer;
     EXPECT_EQ(transfer.execute(), QString());
@@ -119,6 +152,7 @@ TEST(TillTransfer, FailingPostingSaysSoWithItsNumber) {
         "ALTER PROCEDURE ExecuteDtsFromPos @Ik_Ku_Id int, @KasseNr int, @UnId uniqueidentifier AS RAISERROR('Kan ikke', 16, 1)");
     EXPECT_EQ(transfer.execute(),
               QStringLiteral("Feil ved overføring til avd 1001 kassenr 1. Insert Data feilet (p=42): Kan ikke"));
+    EXPECT_EQ(marks(transfer), QStringLiteral("0 1 2 6"));
     EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_Ordre_Import"), "0");
 }
 
@@ -249,12 +283,18 @@ INSERT TIMERPRKODE SELECT TI_ID, 5, NULL FROM TIMER)";
 
 const char* const kStagedTimes = "SELECT tti_id FROM Temp_Timer_Import ORDER BY tti_id";
 const char* const kStagedCodes = "SELECT ttpi_ti_id FROM Temp_Timerprkode_Import ORDER BY ttpi_ti_id";
+const char* const kReleaseTime = "SELECT IN_KLAR_HENT_TIMER FROM INNSTILLINGER";
 const char* const kTimesOnTill = "SELECT TI_ID, TI_STATUS FROM TIMER ORDER BY TI_ID";
 
 TEST(TillTransfer, EndedTimeEntriesOfFourStatusesAreFetchedAndMarked) {
     TillTransfer transfer;
     transfer.onTill(kTimeEntryOfEachStatus);
+    transfer.onTill("UPDATE INNSTILLINGER SET IN_KLAR_HENT_TIMER = '20260304'");
+    transfer.otherDepartment();
+    transfer.run.chain.runInBackOffice("UPDATE Internkunde SET Ik_TimeImportType = 0 WHERE Ik_Ku_Id = 900");
     EXPECT_EQ(transfer.execute(), QString());
+    // Cleared; that nothing else was marked shows in it as well: what is given its status back keeps it.
+    EXPECT_EQ(transfer.run.tillValue(0, kReleaseTime), "NULL");
     EXPECT_EQ(transfer.run.backOfficeRows(kStagedTimes), Rows({"1", "2", "4", "8", "102"}));
     EXPECT_EQ(transfer.run.backOfficeRows(kStagedCodes), Rows({"1", "2", "4", "8", "102"}));
     EXPECT_EQ(transfer.run.tillRows(0, kTimesOnTill),
@@ -267,6 +307,7 @@ TEST(TillTransfer, ReleasedTimeEntriesOfThreeStatusesAreFetchedAndMarkedEndedOrN
     transfer.onTill(kTimeEntryOfEachStatus);
     transfer.onTill("UPDATE INNSTILLINGER SET IN_KLAR_HENT_TIMER = '20260302 09:00'");  // before the corrected begin
     EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.run.tillValue(0, kReleaseTime), "NULL");
     EXPECT_EQ(transfer.run.backOfficeRows(kStagedTimes), Rows({"2", "4", "8", "101"}));
     EXPECT_EQ(transfer.run.backOfficeRows(kStagedCodes), Rows({"2", "4", "8", "101"}));
     EXPECT_EQ(transfer.run.tillRows(0, kTimesOnTill),
@@ -278,6 +319,14 @@ TEST(TillTransfer, StaffThatTheBackOfficeHasAreNotSent) {
     EXPECT_EQ(transfer.execute(), QString());
     EXPECT_TRUE(transfer.progress.contains(QStringLiteral("Start Ansatt: ")));
     EXPECT_EQ(transfer.staged("SELECT COUNT(*) FROM Temp_InternkundeAnsatt_Import"), "0");
+}
+
+TEST(TillTransfer, StaffThatAnotherDepartmentHasAreSent) {
+    TillTransfer transfer;
+    transfer.otherDepartment();
+    transfer.run.chain.runInBackOffice("UPDATE InternKundeAnsatt SET Ika_Ik_Ku_Id = 900 WHERE Ika_Id = '101'");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_EQ(transfer.run.backOfficeRows("SELECT RTRIM(tikai_id) FROM Temp_InternkundeAnsatt_Import"), Rows({"101"}));
 }
 
 TEST(TillTransfer, DepartmentWithoutStaffIsSentAllOfItsOwn) {

@@ -243,6 +243,45 @@ TEST(EveryColumn, OfEveryTableIsStagedAsItStandsOnTheTill) {
         }
 }
 
+// What the back office has is known by the last settlement that it has posted: that one and those before it stay away.
+TEST(EveryColumn, ComesFromTheFirstSettlementThatTheBackOfficeLacks) {
+    TillTransfer transfer(kNewestTill);
+    transfer.onTill(kRowOfEachTable);
+    const auto postedUpTo = [&](int settlement) {
+        transfer.run.chain.runInBackOffice(
+            "DELETE PosOppgjor WHERE Pos_Op_Kassenr = '1' AND Pos_Op_Id = 5009\n"
+            "INSERT PosOppgjor (Pos_Op_Ik_Ku_Id, Pos_Op_Kassenr, Pos_Op_Id, Pos_Op_Tidspunkt, Pos_Op_Type, "
+            "Pos_Op_Status, Pos_Op_Synkronisert) VALUES (1001, '1', " +
+            std::to_string(settlement) + ", GETDATE(), 'NORMAL', 0, GETDATE())");
+    };
+    transfer.run.chain.runInBackOffice(
+        "ALTER PROCEDURE ExecuteDtsFromPos @Ik_Ku_Id int, @KasseNr int, @UnId uniqueidentifier AS RETURN 0");
+    const auto bySettlement = [](const TableMap& map) {
+        return QString::fromUtf8(map.source).contains(QStringLiteral("%d")) || &map == &kUtbetalingImportMap;
+    };
+    // The till has sales of settlement 1 and 5010.
+    postedUpTo(5009);
+    EXPECT_EQ(transfer.execute(), QString());
+    for (const StagedRow& staged : kStagedRows)
+        EXPECT_EQ(transfer.staged(std::string("SELECT COUNT(*) FROM ") + staged.table + " WHERE " + staged.where), "1")
+            << staged.table;
+    EXPECT_EQ(transfer.run.backOfficeRows("SELECT imp_Pos_Si_ID FROM temp_POSSIGNATUR_Import ORDER BY imp_Pos_Si_ID"),
+              (std::vector<std::string>{"5041", "5042", "5043"}));
+    for (const TableMap* map : allTableMaps())
+        if (bySettlement(*map)) {
+            const std::string rows = map == &kSignaturMap ? "3" : "1";
+            EXPECT_EQ(transfer.staged(std::string("SELECT COUNT(*) FROM ") + map->target), rows) << map->step;
+        }
+
+    for (const TableMap* map : allTableMaps()) transfer.run.chain.runInBackOffice(std::string("DELETE ") + map->target);
+    postedUpTo(5010);
+    EXPECT_EQ(transfer.execute(), QString());
+    for (const TableMap* map : allTableMaps())
+        if (bySettlement(*map)) {
+            EXPECT_EQ(transfer.staged(std::string("SELECT COUNT(*) FROM ") + map->target), "0") << map->step;
+        }
+}
+
 // The test above would prove less than it says if a table or a column were missing in it.
 TEST(EveryColumn, OfTheMapsIsLookedAt) {
     for (const TableMap* map : allTableMaps()) {
