@@ -1,12 +1,12 @@
 // The bulk loader from one database to another, against freebcp out to a file and in from it: 200,000 rows of the
 // items' work table. Also how much memory the load takes, and how often the caller is called meanwhile.
 #include <QCoreApplication>
-#include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <algorithm>
 
 #include "bench/figure.h"
+#include "bench/memory.h"
 #include "bench/server_process.h"
 #include "engine/db/bulk_loader.h"
 #include "engine/db/table.h"
@@ -22,20 +22,6 @@ constexpr int kRounds = 3;
 const QString kSum = QStringLiteral(
     "SELECT CAST(COUNT(*) AS varchar(20)) + ' ' + CAST(SUM(VAI_PRIS) AS varchar(40)) + ' ' "
     "+ RTRIM(MAX(VAI_NAVN)) FROM VAREIMPORT");
-
-// A figure of /proc/self/status, in MB.
-double memory(const char* name) {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly)) return 0;
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith(name)) return line.simplified().split(' ').at(1).toDouble() / 1024;
-    return 0;
-}
-
-void forgetPeak() {
-    QFile refs(QStringLiteral("/proc/self/clear_refs"));
-    if (refs.open(QIODevice::WriteOnly)) refs.write("5");
-}
 
 void fill(db::Session& session) {
     db::Table table(&session);
@@ -82,14 +68,14 @@ Load load(db::Session& from, db::Session& to) {
         result.gaps.push_back(std::chrono::duration<double, std::milli>(now - last).count());
         last = now;
     };
-    forgetPeak();
-    const double before = memory("VmRSS:");
+    bench::forgetPeakOfMemory();
+    const double before = bench::processMegabytes("VmRSS");
     result.seconds = bench::seconds([&] {
         source.Open();
         last = std::chrono::steady_clock::now();
         loader.LoadFromDataSet(source);
     });
-    result.memory = memory("VmHWM:") - before;
+    result.memory = bench::processMegabytes("VmHWM") - before;
     std::sort(result.gaps.begin(), result.gaps.end());
     return result;
 }

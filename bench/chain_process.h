@@ -5,7 +5,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
 #include <functional>
 #include <iostream>
 #include <stdexcept>
@@ -70,20 +69,5 @@ private:
     int alive_ = -1;
     std::string dataLink_;
 };
-
-// A figure of this process from /proc/self/status, in MB: "VmHWM" for the most that was resident, "VmRSS" for now.
-[[nodiscard]] inline double processMegabytes(const std::string& name) {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);)
-        if (line.rfind(name + ":", 0) == 0) return std::stod(line.substr(name.size() + 1)) / 1024;
-    throw std::runtime_error("/proc/self/status does not tell " + name);
-}
-
-// "VmHWM" counts from now on (Linux: clear_refs, 5).
-inline void forgetPeakOfMemory() {
-    std::ofstream refs("/proc/self/clear_refs");
-    refs << 5 << std::flush;
-    if (!refs) throw std::runtime_error("the kernel keeps the peak of the process's memory");
-}
 
 }  // namespace torvik::bench

@@ -6,6 +6,7 @@
 #include "bench/big_settlement.h"
 #include "bench/chain_process.h"
 #include "bench/figure.h"
+#include "bench/memory.h"
 #include "bench/plain_copy.h"
 #include "engine/db/query.h"
 #include "engine/roster/avdeling.h"
