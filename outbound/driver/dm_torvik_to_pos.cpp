@@ -75,10 +75,26 @@ void TdmTorvikToPOS::runStep(int number, const Actions& what) {
     try {
         runActions();
     } catch (const std::exception& e) {
-        qrySource.Close();
-        destinationConnection_->Rollback();  // of a merge that locks what it merges into
+        leaveStep();
         std::throw_with_nested(EngineError(QStringLiteral("TorvikToPOS failed: %1 SessionID: %2 %3")
                                                .arg(CurrentTransformation(), sessionId_, ErrorText(e))));
+    }
+}
+
+// A merge that locks what it merges into leaves its transaction open. One that the till does not take back goes with
+// the session, or it would hold the till up until the next one is served.
+void TdmTorvikToPOS::leaveStep() noexcept {
+    try {
+        qrySource.Close();
+    } catch (const std::exception&) {
+    }
+    try {
+        if (destinationConnection_) destinationConnection_->Rollback();
+    } catch (const std::exception&) {
+        try {
+            destinationConnection_->Close();
+        } catch (const std::exception&) {
+        }
     }
 }
 

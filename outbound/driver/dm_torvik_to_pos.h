@@ -62,6 +62,7 @@ public:
 
 private:
     void runStep(int number, const Actions& what);
+    void leaveStep() noexcept;  // behind a failure, whose text stays the one that is told
     [[nodiscard]] SendFacts facts() const;
 
     // One for each action.

@@ -34,11 +34,14 @@ select @err = @@error)"},
 
 // What this till has not yet handed in is newer than what the back office holds: it is taken out of the work table, and
 // the table stays locked until the notes are merged, so that one redeemed meanwhile waits and keeps its mark.
+// Where taking out fails the batch ends, for what was not taken out would be merged.
 constexpr Piece kCall[] = {
+    {"set xact_abort on"},
     {"begin transaction"},
     {R"(delete e
 from tglappeksport e join tilgodelapp t with (tablockx, holdlock) on e.tg_id = t.tg_id COLLATE DATABASE_DEFAULT and e.tg_avdnr = t.tg_avdnr COLLATE DATABASE_DEFAULT and e.tg_kassenr = t.tg_kassenr COLLATE DATABASE_DEFAULT
 where t.tg_synktidspunkt is null)"},
+    {"set xact_abort off"},
     {R"(declare @err int
 exec @err = InsertPOSTilgodelapp)"},
     {"commit transaction"},

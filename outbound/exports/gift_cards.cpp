@@ -34,11 +34,14 @@ select @err = @@error)"},
 
 // What this till has not yet handed in is newer than what the back office holds: it is taken out of the work table, and
 // the table stays locked until the cards are merged, so that a card redeemed meanwhile waits and keeps its mark.
+// Where taking out fails the batch ends, for what was not taken out would be merged.
 constexpr Piece kCall[] = {
+    {"set xact_abort on"},
     {"begin transaction"},
     {R"(delete e
 from gkorteksport e join gavekort g with (tablockx, holdlock) on e.ga_id = g.ga_id COLLATE DATABASE_DEFAULT and e.ga_avdnr = g.ga_avdnr COLLATE DATABASE_DEFAULT and e.ga_kassenr = g.ga_kassenr COLLATE DATABASE_DEFAULT
 where g.ga_synktidspunkt is null)"},
+    {"set xact_abort off"},
     {R"(declare @err int
 exec @err = InsertPOSGavekort)"},
     {"commit transaction"},

@@ -80,6 +80,7 @@ TillWalkPlan SendRun::plan() {
         .Connect = TillWalkPlan::Connecting::Once,
         .Wait = TillWalkPlan::Waiting::BetweenTills,
         .TestCancel = TillWalkPlan::CancelTest::BeforeCounting,
+        .ReopensBackOffice = true,
         .ShowsLogs = true,
         .Work = [this](TillVisit& visit) { serve(visit); },
         .Failed = [this](const TillIdentity& till, const std::exception& failure) { failed(till, failure); },

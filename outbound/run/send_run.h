@@ -6,7 +6,8 @@ namespace torvik {
 class RunParts;
 class TTorvikPos;
 
-// Lets no till's failure out; raises a cancel, and what befalls the roster itself.
+// Lets no till's failure out; raises a cancel, what befalls the roster itself, and a back office that cannot be reached
+// any more.
 void ExecuteDTSToPos(RunParts& parts);
 
 // Joins sending to the engine: sets its OnExecuteDTSToPos. Called once, where the program is put together.

@@ -41,5 +41,28 @@ TEST(SendToATill, FailureNamesTheStepTheSessionAndTheFirstFailure) {
               QStringLiteral("TorvikToPOS failed: Kassevare SessionID: 4711 Invalid column name 'Ve_Prislapp'."));
 }
 
+// Gift cards are merged in a transaction that locks them: a till that does not take it back is not left with it.
+TEST(SendToATill, TransactionThatTheTillDoesNotTakeBackGoesWithTheSession) {
+    TillSend send;
+    TORVIK_NEEDS_SANDBOX(send.run.chain);
+    const auto refuse = [&](const char* text) {
+        sandbox::FaultRule rule;
+        rule.match.textContains = text;
+        rule.level = sandbox::FaultLevel::Statement;
+        rule.action = sandbox::FaultAction::Fail;
+        rule.message = {.number = 50000, .severity = 16, .state = 1, .text = "Made to fail"};
+        send.run.chain.till(0).faults().add(rule);
+    };
+    send.dm.RandomSessionID = [] { return 4711; };
+    send.dm.OnLog = [&](const QString& line) {
+        if (!line.contains(QLatin1String("i tabellen PRISTILBUDLINJE"))) return;  // the last load before the merge
+        refuse("commit transaction");
+        refuse("ROLLBACK TRANSACTION");
+    };
+    EXPECT_EQ(send.send(), QStringLiteral("TorvikToPOS failed: Gavekort SessionID: 4711 Made to fail"));
+    EXPECT_FALSE(send.run.source.Connected());
+    EXPECT_EQ(send.till("SELECT COUNT(*) FROM master..sysprocesses WHERE open_tran > 0"), Rows{"0"});
+}
+
 }  // namespace
 }  // namespace torvik::test

@@ -5,6 +5,7 @@
 #include <QFile>
 
 #include "engine/base/abort.h"
+#include "engine/db/errors.h"
 #include "engine/db/query.h"
 #include "engine/status/oppgjor_status.h"
 #include "inbound/pairs/pair_intent.h"
@@ -12,6 +13,7 @@
 #include "tests/outbound/one_item.h"
 #include "tests/support/chain_run.h"
 #include "tests/support/qt_print.h"
+#include "tests/support/status_rows.h"
 
 namespace torvik::test {
 namespace {
@@ -40,16 +42,9 @@ protected:
         run.chain.runInBackOffice(plainItem("777001"));
     }
 
-    // Each till's row: department, till, fetched, sent, text (behind which the row has a comma).
     [[nodiscard]] Rows status() const {
-        const OppgjorStatusTable& table = run.engine.ffraOppgjorStatus->memOppgjorStatus;
-        const auto told = [](const std::optional<bool>& value) { return !value ? "-" : *value ? "ja" : "nei"; };
         Rows rows;
-        for (int i = 0; i < table.RecordCount(); ++i) {
-            const OppgjorStatusRow& row = table.Row(i);
-            rows.push_back(row.Avdnr.toStdString() + "/" + row.Kassenr.toStdString() + " hentet " + told(row.Hentet) +
-                           " sendt " + told(row.Sendt) + ": " + row.Melding.chopped(1).toStdString());
-        }
+        for (const QString& row : statusRows(run.engine)) rows.push_back(row.toStdString());
         return rows;
     }
     // On which tills the new item stands.
@@ -183,6 +178,36 @@ TEST_F(SendRun, TillThatCannotBeReachedIsPassedOver) {
     EXPECT_TRUE(QString::fromStdString(status().front()).startsWith(QStringLiteral("101/1 hentet - sendt nei: ")));
     EXPECT_TRUE(QString::fromStdString(status().front()).contains(QStringLiteral("finnes_ikke")));
     EXPECT_EQ(run.errors(), QStringList());
+}
+
+TEST_F(SendRun, BackOfficeThatIsLostAtATillIsOpenedAgainForTheNext) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
+    sandbox::FaultRule cut;
+    cut.match.textContains = "GetPosGavekort";
+    cut.action = sandbox::FaultAction::DropBefore;
+    run.chain.backOffice().faults().add(cut);
+
+    run.engine.ExecuteDTSToPos();
+
+    EXPECT_THAT(served(), ElementsAre("0", "1", "1"));
+    EXPECT_TRUE(run.errors().value(0).contains(QStringLiteral("TorvikToPOS failed: Gavekort SessionID: ")))
+        << run.errors().join(u'\n').toStdString();
+    EXPECT_EQ(run.errors().size(), 1);
+    ASSERT_EQ(progress.size(), 3);
+}
+
+TEST_F(SendRun, BackOfficeThatStaysAwayEndsTheRun) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
+    onProgress = [this](const QString& text) {
+        if (!text.startsWith(QStringLiteral("Forbereder overføring av Kunder"))) return;
+        run.chain.backOffice().stopListening();
+        run.chain.backOffice().dropConnections();
+    };
+    EXPECT_THROW(run.engine.ExecuteDTSToPos(), db::ConnectionError);
+    EXPECT_THAT(served(), ElementsAre("0", "0", "0"));
+    EXPECT_EQ(run.errors().size(), 1) << run.errors().join(u'\n').toStdString();
+    EXPECT_FALSE(run.engine.AddToLogItems);
+    run.chain.backOffice().startListening();
 }
 
 // Required: the failure is told in the column of what was fetched.
