@@ -13,12 +13,14 @@ namespace torvik::test {
 namespace {
 
 // Columns that hold the moment at which a run did something.
-const std::set<std::string> kMoments{
-    "Pos_Op_Synkronisert", "Pos_Or_OppdatertBeholdning", "OP_OPPDATERTTIDSPUNKT", "Pos_Op_OppdatertTidspunkt",
-    "GA_SYNKTIDSPUNKT",    "TG_SYNKTIDSPUNKT",           "dl_tidspunkt"};
+const std::set<std::string> kMoments{"Pos_Op_Synkronisert",   "Pos_Or_OppdatertBeholdning",
+                                     "OP_OPPDATERTTIDSPUNKT", "Pos_Op_OppdatertTidspunkt",
+                                     "GA_SYNKTIDSPUNKT",      "TG_SYNKTIDSPUNKT",
+                                     "dl_tidspunkt",          "Ve_InsDato",
+                                     "Ikko_Tidspunkt",        "Vdl_Time"};
 
-// Columns that tell where a chain happens to listen.
-const std::set<std::string> kPlaces{"Ikk_Server"};
+// Columns that tell where a chain happens to listen, and which number a send happens to have drawn.
+const std::set<std::string> kOfOneRun{"Ikk_Server", "Ve_SesjonID"};
 
 constexpr const char* kMarksOfRuns = "dts_logg";
 
@@ -42,7 +44,7 @@ public:
 
 private:
     static std::string text(const sandbox::ResultColumn& column, const sandbox::Value& cell) {
-        if (column.identity || kPlaces.contains(column.name)) return "";
+        if (column.identity || kOfOneRun.contains(column.name)) return "";
         if (kMoments.contains(column.name) && !sandbox::isNull(cell)) return "set";
         return sandbox::test::shown(column.type, cell);
     }
@@ -102,11 +104,17 @@ std::set<std::string> namesOf(const TableLines& a, const TableLines& b) {
 
 }  // namespace
 
+TableLines readBackOffice(sandbox::chain::DemoChain& chain) {
+    return readTables(chain.backOffice(), sandbox::chain::DemoChain::kBackOfficeDatabase);
+}
+
+TableLines readTill(sandbox::chain::DemoChain& chain, std::size_t till) {
+    return readTables(chain.till(till), chain.model().tills[till].database);
+}
+
 ChainState readState(sandbox::chain::DemoChain& chain) {
-    ChainState state;
-    state.backOffice = readTables(chain.backOffice(), sandbox::chain::DemoChain::kBackOfficeDatabase);
-    for (std::size_t i = 0; i < chain.model().tills.size(); ++i)
-        state.tills.push_back(readTables(chain.till(i), chain.model().tills[i].database));
+    ChainState state{.backOffice = readBackOffice(chain), .tills = {}};
+    for (std::size_t i = 0; i < chain.model().tills.size(); ++i) state.tills.push_back(readTill(chain, i));
     return state;
 }
 

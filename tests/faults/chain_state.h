@@ -24,6 +24,8 @@ struct ChainState {
 
 // Without the intents of pairs of transactions: those come and go within a run, and are counted apart.
 [[nodiscard]] ChainState readState(sandbox::chain::DemoChain& chain);
+[[nodiscard]] TableLines readBackOffice(sandbox::chain::DemoChain& chain);
+[[nodiscard]] TableLines readTill(sandbox::chain::DemoChain& chain, std::size_t till);
 [[nodiscard]] std::size_t countStandingPairs(sandbox::chain::DemoChain& chain);
 
 // `base` with what has come and gone from `before` to `after`, table by table.

@@ -157,10 +157,7 @@ FaultRun watched(ChainCopy& copy, FaultProgram& program, const RequestWatch::Cal
     // Sessions that the servers still hold would be met by the next run.
     program.source.Close();
     program.target.Close();
-    for (std::size_t server = 0; server <= kSecondTill; ++server) {
-        serverOf(copy.chain, server).faults().clear();
-        serverOf(copy.chain, server).dropConnections();
-    }
+    forgetRun(copy.chain);
     return {.errors = program.errors(), .log = program.log()};
 }
 

@@ -61,22 +61,6 @@ BEGIN
 END
 )sql";
 
-// In memory where the system has such a place.
-QString folderTemplate() {
-    const fs::path shared = "/dev/shm";
-    const fs::path parent = fs::is_directory(shared) ? shared : fs::temp_directory_path();
-    return QString::fromStdString(parent / "torvik_faults_XXXXXX");
-}
-
-fs::path pathOf(const QTemporaryDir& folder) {
-    return folder.path().toStdString();
-}
-
-sandbox::chain::DemoChain openCopyOf(const fs::path& files, const QTemporaryDir& folder) {
-    fs::copy(files, pathOf(folder), fs::copy_options::recursive);
-    return sandbox::chain::DemoChain({.chain = kChain, .dataDir = pathOf(folder)});
-}
-
 // The rest of a run's requests to a till with this text cut its connection, as long as this stands.
 class Cut {
 public:
@@ -120,9 +104,26 @@ void transferFirstTill(const fs::path& files) {
     fs::copy(from, files, fs::copy_options::recursive);
 }
 
+sandbox::chain::DemoChain openCopyOf(const fs::path& files, const sandbox::chain::ChainOptions& options,
+                                     const QTemporaryDir& folder) {
+    fs::copy(files, pathOf(folder), fs::copy_options::recursive);
+    return sandbox::chain::DemoChain({.chain = options, .dataDir = pathOf(folder)});
+}
+
 }  // namespace
 
-ChainCopy::ChainCopy(const fs::path& files) : folder(folderTemplate()), chain(openCopyOf(files, folder)) {}
+QString chainFolderTemplate() {
+    const fs::path shared = "/dev/shm";
+    const fs::path parent = fs::is_directory(shared) ? shared : fs::temp_directory_path();
+    return QString::fromStdString(parent / "torvik_faults_XXXXXX");
+}
+
+fs::path pathOf(const QTemporaryDir& folder) {
+    return folder.path().toStdString();
+}
+
+ChainCopy::ChainCopy(const fs::path& files, const sandbox::chain::ChainOptions& options)
+    : folder(chainFolderTemplate()), chain(openCopyOf(files, options, folder)) {}
 
 std::unique_ptr<FaultProgram> ChainCopy::program() {
     return std::make_unique<FaultProgram>(chain.dataLink(), noteFolder.path());
@@ -136,7 +137,7 @@ std::size_t ChainCopy::notes() const {
     return static_cast<std::size_t>(QDir(noteFolder.path()).entryList({QStringLiteral("par-*")}).size());
 }
 
-FaultStage::FaultStage(const std::function<void(const fs::path&)>& fill) : folder_(folderTemplate()) {
+FaultStage::FaultStage(const std::function<void(const fs::path&)>& fill) : folder_(chainFolderTemplate()) {
     fill(pathOf(folder_));
     const auto running = copy();
     run_ = record(running->chain, *running->program());
@@ -153,7 +154,7 @@ const FaultStage& FaultStage::transferred() {
 }
 
 std::unique_ptr<ChainCopy> FaultStage::copy() const {
-    return std::make_unique<ChainCopy>(pathOf(folder_));
+    return std::make_unique<ChainCopy>(pathOf(folder_), kChain);
 }
 
 }  // namespace torvik::test

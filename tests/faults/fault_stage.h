@@ -14,7 +14,7 @@ namespace torvik::test {
 
 // A running copy of a stage's chain.
 struct ChainCopy {
-    explicit ChainCopy(const std::filesystem::path& files);
+    ChainCopy(const std::filesystem::path& files, const sandbox::chain::ChainOptions& options);
 
     // The program over it; all programs over one copy keep their notes in one place, as on one machine.
     [[nodiscard]] std::unique_ptr<FaultProgram> program();
@@ -26,6 +26,10 @@ struct ChainCopy {
     QTemporaryDir noteFolder;
     sandbox::chain::DemoChain chain;
 };
+
+// A template of the folders in which chains of files stand: in memory where the system has such a place.
+[[nodiscard]] QString chainFolderTemplate();
+[[nodiscard]] std::filesystem::path pathOf(const QTemporaryDir& folder);
 
 class FaultStage {
 public:

@@ -1,15 +1,12 @@
 // The program is killed: at random moments of a run, and between the two commits of each pair. What it leaves is what
-// stands between its pairs of transactions, and the next run makes good. The moment is a request that the server has
-// received and does not execute, so each is met exactly, however fast the machine.
+// stands between its pairs of transactions, and the next run makes good.
 #include <gtest/gtest.h>
 
-#include <QProcess>
 #include <algorithm>
-#include <condition_variable>
-#include <mutex>
 #include <random>
 
 #include "tests/faults/fault_case.h"
+#include "tests/faults/kill_at_request.h"
 #include "tests/support/qt_print.h"
 
 namespace torvik::test {
@@ -18,43 +15,6 @@ namespace {
 constexpr int kKills = 100;
 constexpr int kGroups = 4;  // of kills, to be run side by side
 constexpr unsigned kSeed = 20261121;
-
-// Runs the program on the chain as a process of its own and kills it at a request. Gives the request's text; empty if
-// the program ended without sending it.
-std::string runAndKill(ChainCopy& copy, const RecordedRequest& at) {
-    sandbox::FaultRule hang;
-    hang.skip = at.place - 1;
-    hang.action = sandbox::FaultAction::Hang;
-    serverOf(copy.chain, at.server).faults().add(hang);
-
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::string met;
-    QProcess program;
-    program.setStandardOutputFile(QProcess::nullDevice());
-    program.setStandardErrorFile(QProcess::nullDevice());
-    {
-        const RequestWatch watch(copy.chain,
-                                 [&](std::size_t server, std::uint64_t place, const sandbox::RequestInfo& r) {
-                                     if (server != at.server || place != at.place) return;
-                                     const std::lock_guard lock(mutex);
-                                     met = sameEachRun(r.text);
-                                     changed.notify_all();
-                                 });
-        program.start(QStringLiteral(TORVIK_FETCH_PROGRAM),
-                      {QString::fromStdString(copy.chain.dataLink()), copy.noteFolder.path()});
-        if (!program.waitForStarted()) return "the program did not start";
-        std::unique_lock lock(mutex);
-        changed.wait_for(lock, std::chrono::minutes(1), [&] { return !met.empty(); });
-    }
-    program.kill();
-    program.waitForFinished();
-    for (std::size_t server = 0; server <= kSecondTill; ++server) {
-        serverOf(copy.chain, server).dropConnections();
-        serverOf(copy.chain, server).faults().clear();
-    }
-    return met;
-}
 
 // What stands when the program has ended without sending the request.
 ChainState leftBefore(const RecordedRun& run, std::size_t request) {
@@ -75,7 +35,7 @@ void killAt(std::size_t request) {
     const auto copy = stage.copy();
     const ChainState expected = leftBefore(stage.run(), request);
 
-    ASSERT_EQ(runAndKill(*copy, at), at.text);
+    ASSERT_EQ(runAndKill(*copy, QStringLiteral(TORVIK_FETCH_PROGRAM), at.server, at.place, sameEachRun), at.text);
 
     EXPECT_EQ(difference(expected, readState(copy->chain)), "");
     // Tables, intents and notes are all that is left, so the same are followed by the next run once.

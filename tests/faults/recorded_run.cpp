@@ -77,29 +77,10 @@ void addStatements(sandbox::chain::DemoChain& chain, const std::vector<std::uint
 
 }  // namespace
 
-sandbox::Server& serverOf(sandbox::chain::DemoChain& chain, std::size_t server) {
-    return server == kBackOffice ? chain.backOffice() : chain.till(server - kFirstTill);
-}
-
 std::string sameEachRun(const std::string& text) {
     static const std::regex kOfOneRun(
         R"(\{[0-9a-fA-F]{8}(-[0-9a-fA-F]{4}){3}-[0-9a-fA-F]{12}\}|\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3})");
     return std::regex_replace(text, kOfOneRun, "");
-}
-
-RequestWatch::RequestWatch(sandbox::chain::DemoChain& chain, Callback callback) : chain_(chain) {
-    for (std::size_t server = 0; server <= chain.model().tills.size(); ++server) {
-        sandbox::Faults& faults = serverOf(chain, server).faults();
-        observers_.push_back(
-            faults.observe([callback, server, before = faults.requests()](const sandbox::RequestInfo& request) {
-                callback(server, request.serverNumber - before, request);
-            }));
-    }
-}
-
-RequestWatch::~RequestWatch() {
-    for (std::size_t server = 0; server < observers_.size(); ++server)
-        serverOf(chain_, server).faults().forget(observers_[server]);
 }
 
 std::size_t RecordedRun::firstRequestTo(std::size_t server) const {

@@ -8,16 +8,10 @@
 
 #include "sandbox/server/faults.h"
 #include "tests/faults/chain_state.h"
+#include "tests/faults/request_watch.h"
 #include "tests/support/chain_program.h"
 
 namespace torvik::test {
-
-// Servers are numbered: the back office, then the tills.
-inline constexpr std::size_t kBackOffice = 0;
-inline constexpr std::size_t kFirstTill = 1;
-inline constexpr std::size_t kSecondTill = 2;
-
-[[nodiscard]] sandbox::Server& serverOf(sandbox::chain::DemoChain& chain, std::size_t server);
 
 // A request, or a statement that ran within one.
 struct RecordedRequest {
@@ -58,19 +52,5 @@ struct RecordedRun {
 
 // Runs the program once over the chain.
 [[nodiscard]] RecordedRun record(sandbox::chain::DemoChain& chain, ChainProgram& program);
-
-// Calls back for each request of the chain before it is executed, with its server and its place there, while it stands.
-class RequestWatch {
-public:
-    using Callback = std::function<void(std::size_t server, std::uint64_t place, const sandbox::RequestInfo&)>;
-    RequestWatch(sandbox::chain::DemoChain& chain, Callback callback);
-    ~RequestWatch();
-    RequestWatch(const RequestWatch&) = delete;
-    RequestWatch& operator=(const RequestWatch&) = delete;
-
-private:
-    sandbox::chain::DemoChain& chain_;
-    std::vector<int> observers_;
-};
 
 }  // namespace torvik::test

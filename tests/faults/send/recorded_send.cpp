@@ -1,0 +1,199 @@
+// See recorded_send.h.
+#include "tests/faults/send/recorded_send.h"
+
+#include <algorithm>
+#include <mutex>
+#include <optional>
+#include <regex>
+
+#include "outbound/exports/send_steps.h"
+
+namespace torvik::test {
+
+namespace {
+
+bool contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+// The beginning of a text up to the end of its line and to the first thing that is filled in.
+std::string beginning(const char* sql) {
+    const std::string text = sql;
+    return text.substr(0, text.find_first_of("%\n"));
+}
+
+// By what the first request of an action is known; none for one that sends nothing.
+struct FirstText {
+    std::optional<std::string> operator()(const SetTransformation&) const { return {}; }
+    std::optional<std::string> operator()(const StartClock&) const { return {}; }
+    std::optional<std::string> operator()(const Report&) const { return {}; }
+    std::optional<std::string> operator()(const CreateTables& action) const {
+        return std::string("drop table ") + action.tables.front()->name;
+    }
+    std::optional<std::string> operator()(const DropTable& action) const {
+        return std::string("drop table ") + action.name;
+    }
+    std::optional<std::string> operator()(const LoadTable& action) const { return beginning(action.query.front().sql); }
+    std::optional<std::string> operator()(const CopyRows& action) const { return beginning(action.query); }
+    std::optional<std::string> operator()(const EditOneRow& action) const {
+        return beginning(action.query.front().sql);
+    }
+    std::optional<std::string> operator()(const TillBatch& action) const { return beginning(action.sql.front().sql); }
+    std::optional<std::string> operator()(const BuiltTillBatch& action) const {
+        return action.sql().section(u'\n', 0, 0).toStdString();
+    }
+    std::optional<std::string> operator()(const BackOfficeBatch& action) const {
+        return beginning(action.sql.front().sql);
+    }
+    std::optional<std::string> operator()(const Install& action) const {
+        return std::string("drop procedure ") + action.procedure->name;
+    }
+    std::optional<std::string> operator()(const Run& action) const {
+        if (!action.procedure->call.empty()) return beginning(action.procedure->call.front().sql);
+        return std::string("exec ") + action.procedure->name;
+    }
+    std::optional<std::string> operator()(const AskForTable& action) const {
+        return std::string("where name='") + action.table;
+    }
+    std::optional<std::string> operator()(DriverTask task) const {
+        switch (task) {
+            case DriverTask::GetGlobalVariables: return "In_SendValutaTilkasse";
+            case DriverTask::DrawSessionID: return "TorvikPosSync.SesjonID.";
+            case DriverTask::ReadTillVersion: return "@@VERSION";
+            case DriverTask::KasseVareAlle: return "KasseVareAlle";
+        }
+        return {};
+    }
+};
+
+// What a send sends, in its order: with each text the step that it belongs to and what the step is called then.
+struct Marker {
+    std::string text;
+    int step = 0;
+    std::string name;
+};
+
+std::vector<Marker> markers() {
+    std::vector<Marker> all;
+    std::string name;
+    for (const SendStep& step : sendSteps())
+        for (const Action& action : *step.what) {
+            if (const auto* set = std::get_if<SetTransformation>(&action)) name = set->name;
+            if (const auto* load = std::get_if<LoadTable>(&action)) name = load->caption;
+            if (const auto text = std::visit(FirstText(), action)) all.push_back({*text, step.number, name});
+        }
+    return all;
+}
+
+// Tells each request's visit, part and step.
+class Places {
+public:
+    void tell(SentRequest& request) {
+        if (contains(request.text, "sp_getapplock") && contains(request.text, "TorvikPosSync.Kasse.")) {
+            ++visit_;
+            next_ = 0;
+            part_ = SendPart::Beginning;
+        } else if (contains(request.text, "sp_releaseapplock") && contains(request.text, "TorvikPosSync.Kasse.")) {
+            part_ = SendPart::Ending;
+        } else if (contains(request.text, "In_Gavekort_Va_ID")) {
+            part_ = SendPart::GiftCardItem;
+        } else if (contains(request.text, "EXEC sp_releaseapplock") && !contains(request.text, "sp_getapplock")) {
+            part_ = SendPart::Numbering;
+        } else if (next_ < markers_.size() && contains(request.text, markers_[next_].text)) {
+            ++next_;
+            part_ = SendPart::Steps;
+        }
+        request.visit = visit_;
+        request.part = part_;
+        if (part_ != SendPart::Steps) return;
+        request.step = markers_[next_ - 1].step;
+        request.name = markers_[next_ - 1].name;
+    }
+
+private:
+    std::vector<Marker> markers_ = markers();
+    std::size_t next_ = 0;
+    int visit_ = 0;
+    SendPart part_ = SendPart::Roster;
+};
+
+TableLines readServer(sandbox::chain::DemoChain& chain, std::size_t server) {
+    return server == kBackOffice ? readBackOffice(chain) : readTill(chain, server - kFirstTill);
+}
+
+// From the servers' logs; `before` is how many requests each had been sent when the run began.
+void addStatements(sandbox::chain::DemoChain& chain, const std::vector<std::uint64_t>& before, RecordedSend& run) {
+    for (std::size_t server = 0; server < before.size(); ++server) {
+        std::uint64_t statements = 0;
+        for (const sandbox::LoggedRequest& logged : serverOf(chain, server).faults().log()) {
+            if (logged.request.serverNumber <= before[server]) continue;
+            const std::uint64_t place = logged.request.serverNumber - before[server];
+            for (SentRequest& request : run.requests)
+                if (request.server == server && request.place == place) {
+                    request.statements = logged.statements;
+                    request.statementsBefore = statements;
+                }
+            statements += logged.statements.size();
+        }
+    }
+}
+
+}  // namespace
+
+std::string sameEachSend(const std::string& text) {
+    static const std::regex kNumber(R"(((?:Sesjon|Session)I[dD] *= *'|SesjonID\.)\d+)", std::regex::icase);
+    return std::regex_replace(text, kNumber, "$1");
+}
+
+const TableLines& RecordedSend::held(std::size_t server, std::size_t request) const {
+    for (std::size_t i = request; i < requests.size(); ++i)
+        if (requests[i].server == server) return before[i];
+    return server == kBackOffice ? end.backOffice : end.tills[server - kFirstTill];
+}
+
+ChainState RecordedSend::stateBefore(std::size_t request) const {
+    ChainState state{.backOffice = held(kBackOffice, request), .tills = {}};
+    for (std::size_t till = 0; till < end.tills.size(); ++till) state.tills.push_back(held(kFirstTill + till, request));
+    return state;
+}
+
+std::size_t RecordedSend::beginOf(int visit) const {
+    std::size_t index = 0;
+    while (index < requests.size() && requests[index].visit < visit) ++index;
+    return index;
+}
+
+std::vector<std::string> RecordedSend::tablesChangedBy(std::size_t request) const {
+    return differingTables(before[request], held(requests[request].server, request + 1));
+}
+
+RecordedSend recordSend(sandbox::chain::DemoChain& chain, SendProgram& program) {
+    RecordedSend run;
+    Places places;
+    std::mutex mutex;
+    std::vector<std::uint64_t> before;
+    for (std::size_t server = 0; server <= chain.model().tills.size(); ++server) {
+        sandbox::Faults& faults = serverOf(chain, server).faults();
+        faults.keepLog();
+        before.push_back(faults.requests());
+    }
+    QString ended;
+    {
+        const RequestWatch watch(chain, [&](std::size_t server, std::uint64_t place, const sandbox::RequestInfo& r) {
+            const std::lock_guard lock(mutex);
+            SentRequest request{.server = server, .place = place, .text = sameEachSend(r.text)};
+            places.tell(request);
+            run.requests.push_back(std::move(request));
+            run.before.push_back(readServer(chain, server));
+        });
+        ended = program.send();
+    }
+    addStatements(chain, before, run);
+    run.end = readState(chain);
+    run.errors = program.errors();
+    if (!ended.isEmpty()) run.errors << ended;
+    run.status = program.status();
+    return run;
+}
+
+}  // namespace torvik::test
