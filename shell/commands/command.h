@@ -63,14 +63,22 @@ struct CommandRow {
 inline const TSyncVersions kOldTills{svTorvikPosSync};
 inline const TSyncVersions kAllTills{svTorvikPosSync, svDotNetV1};
 
-// The common opening of a command: disarms the automatic run, starts from a fresh back-office session, and asks for the
-// tills, which become the roster's. False when the operator thinks better of it; raises EngineError when none is
-// chosen.
-[[nodiscard]] bool ApplyKasseCollection(CommandContext& context, const TSyncVersions& versions);
+// What the opening of a command does with the back office's session.
+enum class OfficeSession { Fresh, Kept };
+
+// The common opening of a command: disarms the automatic run, starts from a fresh back-office session unless it is to
+// be kept, and asks for the tills, which become the roster's. False when the operator thinks better of it; raises
+// EngineError when none is chosen.
+[[nodiscard]] bool ApplyKasseCollection(CommandContext& context, const TSyncVersions& versions,
+                                        OfficeSession office = OfficeSession::Fresh);
 
 // The commands' functions, by the names of their actions.
 void actiOppgjorManually(CommandContext& context);
 void actiSendVarer(CommandContext& context);
+void actiSendProgramUpdate(CommandContext& context);
+void actiSendFile(CommandContext& context);
+void actiSendIniFileChanges(CommandContext& context);
+void actiViewTorvikPOSini(CommandContext& context);
 void dxBtnHentVaretelling(CommandContext& context);
 void btnNils(CommandContext& context);
 void actiPreferences(CommandContext& context);

@@ -9,9 +9,9 @@
 
 namespace torvik {
 
-bool ApplyKasseCollection(CommandContext& context, const TSyncVersions& versions) {
+bool ApplyKasseCollection(CommandContext& context, const TSyncVersions& versions, OfficeSession office) {
     context.settings.set("cbAutoStart", false);
-    context.target.Close();
+    if (office == OfficeSession::Fresh) context.target.Close();
     context.resetProgress();
     context.target.Open();
     auto chosen = std::make_shared<TKasseCollection>();

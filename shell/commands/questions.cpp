@@ -2,6 +2,7 @@
 #include "shell/commands/questions.h"
 
 #include <QDesktopServices>
+#include <QFileDialog>
 #include <QInputDialog>
 #include <QMessageBox>
 #include <QPushButton>
@@ -11,6 +12,7 @@
 #include "shell/dialogs/oppgi_dato.h"
 #include "shell/dialogs/pair_decision_dialog.h"
 #include "shell/dialogs/velg_internkunde_kasse.h"
+#include "shell/fleet/progress.h"
 
 namespace torvik {
 
@@ -25,6 +27,19 @@ std::optional<QString> askText(QWidget& window, const QString& title, const QStr
     dialog.setCancelButtonText(QStringLiteral("Avbryt"));
     if (dialog.exec() != QDialog::Accepted) return std::nullopt;
     return dialog.textValue();
+}
+
+std::optional<QString> chooseFile(QWidget& window, const QString& text, const QString& pattern) {
+    const QString file =
+        QFileDialog::getOpenFileName(&window, text, QString(), QStringLiteral("%1 (%2)").arg(text, pattern));
+    return file.isEmpty() ? std::nullopt : std::optional(file);
+}
+
+std::optional<FileCopyAnswer> askFileCopy(QWidget& window, const QString& caption) {
+    TfrmKopierFil dialog(
+        [&window] { return chooseFile(window, QStringLiteral("Alle filer (*.*)"), QStringLiteral("*")); }, &window);
+    dialog.setWindowTitle(caption);
+    return dialog.Execute();
 }
 
 // "Nei" is what Enter and Escape answer.
@@ -61,6 +76,11 @@ Questions dialogQuestions(QWidget& window, db::Session& target) {
     ask.DecidePair = [&window](const PairQuestion& question) {
         return PairDecisionDialog(question, &window).Execute();
     };
+    ask.ChooseFile = [&window](const QString& text, const QString& pattern) {
+        return chooseFile(window, text, pattern);
+    };
+    ask.FileCopy = [&window](const QString& caption) { return askFileCopy(window, caption); };
+    ask.Copy.Window = [&window] { return std::make_unique<TfrmProgress>(&window); };
     ask.OpenFile = [](const QString& file) { QDesktopServices::openUrl(QUrl::fromLocalFile(file)); };
     return ask;
 }

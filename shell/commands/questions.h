@@ -10,7 +10,9 @@
 
 #include "engine/base/torvik_pos_types.h"
 #include "engine/roster/kasse_collection.h"
+#include "fleet/copy/copy_window.h"
 #include "inbound/pairs/pair_resolution.h"
+#include "shell/fleet/kopier_fil.h"
 
 class QWidget;
 
@@ -30,6 +32,12 @@ struct Questions {
     std::function<bool(const QString& text)> Confirm;
     // What becomes of a pair of transactions that another machine has left half done.
     PairDecisionHandler DecidePair;
+    // One local file whose name has the pattern, such as "*.*"; text: what such files are called, and the dialog's
+    // title.
+    std::function<std::optional<QString>(const QString& text, const QString& pattern)> ChooseFile;
+    std::function<std::optional<FileCopyAnswer>(const QString& caption)> FileCopy;
+    // How a till's file share is reached, and the little window of a copy to it.
+    CopyTools Copy;
     // Opens a file with the program that the system has for it.
     std::function<void(const QString& file)> OpenFile;
 };

@@ -8,6 +8,7 @@
 #include "logging/setup_logging.h"
 #include "tests/shell/window_over_a_chain.h"
 #include "tests/support/http_server.h"
+#include "tests/support/samba_server.h"
 
 namespace torvik {
 namespace {
@@ -69,6 +70,37 @@ TEST_F(Secrets, AreInNoFileAndNotAtTheLogServer) {
     EXPECT_TRUE(all.contains(QStringLiteral("ZoppgjorLog.txt")));
     EXPECT_GE(all.size(), 8) << "two panes, twice as text and twice as rich text, two logs, settings";
     for (const char* secret : {"Torvik-Sandbox-1", "Pos-1", "sesam-sesam", "Galt-Passord-1", "Logg-Nokkel-1"})
+        for (auto each = all.cbegin(); each != all.cend(); ++each)
+            EXPECT_FALSE(each->contains(secret)) << secret << " in " << each.key().toStdString();
+}
+
+// The share's login, the operator's in its place, and one that the share refuses.
+TEST_F(Secrets, OfFileSharesAreInNoFileAndNotAtTheLogServer) {
+    const test::SambaServer samba;
+    {
+        MainWindow window(path(), store);
+        window.TorvikPos1().Seam.tempFolder = [this] { return folder.path(); };
+        window.show();
+        allTills(window);
+        window.Ask.Copy.Share = [&samba] { return samba.share(); };
+        FileCopyAnswer answer{.share = QStringLiteral("C$"),
+                              .folder = QStringLiteral("\\"),
+                              .localFile = folder.filePath(QStringLiteral("TorvikPosSync.ini"))};
+        window.Ask.FileCopy = [&answer](const QString&) { return answer; };
+        click(window, "actiSendFile");
+        answer.overridesLogin = true;
+        answer.userName = QStringLiteral("Hemmelig-Bruker-1");
+        answer.password = QStringLiteral("Galt-Passord-2");
+        click(window, "actiSendFile");
+        click(window, "actiSaveRegistry");
+        window.close();
+    }
+    const QHash<QString, QByteArray> all = everything();
+
+    EXPECT_TRUE(all[QStringLiteral("TorvikPos.log")].contains("rt kopiering"));
+    EXPECT_TRUE(all[QStringLiteral("TorvikPosError.log")].contains("ikke kunne lages"));
+    EXPECT_TRUE(all.contains(QStringLiteral("settings.ini")));
+    for (const char* secret : {"Torvik-Sandbox-1", "Pos-1", "Hemmelig-Bruker-1", "Galt-Passord-2"})
         for (auto each = all.cbegin(); each != all.cend(); ++each)
             EXPECT_FALSE(each->contains(secret)) << secret << " in " << each.key().toStdString();
 }

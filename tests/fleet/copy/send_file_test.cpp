@@ -5,8 +5,8 @@
 
 #include "engine/base/abort.h"
 #include "tests/fleet/support/fleet_run.h"
-#include "tests/fleet/support/samba_server.h"
 #include "tests/support/qt_print.h"
+#include "tests/support/samba_server.h"
 
 namespace torvik::test {
 namespace {

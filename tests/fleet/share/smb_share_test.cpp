@@ -7,8 +7,8 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "tests/fleet/support/samba_server.h"
 #include "tests/support/qt_print.h"
+#include "tests/support/samba_server.h"
 
 namespace torvik::test {
 namespace {

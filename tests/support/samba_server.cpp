@@ -1,4 +1,4 @@
-#include "tests/fleet/support/samba_server.h"
+#include "tests/support/samba_server.h"
 
 #include <arpa/inet.h>
 #include <pwd.h>
