@@ -71,7 +71,7 @@ TEST_F(FileCopyDialog, TakesALoginOnlyWhenItIsToOverride) {
         EXPECT_FALSE(child(shown, "teUserName").isEnabled());
         EXPECT_FALSE(child(shown, "tePassword").isEnabled());
         child<QCheckBox>(shown, "cbOverrideUsername").setChecked(true);
-        EXPECT_TRUE(child(shown, "teUserName").hasFocus());
+        EXPECT_EQ(shown.focusWidget(), &child(shown, "teUserName"));
         EXPECT_EQ(child<QLineEdit>(shown, "tePassword").echoMode(), QLineEdit::Password);
         QTest::keyClicks(&child(shown, "teUserName"), "kasse");
         QTest::keyClicks(&child(shown, "tePassword"), "ord-1");
