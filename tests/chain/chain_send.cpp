@@ -4,8 +4,8 @@
 #include <QDateTime>
 #include <algorithm>
 
-#include "engine/base/abort.h"
 #include "engine/roster/avdeling.h"
+#include "outbound/run/send_run.h"
 #include "sandbox/chain/registers/register_tables.h"
 
 namespace torvik::test {
@@ -25,8 +25,8 @@ Moment now() {
     return {time.toSecsSinceEpoch() * 1000};
 }
 
-TItemUpdateSelection selection(ItemsSent items) {
-    return items == ItemsSent::None ? iusNone : items == ItemsSent::Changed ? iusChanged : iusAll;
+TVareOppdateringUtvalg selection(ItemsSent items) {
+    return items == ItemsSent::None ? vopIngen : items == ItemsSent::Changed ? vopEndrede : vopAlle;
 }
 
 std::string lower(std::string text) {
@@ -43,6 +43,10 @@ const KeptTable* tableNamed(const KeptTables& tables, const std::string& name) {
 }  // namespace
 
 ChainSend::ChainSend(const sandbox::chain::ChainOptions& options) : run(options) {
+    joinSending(run.engine);
+    run.engine.Tasks = TTasks{taSend};
+    for (int day = 1; day <= 7; ++day) run.engine.DeleteItemsWeekDays << QString::number(day);
+    run.engine.Avdeling->SetKasseCollection(std::make_shared<TKasseCollection>());
     const auto& model = run.chain.model();
     office = officeRegisters(model, [this, &model](const sandbox::chain::Till& till) {
         return run.chain.addressOf(static_cast<std::size_t>(&till - model.tills.data()));
@@ -64,30 +68,15 @@ void ChainSend::change(const std::function<void(KeptTables& office)>& work) {
 }
 
 QStringList ChainSend::sendWithoutModel(const SendOptions& options) {
-    QStringList failures;
-    TdmTorvikToPOS dm;  // one for the walk
+    TTorvikPos& engine = run.engine;
+    engine.VareOppdateringUtvalg = selection(options.items);
+    engine.SendCustomerAndPrice = options.pricesAndCustomers;
+    engine.DagerSidenEndring = options.daysSinceChange;
+    engine.SetDeleteItemsOnSend(options.deleteItems);
+    run.errorPane.Clear();
     run.target.Open();
-    dm.SetSourceConnection(&run.target);
-    dm.ItemUpdateSelection = selection(options.items);
-    dm.SendPriceAndCustomer = options.pricesAndCustomers;
-    dm.DagerSidenEndring = options.daysSinceChange;
-    TAvdeling& roster = *run.engine.Avdeling;
-    roster.Close();
-    for (roster.Open(); !roster.Qry().Eof(); roster.Qry().Next()) {
-        run.engine.ApplySourceConnectionSettings();
-        run.source.Open();
-        dm.SetDestinationConnection(&run.source);
-        dm.Ik_Ku_ID = static_cast<int>(roster.Qry().FieldByName(QStringLiteral("Ik_Ku_Id")).AsInteger());
-        dm.KasseNr = roster.Ikk_Kassenummer();
-        dm.DeleteItem = options.deleteItems;
-        try {
-            dm.Execute();
-        } catch (const std::exception& e) {
-            failures << ErrorText(e);
-        }
-        run.source.Close();
-    }
-    return failures;
+    engine.ExecuteDTSToPos();
+    return run.errors();
 }
 
 QStringList ChainSend::send(const SendOptions& options) {
@@ -95,13 +84,15 @@ QStringList ChainSend::send(const SendOptions& options) {
     QStringList failures = sendWithoutModel(options);
     for (std::size_t i = 0; i < tills.size(); ++i) {
         const sandbox::chain::Till& till = model.tills[i];
-        sandbox::chain::send({.office = office,
-                              .till = tills[i],
-                              .department = model.departmentOf(till).id,
-                              .number = till.number,
-                              .version = till.version,
-                              .options = options,
-                              .now = now()});
+        const sandbox::chain::Send sent{.office = office,
+                                        .till = tills[i],
+                                        .department = model.departmentOf(till).id,
+                                        .number = till.number,
+                                        .version = till.version,
+                                        .options = options,
+                                        .now = now()};
+        sandbox::chain::send(sent);
+        sandbox::chain::sendGiftCardItem(sent);
     }
     return failures;
 }

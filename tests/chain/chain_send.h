@@ -9,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "outbound/driver/dm_torvik_to_pos.h"
 #include "sandbox/chain/registers/kept_table.h"
 #include "sandbox/chain/registers/registrar.h"
 #include "sandbox/chain/registers/sent_till.h"
@@ -26,8 +25,8 @@ public:
     // Any other change of the registers.
     void change(const std::function<void(sandbox::chain::KeptTables& office)>& work);
 
-    // Sends to every till in the order of the roster, in the model too. Gives the failures' texts, of which there
-    // should be none.
+    // One run that sends to every till of the roster, in the model too. Gives the lines of the error log, of which
+    // there should be none.
     QStringList send(const sandbox::chain::SendOptions& options);
     // The same by the program alone: for sends that fail.
     QStringList sendWithoutModel(const sandbox::chain::SendOptions& options);

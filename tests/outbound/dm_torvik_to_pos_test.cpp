@@ -3,6 +3,7 @@
 
 #include <QFile>
 
+#include "engine/base/failure_kind.h"
 #include "outbound/exports/send_steps.h"
 #include "tests/outbound/till_send.h"
 
@@ -39,6 +40,26 @@ TEST(SendToATill, FailureNamesTheStepTheSessionAndTheFirstFailure) {
     send.inBackOffice("ALTER TABLE VareEksport DROP COLUMN Ve_Prislapp");
     EXPECT_EQ(send.send(),
               QStringLiteral("TorvikToPOS failed: Kassevare SessionID: 4711 Invalid column name 'Ve_Prislapp'."));
+}
+
+// What a failure means is asked behind the words that a send adds to it.
+TEST(SendToATill, FailureKeepsItsKind) {
+    TillSend send;
+    TORVIK_NEEDS_SANDBOX(send.run.chain);
+    const auto kindWhen = [&](sandbox::FaultAction action) {
+        sandbox::FaultRule rule;
+        rule.match.textContains = "DELETE FROM MersalgVare";
+        rule.action = action;
+        rule.message = {.number = 50000, .severity = 16, .state = 1, .text = "Made to fail"};
+        send.run.chain.till(0).faults().add(rule);
+        EXPECT_EQ(send.send().section(u' ', 0, 2), QStringLiteral("TorvikToPOS failed: Mersalgvare"));
+        return classify(send.failure);
+    };
+    EXPECT_EQ(kindWhen(sandbox::FaultAction::Fail), FailureKind::Refused);
+    EXPECT_EQ(kindWhen(sandbox::FaultAction::DropBefore), FailureKind::ConnectionLost);
+    send.dm.CheckForCancel = true;
+    EXPECT_TRUE(send.send().contains(QStringLiteral("Avbrutt av bruker. Avbrutt oppgave: ")));
+    EXPECT_EQ(classify(send.failure), FailureKind::Other) << "this cancel is no silent abort";
 }
 
 // Gift cards are merged in a transaction that locks them: a till that does not take it back is not left with it.

@@ -7,6 +7,7 @@
 #include "engine/base/abort.h"
 #include "engine/db/errors.h"
 #include "engine/db/query.h"
+#include "engine/office/application_lock.h"
 #include "engine/status/oppgjor_status.h"
 #include "inbound/pairs/pair_intent.h"
 #include "outbound/run/send_run.h"
@@ -168,6 +169,41 @@ TEST_F(SendRun, BusyTillIsPassedOver) {
     // No export had been made when the first till was over: nothing is reported for it.
     EXPECT_EQ(progress.size(), 2);
     EXPECT_EQ(lines(QStringLiteral("Venter i")).size(), 2);
+}
+
+// Another copy of the program at the first till, until it lets go.
+class TillThatIsServedElsewhere : public SendRun {
+protected:
+    TillThatIsServedElsewhere() {
+        copy.SetConnectString(run.target.ConnectString());
+        copy.Open();
+        taken.emplace(copy, ApplicationLock::OfTill(1001, QStringLiteral("1")));
+    }
+    db::Session copy;
+    std::optional<ApplicationLock> taken;
+};
+
+TEST_F(TillThatIsServedElsewhere, IsTriedAgainAtTheEndAndPassedOver) {
+    run.engine.ExecuteDTSToPos();
+    EXPECT_THAT(served(), ElementsAre("0", "1", "1"));
+    EXPECT_THAT(status(), testing::Contains("101/1 hentet - sendt nei: En annen kjøring betjener kassen (avd. 101, "
+                                            "kasse 1)"));
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_EQ(
+        lines(QStringLiteral("En annen kjøring betjener kassen (avd. 101, kasse 1). Prøver igjen til slutt")).size(),
+        1);
+    EXPECT_EQ(lines(QStringLiteral("Overfører data til POS")).size(), 2) << "nothing is begun at the till";
+    EXPECT_EQ(progress.size(), 3);
+}
+
+TEST_F(TillThatIsServedElsewhere, IsSentToWhenItHasBecomeFree) {
+    onProgress = [this](const QString& text) {
+        if (text.contains(QStringLiteral("Oppdatert 2 av 3 kasser"))) taken.reset();
+    };
+    run.engine.ExecuteDTSToPos();
+    EXPECT_THAT(served(), ElementsAre("1", "1", "1"));
+    EXPECT_THAT(status(), testing::Contains("101/1 hentet - sendt ja: Overføring OK"));
+    EXPECT_EQ(run.errors(), QStringList());
 }
 
 TEST_F(SendRun, TillThatCannotBeReachedIsPassedOver) {

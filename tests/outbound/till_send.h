@@ -36,10 +36,12 @@ public:
         dm.SetDestinationConnection(&run.source);
         dm.Ik_Ku_ID = static_cast<int>(run.engine.Avdeling->Qry().FieldByName(QStringLiteral("Ik_Ku_Id")).AsInteger());
         dm.KasseNr = run.engine.Avdeling->Ikk_Kassenummer();
+        failure = nullptr;
         try {
             dm.Execute();
             return {};
         } catch (const std::exception& e) {
+            failure = std::current_exception();
             return ErrorText(e);
         }
     }
@@ -53,6 +55,7 @@ public:
     TdmTorvikToPOS dm;
     QStringList progress;  // "percent text"
     QStringList log;
+    std::exception_ptr failure;  // of the last send
 
 private:
     static sandbox::chain::ChainOptions oneTill(sandbox::chain::ChainOptions options, int version) {

@@ -248,6 +248,15 @@ TEST_F(TillWalkOverAChain, TillWhoseVersionCannotBeReadIsNotServedByTheVersionOf
     EXPECT_TRUE(failed.first().contains(QStringLiteral("innstillinger"))) << failed.first().toStdString();
 }
 
+TEST_F(TillWalkOverAChain, TillWithoutATextIsCountedAndNotReported) {
+    chain.tills(QStringLiteral("1/1 1/2 1/3"));
+    plan.ProgressText = [](const TillIdentity& till, int done, int count) {
+        return till.Kassenummer == u"2" ? QString() : QStringLiteral("%1 av %2").arg(done).arg(count);
+    };
+    walk();
+    EXPECT_EQ(progress, (QStringList{QStringLiteral("33 1 av 3"), QStringLiteral("100 3 av 3")}));
+}
+
 // Another copy of the program at till 1/1, until it lets go.
 class TillThatIsTaken : public TillWalkOverAChain {
 protected:
