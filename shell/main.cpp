@@ -62,8 +62,10 @@ void runWindow(Application& application, const ShowMessage& showMessage) {
     const bool shown = !store.read("SystemTray").toBool();
     MainWindow window(applicationFolder(), store, showMessage);
     application.window = &window;
-    QObject::connect(&application, &QGuiApplication::commitDataRequest, &window, &MainWindow::terminate);
-    terminationStartDone();
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &window, [&window] {
+        beginTermination();
+        window.terminate();
+    });
     if (terminated) QTimer::singleShot(0, &window, &MainWindow::terminate);
     if (shown) window.show();
     QApplication::exec();

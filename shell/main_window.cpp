@@ -37,6 +37,7 @@
 #include "shell/settings/settings_store.h"
 #include "shell/status/status_view.h"
 #include "shell/till_list.h"
+#include "shell/window_layout.h"
 
 namespace torvik {
 
@@ -84,11 +85,13 @@ MainWindow::MainWindow(const QString& folder, SettingsStore& store, const ShowMe
     connectBackOffice();
     serverWait_ = std::make_unique<ServerWait>(commands_->cancel(), commands_->cancelButton());
     createTrayIcon();
-    if (!restoreGeometry(store_.readLayout("geometry"))) resize(kSize.boundedTo(screen()->availableSize()));
+    layout_ = new WindowLayout(store_, *this, *statusView_);
+    if (!layout_->restore()) resize(kSize.boundedTo(screen()->availableSize()));
 }
 
 // The panes look at the engine's tables and the engine writes to the panes: neither is there for the other any more.
 MainWindow::~MainWindow() {
+    delete layout_;
     torvikPos_->Log = nullptr;
     torvikPos_->ErrorLog = nullptr;
     torvikPos_->OnProgress = nullptr;
@@ -132,6 +135,7 @@ void MainWindow::createPanes() {
     log_ = new LogPaneView(kLogNote);
     errorLog_ = new LogPaneView(kErrorLogNote);
     statusView_ = new StatusView(*engine.ffraOppgjorStatus);
+    statusView_->setObjectName(QStringLiteral("statusView"));
     engine.Log = log_;
     engine.ErrorLog = errorLog_;
     engine.StatusParent = statusView_;
@@ -148,6 +152,7 @@ void MainWindow::createPanes() {
             [this](int n) { countLines(kErrorLogPane, QStringLiteral("Feillogg"), n); });
 
     auto* whole = new QSplitter(Qt::Horizontal);
+    whole->setObjectName(QStringLiteral("whole"));
     whole->addWidget(createLeftSide());
     whole->addWidget(panes_);
     whole->setStretchFactor(0, 0);
@@ -168,6 +173,7 @@ QWidget* MainWindow::createLeftSide() {
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setMinimumWidth(settingsPanel_->sizeHint().width() + 24);
     auto* left = new QSplitter(Qt::Vertical);
+    left->setObjectName(QStringLiteral("left"));
     left->addWidget(titled(QStringLiteral("Kasser"), tillList_));
     left->addWidget(titled(QStringLiteral("Oppsett"), scroll));
     left->setStretchFactor(0, 1);
@@ -289,7 +295,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         event->ignore();
         return;
     }
-    store_.writeLayout("geometry", saveGeometry());
+    layout_->keep();
     savePane(*log_, "TorvikPos.log");
     savePane(*errorLog_, "TorvikPosError.log");
     if (trayIcon_) trayIcon_->hide();
@@ -297,11 +303,20 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     QApplication::quit();
 }
 
+// The panes are saved at once: what does not end in time is ended where it stands.
 void MainWindow::terminate() {
     closing_ = true;
+    savePane(*log_, "TorvikPos.log");
+    savePane(*errorLog_, "TorvikPosError.log");
     settings_->set("cbAutoStart", false);
-    if (QWidget* menu = QApplication::activePopupWidget()) menu->close();
-    if (QWidget* dialog = QApplication::activeModalWidget()) dialog->close();
+    while (QWidget* menu = QApplication::activePopupWidget()) {
+        menu->close();
+        if (QApplication::activePopupWidget() == menu) break;
+    }
+    while (QWidget* dialog = QApplication::activeModalWidget()) {
+        dialog->close();
+        if (QApplication::activeModalWidget() == dialog) break;
+    }
     close();
 }
 

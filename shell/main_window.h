@@ -30,6 +30,7 @@ class SettingsStore;
 class StatusView;
 class TfrmSyncPreferences;
 class TillList;
+class WindowLayout;
 struct CommandContext;
 
 class MainWindow : public QMainWindow {
@@ -90,6 +91,7 @@ private:
     QLabel* progressText_ = nullptr;
     QProgressBar* progressBar_ = nullptr;
     QSystemTrayIcon* trayIcon_ = nullptr;
+    WindowLayout* layout_ = nullptr;
 
     std::unique_ptr<CommandRunner> runner_;
     std::unique_ptr<CommandBar> commands_;

@@ -50,7 +50,7 @@ ConnectionError::ConnectionError(Reason reason, const QList<ServerMessage>& mess
     : Error(messages, statement), Why(reason) {}
 
 bool ConnectionError::safeToTryAgain() const {
-    return Why == Reason::Unreachable || Why == Reason::Lost;
+    return Why == Reason::UnknownHost || Why == Reason::Unreachable || Why == Reason::Lost;
 }
 
 TransactionAfter StatementError::transaction() const {

@@ -66,7 +66,8 @@ private:
 class ConnectionError : public Error {
 public:
     enum class Reason {
-        Unreachable,      // unknown host, nobody listens, no answer within ConnectionTimeout
+        UnknownHost,      // the server's name leads to no address
+        Unreachable,      // nobody listens, no answer within ConnectionTimeout
         LoginFailed,      // the server refused the user
         UnknownDatabase,  // the server has no such database, or not for this user
         NoDriver,         // no ODBC driver for SQL Server is installed

@@ -2,7 +2,9 @@
 
 #include "engine/base/abort.h"
 #include "engine/base/run_options.h"
+#include "engine/base/seams.h"
 #include "engine/db/query.h"
+#include "engine/db/session.h"
 #include "engine/status/show_kasse_logs.h"
 
 namespace torvik {
@@ -48,6 +50,15 @@ TillVisit RunParts::Visit() {
 void RunParts::ShowKasseLogs() {
     if (!Roster.KasseCollection()) return;
     torvik::ShowKasseLogs(false, *Roster.KasseCollection(), true, Status.get(), Context.Options.Tasks);
+}
+
+// A session that is gone tells which end a lost connection was to.
+void RunParts::KeepFailure(const TillIdentity& till, const std::exception& failure) {
+    if (!Status) return;
+    TillFailure kept{.At = Context.Seam.now(), .Facts = FactsOf(failure)};
+    kept.OfficeLost = kept.Facts.Kind == FailureKind::ConnectionLost && Office.Connection() != nullptr &&
+                      !Office.Connection()->Connected();
+    Status->AddFailure(till.Avdelingsnummer, till.Kassenummer, kept);
 }
 
 void RunParts::Execute(const RunOperation& operation, const char16_t* name) {

@@ -35,6 +35,8 @@ public:
     [[nodiscard]] TillVisit Visit();
     // The work list's new log lines to the status frame, and each till's icon. See ShowKasseLogs.
     void ShowKasseLogs();
+    // The till's failure for the status, as facts that the operator can ask for; nothing without a status frame.
+    void KeepFailure(const TillIdentity& till, const std::exception& failure);
     // Raises EngineError if the program was put together without the operation.
     void Execute(const RunOperation& operation, const char16_t* name);
 

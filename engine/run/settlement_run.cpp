@@ -1,6 +1,7 @@
 #include "engine/run/settlement_run.h"
 
 #include "engine/base/abort.h"
+#include "engine/base/failure_facts.h"
 #include "engine/base/seams.h"
 #include "engine/db/query.h"
 #include "engine/run/run_parts.h"
@@ -93,10 +94,26 @@ void fetch(TillVisit& visit) {
     visit.Context.Events.OnFetchTill(visit);
 }
 
+// What the line does not say stands beside it, as properties.
+void addReason(ILogEntry& event, const FailureFacts& facts) {
+    const std::pair<const char16_t*, QVariant> properties[] = {{u"Aarsak", facts.Reason()},
+                                                               {u"Serversvar", facts.ServerText},
+                                                               {u"Steg", facts.Step},
+                                                               {u"Tabell", facts.Table}};
+    for (const auto& [name, value] : properties)
+        if (!value.toString().isEmpty()) event.WithArgument(QString::fromUtf16(name), value);
+    if (facts.Number != 0) event.WithArgument(QStringLiteral("Feilnummer"), QVariant(facts.Number));
+}
+
 void reportFailure(RunParts& parts, const TillIdentity& till, const std::exception& failure) {
-    GlobalLogger().LogError(QStringLiteral("Feil ved innhenting av oppgjør for avdelingsnummer {Avdeling} kassenummer "
-                                           "{Kassenummer}: {Feilmelding}"),
-                            {till.Avdelingsnummer, till.Kassenummer, ErrorText(failure)});
+    const std::initializer_list<LogArg> values{till.Avdelingsnummer, till.Kassenummer, ErrorText(failure)};
+    const auto event = std::make_shared<TLogEntry>(
+        TLogLevel::llError,
+        QStringLiteral("Feil ved innhenting av oppgjør for avdelingsnummer {Avdeling} kassenummer "
+                       "{Kassenummer}: {Feilmelding}"),
+        values);
+    addReason(*event, FactsOf(failure));
+    GlobalLogger().Log(event);
     parts.Log.AddLog(QStringLiteral("Feil i ExecuteOppgjor for avd. %1, kasse %2. Se feil nedenfor")
                          .arg(till.Avdelingsnummer, till.Kassenummer),
                      true);
@@ -118,8 +135,9 @@ TillWalkPlan planOf(RunParts& parts) {
         .Unreachable =
             [](const TillIdentity& till) {
                 // The lone bracket is required.
-                throw EngineError(QStringLiteral("Klarte ikke å koble til avdelingsnummer %1 kassenummer %2)")
-                                      .arg(till.Avdelingsnummer, till.Kassenummer));
+                std::throw_with_nested(
+                    EngineError(QStringLiteral("Klarte ikke å koble til avdelingsnummer %1 kassenummer %2)")
+                                    .arg(till.Avdelingsnummer, till.Kassenummer)));
             },
         .Work = fetch,
         .Failed = [&](const TillIdentity& till, const std::exception& failure) { reportFailure(parts, till, failure); },

@@ -74,16 +74,21 @@ bool TillWalk::serve(const TillIdentity& till) {
         plan_.Work(visit);
         parts_.Till.Session().Close();
     } catch (const std::exception& failure) {
-        plan_.Failed(till, failure);
+        fail(till, failure);
     }
     return true;
+}
+
+void TillWalk::fail(const TillIdentity& till, const std::exception& failure) {
+    plan_.Failed(till, failure);
+    parts_.KeepFailure(till, failure);  // its row has been made by now
 }
 
 bool TillWalk::connect(const TillIdentity& till) {
     switch (plan_.Connect) {
         case Connecting::WithRetries:
             if (!parts_.ConnectSource()) {
-                if (plan_.Unreachable) plan_.Unreachable(till);
+                tellUnreachable(till);
                 return false;
             }
             // No till is served by the version of the one before.
@@ -96,6 +101,20 @@ bool TillWalk::connect(const TillIdentity& till) {
         case Connecting::ByTheWork: return true;
     }
     return false;
+}
+
+// A till that is passed over has failed all the same, in the status at least.
+void TillWalk::tellUnreachable(const TillIdentity& till) {
+    const auto tell = [&] {
+        if (plan_.Unreachable) plan_.Unreachable(till);
+    };
+    if (!parts_.Till.LastFailure()) return tell();
+    try {
+        std::rethrow_exception(parts_.Till.LastFailure());
+    } catch (const std::exception& reason) {
+        tell();
+        parts_.KeepFailure(till, reason);
+    }
 }
 
 void TillWalk::finish(const TillIdentity& till) {
@@ -141,11 +160,11 @@ void TillWalk::servePostponed() {
         if (plan_.Wait == Waiting::BetweenTills) parts_.Control.WaitRetryTime();
         const RunningTill running(parts_.Status.get(), till);
         if (!locate(till)) {
-            plan_.Failed(till, EngineError(QStringLiteral("Kassen (avd. %1, kasse %2) finnes ikke lenger i utvalget")
-                                               .arg(till.Avdelingsnummer, till.Kassenummer)));
+            fail(till, EngineError(QStringLiteral("Kassen (avd. %1, kasse %2) finnes ikke lenger i utvalget")
+                                       .arg(till.Avdelingsnummer, till.Kassenummer)));
         } else if (!serve(till)) {
-            plan_.Failed(till, EngineError(QStringLiteral("En annen kjøring betjener kassen (avd. %1, kasse %2)")
-                                               .arg(till.Avdelingsnummer, till.Kassenummer)));
+            fail(till, EngineError(QStringLiteral("En annen kjøring betjener kassen (avd. %1, kasse %2)")
+                                       .arg(till.Avdelingsnummer, till.Kassenummer)));
         }
         finish(till);
         if (plan_.MovedOn) plan_.MovedOn();

@@ -36,7 +36,8 @@ struct TillWalkPlan {
 
     // True for a till that is passed over without being connected to; it counts.
     std::function<bool(const TillIdentity& till)> LeavesOut = {};
-    // The till could not be reached. What it raises is the till's failure; else the till is passed over.
+    // The till could not be reached. What it raises is the till's failure; else the till is passed over. Called while
+    // the reason is being handled, if there is one, so that std::throw_with_nested keeps it.
     std::function<void(const TillIdentity& till)> Unreachable = {};
     std::function<void(TillVisit& visit)> Work;
     // The till's failure, of whatever type it was raised.
@@ -70,6 +71,8 @@ private:
     void servePostponed();
     [[nodiscard]] bool locate(const TillIdentity& till);
     [[nodiscard]] bool connect(const TillIdentity& till);
+    void tellUnreachable(const TillIdentity& till);
+    void fail(const TillIdentity& till, const std::exception& failure);
     void report(const TillIdentity& till);
     void moveOn(const TillIdentity& till);
 

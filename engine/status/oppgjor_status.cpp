@@ -42,6 +42,7 @@ QString TfraOppgjorStatus::CollapseAllCaption() {
 }
 
 void TfraOppgjorStatus::Clear() {
+    failures_.clear();
     memOppgjorStatus.Close();
     memLogEntries.Close();
     memOppgjorStatus.Open();
@@ -125,6 +126,17 @@ void TfraOppgjorStatus::UpdateOpplastMbps(const QString& AvdNr, const QString& K
 
 void TfraOppgjorStatus::UpdateNonReconsiledSales(const QString& AvdNr, const QString& KasseNr, int Antall) {
     change(AvdNr, KasseNr, [&](OppgjorStatusRow& row) { row.AntSalgIkkeOppgjort = Antall; });
+}
+
+void TfraOppgjorStatus::AddFailure(const QString& AvdNr, const QString& KasseNr, const TillFailure& failure) {
+    const int row = memOppgjorStatus.Locate(AvdNr, KasseNr);
+    if (row >= 0) failures_[row].push_back(failure);
+}
+
+const std::vector<TillFailure>& TfraOppgjorStatus::Failures(int row) const {
+    static const std::vector<TillFailure> none;
+    const auto found = failures_.find(row);
+    return found == failures_.end() ? none : found->second;
 }
 
 int TfraOppgjorStatus::post(int found, OppgjorStatusRow row) {

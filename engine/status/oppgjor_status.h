@@ -6,10 +6,13 @@
 #include <QObject>
 #include <QString>
 #include <QTime>
+#include <map>
+#include <vector>
 
 #include "engine/roster/kasse_collection.h"
 #include "engine/status/log_entry_table.h"
 #include "engine/status/oppgjor_status_table.h"
+#include "engine/status/till_failure.h"
 
 namespace torvik {
 
@@ -48,6 +51,10 @@ public:
     void UpdateOpplastMbps(const QString& AvdNr, const QString& KasseNr, double Value);
     void UpdateNonReconsiledSales(const QString& AvdNr, const QString& KasseNr, int Antall);
 
+    // What befell the till of the row in this run, first failure first; of a till without a row nothing is kept.
+    void AddFailure(const QString& AvdNr, const QString& KasseNr, const TillFailure& failure);
+    [[nodiscard]] const std::vector<TillFailure>& Failures(int row) const;
+
     // The check box "Vis kun feil detaljer".
     void SetErrorsOnly(bool value) { memLogEntries.SetFiltered(value); }
 
@@ -78,6 +85,8 @@ private:
     void change(const QString& AvdNr, const QString& KasseNr, Change set);
 
     void setRunningRow(int row);
+
+    std::map<int, std::vector<TillFailure>> failures_;  // by row
 
     int currentRow_ = -1;
     int runningRow_ = -1;

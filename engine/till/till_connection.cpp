@@ -53,13 +53,15 @@ void TillConnection::ApplySourceConnectionSettings() {
 }
 
 bool TillConnection::ConnectSource(const std::function<void()>& wait) {
+    lastFailure_ = nullptr;
     for (int attempt = 1; attempt <= context_.Options.RetryCount; ++attempt) {
         if (attempt > 1) wait();
         try {
             connectOnce();
+            lastFailure_ = nullptr;
             return true;
         } catch (const std::exception&) {
-            // The caller reports a failed connection in its own words.
+            lastFailure_ = std::current_exception();  // the caller tells of it in its own words
         }
     }
     return false;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <QString>
+#include <exception>
 #include <functional>
 
 #include "engine/base/engine_context.h"
@@ -32,6 +33,10 @@ public:
     // raises, a cancel, leaves.
     [[nodiscard]] bool ConnectSource(const std::function<void()>& wait);
 
+    // Why the last ConnectSource gave false: the failure of its last attempt. Null when there was no attempt, and after
+    // a ConnectSource that gave true.
+    [[nodiscard]] const std::exception_ptr& LastFailure() const { return lastFailure_; }
+
     // in_dbversion of the till whose version was last read; empty before the first.
     [[nodiscard]] const QString& DbVersion() const { return fDbVersion; }
     void ReadDbVersion();
@@ -50,6 +55,7 @@ private:
     EngineContext context_;
     const TAvdeling& roster_;
     OperatorLog& log_;
+    std::exception_ptr lastFailure_;
     QString fDbVersion;
     bool versionIsCurrent_ = false;
 };

@@ -5,6 +5,7 @@
 #include "engine/base/abort.h"
 #include "engine/base/run_options.h"
 #include "engine/base/seams.h"
+#include "engine/base/step_error.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
 #include "engine/log/operator_log.h"
@@ -76,7 +77,7 @@ int SettlementPosting::run() {
                 QStringLiteral(
                     "En feil oppstod ved innhenting av oppgjør {Oppgjorsnummer} for avdeling {Avdeling} kassenummer {Kassenummer}: {Feilmelding}"),
                 {settlement, till.Avdelingsnummer, till.Kassenummer, ErrorText(e)});
-            throw;
+            std::throw_with_nested(StepError(QStringLiteral("oppgjør %1").arg(settlement), ErrorText(e)));
         }
         ++posted;
         status_.set(oksTrue, ostHentet);

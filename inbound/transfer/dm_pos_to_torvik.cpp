@@ -4,6 +4,7 @@
 #include <QDir>
 
 #include "engine/base/abort.h"
+#include "engine/base/step_error.h"
 #include "engine/db/statement_text.h"
 #include "engine/log/log_pane.h"
 #include "inbound/transfer/maps/table_map.h"
@@ -67,8 +68,9 @@ void TdmPOStoTorvik::Execute() {
     } catch (const std::exception& e) {
         if (p < kInsertDataStep) writeLog(DtsLogg::CopyFailed);
         if (p == kInsertDataStep) writeLog(DtsLogg::PostingFailed);
-        throw EngineError(QStringLiteral("Feil ved overføring til avd %1 kassenr %2. %3 feilet (p=%4): %5")
-                              .arg(QString::number(Ik_Ku_ID), kasseNr_, step_, QString::number(p), ErrorText(e)));
+        std::throw_with_nested(
+            StepError(step_, QStringLiteral("Feil ved overføring til avd %1 kassenr %2. %3 feilet (p=%4): %5")
+                                 .arg(QString::number(Ik_Ku_ID), kasseNr_, step_, QString::number(p), ErrorText(e))));
     }
 }
 

@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "engine/base/abort.h"
+#include "engine/base/step_error.h"
 #include "engine/log/log_pane.h"
 #include "outbound/driver/row_copy.h"
 #include "outbound/exports/send_steps.h"
@@ -76,8 +77,9 @@ void TdmTorvikToPOS::runStep(int number, const Actions& what) {
         runActions();
     } catch (const std::exception& e) {
         leaveStep();
-        std::throw_with_nested(EngineError(QStringLiteral("TorvikToPOS failed: %1 SessionID: %2 %3")
-                                               .arg(CurrentTransformation(), sessionId_, ErrorText(e))));
+        std::throw_with_nested(
+            StepError(CurrentTransformation(), QStringLiteral("TorvikToPOS failed: %1 SessionID: %2 %3")
+                                                   .arg(CurrentTransformation(), sessionId_, ErrorText(e))));
     }
 }
 

@@ -106,6 +106,7 @@ void SendRun::serve(TillVisit& visit) {
         // The failure goes to the column of what was fetched: required.
         setStatus(visit.Till, ostHentet, oksFalse, QStringLiteral("DTS feilet: %1").arg(ErrorText(e)),
                   timeSinceStart());
+        parts_.KeepFailure(visit.Till, e);
         visit.Log.AddLog(QStringLiteral("Feil ved Execute prosedyren ved utsending til (Avd %1, kasse %2)(%3): %4")
                              .arg(visit.Till.Avdelingsnummer, visit.Till.Kassenummer, export_->CurrentTransformation(),
                                   ErrorText(e)),

@@ -39,6 +39,7 @@ void actiAbout(CommandContext& context) {
                         .arg(QApplication::applicationVersion()),
                     QMessageBox::Ok, &context.window);
     box.setIconPixmap(context.window.windowIcon().pixmap(48));
+    box.setEscapeButton(QMessageBox::Ok);  // beside a help button nothing else would close it
     const auto* help = box.addButton(QStringLiteral("Hjelp"), QMessageBox::HelpRole);
     box.exec();
     if (box.clickedButton() == help) HelpContents1(context);

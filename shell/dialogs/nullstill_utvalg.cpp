@@ -37,6 +37,7 @@ TfrmNullstillUtvalg::TfrmNullstillUtvalg(QWidget* parent) : QDialog(parent) {
         box->setObjectName(QString::fromUtf8(row.name));
         box->setChecked(row.always);
         box->setEnabled(!row.always);
+        if (row.always) box->setToolTip(QStringLiteral("Salg og oppgjør tømmes alltid"));
         inGroup->addWidget(box);
     }
     auto* synchronise = new QLabel(QStringLiteral("Data må synkroniseres til kasse før den brukes."), this);

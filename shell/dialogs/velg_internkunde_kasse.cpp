@@ -187,6 +187,7 @@ void TfrmVelgInternkundeKasse::showCount() {
     const auto selected = selectedRows().size();
     count_->setText(QStringLiteral("%1 valgt").arg(selected));
     ok_->setEnabled(selected > 0);
+    ok_->setToolTip(selected > 0 ? QString() : QStringLiteral("Velg minst én kasse"));
 }
 
 }  // namespace torvik

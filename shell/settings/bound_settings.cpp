@@ -32,7 +32,7 @@ void BoundSettings::enableBy(const Binding& master) {
     for (const Binding& each : bindings_) {
         if (!each.row->enabledBy || qstrcmp(each.row->enabledBy, master.row->control) != 0) continue;
         const bool enabled = controlValue(*master.control).toInt() == each.row->enabledAt;
-        setControlEnabled(*each.control, enabled);
+        setControlEnabled(*each.control, enabled, onlyWhen(*master.row, *master.control, each.row->enabledAt));
         if (!enabled && each.row->clearedWithIt) setControlValue(*each.control, defaultOf(*each.row));
     }
 }

@@ -104,8 +104,16 @@ void onControlChanged(QObject& control, QObject& receiver, std::function<void()>
                        });
 }
 
-void setControlEnabled(QObject& control, bool enabled) {
+void setControlEnabled(QObject& control, bool enabled, const QString& whyNot) {
     control.setProperty("enabled", enabled);
+    control.setProperty("toolTip", enabled ? QString() : whyNot);
+}
+
+QString onlyWhen(const SettingRow& row, const QObject& control, int value) {
+    const QString label = QString::fromUtf8(row.label);
+    if (const auto* list = qobject_cast<const QComboBox*>(&control))
+        return QStringLiteral("Gjelder bare når \"%1\" er \"%2\"").arg(label, list->itemText(value));
+    return QStringLiteral("Gjelder bare når \"%1\" er krysset av").arg(label);
 }
 
 bool controlEnabled(const QObject& control) {

@@ -21,7 +21,10 @@ namespace torvik {
 void setControlValue(QObject& control, const QVariant& value);
 // Calls `changed` at each change of the value, until `receiver` goes.
 void onControlChanged(QObject& control, QObject& receiver, std::function<void()> changed);
-void setControlEnabled(QObject& control, bool enabled);
+// Disabled, its hint says why; enabled, it has none.
+void setControlEnabled(QObject& control, bool enabled, const QString& whyNot);
 [[nodiscard]] bool controlEnabled(const QObject& control);
+// "Gjelder bare når ...": the control of this row has this value, in the words of a hint.
+[[nodiscard]] QString onlyWhen(const SettingRow& row, const QObject& control, int value);
 
 }  // namespace torvik

@@ -98,7 +98,9 @@ QWidget* SettingsPanel::sendGroup() {
 }
 
 void SettingsPanel::setDtsCompatible(bool compatible) {
-    setControlEnabled(*findChild<QWidget*>(QStringLiteral("cbIncludeSladrerull")), compatible);
+    setControlEnabled(
+        *findChild<QWidget*>(QStringLiteral("cbIncludeSladrerull")), compatible,
+        QStringLiteral("Databasen til back office er for ny for DTS (kompatibilitetsnivå 91 eller høyere)"));
 }
 
 }  // namespace torvik

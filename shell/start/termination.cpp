@@ -1,4 +1,5 @@
-// A signal handler may do next to nothing, so it writes a byte into a socket that the message loop reads.
+// A signal handler may do next to nothing, so it sets a timer that was made before, and writes a byte into a socket
+// that the message loop reads.
 #include "shell/start/termination.h"
 
 #include <QtGlobal>
@@ -9,6 +10,7 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <csignal>
+#include <ctime>
 #endif
 
 namespace torvik {
@@ -17,15 +19,37 @@ namespace torvik {
 
 namespace {
 
-constexpr unsigned kSecondsForAStart = 2;
-
 int gSignalSockets[2] = {-1, -1};
-volatile std::sig_atomic_t gStarting = 1;
+timer_t gTimer;
+volatile std::sig_atomic_t gHasTimer = 0;
+volatile std::sig_atomic_t gEnding = 0;
+
+void startTimer() {
+    if (gEnding || !gHasTimer) return;
+    gEnding = 1;
+    itimerspec time = {};
+    time.it_value.tv_sec = kTimeToEnd.count() / 1000;
+    time.it_value.tv_nsec = kTimeToEnd.count() % 1000 * 1'000'000;
+    ::timer_settime(gTimer, 0, &time, nullptr);
+}
 
 void tellMessageLoop(int) {
-    if (gStarting) ::alarm(kSecondsForAStart);  // whose own signal ends the process
+    startTimer();
     const char byte = 1;
     [[maybe_unused]] const auto written = ::write(gSignalSockets[0], &byte, sizeof byte);
+}
+
+void endNow(int) {
+    constexpr char kWords[] = "TorvikPosSync did not end in time and was ended\n";
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, kWords, sizeof kWords - 1);
+    ::_exit(1);
+}
+
+void handle(int signal, void (*handler)(int)) {
+    struct sigaction action = {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    ::sigaction(signal, &action, nullptr);
 }
 
 }  // namespace
@@ -36,23 +60,24 @@ void onTerminationSignal(std::function<void()> onTerminate) {
     QObject::connect(notifier, &QSocketNotifier::activated, notifier, [onTerminate = std::move(onTerminate)] {
         char byte = 0;
         [[maybe_unused]] const auto read = ::read(gSignalSockets[1], &byte, sizeof byte);
-        ::alarm(0);
         onTerminate();
     });
-    struct sigaction action = {};
-    action.sa_handler = tellMessageLoop;
-    action.sa_flags = SA_RESTART;
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) ::sigaction(signal, &action, nullptr);
+    sigevent alarm = {};
+    alarm.sigev_notify = SIGEV_SIGNAL;
+    alarm.sigev_signo = SIGALRM;
+    gHasTimer = ::timer_create(CLOCK_MONOTONIC, &alarm, &gTimer) == 0;
+    handle(SIGALRM, endNow);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) handle(signal, tellMessageLoop);
 }
 
-void terminationStartDone() {
-    gStarting = 0;
+void beginTermination() {
+    startTimer();
 }
 
 #else
 
 void onTerminationSignal(std::function<void()>) {}  // a window message closes the program there
-void terminationStartDone() {}
+void beginTermination() {}                          // and the system itself ends one that takes too long
 
 #endif
 

@@ -14,6 +14,7 @@
 #include <QMenu>
 #include <QPlainTextEdit>
 #include <QScopedValueRollback>
+#include <QSet>
 #include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
@@ -23,6 +24,8 @@
 #include "shell/status/state_bar.h"
 #include "shell/status/status_export.h"
 #include "shell/status/status_tree_model.h"
+#include "shell/status/till_story.h"
+#include "shell/status/till_story_dialog.h"
 
 namespace torvik {
 
@@ -30,7 +33,7 @@ namespace {
 
 constexpr int kPreviewLines = 4;
 constexpr int kStatusWidth = 72;
-constexpr int kGroupWidth = 260;
+constexpr int kGroupWidth = 170;  // the other columns still fit a small screen
 constexpr int kWidestColumn = 240;
 constexpr int kFitAfterMs = 500;
 constexpr Qt::Alignment kCaptionAlignment = Qt::AlignLeft | Qt::AlignVCenter | Qt::Alignment(Qt::TextWordWrap);
@@ -88,12 +91,15 @@ void StatusView::createTree() {
     tree_->setUniformRowHeights(true);
     tree_->setAlternatingRowColors(true);
     tree_->setContextMenuPolicy(Qt::CustomContextMenu);
+    tree_->setExpandsOnDoubleClick(false);  // on a failed till a double click asks for its story
     QHeaderView* header = tree_->header();
     header->setResizeContentsPrecision(0);
     header->setDefaultAlignment(kCaptionAlignment);
     header->setMinimumHeight(2 * header->fontMetrics().lineSpacing() + kCaptionMargin);
     header->setMaximumSectionSize(kWidestColumn);  // a long name pushes no column out
     header->setSectionsClickable(true);
+    header->setSectionsMovable(true);
+    header->setFirstSectionMovable(false);  // the log lines begin in it
     header->resizeSection(StatusTreeModel::Status, kStatusWidth);
     fit_->setSingleShot(true);
     fit_->setInterval(kFitAfterMs);
@@ -125,6 +131,7 @@ QWidget* StatusView::createOptions() {
     connect(failedFirst, &QCheckBox::toggled, this,
             [this](bool on) { arrangeBy([on](StatusArrangement& to) { to.failedFirst = on; }); });
     connect(group, &QComboBox::currentIndexChanged, this, [this](int index) {
+        const QScopedValueRollback<bool> fitting(fitting_, true);
         tree_->header()->setMaximumSectionSize(index > 0 ? kGroupWidth : kWidestColumn);
         tree_->header()->resizeSection(StatusTreeModel::Status, index > 0 ? kGroupWidth : kStatusWidth);
         arrangeBy([index](StatusArrangement& to) { to.group = static_cast<StatusGroup>(index); });
@@ -165,6 +172,11 @@ void StatusView::connectTree() {
     });
     connect(fit_, &QTimer::timeout, this, &StatusView::fitColumns);
     connect(tree_->header(), &QHeaderView::sectionClicked, this, &StatusView::sortBy);
+    // The last one goes with the window's width.
+    connect(tree_->header(), &QHeaderView::sectionResized, this, [this](int column) {
+        if (!fitting_ && tree_->header()->visualIndex(column) < tree_->header()->count() - 1) columnsSet_ = true;
+    });
+    connect(tree_->header(), &QHeaderView::sectionMoved, this, [this] { columnsSet_ = columnsSet_ || !fitting_; });
     connect(tree_->selectionModel(), &QItemSelectionModel::currentChanged, this, [this](const QModelIndex& current) {
         if (!moving_ && current.isValid()) {
             following_ = false;
@@ -173,6 +185,17 @@ void StatusView::connectTree() {
         showMelding();
     });
     connect(tree_, &QWidget::customContextMenuRequested, this, &StatusView::showMenu);
+    connect(tree_, &QTreeView::doubleClicked, this, [this](const QModelIndex& index) {
+        if (!showStory(index)) toggle(index);
+    });
+    story_ = new QAction(QStringLiteral("Vis hva som skjedde..."), tree_);
+    story_->setObjectName(QStringLiteral("story"));
+    story_->setShortcuts({QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)});
+    story_->setShortcutContext(Qt::WidgetShortcut);
+    connect(story_, &QAction::triggered, this, [this] {
+        if (!showStory(tree_->currentIndex())) toggle(tree_->currentIndex());
+    });
+    tree_->addAction(story_);
     auto* copy = new QAction(QStringLiteral("Kopier"), tree_);
     copy->setShortcut(QKeySequence::Copy);
     copy->setShortcutContext(Qt::WidgetShortcut);
@@ -185,9 +208,27 @@ void StatusView::showMenu(const QPoint& at) {
     menu.addAction(TfraOppgjorStatus::ExpandAllCaption(), this, [this] { status_.ExpandAll(); });
     menu.addAction(TfraOppgjorStatus::CollapseAllCaption(), this, [this] { status_.CollapseAll(); });
     menu.addSeparator();
-    menu.addActions(tree_->actions());
+    const QModelIndex current = tree_->currentIndex();
+    const int row = current.isValid() ? model_->statusRow(current) : -1;
+    for (QAction* action : tree_->actions())
+        if (action != story_ || (row >= 0 && hasStory(status_, row))) menu.addAction(action);
     menu.addAction(QStringLiteral("Eksporter til regneark..."), this, &StatusView::exportToSpreadsheet);
+    menu.addSeparator();
+    menu.addAction(QStringLiteral("Standard kolonner"), this, &StatusView::standardColumns)->setEnabled(columnsSet_);
     menu.exec(tree_->viewport()->mapToGlobal(at));
+}
+
+bool StatusView::showStory(const QModelIndex& index) {
+    const int row = index.isValid() ? model_->statusRow(index) : -1;
+    if (row < 0 || !hasStory(status_, row)) return false;
+    (new TillStoryDialog(storyOf(status_, row), this))->show();
+    return true;
+}
+
+// A line belongs to its till.
+void StatusView::toggle(const QModelIndex& index) {
+    const QModelIndex first = index.siblingAtColumn(0);
+    if (first.isValid() && model_->rowCount(first) > 0) tree_->setExpanded(first, !tree_->isExpanded(first));
 }
 
 void StatusView::copyToClipboard() const {
@@ -263,6 +304,8 @@ void StatusView::fitSoon() {
 // first column holds the log lines too, and must not grow with them. Small numbers under long captions get no more than
 // the caption takes on two lines.
 void StatusView::fitColumns() {
+    if (columnsSet_) return;
+    const QScopedValueRollback<bool> fitting(fitting_, true);
     for (int column = StatusTreeModel::Status + 1; column < StatusTreeModel::ColumnCount; ++column) {
         if (column == StatusTreeModel::IkkeOppgjort || column == StatusTreeModel::Backup) {
             const QString caption = model_->headerData(column, Qt::Horizontal).toString();
@@ -271,6 +314,46 @@ void StatusView::fitColumns() {
             tree_->resizeColumnToContents(column);
         }
     }
+}
+
+// "column:width" from left to right.
+QByteArray StatusView::columns() const {
+    if (!columnsSet_) return {};
+    QByteArrayList all;
+    const QHeaderView& header = *tree_->header();
+    for (int place = 0; place < header.count(); ++place) {
+        const int column = header.logicalIndex(place);
+        all << QByteArray::number(column) + ':' + QByteArray::number(header.sectionSize(column));
+    }
+    return all.join(' ');
+}
+
+void StatusView::restoreColumns(const QByteArray& columns) {
+    QHeaderView& header = *tree_->header();
+    QList<std::pair<int, int>> all;
+    QSet<int> different;
+    for (const QByteArray& each : columns.split(' ')) {
+        const QList<QByteArray> parts = each.split(':');
+        const std::pair<int, int> column{parts[0].toInt(), parts.value(1).toInt()};
+        if (column.first >= header.count() || column.second < header.minimumSectionSize()) return;
+        all << column;
+        different << column.first;
+    }
+    if (different.size() != header.count() || all.size() != header.count()) return;
+    const QScopedValueRollback<bool> fitting(fitting_, true);
+    for (int place = 0; place < all.size(); ++place) {
+        header.moveSection(header.visualIndex(all[place].first), place);
+        header.resizeSection(all[place].first, all[place].second);
+    }
+    columnsSet_ = true;
+}
+
+void StatusView::standardColumns() {
+    QHeaderView& header = *tree_->header();
+    columnsSet_ = false;
+    const QScopedValueRollback<bool> fitting(fitting_, true);
+    for (int column = 0; column < header.count(); ++column) header.moveSection(header.visualIndex(column), column);
+    fitColumns();
 }
 
 void StatusView::showCounts() {

@@ -152,6 +152,51 @@ TEST_F(ProgramStart, BackOfficeThatDoesNotAnswerEndsTheProgramWithinTheTimeOut) 
     EXPECT_FALSE(said().contains(QStringLiteral("Hemmelig")));
 }
 
+TEST_F(ProgramStart, SignalEndsAStartThatIsHeldUpWithinTwoSeconds) {
+    const sandbox::server::Socket silent = sandbox::server::listenOn("127.0.0.1", 0);
+    writeDataLink(QStringLiteral("Data Source=127.0.0.1,%1;User ID=sa;Password=Hemmelig-1;Initial Catalog=x;"
+                                 "Connect Timeout=60")
+                      .arg(sandbox::server::portOf(silent)));
+    start();
+    ASSERT_TRUE(silent.readable(std::chrono::milliseconds(kPatienceMs))) << "it never connected";
+    QElapsedTimer clock;
+    clock.start();
+    process.terminate();
+    EXPECT_EQ(ended(), 1);
+    EXPECT_LT(clock.elapsed(), 2500);
+}
+
+// A virtual screen, since without one there is no box.
+TEST_F(ProgramStart, SignalClosesTheStartMessage) {
+    QProcess screen;
+    screen.start(QStringLiteral("Xvfb"),
+                 {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
+                  QStringLiteral("800x600x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+    ASSERT_TRUE(screen.waitForReadyRead(kPatienceMs)) << "no virtual screen: " << screen.errorString().toStdString();
+    const QString display = QStringLiteral(":") + QString::fromUtf8(screen.readLine()).trimmed();
+    auto environment = process.processEnvironment();
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    environment.insert(QStringLiteral("DISPLAY"), display);
+    process.setProcessEnvironment(environment);
+    start();
+    ASSERT_TRUE(process.waitForStarted(kPatienceMs));
+    QProcess look;
+    look.setProcessEnvironment(environment);
+    look.start(QStringLiteral("xdotool"),
+               {QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
+                QStringLiteral("--name"), QStringLiteral("^TorvikPosSync$")});
+    ASSERT_TRUE(look.waitForFinished(kPatienceMs)) << "the message never stood there";
+    QElapsedTimer clock;
+    clock.start();
+    process.terminate();
+    EXPECT_EQ(ended(), 1);
+    EXPECT_LT(clock.elapsed(), 2000);
+    EXPECT_EQ(logged(), QStringList{QStringLiteral("ERR Error in TorvikPosSync (The UDL file \"%1\" does not exist.)")
+                                        .arg(path("program/Torvik.UDL"))});
+    screen.terminate();
+    screen.waitForFinished();
+}
+
 class ProgramStartOnAChain : public ProgramStart {
 protected:
     [[nodiscard]] db::ConnectSettings settings() const {

@@ -44,6 +44,7 @@ TEST(Errors, AnswerTheCallersQuestions) {
     using enum TransactionAfter;
     using Reason = ConnectionError::Reason;
     const QString text = QStringLiteral("x");
+    EXPECT_EQ(answersOf(ConnectionError(Reason::UnknownHost, text)), (Answers{false, Gone, true, false, false}));
     EXPECT_EQ(answersOf(ConnectionError(Reason::Unreachable, text)), (Answers{false, Gone, true, false, false}));
     EXPECT_EQ(answersOf(ConnectionError(Reason::Lost, text)), (Answers{false, Gone, true, false, false}));
     EXPECT_EQ(answersOf(ConnectionError(Reason::LoginFailed, text)), (Answers{false, Gone, false, false, false}));

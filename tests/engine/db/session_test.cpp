@@ -115,7 +115,7 @@ TEST_P(SessionOverTheWire, EachFailureToConnectIsItsOwn) {
 
     wrong.Server = QStringLiteral("kasse.invalid");
     const ConnectionError unknown = failureOf(wrong);
-    EXPECT_EQ(unknown.Why, ConnectionError::Reason::Unreachable);
+    EXPECT_EQ(unknown.Why, ConnectionError::Reason::UnknownHost);
     EXPECT_TRUE(unknown.text().contains(u"kasse.invalid"));
 
     wrong = server.settings();

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/base/abort.h"
+#include "engine/base/failure_kind.h"
 #include "engine/db/query.h"
 #include "tests/engine/small_chain.h"
 
@@ -46,6 +47,17 @@ TEST_F(Connecting, FirstAttemptFailsAndTheSecondSucceeds) {
     chain.server.faults().refuseLogins(1, {});
     EXPECT_TRUE(chain.engine.ConnectSource());
     EXPECT_EQ(chain.messages(), (QStringList{kWait, kVersion}));
+}
+
+TEST_F(Connecting, LastFailureSaysWhyUntilATillIsReached) {
+    chain.tills(QStringLiteral("1/1"));
+    chain.engine.RetryCount = 1;
+    openRoster();
+    chain.server.faults().refuseLogins(1, {});
+    EXPECT_FALSE(chain.engine.ConnectSource());
+    EXPECT_EQ(classify(chain.engine.Parts().Till.LastFailure()), FailureKind::ConnectionLost);
+    EXPECT_TRUE(chain.engine.ConnectSource());
+    EXPECT_EQ(chain.engine.Parts().Till.LastFailure(), nullptr);
 }
 
 class UnreachableTill : public Connecting {

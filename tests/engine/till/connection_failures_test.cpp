@@ -68,6 +68,7 @@ struct Cause {
     const char* name;
     const char* assignments;  // of the till's row
     int hangingLogins;        // of the server
+    const char* reason;       // as the operator is told it
 };
 
 void PrintTo(const Cause& cause, std::ostream* out) {
@@ -92,27 +93,43 @@ TEST_P(FailedConnection, IsToldAndPassedOver) {
     EXPECT_EQ(chain.errorMessages(),
               (QStringList{QStringLiteral("Feil i ExecuteOppgjor for avd. 1, kasse 2. Se feil nedenfor"),
                            QStringLiteral("Klarte ikke å koble til avdelingsnummer 1 kassenummer 2)")}));
-    EXPECT_TRUE(events.lines().contains(
+    const QStringList told = events.lines().filter(QStringLiteral("ERR "));
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told[0].startsWith(
         QStringLiteral("ERR Feil ved innhenting av oppgjør for avdelingsnummer {Avdeling} kassenummer {Kassenummer}: "
                        "{Feilmelding} Avdeling=1 Kassenummer=2 Feilmelding=Klarte ikke å koble til avdelingsnummer 1 "
-                       "kassenummer 2)")));
-    const OppgjorStatusTable& table = chain.engine.ffraOppgjorStatus->memOppgjorStatus;
-    EXPECT_EQ(table.Row(table.Locate(QStringLiteral("1"), QStringLiteral("2"))).StatusIcon, 3);
+                       "kassenummer 2) Aarsak=%1 Serversvar=")
+            .arg(QString::fromUtf8(GetParam().reason))))
+        << told[0].toStdString();
+    const TfraOppgjorStatus& status = *chain.engine.ffraOppgjorStatus;
+    const OppgjorStatusTable& table = status.memOppgjorStatus;
+    const int row = table.Locate(QStringLiteral("1"), QStringLiteral("2"));
+    EXPECT_EQ(table.Row(row).StatusIcon, 3);
+    ASSERT_EQ(status.Failures(row).size(), 1U);
+    EXPECT_EQ(status.Failures(row)[0].Facts.Reason(), QString::fromUtf8(GetParam().reason));
+    EXPECT_FALSE(status.Failures(row)[0].OfficeLost);
+    EXPECT_TRUE(status.Failures(table.Locate(QStringLiteral("1"), QStringLiteral("1"))).empty());
     EXPECT_LT(elapsed, kConnectSeconds * 1000 + kSlackMs);
     for (const char16_t* secret : {u"hemmelig", u"sesam-sesam"})
         EXPECT_FALSE(allLogs().contains(QString::fromUtf16(secret))) << allLogs().toStdString();
 }
 
-INSTANTIATE_TEST_SUITE_P(Causes, FailedConnection,
-                         testing::Values(Cause{"UnknownHost", "Ikk_Server = 'kasse-2.finnes-ikke.invalid'", 0},
-                                         Cause{"NobodyListens", "Ikk_Server = '127.0.0.1,1'", 0},
-                                         Cause{"AcceptsAndNeverAnswers", "", 1},
-                                         Cause{"WrongPassword", "Ikk_Passord = 'sesam-sesam'", 0},
-                                         Cause{"UnknownUser", "Ikk_Brukernavn = 'ukjent'", 0},
-                                         Cause{"DatabaseMissing", "Ikk_Database = 'Finnes_ikke'", 0},
-                                         Cause{"NoServerNamed", "Ikk_Server = ''", 0},
-                                         Cause{"ProviderWithoutADriver", "Ikk_Provider = 1", 0}),
-                         [](const auto& test) { return std::string(test.param.name); });
+constexpr char kNotKnown[] = "Servernavnet er ikke kjent";
+constexpr char kNoAnswer[] = "Serveren svarer ikke";
+constexpr char kWrongLogin[] = "Feil brukernavn eller passord";
+
+INSTANTIATE_TEST_SUITE_P(
+    Causes, FailedConnection,
+    testing::Values(Cause{"UnknownHost", "Ikk_Server = 'kasse-2.finnes-ikke.invalid'", 0, kNotKnown},
+                    Cause{"NobodyListens", "Ikk_Server = '127.0.0.1,1'", 0, kNoAnswer},
+                    Cause{"AcceptsAndNeverAnswers", "", 1, kNoAnswer},
+                    Cause{"WrongPassword", "Ikk_Passord = 'sesam-sesam'", 0, kWrongLogin},
+                    Cause{"UnknownUser", "Ikk_Brukernavn = 'ukjent'", 0, kWrongLogin},
+                    Cause{"DatabaseMissing", "Ikk_Database = 'Finnes_ikke'", 0,
+                          "Databasen finnes ikke på serveren, eller brukeren slipper ikke inn i den"},
+                    Cause{"NoServerNamed", "Ikk_Server = ''", 0, kNotKnown},
+                    Cause{"ProviderWithoutADriver", "Ikk_Provider = 1", 0, "Driveren for SQL Server mangler"}),
+    [](const auto& test) { return std::string(test.param.name); });
 
 // Reading the version may fail; then SET NOCOUNT decides. Each statement waits as long as a login, and as long again
 // for the answer to its own cancelling.
