@@ -44,6 +44,7 @@ TfrmSyncPreferences::TfrmSyncPreferences(SettingsStore& store, TTorvikPos& engin
     setWindowTitle(QStringLiteral("Innstillinger"));
     auto* tabs = new QTabWidget(this);
     tabs->setObjectName(QStringLiteral("preferences"));
+    tabs->setUsesScrollButtons(false);  // all tabs are in sight
     tabs->addTab(generalTab(), QStringLiteral("Generelt"));
     tabs->addTab(mailTab(), QStringLiteral("E-post innstillinger"));
     tabs->addTab(accumulationTab(), QStringLiteral("Akkumulering"));

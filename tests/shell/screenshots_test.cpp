@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QStyle>
 #include <QTabWidget>
@@ -16,9 +17,11 @@
 #include "engine/status/oppgjor_status.h"
 #include "shell/dialogs/nullstill_utvalg.h"
 #include "shell/dialogs/oppgi_dato.h"
+#include "shell/dialogs/pair_decision_dialog.h"
 #include "shell/dialogs/sync_preferences.h"
 #include "shell/dialogs/velg_internkunde_kasse.h"
 #include "shell/setup/setup_report.h"
+#include "shell/status/till_story_dialog.h"
 #include "tests/shell/modal.h"
 #include "tests/shell/window_over_a_chain.h"
 
@@ -70,6 +73,14 @@ TEST_F(Screenshots, MainWindowFitsASmallScreenInEveryState) {
     };
     click(window, "actiOppgjorManually");
     take(window, "window");
+    auto& tree = test::child<QTreeView>(window, "statusTree");
+    tree.setFocus();
+    tree.setCurrentIndex(tree.model()->index(0, 0));
+    QTest::keyClick(&tree, Qt::Key_Return);
+    auto* story = window.findChild<TillStoryDialog*>();
+    ASSERT_NE(story, nullptr);
+    take(*story, "story");
+    story->close();
     chooseTab(window, 1);
     take(window, "window-log");
     chooseTab(window, 2);
@@ -133,6 +144,22 @@ TEST_F(Screenshots, Dialogs) {
     report.add({QStringLiteral("Avdeling 1001, kasse 1"), CheckOutcome::Bad, QStringLiteral("Unable to connect")});
     report.finish();
     take(report, "setup");
+
+    PairDecisionDialog pair({.Avdeling = QStringLiteral("101"),
+                             .Kassenr = QStringLiteral("1"),
+                             .What = QStringLiteral("oppgjør 41"),
+                             .Machine = QStringLiteral("KONTOR-2"),
+                             .Began = QStringLiteral("04.03.2026 04:12:07"),
+                             .Till = {QStringLiteral("Oppgjør 41 er merket som hentet")},
+                             .BackOffice = {QStringLiteral("Oppgjør 41 finnes ikke")}});
+    pair.show();
+    take(pair, "pair");
+
+    test::whenAsked<QMessageBox>([](QMessageBox& about) {
+        take(about, "about");
+        about.close();
+    });
+    click(window, "actiAbout");
 }
 
 }  // namespace
