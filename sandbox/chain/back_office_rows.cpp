@@ -158,7 +158,7 @@ Tables items(const Chain& chain) {
                    {"Va_Id", "Va_Navn", "Va_Kostpris", "Va_Pris", "Va_VeilPris", "Va_Vg_Id", "Va_Le_Id", "Va_P_ID",
                     "Va_Fargenavn", "Va_SendTilButikkKasser"},
                    {}};
-    TableData aliases{"VareAlias", {"Vr_Id", "Vr_Va_Id"}, {{text("7030000000017"), chain.items.front().id}}};
+    TableData aliases{"VareAlias", {"Vr_Id", "Vr_Va_Id"}, {{text(kAlias), chain.items.front().id}}};
     TableData prices{"Pris", {"Ps_Va_Id", "Ps_Pi_Id", "Ps_Prisen", "Ps_UpdDato"}, {}};
     TableData parts{"Delvare", {"Dv_Hoved_Va_ID", "Dv_Delvare_Va_ID", "Dv_Antall", "Dv_Utskriftsregel"}, {}};
     const auto none = std::monostate{};

@@ -188,6 +188,7 @@ struct OrderLine {
     double discount = 0;
     double price = 0;
     double cost = 0;
+    double vat = 25;  // per cent
     bool extraSale = false;
     std::optional<int> status;
     std::optional<bool> display;
@@ -213,6 +214,7 @@ struct Order {
     std::optional<int> reason;
     std::optional<int> returned;  // the order that this one takes back
     std::optional<Signature> signature;
+    bool brokenOff = false;  // begun and given up: no sale
     std::vector<OrderLine> lines;
     std::vector<Payment> payments;
 };
@@ -290,6 +292,10 @@ inline constexpr const char* kGiftCardItem = "900001";
 inline constexpr const char* kAccountPaymentItem = "900002";  // a customer pays what was bought on credit
 inline constexpr const char* kInvoiceFeeItem = "900003";
 inline constexpr const char* kReplacementItem = "900004";  // stands for items that have been deleted
+
+// Another number of the back office's first item; a till that sells under it has an item of that number.
+inline constexpr const char* kAlias = "7030000000017";
+inline constexpr const char* kAliasName = "Vare under strekkode";
 
 // Forms of payment.
 inline constexpr int kCash = 1;

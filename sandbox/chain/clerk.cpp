@@ -10,6 +10,8 @@ namespace sandbox::chain {
 namespace {
 
 constexpr int kSlipDays = 3650;  // good for ten years, so that no chain outlives its slips
+constexpr int kManySlips = 17;
+constexpr int kOwnMoment = 10;  // milliseconds between the same sale of two tills
 
 double sumOf(const Order& order) {
     double sum = 0;
@@ -65,6 +67,8 @@ void Clerk::work(int settlement) {
     orderGoods(settlement);
     log(settlement, "Skuff åpnet uten salg");
     extraEmployee(settlement);
+    brokenOff(settlement);
+    if (till_.number == "1" && settlement == till_.settlements.front().id) manySlips(settlement);
 }
 
 Order& Clerk::creditSale(int settlement, const Customer& customer) {
@@ -83,7 +87,40 @@ Order& Clerk::unpaidSale(int settlement, const Customer& customer) {
         const Item& item = chain_.items[static_cast<std::size_t>(chance_.below(static_cast<int>(chain_.tillItems())))];
         newLine(order, item, 1 + chance_.below(3), item.price);
     }
+    if (chain_.options.everyKind) oddLines(order);
     return order;
+}
+
+// What a line can be beside plain goods: at another rate of VAT and with a discount, under an alias, taken back, given
+// away, struck out.
+void Clerk::oddLines(Order& order) {
+    const Item& first = chain_.items.front();
+    const Item& other = chain_.items[static_cast<std::size_t>(order.id) % chain_.tillItems()];
+    OrderLine& food = newLine(order, other, 2, other.price);
+    food.vat = 15;
+    food.discount = 20;
+    OrderLine& alias = newLine(order, first, 1, first.price);
+    alias.item = kAlias;
+    alias.vat = 12;
+    alias.discount = 12.5;
+    newLine(order, other, -1, other.price);
+    newLine(order, first, 1, 0).vat = 0;
+    newLine(order, other, 0, other.price);
+}
+
+Order& Clerk::brokenOff(int settlement) {
+    Order& order = newOrder(settlement);
+    order.brokenOff = true;
+    const Item& item = chain_.items[static_cast<std::size_t>(order.id) % chain_.tillItems()];
+    newLine(order, item, 7, item.price);
+    return order;
+}
+
+void Clerk::manySlips(int settlement) {
+    for (int i = 0; i < kManySlips; ++i) {
+        sellGiftCard(settlement, 100 + i);
+        giveCreditNote(settlement);
+    }
 }
 
 Slip& Clerk::sellGiftCard(int settlement, double amount) {
@@ -206,7 +243,9 @@ Order& Clerk::newOrder(int settlement) {
     order.customer = 1;
     order.settlement = settlement;
     order.employee = employee().id;
-    order.time = {settlementOf(settlement).time.milliseconds - 90 * kMinute + order.id * 1000};
+    // Each till has moments of its own: the back office knows a credit order again by its time and its references.
+    const auto till = &till_ - chain_.tills.data();
+    order.time = {settlementOf(settlement).time.milliseconds - 90 * kMinute + order.id * 1000 + till * kOwnMoment};
     order.finished = {order.time.milliseconds + 30000};
     till_.orders.push_back(std::move(order));
     return till_.orders.back();

@@ -27,6 +27,10 @@ public:
 
     Slip& sellGiftCard(int settlement, double amount);
     Slip& giveCreditNote(int settlement);  // for goods taken back
+    // Begun and given up before anything was paid.
+    Order& brokenOff(int settlement);
+    // Gift cards and credit notes for more than one batch of a fetch, which takes them by sixteen.
+    void manySlips(int settlement);
     void redeemGiftCard(int settlement, Slip& card);
     void redeemCreditNote(int settlement, Slip& note);
 
@@ -46,6 +50,7 @@ private:
     [[nodiscard]] const Employee& employee() const;
     [[nodiscard]] std::string slipId(int number) const;
     Order& newOrder(int settlement);
+    void oddLines(Order& order);
     OrderLine& newLine(Order& order, const Item& item, double quantity, double price);
     Payment& pay(Order& order, int form, double amount);
     Order& returnOfGoods(int settlement);

@@ -193,7 +193,7 @@ private:
         const bool stockCount = flagged ? *o.stockCount : type == "VARETELLING";
         add(posted_.orders,
             {integer(o.id), integer(*o.settlement), integer(o.customer), wide(o.employee, 10), o.time, o.finished,
-             integer(0), orNull(o.requisition), orNull(o.postcode), orNull(o.telephone), integer(stockCount),
+             integer(o.brokenOff), orNull(o.requisition), orNull(o.postcode), orNull(o.telephone), integer(stockCount),
              std::monostate{}, till_.version >= 213 ? orNull(o.barcode) : Cell(std::monostate{}),
              orNull(o.statisticsEmployee)});
         if (o.reason) add(posted_.reasons, {integer(*o.reason), integer(o.id)});
@@ -210,8 +210,10 @@ private:
 
     void line(const Order& o, const OrderLine& l) {
         const Cell display = till_.version >= 194 ? integer(l.display.value_or(false)) : Cell(std::monostate{});
-        add(posted_.lines, {integer(l.id), integer(o.id), wide(l.item, 15), l.quantity, l.discount, l.price, 25.0,
-                            l.cost, integer(0), integer(l.extraSale), integer(l.status), display, l.price});
+        // The back office's posting knows the cost of its own numbers alone.
+        const double cost = l.item == kAlias ? 0 : l.cost;
+        add(posted_.lines, {integer(l.id), integer(o.id), wide(l.item, 15), l.quantity, l.discount, l.price, l.vat,
+                            cost, integer(0), integer(l.extraSale), integer(l.status), display, l.price});
         if (l.reason) add(posted_.lineReasons, {integer(*l.reason), integer(l.id)});
         if (l.text) add(posted_.texts, {integer(l.id), *l.text});
         if (l.voucher) add(posted_.voucherLines, {integer(*l.voucher), integer(l.id)});

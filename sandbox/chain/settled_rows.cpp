@@ -31,7 +31,7 @@ bool isSale(const Settlement& settlement) {
 
 // Paid by the form "credit", or not paid at all by a customer with a name.
 bool isOnCredit(const Order& order) {
-    if (order.customer == kNobody) return false;
+    if (order.customer == kNobody || order.brokenOff) return false;
     for (const OrderLine& line : order.lines)
         if (line.item == kAccountPaymentItem) return false;
     for (const Payment& payment : order.payments)
@@ -99,10 +99,10 @@ public:
             links_.rows.push_back({integer(chain_.departmentOf(till).id), till.number, integer(order.id), reference,
                                    order.time, integer(customer.id)});
             for (const OrderLine& line : order.lines)
-                orderLines_.rows.push_back({reference, order.time, integer(customer.id), line.item,
+                orderLines_.rows.push_back({reference, order.time, integer(customer.id), itemOf(line),
                                             line.text.value_or(nameOf(line.item)), line.quantity, line.quantity,
-                                            roundedTo(line.price / (1 + kVat / 100), 3), line.discount, line.cost, kVat,
-                                            integer(0), integer(1), integer(1)});
+                                            roundedTo(line.price / (1 + line.vat / 100), 3), line.discount, line.cost,
+                                            line.vat, integer(0), integer(1), integer(1)});
         });
     }
 
@@ -112,17 +112,17 @@ public:
             if (!isSale(settlement)) continue;
             std::map<int, Hour> hours;
             eachOrderOf(till, settlement, [&](const Order& order) {
-                if (order.lines.empty()) return;
+                if (order.lines.empty() || order.brokenOff) return;
                 Hour& hour = hours[static_cast<int>(order.time.milliseconds % kDay / kHour)];
                 ++hour.sales;
                 for (const OrderLine& line : order.lines) {
                     const double turnover = line.quantity * line.price * (100 - line.discount) / 100;
                     hour.turnover += turnover;
-                    Sum& sum = sums_[{department, settlement.time.milliseconds / kDay, line.item,
+                    Sum& sum = sums_[{department, settlement.time.milliseconds / kDay, itemOf(line),
                                       line.status.value_or(kPlainSale)}];
                     sum.quantity += line.quantity;
                     sum.turnover += turnover;
-                    stock_[{department, line.item}] -= line.quantity;
+                    stock_[{department, itemOf(line)}] -= line.quantity;
                 }
             });
             for (const auto& [hour, sum] : hours) {
@@ -140,7 +140,7 @@ public:
 
     void till(const Till& till) {
         std::int64_t unsettled = 0;
-        for (const Order& order : till.orders) unsettled += order.settlement ? 0 : 1;
+        for (const Order& order : till.orders) unsettled += order.settlement || order.brokenOff ? 0 : 1;
         Cell last = std::monostate{};
         for (const Settlement& settlement : till.settlements)
             if (isSale(settlement)) last = settlement.time;
@@ -178,7 +178,12 @@ private:
         int sales = 0;
     };
 
+    // Under which number the back office has it.
+    [[nodiscard]] const std::string& itemOf(const OrderLine& line) const {
+        return line.item == kAlias ? chain_.items.front().id : line.item;
+    }
     [[nodiscard]] std::string nameOf(const std::string& item) const {
+        if (item == kAlias) return kAliasName;
         for (const std::vector<Item>* list : {&chain_.items, &chain_.serviceItems})
             for (const Item& one : *list)
                 if (one.id == item) return one.name;

@@ -118,8 +118,9 @@ void addPayments(const Order& order, PaymentTables& t, TableData& pictures) {
 void addOrders(const Till& till, OrderTables& t, PaymentTables& payments, TableData& pictures) {
     for (const Order& o : till.orders) {
         t.heads.rows.push_back({integer(o.id), integer(o.customer), integer(o.settlement), o.employee, o.time,
-                                o.finished, integer(0), orNull(o.requisition), orNull(o.postcode), orNull(o.telephone),
-                                orNull(o.statisticsEmployee), integer(o.stockCount), orNull(o.barcode)});
+                                o.finished, integer(o.brokenOff), orNull(o.requisition), orNull(o.postcode),
+                                orNull(o.telephone), orNull(o.statisticsEmployee), integer(o.stockCount),
+                                orNull(o.barcode)});
         if (o.reason) t.reasons.rows.push_back({integer(o.reason), integer(o.id)});
         if (o.returned)
             t.returns.rows.push_back({integer(o.id), integer(o.id), integer(o.returned), text("101"), till.number});
@@ -128,8 +129,9 @@ void addOrders(const Till& till, OrderTables& t, PaymentTables& payments, TableD
             t.signatures.rows.push_back({integer(o.id), integer(o.signature->id), integer(3)});
         }
         for (const OrderLine& l : o.lines) {
-            t.lines.rows.push_back({integer(l.id), integer(o.id), l.item, l.quantity, l.discount, l.price, 25.0, l.cost,
-                                    integer(0), integer(l.extraSale), integer(l.status), integer(l.display), l.price});
+            t.lines.rows.push_back({integer(l.id), integer(o.id), l.item, l.quantity, l.discount, l.price, l.vat,
+                                    l.cost, integer(0), integer(l.extraSale), integer(l.status), integer(l.display),
+                                    l.price});
             if (l.reason) t.lineReasons.rows.push_back({integer(l.reason), integer(l.id)});
             if (l.text) t.texts.rows.push_back({integer(l.id), *l.text});
             if (l.voucher) t.vouchers.rows.push_back({integer(l.voucher), integer(l.id)});
@@ -185,6 +187,13 @@ TableData numberSeries(const Till& till) {
              {text("BT_ID"), integer(payment + 1)}}};
 }
 
+bool sellsUnderAlias(const Till& till) {
+    for (const Order& order : till.orders)
+        for (const OrderLine& line : order.lines)
+            if (line.item == kAlias) return true;
+    return false;
+}
+
 // What hangs on one item beside its sales: keys of the till's screen, and goods moved, counted and complained of.
 std::vector<TableData> aroundAnItem(const Chain& chain) {
     constexpr std::size_t kItem = 7;
@@ -234,6 +243,7 @@ std::vector<TableData> tillRegisters(const Chain& chain, const Till& till) {
     for (const Item& item : chain.serviceItems) items.rows.push_back({item.id, item.name, item.price, 25.0});
     for (std::size_t i = 0; i < chain.tillItems(); ++i)
         items.rows.push_back({chain.items[i].id, chain.items[i].name, chain.items[i].price, 25.0});
+    if (sellsUnderAlias(till)) items.rows.push_back({text(kAlias), text(kAliasName), chain.items.front().price, 25.0});
     TableData reasonTypes{"GRUNNTYPE", {"GT_ID", "GT_NAVN"}, {}};
     for (const NamedNumber& t : kReasonTypes) reasonTypes.rows.push_back({integer(t.id), text(t.name)});
     TableData reasons{"GRUNN", {"GR_ID", "GR_GT_ID", "GR_NAVN", "GR_UTSKRIFTSFLAGG"}, {}};

@@ -3,6 +3,7 @@
 
 #include "engine/roster/avdeling.h"
 #include "engine/status/oppgjor_status.h"
+#include "sandbox/chain/chain_builder.h"
 #include "sandbox/chain/posted_rows.h"
 #include "tests/support/chain_run.h"
 
@@ -98,6 +99,40 @@ TEST(Fetch, EveryKindOfSaleAndSideRecordArrives) {
     EXPECT_EQ(run.errors(), QStringList());
     EXPECT_TRUE(run.postedWhole());
     EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM PosUtbetaling"), "7");
+}
+
+// The back office knows a credit order again by its moment, its receipt with the clerk, and its requisition: where two
+// tills have all of them in common, the second sale is taken for the first.
+TEST(Fetch, TwoTillsThatSellOnCreditInTheSameMillisecondWithTheSameReceiptAndClerkMakeOneOrder) {
+    using sandbox::chain::Order;
+    sandbox::chain::Chain chain = sandbox::chain::chain()
+                                      .departments(1)
+                                      .tills(2)
+                                      .days(1)
+                                      .till(1)
+                                      .withCreditSale()
+                                      .till(2)
+                                      .withCreditSale()
+                                      .build();
+    Order& first = chain.tills[0].orders.back();
+    Order& second = chain.tills[1].orders.back();
+    ASSERT_NE(first.time.milliseconds, second.time.milliseconds) << "each till sells at moments of its own";
+    for (Order* order : {&first, &second}) {
+        order->id = 9001;
+        order->time = first.time;
+        order->employee = first.employee;
+        order->requisition = first.requisition;
+    }
+    ChainRun run(std::move(chain));
+
+    run.fetch();
+
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_TRUE(run.postedWhole());
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM ORDRE"), "1");
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM ORDRELINJE"), std::to_string(first.lines.size()));
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM PosOrdre WHERE Pos_Or_Kreditt_Or_Id IS NOT NULL"), "1");
+    EXPECT_EQ(run.log().filter(QStringLiteral("fra kredittsalg bong nr 9001 er opprettet tidligere")).size(), 1);
 }
 
 TEST(Fetch, UnsettledSalesStayOnTheTillAndAreCounted) {

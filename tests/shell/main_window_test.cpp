@@ -7,10 +7,12 @@
 #include <QCoreApplication>
 #include <QDate>
 #include <QLabel>
+#include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QSpinBox>
 #include <QSystemTrayIcon>
 #include <QTabWidget>
+#include <QTextBlock>
 #include <QTime>
 #include <QTreeView>
 
@@ -74,8 +76,19 @@ TEST_F(WindowOverAChain, EmptySelectionIsAnErrorInRed) {
     MainWindow window(path(), store);
     window.Ask.SelectTills = [](TKasseCollection&, const TSyncVersions&) { return true; };
     click(window, "actiOppgjorManually");
-    ASSERT_FALSE(window.TorvikPos1().ErrorLog->Lines().isEmpty());
-    EXPECT_TRUE(window.TorvikPos1().ErrorLog->Lines().last().endsWith(QStringLiteral("Det er ikke valgt noen kasser")));
+    window.TorvikPos1().AddLog(QStringLiteral("neste"), true);
+
+    const auto panes = window.findChildren<QPlainTextEdit*>(QStringLiteral("lines"));
+    ASSERT_EQ(panes.size(), 2);
+    for (const QPlainTextEdit* pane : panes) {
+        const QTextBlock next = pane->document()->lastBlock();
+        const QTextBlock error = next.previous();
+        EXPECT_TRUE(error.text().endsWith(QStringLiteral("Det er ikke valgt noen kasser")))
+            << error.text().toStdString();
+        EXPECT_EQ(error.begin().fragment().charFormat().foreground().color(), QColor(Qt::red));
+        EXPECT_TRUE(next.text().endsWith(QStringLiteral("neste")));
+        EXPECT_EQ(next.begin().fragment().charFormat().foreground().style(), Qt::NoBrush) << "the colour is put back";
+    }
 }
 
 TEST_F(WindowOverAChain, AbortedSelectionEndsTheCommandWithoutAWord) {

@@ -142,6 +142,19 @@ TEST_F(SettlementRun, DepartmentWhoseNumberIsNotDigitsFailsAloneAndHasNoStatusRo
     EXPECT_EQ(chain.messages().last(), QStringLiteral("Fullført oppgjør"));
 }
 
+TEST_F(SettlementRun, StatusHoldsTheTillsOfTheRunAlone) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    chain.engine.ffraOppgjorStatus->SetStatus(9, QStringLiteral("9"), QStringLiteral("Fra kjøringen før"),
+                                              QStringLiteral("1"), ostHentet, oksTrue, {}, QTime(0, 0, 1), 0);
+    QList<int> rowsAtTheFirstTill;
+    fetch = [&](const QString&) {
+        rowsAtTheFirstTill << chain.engine.ffraOppgjorStatus->memOppgjorStatus.RecordCount();
+    };
+    run();
+    EXPECT_EQ(rowsAtTheFirstTill, (QList<int>{2, 2}))
+        << "the old row is gone, and each till has its own before its turn";
+}
+
 TEST_F(SettlementRun, FailingTillDoesNotStopTheOthers) {
     chain.tills(QStringLiteral("1/1 1/2"));
     chooseAllTills();

@@ -40,6 +40,38 @@ TEST(SettingRows, NamesAndControlsAreUniqueAndEnablersAreInTheList) {
     }
 }
 
+// What users have in their stores, in the order of reading and writing. Every name and default is an agreement with
+// them.
+TEST(SettingRows, StandInTheStoreUnderTheirNamesAndHaveTheirDefaults) {
+    const auto told = [](std::span<const SettingRow> rows) {
+        QStringList list;
+        for (const SettingRow& row : rows)
+            if (row.name) list << QStringLiteral("%1=%2").arg(QLatin1String(row.name), defaultOf(row).toString());
+        return list;
+    };
+    EXPECT_EQ(told(windowSettings()),
+              QStringList({"ReplaceProductNoOnNoExist=false", "ReplacementProductNo=", "Timeout=5",
+                           "AutoStartTime=04:00:00.000", "ProductsToSync=2", "SystemTray=false", "KunHent=false",
+                           "HentSisteForst=false", "IncludeDTS=true", "PlukkPrioritet=false", "ChangeNumberOfDays=0",
+                           "cbAutoStart=false"}));
+    EXPECT_EQ(
+        told(preferenceSettings()),
+        QStringList({"Smtp/Active=false", "Smtp/Server=", "Smtp/Receipients=", "Smtp/Sender=",
+                     "Smtp/AutomaticAccumulate=false", "Smtp/AutomaticUpdateStatistics=false",
+                     "Smtp/SendPriceAndCustomer=false", "Smtp/DeleteItems=false", "Smtp/DeleteItemsDayOne=false",
+                     "Smtp/DeleteItemsDayTwo=false", "Smtp/DeleteItemsDayThree=false", "Smtp/DeleteItemsDayFour=false",
+                     "Smtp/DeleteItemsDayFive=false", "Smtp/DeleteItemsDaySix=false", "Smtp/DeleteItemsDaySeven=false",
+                     "Smtp/memExcludePOSListSQL=", "Smtp/SynchonizedRun=false", "Smtp/StartSendingTime=03:00:00.000"}));
+    for (const SettingRow& row : windowSettings())
+        if (!row.name) {
+            EXPECT_EQ(defaultOf(row).toString(),
+                      row.type == SettingType::Text
+                          ? QString()
+                          : QString::fromUtf8(qstrcmp(row.control, "cbTaMedMersalgVare") == 0 ? "true" : "false"))
+                << row.control;
+        }
+}
+
 // The window's settings without the window.
 class WindowSettings : public testing::Test {
 protected:
