@@ -34,6 +34,7 @@ cmake --build --preset dev
 if [ "${1:-}" = --long ]; then
     TORVIK_SOAK_CONNECTIONS=10000 build/dev/bin/test_sandbox --gtest_filter='ServerSoak.*'
     tests/mutations/run
+    TORVIK_LONG=1 build/dev/bin/test_fleet --gtest_brief=1 --gtest_filter='*4GiB'
     TORVIK_LONG=1 build/dev/bin/test_faults --gtest_brief=1 --gtest_filter='*EveryRequest*:*Statement*:*Killed*'
 fi
 exec ctest --preset dev -j "$(nproc)"

@@ -21,7 +21,8 @@ void sendChanges(const TillVisit& visit, const QString& file) {
     older.SQL = QStringList{QString::fromUtf8(kDeleteOlder)};
     older.ExecSQL();
     writeBinaryObject(
-        visit, {.file = file, .type = QStringLiteral("TORVIKPOS_CHANGE.INI"), .query = QString::fromUtf8(kChangeRows)});
+        visit.TillSession, visit.Context.Seam,
+        {.file = file, .type = QStringLiteral("TORVIKPOS_CHANGE.INI"), .query = QString::fromUtf8(kChangeRows)});
     visit.Log.AddLog(QStringLiteral("Endringer i %1 sendt til %2 - %3")
                          .arg(file, visit.Till.Avdelingsnummer, visit.Till.Ku_Adresse1));
 }

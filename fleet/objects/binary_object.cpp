@@ -6,7 +6,6 @@
 #include "engine/base/seams.h"
 #include "engine/db/query.h"
 #include "engine/db/statement_text.h"
-#include "engine/run/till_visit.h"
 #include "fleet/objects/staged_file.h"
 
 namespace torvik {
@@ -53,11 +52,10 @@ void EnsureBinaryObjectColumns(db::Session& till) {
     ensure.ExecSQL();
 }
 
-void writeBinaryObject(const TillVisit& visit, const BinaryObject& object) {
-    const Seams& seam = visit.Context.Seam;
-    const qint64 number = nextNumber(visit.TillSession);
-    const QStringList present = columnsOf(visit.TillSession, object);
-    StagedFile staged(visit.TillSession);
+void writeBinaryObject(db::Session& till, const Seams& seam, const BinaryObject& object) {
+    const qint64 number = nextNumber(till);
+    const QStringList present = columnsOf(till, object);
+    StagedFile staged(till);
     staged.load(object.file, seam.pumpMessages);
 
     // BO_OBJECT is not looked for: a table without it refuses the statement.
@@ -77,7 +75,7 @@ void writeBinaryObject(const TillVisit& visit, const BinaryObject& object) {
         names << column;
         values << value;
     }
-    db::Query put(&visit.TillSession);
+    db::Query put(&till);
     put.ParamCheck = false;
     put.CommandTimeout = kPutTimeout;
     put.SQL = statementLines(QStringLiteral("INSERT INTO BINARYOBJECT (%1)\nSELECT %2")

@@ -9,7 +9,7 @@ namespace torvik {
 namespace db {
 class Session;
 }
-struct TillVisit;
+struct Seams;
 
 // Adds those of the table's columns that a till of an older schema lacks; BO_OBJECT is never added.
 void EnsureBinaryObjectColumns(db::Session& till);
@@ -23,6 +23,6 @@ struct BinaryObject {
 // Writes one row with the file's bytes, towards the till. The file goes in pieces into a temporary table of the session
 // and from there by one statement into the row, so that the till never sees a part of it, and neither side holds it
 // whole. Raises what the server objects to, and EngineError for a file that cannot be read or changes meanwhile.
-void writeBinaryObject(const TillVisit& visit, const BinaryObject& object);
+void writeBinaryObject(db::Session& till, const Seams& seam, const BinaryObject& object);
 
 }  // namespace torvik

@@ -67,7 +67,8 @@ void UpgradeRun::serveByDatabase(const TillVisit& visit) const {
     older.SQL = QStringList{QString::fromUtf8(kDeleteOlder)};
     older.ExecSQL();
     writeBinaryObject(
-        visit, {.file = archive_, .type = QStringLiteral("TORVIKPOS"), .query = QString::fromUtf8(kUpgradeRows)});
+        visit.TillSession, visit.Context.Seam,
+        {.file = archive_, .type = QStringLiteral("TORVIKPOS"), .query = QString::fromUtf8(kUpgradeRows)});
 }
 
 void UpgradeRun::serveByShare(const db::Query& till) {

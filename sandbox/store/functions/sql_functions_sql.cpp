@@ -118,6 +118,44 @@ std::string_view withinChain(std::string_view sql) {
     return inner;
 }
 
+constexpr std::string_view kJoin = "t_join(";
+constexpr std::size_t kMostArguments = 127;  // of a function, in SQLite
+
+// The arguments of a call of t_join that is the whole text, and how many they are; none for anything else.
+std::pair<std::string_view, std::size_t> joinArguments(std::string_view sql) {
+    if (!sql.starts_with(kJoin) || !sql.ends_with(')')) return {};
+    const std::string_view inner = sql.substr(kJoin.size(), sql.size() - kJoin.size() - 1);
+    std::size_t count = 1;
+    int depth = 0;
+    char quote = '\0';
+    for (const char c : inner) {
+        if (quote != '\0') {
+            if (c == quote) quote = '\0';
+        } else if (c == '\'' || c == '"') {
+            quote = c;
+        } else if (c == '(') {
+            ++depth;
+        } else if (c == ')') {
+            if (--depth < 0) return {};
+        } else if (c == ',' && depth == 0) {
+            ++count;
+        }
+    }
+    return {inner, count};
+}
+
+// a + b of bytes, as one call for a whole sum: each byte is then copied once, however many terms there are.
+std::string joinedBytes(std::string_view a, std::string_view b) {
+    const auto [left, leftCount] = joinArguments(a);
+    const auto [right, rightCount] = joinArguments(b);
+    const bool oneCall = std::max<std::size_t>(leftCount, 1) + std::max<std::size_t>(rightCount, 1) <= kMostArguments;
+    const std::string_view first = oneCall && leftCount > 0 ? left : a;
+    const std::string_view second = oneCall && rightCount > 0 ? right : b;
+    std::string sum(kJoin);
+    sum.append(first).append(", ").append(second).push_back(')');
+    return sum;
+}
+
 }  // namespace
 
 std::string castSql(std::string_view sql, const Type& from, const Type& to, int style, bool tryCast) {
@@ -144,6 +182,7 @@ std::string arithmeticSql(BinaryOp op, std::string_view a, const Type& typeA, st
         const int most = isUnicode(result.id) ? kMostWide : kMostNarrow;
         const bool whole = result.length == Type::kMax || typeA.length + typeB.length <= most;
         if (isCharacter(result.id) && whole) return "(" + std::string(withinChain(a)) + " || " + std::string(b) + ")";
+        if (isBinary(result.id) && whole) return joinedBytes(a, b);
         return "t_concat(" + std::string(a) + ", " + std::string(b) + ", " + code(result) + ")";
     }
     // Text and binary operands become the type of the number beside them.

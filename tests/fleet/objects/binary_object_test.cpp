@@ -27,9 +27,10 @@ protected:
     }
 
     void write(const QByteArray& content, const QString& type = QStringLiteral("TORVIKPOS")) {
-        writeBinaryObject(run.parts().Visit(), {.file = run.file(QStringLiteral("fil"), content),
-                                                .type = type,
-                                                .query = QStringLiteral("SELECT * FROM BINARYOBJECT WHERE 1=0")});
+        writeBinaryObject(run.source, run.engine.Seam,
+                          {.file = run.file(QStringLiteral("fil"), content),
+                           .type = type,
+                           .query = QStringLiteral("SELECT * FROM BINARYOBJECT WHERE 1=0")});
     }
     [[nodiscard]] std::vector<std::string> rows(const std::string& sql) const { return run.tillRows(0, sql); }
 
@@ -155,7 +156,7 @@ TEST_F(BinaryObjects, AreNotWrittenOfAFileThatCannotBeRead) {
     const BinaryObject missing{.file = run.folder.filePath(QStringLiteral("mangler")),
                                .type = QStringLiteral("TORVIKPOS"),
                                .query = QStringLiteral("SELECT * FROM BINARYOBJECT WHERE 1=0")};
-    EXPECT_THROW(writeBinaryObject(run.parts().Visit(), missing), std::exception);
+    EXPECT_THROW(writeBinaryObject(run.source, run.engine.Seam, missing), std::exception);
     EXPECT_THAT(run.objects(0), IsEmpty());
 }
 
@@ -173,10 +174,11 @@ TEST_F(BinaryObjects, AreNotWrittenOfAFileThatGrowsMeanwhile) {
         ASSERT_TRUE(growing.open(QIODevice::Append));
         growing.write("mer");
     };
-    EXPECT_THROW(writeBinaryObject(run.parts().Visit(), {.file = file,
-                                                         .type = QStringLiteral("TORVIKPOS"),
-                                                         .query = QStringLiteral("SELECT * FROM BINARYOBJECT")}),
-                 std::exception);
+    EXPECT_THROW(
+        writeBinaryObject(
+            run.source, run.engine.Seam,
+            {.file = file, .type = QStringLiteral("TORVIKPOS"), .query = QStringLiteral("SELECT * FROM BINARYOBJECT")}),
+        std::exception);
     EXPECT_THAT(run.objects(0), IsEmpty());
 }
 

@@ -91,6 +91,31 @@ TEST_F(SmbShare, CopiesAFileWithoutBytes) {
     EXPECT_EQ(told, 0);
 }
 
+// Marks stand where a count of 32 bits, signed or not, would begin anew.
+TEST_F(SmbShare, CopiesAFileOfMoreThan4GiB) {
+    constexpr qint64 kGiB = qint64{1} << 30;
+    if (!qEnvironmentVariableIsSet("TORVIK_LONG")) GTEST_SKIP() << "writes 4 GiB: ./test.sh --long runs it";
+    const std::pair<qint64, QByteArray> marks[] = {
+        {0, "begynner"}, {2 * kGiB - 3, "to GiB"}, {4 * kGiB - 3, "fire GiB"}, {4 * kGiB + 7, "slutt"}};
+    const QString big = QString::fromStdString(file({}));
+    QFile made(big);
+    ASSERT_TRUE(made.open(QIODevice::ReadWrite));
+    for (const auto& [at, mark] : marks) {
+        made.seek(at);
+        made.write(mark);
+    }
+    made.close();
+    share->connect(kC, login());
+    share->copy(big.toStdString(), kC + R"(\stor.zip)", ignore, kGoOn);
+    QFile copied(samba.folder("C$") + "/stor.zip");
+    ASSERT_TRUE(copied.open(QIODevice::ReadOnly));
+    EXPECT_EQ(copied.size(), 4 * kGiB + 12);
+    for (const auto& [at, mark] : marks) {
+        copied.seek(at);
+        EXPECT_EQ(copied.read(mark.size()), mark) << at;
+    }
+}
+
 TEST_F(SmbShare, TakesNamesThatAUrlCannotHold) {
     ASSERT_TRUE(QDir(samba.folder("C$")).mkdir("Æble & 50% #1"));
     share->connect(kC, login());
