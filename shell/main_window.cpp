@@ -303,12 +303,14 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     QApplication::quit();
 }
 
-// The panes are saved at once: what does not end in time is ended where it stands.
+// The panes are saved at once: what does not end in time is ended where it stands. The run is cancelled here, since the
+// close of a window that waits for a server comes only after the wait.
 void MainWindow::terminate() {
     closing_ = true;
     savePane(*log_, "TorvikPos.log");
     savePane(*errorLog_, "TorvikPosError.log");
     settings_->set("cbAutoStart", false);
+    if (runner_->busy()) torvikPos_->SetCancelRequest(true);
     while (QWidget* menu = QApplication::activePopupWidget()) {
         menu->close();
         if (QApplication::activePopupWidget() == menu) break;

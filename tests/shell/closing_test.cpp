@@ -11,6 +11,7 @@
 #include "engine/status/oppgjor_status.h"
 #include "shell/main_threads.h"
 #include "tests/engine/workers/scripted_worker.h"
+#include "tests/shell/modal.h"
 #include "tests/shell/window_over_a_chain.h"
 #include "tests/support/pump.h"
 #include "tests/support/qt_print.h"
@@ -181,10 +182,7 @@ TEST_F(Closing, NightEndsWithAllItsRuns) {
 TEST_F(Closing, QuestionThatIsOpenIsAnsweredWithNo) {
     MainWindow window(path(), store);
     window.show();
-    QTimer::singleShot(0, &window, [&] {
-        ASSERT_NE(QApplication::activeModalWidget(), nullptr);
-        window.close();
-    });
+    test::whenAsked<QDialog>([&window](QDialog&) { window.close(); });
     click(window, "actiOppgjorManually");
     EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
     EXPECT_EQ(messages(window), QStringList());

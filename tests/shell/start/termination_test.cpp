@@ -13,9 +13,7 @@
 #include <QSystemTrayIcon>
 #include <QTreeView>
 #include <csignal>
-#include <thread>
 
-#include "engine/db/query.h"
 #include "engine/status/oppgjor_status.h"
 #include "shell/status/status_view.h"
 #include "tests/shell/modal.h"
@@ -205,32 +203,6 @@ TEST_F(EndOf, RunAtATill) {
     allTills(window);
     endAt(window, QStringLiteral("Transaksjon startet for måldatabase"), [&] { end(window); });
     click(window, "actiOppgjorManually");
-    expectEnded(window);
-}
-
-// Somebody holds what the fetch must write. The signal is read by the message loop that turns while the server is
-// waited for.
-TEST_F(EndOf, RunThatWaitsForAServer) {
-    db::Session holder;
-    holder.SetConnectString(QString::fromStdString(chain.dataLink()));
-    holder.Open();
-    holder.StartTransaction();
-    db::Query lock(&holder);
-    lock.SQL = QStringList{QStringLiteral("UPDATE dts_loggtype SET dlt_id = dlt_id")};
-    lock.ExecSQL();
-    MainWindow window(path(), store);
-    window.show();
-    allTills(window);
-    std::thread system;
-    endAt(window, QStringLiteral("Transaksjon startet for måldatabase"), [&] {
-        system = std::thread([&] {
-            std::this_thread::sleep_for(std::chrono::milliseconds(500));  // it waits by now
-            QMetaObject::invokeMethod(
-                &window, [&] { end(window); }, Qt::QueuedConnection);
-        });
-    });
-    click(window, "actiOppgjorManually");
-    if (system.joinable()) system.join();
     expectEnded(window);
 }
 
