@@ -62,6 +62,7 @@ public:
     bool& Cancelled = parts_.Control.Cancelled;
     [[nodiscard]] bool CancelRequest() const { return parts_.Control.CancelRequest(); }
     void SetCancelRequest(bool value) { parts_.Control.SetCancelRequest(value); }
+    void Abandon() { parts_.Control.Abandon(); }
     void TestCancel() { parts_.Control.TestCancel(); }
     [[noreturn]] void Cancel() { parts_.Control.Cancel(); }
     // Closes the given session if it is open; nothing for none.

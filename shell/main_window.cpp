@@ -310,6 +310,7 @@ void MainWindow::terminate() {
     savePane(*log_, "TorvikPos.log");
     savePane(*errorLog_, "TorvikPosError.log");
     settings_->set("cbAutoStart", false);
+    torvikPos_->Abandon();
     if (runner_->busy()) torvikPos_->SetCancelRequest(true);
     while (QWidget* menu = QApplication::activePopupWidget()) {
         menu->close();

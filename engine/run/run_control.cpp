@@ -21,11 +21,12 @@ void RunControl::Begin() {
 
 void RunControl::SetCancelRequest(bool value) {
     fCancelRequest = value;
+    cancelsAsked_ = value ? cancelsAsked_ + 1 : 0;
     for (CancelListener* listener : listeners_) listener->heard_(value);
 }
 
 void RunControl::TestCancel() {
-    if (!Cancelled && fCancelRequest) Cancel();
+    if (!Cancelled && (fCancelRequest || abandoned_)) Cancel();
     if (Cancelled) throw EAbort();
 }
 

@@ -25,6 +25,11 @@ public:
     bool Cancelled = false;
     [[nodiscard]] bool CancelRequest() const { return fCancelRequest; }
     void SetCancelRequest(bool value);
+    // How often a cancel was asked for since the last one was cleared: who has waited for one already, waits for more.
+    [[nodiscard]] int CancelsAsked() const { return cancelsAsked_; }
+    // The program ends: this run and all that begin after it are cancelled, and no statement is waited for any more.
+    void Abandon() { abandoned_ = true; }
+    [[nodiscard]] bool Abandoned() const { return abandoned_; }
     // Raises the silent abort if the run has been or shall be cancelled.
     void TestCancel();
     // Cancels the run now: logs it and raises the silent abort.
@@ -41,6 +46,8 @@ private:
     EngineContext context_;
     OperatorLog& log_;
     bool fCancelRequest = false;
+    int cancelsAsked_ = 0;
+    bool abandoned_ = false;
     std::vector<CancelListener*> listeners_;
 };
 

@@ -1,10 +1,8 @@
 #include "engine/run/till_walk.h"
 
-#include <optional>
 #include <utility>
 
 #include "engine/base/abort.h"
-#include "engine/db/meanwhile.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/office/application_lock.h"
@@ -65,10 +63,7 @@ bool TillWalk::serve(const TillIdentity& till) {
         // Before the login, so that a till that is taken costs one question to the back office.
         const ApplicationLock lock(parts_.Office.Session(), ApplicationLock::OfTill(till.Ik_Ku_Id, till.Kassenummer));
         if (!lock.Held()) return false;
-        std::optional<db::StatementCancel> cancel;
-        if (plan_.CancelEndsStatements)
-            cancel.emplace([this] { return parts_.Control.CancelRequest() && !parts_.Control.Cancelled; },
-                           [this] { parts_.Control.TestCancel(); });
+        const db::StatementCancel cancel = endsStatements();
         if (!connect(till)) return true;
         TillVisit visit = parts_.Visit();
         plan_.Work(visit);
@@ -82,6 +77,19 @@ bool TillWalk::serve(const TillIdentity& till) {
 void TillWalk::fail(const TillIdentity& till, const std::exception& failure) {
     plan_.Failed(till, failure);
     parts_.KeepFailure(till, failure);  // its row has been made by now
+}
+
+// What follows a cancel may wait for a server too, such as the word of the failure in its log: another cancel ends
+// that.
+db::StatementCancel TillWalk::endsStatements() {
+    RunControl& control = parts_.Control;
+    return {[this, &control] {
+                return control.Abandoned() || (plan_.CancelEndsStatements && control.CancelsAsked() > cancelsServed_);
+            },
+            [this, &control] {
+                cancelsServed_ = control.CancelsAsked();
+                control.TestCancel();
+            }};
 }
 
 bool TillWalk::connect(const TillIdentity& till) {

@@ -8,6 +8,7 @@
 #include <functional>
 #include <vector>
 
+#include "engine/db/meanwhile.h"
 #include "engine/run/till_visit.h"
 
 namespace torvik {
@@ -30,7 +31,7 @@ struct TillWalkPlan {
     // opened ends the walk.
     bool ReopensBackOffice = false;
     // A cancel ends a statement of the till's visit on the server, commits and blocks of rows excepted; else it waits
-    // for the next place that tests for it.
+    // for the next place that tests for it. The end of the program ends statements in every walk.
     bool CancelEndsStatements = false;
     bool ShowsLogs = false;  // the till's log lines and icon go to the status frame after each till
 
@@ -70,6 +71,7 @@ private:
     void postpone(const TillIdentity& till);
     void servePostponed();
     [[nodiscard]] bool locate(const TillIdentity& till);
+    [[nodiscard]] db::StatementCancel endsStatements();
     [[nodiscard]] bool connect(const TillIdentity& till);
     void tellUnreachable(const TillIdentity& till);
     void fail(const TillIdentity& till, const std::exception& failure);
@@ -80,6 +82,7 @@ private:
     TillWalkPlan plan_;
     std::vector<TillIdentity> postponed_;
     int done_ = 0;
+    int cancelsServed_ = 0;  // of those asked for, so many have ended a statement
 };
 
 }  // namespace torvik

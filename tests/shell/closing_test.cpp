@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QTimer>
+#include <functional>
 #include <thread>
 
 #include "engine/base/abort.h"
@@ -136,6 +137,71 @@ TEST_F(Closing, CancelEndsAStatementThatWaitsForALockAndTheNextFetchTakesAll) {
     click(window, "actiOppgjorManually");
     for (int till = 0; till < 2; ++till)
         EXPECT_EQ(engine.ffraOppgjorStatus->memOppgjorStatus.Row(till).StatusIcon, 1) << "till " << till;
+}
+
+// The lock is taken in the middle of a transfer, so that the word of its failure in the back office's log waits too.
+class FetchHeldUp : public Closing {
+protected:
+    FetchHeldUp() {
+        holder.SetConnectString(QString::fromStdString(chain.dataLink()));
+        holder.Open();
+    }
+    ~FetchHeldUp() override { holder.Rollback(); }
+
+    // Fetches, and asks for the end in steps of half a second from when the fetch is held up.
+    qint64 fetchUntil(MainWindow& window, const QList<std::function<void()>>& asks) {
+        TTorvikPos& engine = window.TorvikPos1();
+        const auto pump = engine.Seam.pumpMessages;
+        engine.Seam.pumpMessages = [&, pump] {
+            pump();
+            if (held || engine.Log->Lines().isEmpty() ||
+                !engine.Log->Lines().last().endsWith(QStringLiteral("Transaksjon startet for måldatabase")))
+                return;
+            held = true;
+            holder.StartTransaction();
+            db::Query lock(&holder);
+            lock.SQL = QStringList{QStringLiteral("UPDATE dts_loggtype SET dlt_id = dlt_id")};
+            lock.ExecSQL();
+            timer.start();
+            operatorOfTheWindow = std::thread([&window, asks] {
+                for (const auto& ask : asks) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+                    QMetaObject::invokeMethod(&window, ask, Qt::QueuedConnection);
+                }
+            });
+        };
+        window.show();
+        allTills(window);
+        click(window, "actiOppgjorManually");
+        EXPECT_TRUE(held);
+        const qint64 took = timer.elapsed();
+        if (held) operatorOfTheWindow.join();
+        engine.Seam.pumpMessages = pump;
+        return took;
+    }
+
+    db::Session holder;
+    bool held = false;
+    QElapsedTimer timer;
+    std::thread operatorOfTheWindow;
+};
+
+TEST_F(FetchHeldUp, SecondCancelEndsWhatFollowsTheFirst) {
+    MainWindow window(path(), store);
+    TTorvikPos& engine = window.TorvikPos1();
+    const auto cancel = [&engine] { engine.SetCancelRequest(true); };
+    const qint64 took = fetchUntil(window, {cancel, cancel, cancel});
+    EXPECT_LT(took, 15000);
+    EXPECT_EQ(messages(window).count(QStringLiteral("Avbrutt av bruker")), 1);
+    EXPECT_EQ(openTransactions(tillString(0)), 0);
+}
+
+TEST_F(FetchHeldUp, EndOfTheProgramWaitsForNoStatement) {
+    MainWindow window(path(), store);
+    const qint64 took = fetchUntil(window, {[&window] { window.terminate(); }});
+    EXPECT_LT(took, 15000);
+    EXPECT_EQ(openTransactions(tillString(0)), 0);
+    EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
 }
 
 TEST_F(Closing, SecondCloseWhileTheRunEndsIsTheSame) {

@@ -50,6 +50,16 @@ TEST(Waiting, CancelRaisesOutOfTheWaitWithinOneRound) {
     EXPECT_TRUE(f.engine.Cancelled);
 }
 
+TEST(Cancelling, EndOfTheProgramCancelsEveryRunThatBegins) {
+    FakeEngine f;
+    f.engine.Abandon();
+    for (int run = 0; run < 2; ++run) {
+        f.engine.Parts().Control.Begin();
+        EXPECT_THROW(f.engine.TestCancel(), EAbort);
+    }
+    EXPECT_EQ(f.messages().count(QStringLiteral("Avbrutt av bruker")), 2);
+}
+
 TEST(Cancelling, RequestIsLoggedOnceAndRaisesAtEveryTest) {
     FakeEngine f;
     EXPECT_NO_THROW(f.engine.TestCancel());
