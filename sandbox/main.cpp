@@ -13,6 +13,7 @@
 
 #include "sandbox/chain/demo_chain.h"
 #include "sandbox/chain/script_files.h"
+#include "sandbox/chain/upkeep.h"
 #include "sandbox/server/server.h"
 
 namespace {
@@ -162,6 +163,7 @@ void runChain(const Arguments& a, const sigset_t& signals) {
     options.saPassword = a.server.saPassword;
     options.dataDir = a.server.engine.dataDir;
     sandbox::chain::DemoChain chain(options);
+    giveUpkeep(chain);
     tellListening(chain.backOffice());
     tellTills(chain);
     std::cout << "data link: " << chain.dataLink() << std::endl;

@@ -9,7 +9,7 @@ packages=(
     unixodbc-dev tdsodbc freetds-dev freetds-bin
     libsqlite3-dev libicu-dev libssl-dev libcurl4-openssl-dev nlohmann-json3-dev libsimpleini-dev pkg-config libsmbclient-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    python3-pyodbc python3-pymssql python3-tds python3-pkg-resources libdbd-sybase-perl unixodbc
+    python3-pyodbc python3-pymssql python3-tds python3-pkg-resources python3-xlrd libdbd-sybase-perl unixodbc
     default-jre-headless libjtds-java bsh openssl
     libxlsxwriter-dev python3-aiosmtpd unzip samba smbclient
     dpkg-dev file g++-mingw-w64-x86-64-posix
