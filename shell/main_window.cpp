@@ -31,6 +31,8 @@
 #include "shell/look/icons.h"
 #include "shell/main_threads.h"
 #include "shell/night/automatic_run.h"
+#include "shell/results/health_view.h"
+#include "shell/results/script_results.h"
 #include "shell/server_wait.h"
 #include "shell/settings/bound_settings.h"
 #include "shell/settings/settings_panel.h"
@@ -145,6 +147,7 @@ void MainWindow::createPanes() {
     panes_->addTab(statusView_, QStringLiteral("Status"));
     panes_->addTab(log_, QStringLiteral("Logg"));
     panes_->addTab(errorLog_, QStringLiteral("Feil logg"));
+    createResultPanes();
     // An empty error pane's caption becomes "Logg" too.
     connect(log_, &LogPaneView::lineCountChanged, this,
             [this](int n) { countLines(kLogPane, QStringLiteral("Logg"), n); });
@@ -159,6 +162,29 @@ void MainWindow::createPanes() {
     whole->setStretchFactor(1, 1);
     whole->setChildrenCollapsible(false);
     setCentralWidget(whole);
+}
+
+// Their commands fill them.
+void MainWindow::createResultPanes() {
+    const auto guarded = [this](const std::function<void()>& body) { runner_->guarded(body); };
+    const auto tell = [this](const QString& text) { Ask.ShowMessage(text); };
+    const auto openFile = [this](const QString& file) { Ask.OpenFile(file); };
+    const auto askTextFile = [this] {
+        return Ask
+            .SaveFile(QStringLiteral("Lagre tekstfil som..."), QStringLiteral("Tekst filer (*.txt);;Alle files (*.*)"),
+                      QStringLiteral("txt"))
+            .value_or(QString());
+    };
+    const auto askSpreadsheet = [this] {
+        return Ask
+            .SaveFile(QStringLiteral("Eksporter til regneark"), QStringLiteral("Regneark (*.xls)"),
+                      QStringLiteral("xls"))
+            .value_or(QString());
+    };
+    scriptResults_ = new ScriptResults({folder_, openFile, tell, askTextFile, guarded});
+    health_ = new HealthView({askSpreadsheet, tell, guarded});
+    panes_->addTab(scriptResults_, QStringLiteral("Sql script resultat"));
+    panes_->addTab(health_, QStringLiteral("Helsetilstand"));
 }
 
 // The tills over the settings. What a tall window has over is the list's, and a low one takes it from there first.
@@ -206,7 +232,8 @@ void MainWindow::createCommands() {
     automaticRun_->onRunning = [this](bool running) { commands_->setCancelEnabled(running); };
     connect(settingsPanel_, &SettingsPanel::autoStartChanged, this, [this](bool on) { automaticRun_->arm(on); });
     context_.reset(new CommandContext{*this, engine, msConnTarget, folder_, store_, *settings_, *preferences_,
-                                      *automaticRun_, Ask, [this] { progressBar_->reset(); }});
+                                      *automaticRun_, Ask, [this] { progressBar_->reset(); }, *scriptResults_, *health_,
+                                      [this](QWidget& pane) { panes_->setCurrentWidget(&pane); }});
 }
 
 void MainWindow::countLines(int tab, const QString& caption, int lines) {

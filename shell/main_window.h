@@ -22,8 +22,10 @@ class AutomaticRun;
 class BoundSettings;
 class CommandBar;
 class CommandRunner;
+class HealthView;
 class LogPaneView;
 class MainThreads;
+class ScriptResults;
 class SettingsPanel;
 class ServerWait;
 class SettingsStore;
@@ -62,6 +64,7 @@ private:
     void createEngine();
     [[nodiscard]] PairDecision decidePair(const PairQuestion& question);
     void createPanes();
+    void createResultPanes();
     [[nodiscard]] QWidget* createLeftSide();
     void createCommands();
     void createStatusBar();
@@ -85,6 +88,8 @@ private:
     StatusView* statusView_ = nullptr;
     LogPaneView* log_ = nullptr;
     LogPaneView* errorLog_ = nullptr;
+    ScriptResults* scriptResults_ = nullptr;
+    HealthView* health_ = nullptr;
     TillList* tillList_ = nullptr;
     SettingsPanel* settingsPanel_ = nullptr;
     TfrmSyncPreferences* preferences_ = nullptr;

@@ -10,6 +10,7 @@
 #include "engine/roster/kasse_collection.h"
 
 class QMainWindow;
+class QWidget;
 
 namespace torvik {
 
@@ -18,6 +19,8 @@ class Session;
 }
 class AutomaticRun;
 class BoundSettings;
+class HealthView;
+class ScriptResults;
 class SettingsStore;
 class TTorvikPos;
 class TfrmSyncPreferences;
@@ -35,6 +38,9 @@ struct CommandContext {
     AutomaticRun& automaticRun;
     Questions& ask;
     std::function<void()> resetProgress;
+    ScriptResults& results;
+    HealthView& health;
+    std::function<void(QWidget& pane)> bringToFront;
 };
 
 enum class CommandMenu { File, Commands, Help, None };
@@ -76,7 +82,11 @@ enum class OfficeSession { Fresh, Kept };
 void actiOppgjorManually(CommandContext& context);
 void actiSendVarer(CommandContext& context);
 void actiSendProgramUpdate(CommandContext& context);
+void actiRunSQL(CommandContext& context);
+void actiSendMessage(CommandContext& context);
+void actiHealthCheck(CommandContext& context);
 void actiSendFile(CommandContext& context);
+void actiSpeedTest(CommandContext& context);
 void actiSendIniFileChanges(CommandContext& context);
 void actiViewTorvikPOSini(CommandContext& context);
 void dxBtnHentVaretelling(CommandContext& context);

@@ -43,6 +43,33 @@ void requireReadable(const QString& name) {
         throw EngineError(QStringLiteral("Klarte ikke å lese %1: %2").arg(name, file.errorString()));
 }
 
+// What a command that copies a file is called, in its dialog and in the log.
+struct CopyCommand {
+    QString caption;
+    QString starts;
+    QString ends;
+    bool deletesCopies;  // again, where only their speed is wanted
+};
+
+void copyToTills(CommandContext& context, const CopyCommand& command) {
+    if (!ApplyKasseCollection(context, kAllTills, OfficeSession::Kept)) return;
+    const auto answer = context.ask.FileCopy(command.caption);
+    if (!answer) return;
+    TTorvikPos& engine = context.engine;
+    const OverridingLogin login(engine, *answer);
+    if (!QFile::exists(answer->localFile))
+        throw EngineError(QStringLiteral("Finner ikke filen %1").arg(answer->localFile));
+    engine.AddLog(command.starts);
+    engine.ffraOppgjorStatus->Clear();
+    SendFile(engine.Parts(),
+             {.AFileToCopy = answer->localFile,
+              .AResource = answer->share,
+              .TorvikPOSPath = answer->folder,
+              .DeleteAfterCopy = command.deletesCopies},
+             context.ask.Copy);
+    engine.AddLog(command.ends);
+}
+
 }  // namespace
 
 void actiSendProgramUpdate(CommandContext& context) {
@@ -62,19 +89,17 @@ void actiSendProgramUpdate(CommandContext& context) {
 }
 
 void actiSendFile(CommandContext& context) {
-    if (!ApplyKasseCollection(context, kAllTills, OfficeSession::Kept)) return;
-    const auto answer = context.ask.FileCopy(QStringLiteral("Kopier fil til TorvikPOS"));
-    if (!answer) return;
-    TTorvikPos& engine = context.engine;
-    const OverridingLogin login(engine, *answer);
-    if (!QFile::exists(answer->localFile))
-        throw EngineError(QStringLiteral("Finner ikke filen %1").arg(answer->localFile));
-    engine.AddLog(QStringLiteral("STARTER FILKOPIERING"));
-    engine.ffraOppgjorStatus->Clear();
-    SendFile(engine.Parts(),
-             {.AFileToCopy = answer->localFile, .AResource = answer->share, .TorvikPOSPath = answer->folder},
-             context.ask.Copy);
-    engine.AddLog(QStringLiteral("FULLFÃ˜RT FILKOPIERING"));
+    copyToTills(context, {.caption = QStringLiteral("Kopier fil til TorvikPOS"),
+                          .starts = QStringLiteral("STARTER FILKOPIERING"),
+                          .ends = QStringLiteral("FULLFÃ˜RT FILKOPIERING"),
+                          .deletesCopies = false});
+}
+
+void actiSpeedTest(CommandContext& context) {
+    copyToTills(context, {.caption = QStringLiteral("Hastighetstest"),
+                          .starts = QStringLiteral("STARTER HASTIGHETSTEST"),
+                          .ends = QStringLiteral("FULLFÃ˜RT HASTIGHETSTEST"),
+                          .deletesCopies = true});
 }
 
 void actiSendIniFileChanges(CommandContext& context) {

@@ -1,6 +1,7 @@
 // Each question opens its dialog over the window and waits for the answer.
 #include "shell/commands/questions.h"
 
+#include <QDateTime>
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QInputDialog>
@@ -12,6 +13,7 @@
 #include "shell/dialogs/oppgi_dato.h"
 #include "shell/dialogs/pair_decision_dialog.h"
 #include "shell/dialogs/velg_internkunde_kasse.h"
+#include "shell/fleet/ny_melding.h"
 #include "shell/fleet/progress.h"
 
 namespace torvik {
@@ -53,6 +55,27 @@ bool confirmed(QWidget& window, const QString& text) {
     return box.clickedButton() == yes;
 }
 
+std::optional<InstantMessage> askMessage(QWidget& window, const QString& folder) {
+    const TfrmNyMelding::Asking asking{
+        .confirm = [&window](const QString& question) { return confirmed(window, question); },
+        .tell = [&window](const QString& fault) { QMessageBox::warning(&window, window.windowTitle(), fault); },
+        .chooseFile =
+            [&window](const QString& title, const QString& filter) {
+                return QFileDialog::getOpenFileName(&window, title, QString(), filter);
+            }};
+    TfrmNyMelding dialog(folder, QDateTime::currentDateTime(), asking, &window);
+    if (!dialog.Execute()) return std::nullopt;
+    return dialog.message();
+}
+
+std::optional<QString> askNewFile(QWidget& window, const QString& title, const QString& filter, const QString& suffix) {
+    QFileDialog dialog(&window, title, QString(), filter);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setDefaultSuffix(suffix);
+    if (dialog.exec() != QDialog::Accepted) return std::nullopt;
+    return dialog.selectedFiles().constFirst();
+}
+
 }  // namespace
 
 Questions dialogQuestions(QWidget& window, db::Session& target) {
@@ -81,6 +104,13 @@ Questions dialogQuestions(QWidget& window, db::Session& target) {
     };
     ask.FileCopy = [&window](const QString& caption) { return askFileCopy(window, caption); };
     ask.Copy.Window = [&window] { return std::make_unique<TfrmProgress>(&window); };
+    ask.SqlScript = [&window](SettingsStore& store, const QString& folder, const QStringList& tills) {
+        return TfrmSQLScript(store, folder, tills, &window).Execute();
+    };
+    ask.Message = [&window](const QString& folder) { return askMessage(window, folder); };
+    ask.SaveFile = [&window](const QString& title, const QString& filter, const QString& suffix) {
+        return askNewFile(window, title, filter, suffix);
+    };
     ask.OpenFile = [](const QString& file) { QDesktopServices::openUrl(QUrl::fromLocalFile(file)); };
     return ask;
 }

@@ -11,8 +11,10 @@
 #include "engine/base/torvik_pos_types.h"
 #include "engine/roster/kasse_collection.h"
 #include "fleet/copy/copy_window.h"
+#include "fleet/messages/message_script.h"
 #include "inbound/pairs/pair_resolution.h"
 #include "shell/fleet/kopier_fil.h"
+#include "shell/fleet/sql_script_dialog.h"
 
 class QWidget;
 
@@ -38,6 +40,13 @@ struct Questions {
     std::function<std::optional<FileCopyAnswer>(const QString& caption)> FileCopy;
     // How a till's file share is reached, and the little window of a copy to it.
     CopyTools Copy;
+    // The script for the tills, which the operator sees named; folder: the program's.
+    std::function<std::optional<SqlScriptAnswer>(SettingsStore& store, const QString& folder, const QStringList& tills)>
+        SqlScript;
+    // The message for the tills; folder: the program's.
+    std::function<std::optional<InstantMessage>(const QString& folder)> Message;
+    // A name to save under, of a file that need not be there; the suffix is added to one that has none.
+    std::function<std::optional<QString>(const QString& title, const QString& filter, const QString& suffix)> SaveFile;
     // Opens a file with the program that the system has for it.
     std::function<void(const QString& file)> OpenFile;
 };

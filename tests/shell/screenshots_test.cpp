@@ -15,11 +15,14 @@
 
 #include "engine/db/session.h"
 #include "engine/status/oppgjor_status.h"
+#include "sandbox/chain/upkeep.h"
 #include "shell/dialogs/nullstill_utvalg.h"
 #include "shell/dialogs/oppgi_dato.h"
 #include "shell/dialogs/pair_decision_dialog.h"
 #include "shell/dialogs/sync_preferences.h"
 #include "shell/dialogs/velg_internkunde_kasse.h"
+#include "shell/fleet/ny_melding.h"
+#include "shell/fleet/sql_script_dialog.h"
 #include "shell/setup/setup_report.h"
 #include "shell/status/till_story_dialog.h"
 #include "tests/shell/modal.h"
@@ -107,6 +110,30 @@ TEST_F(Screenshots, MainWindowOnADarkDesktop) {
         take(window, "window-dark");
     }
     QApplication::setPalette(light);
+}
+
+TEST_F(Screenshots, ResultsOfScriptsAndTheHealthCheck) {
+    giveUpkeep(chain);
+    MainWindow window(path(), store);
+    window.show();
+    window.resize(kSmallScreen);
+    allTills(window);
+    window.Ask.SqlScript = [](SettingsStore&, const QString&, const QStringList&) {
+        return std::optional(SqlScriptAnswer{{QStringLiteral("SELECT * FROM BETALINGFORM")}, true});
+    };
+    click(window, "actiRunSQL");
+    take(window, "window-script");
+    click(window, "actiHealthCheck");
+    take(window, "window-health");
+    TfrmSQLScript script(store, path(), {QStringLiteral("avd 101 kasse 1"), QStringLiteral("avd 102 kasse 1")},
+                         &window);
+    script.show();
+    take(script, "script");
+    TfrmNyMelding message(path(), QDateTime(QDate(2026, 3, 7), QTime(9, 0)), {}, &window);
+    test::child<QCheckBox>(message, "cbDisplayOnPosFront").setChecked(true);
+    test::child<QCheckBox>(message, "cbHtml").setChecked(true);
+    message.show();
+    take(message, "message");
 }
 
 TEST_F(Screenshots, Dialogs) {

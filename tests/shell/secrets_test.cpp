@@ -55,6 +55,11 @@ TEST_F(Secrets, AreInNoFileAndNotAtTheLogServer) {
         engine.OnAutoStart(&engine);
         click(window, "actiOppgjorManually");
         engine.OnAutoStartDone(&engine);
+        window.Ask.SqlScript = [](SettingsStore&, const QString&, const QStringList&) {
+            return std::optional(SqlScriptAnswer{{QStringLiteral("SELECT * FROM FINNES_IKKE")}, true});
+        };
+        window.Ask.Message = [](const QString&) { return std::optional(InstantMessage{}); };
+        for (const char* each : {"actiRunSQL", "actiSendMessage", "actiHealthCheck"}) click(window, each);
         engine.TargetConnection()->Close();
         engine.TargetConnection()->SetPassword(QStringLiteral("Galt-Passord-1"));
         click(window, "actiOppgjorManually");

@@ -85,8 +85,10 @@ TEST_F(FleetCommands, StandInTheMenuInTheirOrder) {
     QStringList names;
     for (const CommandRow& row : commandRows())
         if (row.menu == CommandMenu::Commands) names << QString::fromUtf8(row.name);
-    const QStringList order{"actiOppgjorManually",  "actiSendVarer",          "actiSendProgramUpdate", "actiSendFile",
-                            "dxBtnHentVaretelling", "actiSendIniFileChanges", "actiViewTorvikPOSini"};
+    const QStringList order{
+        "actiOppgjorManually", "actiSendVarer",          "actiSendProgramUpdate", "actiRunSQL",
+        "actiSendMessage",     "actiHealthCheck",        "actiSendFile",          "dxBtnHentVaretelling",
+        "actiSpeedTest",       "actiSendIniFileChanges", "actiViewTorvikPOSini"};
     QStringList found;
     for (const QString& name : names)
         if (order.contains(name)) found << name;
@@ -142,6 +144,43 @@ TEST_F(FleetCommands, SendFileCopiesByTheOverridingLoginAndForgetsIt) {
     kept.SQL = QStringList{QStringLiteral("SELECT COUNT(*) FROM #beholdt")};
     EXPECT_NO_THROW(kept.Open()) << "the back office's session is the one of before";
     EXPECT_EQ(window.TorvikPos1().ffraOppgjorStatus->memOppgjorStatus.RecordCount(), 2);
+}
+
+TEST_F(FleetCommands, SpeedTestShowsTheSpeedOfEachLineAndLeavesNoCopy) {
+    const test::SambaServer samba;
+    window.Ask.Copy.Share = [&samba] { return samba.share(); };
+    TTorvikPos& engine = window.TorvikPos1();
+    copy = FileCopyAnswer{.share = QStringLiteral("C$"),
+                          .folder = QStringLiteral("\\"),
+                          .localFile = file("prøve.dat", QByteArray(1'000'000, 'x')),
+                          .overridesLogin = true,
+                          .userName = QString::fromUtf8(test::SambaServer::kUser),
+                          .password = QString::fromUtf8(test::SambaServer::kPassword)};
+    const struct {
+        qint64 milliseconds;
+        double speed;  // a megabyte in two whole seconds is four megabits a second
+    } copies[]{{2999, 4.0}, {999, -1.0}};
+    for (const auto& [milliseconds, speed] : copies) {
+        engine.Seam.tickCount = [now = qint64{0}, milliseconds]() mutable { return now += milliseconds; };
+        click(window, "actiSpeedTest");
+        ASSERT_EQ(engine.ffraOppgjorStatus->memOppgjorStatus.RecordCount(), 2);
+        for (int till : {0, 1})
+            EXPECT_EQ(engine.ffraOppgjorStatus->memOppgjorStatus.Row(till).Opplast_mbps, speed) << milliseconds;
+    }
+    EXPECT_THAT(asked, ElementsAre("alle kasser", "Hastighetstest", "alle kasser", "Hastighetstest"));
+    EXPECT_THAT(samba.files("C$"), IsEmpty());
+    EXPECT_EQ(log().first(), "STARTER HASTIGHETSTEST");
+    EXPECT_EQ(log().last(), QStringLiteral("FULLFÃ˜RT HASTIGHETSTEST"));
+    EXPECT_FALSE(engine.OverrideSourceUserNameAndPassword);
+    EXPECT_EQ(engine.OverrideSourcePassword, "");
+}
+
+TEST_F(FleetCommands, SpeedTestEndsWithoutAWordWhenCancelledAndNamesAFileThatIsNotThere) {
+    click(window, "actiSpeedTest");
+    EXPECT_THAT(log(), IsEmpty());
+    copy = FileCopyAnswer{.share = QStringLiteral("C$"), .folder = {}, .localFile = QStringLiteral("/finnes/ikke.dat")};
+    click(window, "actiSpeedTest");
+    EXPECT_THAT(log(), ElementsAre("Finner ikke filen /finnes/ikke.dat"));
 }
 
 TEST_F(FleetCommands, SendFileNamesAFileThatIsNotThere) {

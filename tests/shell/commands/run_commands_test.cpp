@@ -32,6 +32,12 @@ constexpr RunCommand kSend{"actiSendVarer", "Overfører data til POS",
                            "Overføring til Internkunde Id 1002 kasse 1          ble utført uten problem", ""};
 constexpr RunCommand kRepair{"btnNils", "Database versjon", "fullføRT OPPRETTING AV MANGLENDE KREDITTORDRE",
                              "Klarte ikke å koble til (avd. 102, kasse 1)"};
+constexpr RunCommand kScript{"actiRunSQL", "Database versjon", "fullføRT SQL SCRIPT kjøring",
+                             "Klarte ikke å koble til (avd. 102, kasse 1)"};
+constexpr RunCommand kMessage{"actiSendMessage", "Database versjon", "fullføRT SQL SCRIPT kjøring",
+                              "Klarte ikke å koble til (avd. 102, kasse 1)"};
+constexpr RunCommand kHealth{"actiHealthCheck", "Database versjon", "fullføRT HELSESJEKK",
+                             "Klarte ikke å koble til (avd. 102, kasse 1)"};
 
 class RunCommandsBase : public test::WindowOverAChain {
 protected:
@@ -40,6 +46,12 @@ protected:
         window.TorvikPos1().RetryCount = 1;
         allTills(window);
         window.Ask.Date = [](const QString&) { return std::optional(QDate(2000, 1, 1)); };
+        window.Ask.SqlScript = [](SettingsStore&, const QString&, const QStringList&) {
+            return std::optional(SqlScriptAnswer{{QStringLiteral("SELECT 1 AS n")}, true});
+        };
+        window.Ask.Message = [](const QString&) {
+            return std::optional(InstantMessage{.Tittel = QStringLiteral("Hei"), .Til = QStringLiteral("Alle")});
+        };
     }
     [[nodiscard]] static QStringList messages(const ILogPane* pane) {
         QStringList texts;
@@ -164,7 +176,7 @@ TEST_P(RunCommands, WindowClosedInTheMiddleLeavesNothingOpen) {
     expectNoOpenTransactions();
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, RunCommands, testing::Values(kFetch, kSend, kRepair),
+INSTANTIATE_TEST_SUITE_P(Each, RunCommands, testing::Values(kFetch, kSend, kRepair, kScript, kMessage, kHealth),
                          [](const auto& test) { return std::string(test.param.action); });
 
 using Sending = RunCommandsBase;
