@@ -54,6 +54,9 @@ constexpr int kMoneyScale = 4;
 constexpr qint64 kTicksPerSecond = 10'000'000;
 constexpr qint64 kLegacyTicksPerDay = qint64{300} * 86'400;
 
+// FreeTDS gives a value so much room, however wide its column is, and writes on behind it.
+constexpr qsizetype kFreeTdsRoom = 4096;
+
 const QDate& legacyDayZero() {
     static const QDate day(1900, 1, 1);
     return day;
@@ -226,8 +229,12 @@ bool BulkCell::putSmallDateTime(const DateTime& value) {
     return keep(point);
 }
 
+bool BulkCell::hasRoomFor(qsizetype bytes) const {
+    return bytes <= column_.Bytes && (form_ != TextForm::Utf8 || bytes <= kFreeTdsRoom);
+}
+
 bool BulkCell::putBytes(const QByteArray& value) {
-    if (value.size() > column_.Bytes) return false;
+    if (!hasRoomFor(value.size()) || (fixed_ && !hasRoomFor(column_.Bytes))) return false;
     return keepBytes(value.constData(), value.size()) && (!fixed_ || pad('\0', value.size(), column_.Bytes));
 }
 
@@ -240,8 +247,9 @@ bool BulkCell::pad(char with, qsizetype length, qsizetype full) {
 }
 
 bool BulkCell::putText(const QString& value) {
-    const qsizetype room = column_.Bytes / (unicode_ ? 2 : 1);
-    if (value.size() > room) return false;
+    const qsizetype width = unicode_ ? 2 : 1;
+    const qsizetype room = column_.Bytes / width;
+    if (!hasRoomFor(value.size() * width) || (fixed_ && !hasRoomFor(column_.Bytes))) return false;
     for (const QChar each : value) {
         const char16_t c = each.unicode();
         if (c >= 0x80 && !(unicode_ ? !each.isSurrogate() : column_.Latin && isLatinText(c))) return false;

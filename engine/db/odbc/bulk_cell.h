@@ -41,6 +41,7 @@ private:
     bool putDateTime(const DateTime& value);
     bool putSmallDateTime(const DateTime& value);
     bool putText(const QString& value);
+    [[nodiscard]] bool hasRoomFor(qsizetype bytes) const;  // as the server holds them
     bool putBytes(const QByteArray& value);
     bool pad(char with, qsizetype length, qsizetype full);
 

@@ -50,6 +50,34 @@ const std::vector<BlockCase>& cases() {
          [](int row) {
              return Cells{{"a", row % 2 ? Value(row) : Value()}, {"b", "x"}};
          }},
+        {"bytes_that_fill_the_drivers_room", "a int, b varbinary(8000)", true,
+         [](int row) {
+             return Cells{{"a", row}, {"b", QByteArray(4096, char('a' + row % 26))}};
+         }},
+        {"bytes_beyond_the_drivers_room", "a int, b varbinary(8000)", false,
+         [](int row) {
+             return Cells{{"a", row}, {"b", QByteArray(4097, char('a' + row % 26))}};
+         }},
+        {"bytes_as_wide_as_can_be", "a int, b binary(8000)", false,
+         [](int row) {
+             return Cells{{"a", row}, {"b", QByteArray(8000, char('a' + row % 26))}};
+         }},
+        {"texts_that_fill_the_drivers_room", "a int, b varchar(8000)", true,
+         [](int row) {
+             return Cells{{"a", row}, {"b", QString(4096, QChar(u'a' + row % 26))}};
+         }},
+        {"texts_as_wide_as_can_be", "a int, b varchar(8000)", false,
+         [](int row) {
+             return Cells{{"a", row}, {"b", QString(8000, QChar(u'a' + row % 26))}};
+         }},
+        {"unicode_that_fills_the_drivers_room", "a int, b nvarchar(4000)", true,
+         [](int row) {
+             return Cells{{"a", row}, {"b", QString(2048, QChar(u'a' + row % 26))}};
+         }},
+        {"unicode_as_wide_as_can_be", "a int, b nvarchar(4000)", false,
+         [](int row) {
+             return Cells{{"a", row}, {"b", QString(4000, QChar(u'a' + row % 26))}};
+         }},
         {"whole_numbers_of_every_size", "a int, t tinyint, s smallint, g bigint, f bit", true,
          [](int row) {
              return Cells{{"a", row}, {"t", row % 256}, {"s", -row}, {"g", qint64{row} << 40}, {"f", row % 2 == 0}};
