@@ -42,4 +42,10 @@ void TTorvikPos::ExecuteOppgjor() {
     torvik::ExecuteOppgjor(parts_);
 }
 
+void TTorvikPos::InitializeTorvikPOS(int Ku_Id, const QString& Kassenummer) {
+    RunOperation reset;
+    if (OnInitializeTorvikPOS) reset = [&](RunParts& parts) { OnInitializeTorvikPOS(parts, Ku_Id, Kassenummer); };
+    parts_.Execute(reset, u"InitializeTorvikPOS");
+}
+
 }  // namespace torvik

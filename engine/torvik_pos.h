@@ -83,9 +83,12 @@ public:
 
     // Fetches the settlements of all tills of the roster; lets no exception out.
     void ExecuteOppgjor();
-    // Both raise EngineError if the program was put together without the operation.
+    // These raise EngineError if the program was put together without the operation.
     void ExecuteDTSToPos() { parts_.Execute(OnExecuteDTSToPos, u"ExecuteDTSToPos"); }
     void ExecuteVaretelling() { parts_.Execute(OnExecuteVaretelling, u"ExecuteVaretelling"); }
+    void UpdateLedigID() { parts_.Execute(OnUpdateLedigID, u"UpdateLedigID"); }
+    // Ku_Id -1: all tills that the roster holds; else the one till.
+    void InitializeTorvikPOS(int Ku_Id, const QString& Kassenummer);
 
     // Armed, the automatic run's clock ticks every 30 seconds.
     [[nodiscard]] bool AutoCommunicate() const { return FAutoCommunicate; }

@@ -125,6 +125,7 @@ TillWalkPlan planOf(RunParts& parts) {
         .Wait = TillWalkPlan::Waiting::BetweenDepartments,
         .ReopensBackOffice = true,
         .CancelEndsStatements = true,
+        .ResolvesFirst = false,  // the fetch does, behind its first line
         .ShowsLogs = true,
         .LeavesOut =
             [&](const TillIdentity& till) {

@@ -1,5 +1,6 @@
 #include "engine/run/till_visit.h"
 
+#include "engine/base/engine_events.h"
 #include "engine/db/query.h"
 
 namespace torvik {
@@ -15,6 +16,10 @@ TillIdentity TillIdentity::Of(const db::Query& roster) {
     till.Ikk_Kassenummer = text(u"Ikk_Kassenummer");
     till.Ik_Properties = roster.FieldByName(QStringLiteral("Ik_Properties")).AsInteger();
     return till;
+}
+
+void ResolveTill(TillVisit& visit) {
+    if (visit.Context.Events.OnResolveTill) visit.Context.Events.OnResolveTill(visit);
 }
 
 }  // namespace torvik

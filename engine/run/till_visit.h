@@ -52,4 +52,8 @@ struct TillVisit {
     EngineContext Context;
 };
 
+// What a fetch has left half done at the connected till is resolved by the engine's OnResolveTill; raises where the
+// till cannot be served before somebody has decided. The walk calls it; work that connects itself does.
+void ResolveTill(TillVisit& visit);
+
 }  // namespace torvik

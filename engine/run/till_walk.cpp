@@ -66,6 +66,7 @@ bool TillWalk::serve(const TillIdentity& till) {
         const db::StatementCancel cancel = endsStatements();
         if (!connect(till)) return true;
         TillVisit visit = parts_.Visit();
+        if (plan_.ResolvesFirst && plan_.Connect != Connecting::ByTheWork) ResolveTill(visit);
         plan_.Work(visit);
         parts_.Till.Session().Close();
     } catch (const std::exception& failure) {

@@ -33,6 +33,9 @@ struct TillWalkPlan {
     // A cancel ends a statement of the till's visit on the server, commits and blocks of rows excepted; else it waits
     // for the next place that tests for it. The end of the program ends statements in every walk.
     bool CancelEndsStatements = false;
+    // A till that is connected to is resolved (ResolveTill) before its work; false where the work does so itself, as it
+    // always must when it connects itself.
+    bool ResolvesFirst = true;
     bool ShowsLogs = false;  // the till's log lines and icon go to the status frame after each till
 
     // True for a till that is passed over without being connected to; it counts.

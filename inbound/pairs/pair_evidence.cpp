@@ -29,6 +29,11 @@ constexpr char kMarkedOnTill[] =
 ( SELECT CONVERT(varchar(23), MAX(TG_SYNKTIDSPUNKT), 121) FROM TILGODELAPP) SisteTilgodelapp,
 ( SELECT COUNT(*) FROM TIMER WHERE TI_STATUS < 16) Timer)";
 
+constexpr char kCountsOnTill[] =
+    R"(SELECT OP_ID, CONVERT(varchar(23), OP_TIDSPUNKT, 121) Tidspunkt,
+CONVERT(varchar(23), OP_OPPDATERTTIDSPUNKT, 121) Hentet, OP_STATUS
+FROM OPPGJOR WHERE OP_TYPE = 'VARETELLING' ORDER BY OP_ID)";
+
 constexpr char kLastAtBackOffice[] =
     R"(SELECT COALESCE(MAX(Pos_Op_Id), 0) Oppgjor FROM PosOppgjor
 WHERE Pos_Op_Ik_Ku_Id = :Ik_Ku_ID AND Pos_Op_KasseNr = :KasseNr AND Pos_Op_Synkronisert IS NOT NULL)";
@@ -92,6 +97,16 @@ void gatherTransfer(PairEvidence& evidence, const PairSides& sides) {
     evidence.backOffice << QStringLiteral("Siste overførte oppgjør: %1").arg(textOf(*last, "Oppgjor"));
 }
 
+// Which counts were marked stands in the note alone, and what the back office has taken in nowhere: it adds them up.
+void gatherStockCounts(PairEvidence& evidence, const PairSides& sides) {
+    const auto counts = open(sides.till, kCountsOnTill, {});
+    for (; !counts->Eof(); counts->Next())
+        evidence.till << QStringLiteral("Varetelling %1, tidspunkt %2, merket som hentet: %3, status %4")
+                             .arg(textOf(*counts, "OP_ID"), textOf(*counts, "Tidspunkt"), textOf(*counts, "Hentet"),
+                                  textOf(*counts, "OP_STATUS"));
+    evidence.backOffice << QStringLiteral("Kontroller om tellingen er med i varetellingen for perioden");
+}
+
 }  // namespace
 
 PairEvidence gatherEvidence(const PairIntent& intent, const PairSides& sides) {
@@ -104,6 +119,8 @@ PairEvidence gatherEvidence(const PairIntent& intent, const PairSides& sides) {
     const QRegularExpressionMatch match = settlement.match(intent.subject);
     if (match.hasMatch())
         gatherSettlement(evidence, match.captured(1).toInt(), sides);
+    else if (intent.subject == QStringLiteral("varetelling"))
+        gatherStockCounts(evidence, sides);
     else
         gatherTransfer(evidence, sides);
     return evidence;

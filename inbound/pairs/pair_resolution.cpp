@@ -2,6 +2,7 @@
 
 #include "engine/base/abort.h"
 #include "engine/db/session.h"
+#include "engine/office/undecided_pair.h"
 #include "inbound/pairs/lock_wait.h"
 #include "inbound/pairs/pair_evidence.h"
 #include "logging/logger.h"
@@ -111,7 +112,7 @@ private:
                 return strike(intent, QStringLiteral("Operatøren har valgt å la kassen stå som den er."));
             case PairDecision::Refuse: break;
         }
-        throw EngineError(
+        throw UndecidedPair(
             QStringLiteral("Kassen (avd. %1, kasse %2) betjenes ikke, fordi maskin %3 ikke har fullført %4 som "
                            "ble begynt %5. Kjør programmet på den maskinen først")
                 .arg(avdeling_, sides_.KasseNr, intent.machine, intent.subject, intent.began));

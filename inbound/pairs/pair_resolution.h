@@ -32,7 +32,7 @@ enum class PairDecision {
 // Asked with no transaction open. Unset, or where nobody can answer: Refuse.
 using PairDecisionHandler = std::function<PairDecision(const PairQuestion&)>;
 
-// Resolves what stands of the till. Raises EngineError where the till cannot be served yet, and whatever the servers
+// Resolves what stands of the till. Raises UndecidedPair where the till cannot be served yet, and whatever the servers
 // raise: then nothing has been struck out, and the next visit begins again. `avdeling` names the till to the operator.
 void resolveStandingPairs(const PairSides& sides, const QString& avdeling, const PairDecisionHandler& decide);
 

@@ -16,8 +16,9 @@ const QString kTillStarted = QStringLiteral("Transaksjon startet for kildedataba
 const QString kBackOfficeStarted = QStringLiteral("Transaksjon startet for måldatabase");
 const QString kTillCommitted = QStringLiteral("Transaksjon commit for kildedatabase");
 const QString kBackOfficeCommitted = QStringLiteral("Transaksjon commit for måldatabase");
-const QString kTillRolledBack = QStringLiteral("Transaksjon rollback for kildedatabase. %1");
-const QString kBackOfficeRolledBack = QStringLiteral("Transaksjon rollback for måldatabase. %1");
+const QString kTillRolledBack = QStringLiteral("Transaksjon rollback for kildedatabase");
+const QString kBackOfficeRolledBack = QStringLiteral("Transaksjon rollback for måldatabase");
+const QString kMarked = QStringLiteral("<<<  %1 >>>");
 
 }  // namespace
 
@@ -116,23 +117,24 @@ TransactionPair::Found TransactionPair::lookAtTill() const {
     }
 }
 
-void TransactionPair::rollBack(const QString& failure) {
-    const QString marked = QStringLiteral("<<<  %1 >>>").arg(failure);
-    sides_.log(marked, true);
-    rollBackSide(sides_.backOffice, kBackOfficeRolledBack.arg(failure), marked);
-    rollBackSide(sides_.till, kTillRolledBack.arg(failure), marked);
+void TransactionPair::rollBack(const QString& failure, RollbackLines lines) {
+    sides_.log(kMarked.arg(failure), true);
+    rollBackSide(sides_.backOffice, kBackOfficeRolledBack, failure, lines);
+    rollBackSide(sides_.till, kTillRolledBack, failure, lines);
     if (state_ != State::Open) return;
     state_ = State::Neither;
     forget();
 }
 
-void TransactionPair::rollBackSide(db::Session& side, const QString& done, const QString& failed) {
+void TransactionPair::rollBackSide(db::Session& side, const QString& done, const QString& failure,
+                                   RollbackLines lines) {
+    const bool bare = lines == RollbackLines::Bare;
     try {
         if (!side.InTransaction()) throw EngineError(QStringLiteral("Ingen transaksjon"));
         side.Rollback();
-        sides_.log(done, true);
-    } catch (const std::exception&) {
-        sides_.log(failed, false);
+        sides_.log(bare ? done : QStringLiteral("%1. %2").arg(done, failure), true);
+    } catch (const std::exception& e) {
+        sides_.log(kMarked.arg(bare ? ErrorText(e) : failure), bare);
     }
 }
 

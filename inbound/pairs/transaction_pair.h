@@ -55,9 +55,13 @@ public:
     // Commits both; the log lines come after both. Raises what failed: state() tells what stands.
     void commit();
 
+    enum class RollbackLines {
+        WithFailure,  // each side's line repeats the failure
+        Bare          // it does not; a side that could not be rolled back says why instead
+    };
     // Both sides, the back office first, and the lines about it. A side without a transaction counts as one that could
     // not be rolled back. Raises nothing.
-    void rollBack(const QString& failure);
+    void rollBack(const QString& failure, RollbackLines lines = RollbackLines::WithFailure);
 
 private:
     enum class Found { Committed, NotCommitted, Nothing };
@@ -65,7 +69,7 @@ private:
     void requireBoth();
     void commitTill();
     [[nodiscard]] Found lookAtTill() const;
-    void rollBackSide(db::Session& side, const QString& done, const QString& failed);
+    void rollBackSide(db::Session& side, const QString& done, const QString& failure, RollbackLines lines);
     void rollBackQuietly() noexcept;
     void forget() noexcept;
 

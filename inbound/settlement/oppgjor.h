@@ -10,9 +10,9 @@
 #include "engine/db/query.h"
 #include "engine/run/till_visit.h"
 #include "inbound/pairs/pair_resolution.h"
+#include "inbound/pairs/till_pairs.h"
 #include "inbound/settlement/settlement_posting.h"
 #include "inbound/settlement/settlement_transfer.h"
-#include "inbound/settlement/till_pairs.h"
 #include "inbound/settlement/till_status.h"
 
 namespace torvik {

@@ -33,10 +33,6 @@ constexpr char kMarkInSingleBackOffice[] = "update Oppgjor set OP_STATUS=1 where
 
 constexpr char kMarkedRows[] = "SELECT @@ROWCOUNT AntallRaderOppdatert";
 
-constexpr char kMarkOfSettlement[] =
-    R"(SELECT CONVERT(varchar(23), OP_TIDSPUNKT, 121) Tidspunkt, CONVERT(varchar(23), OP_OPPDATERTTIDSPUNKT, 121) Merke
-FROM Oppgjor WHERE Op_Id=%1)";
-
 }  // namespace
 
 SettlementPosting::SettlementPosting(const TillVisit& visit, const TillPairs& pairs, const TillStatus& status,
@@ -159,27 +155,12 @@ void SettlementPosting::MarkOppgjorDone(TransactionPair& pair) {
     const qint64 rows = FqryGeneralSource.FieldByName(QStringLiteral("AntallRaderOppdatert")).AsInteger();
     FqryGeneralSource.Close();
     if (rows != 1) throw EngineError(QStringLiteral("Det ble oppdatert %1 rader. Forventet 1").arg(rows));
-    noteMark(pair);
+    pairs_.noteSettlement(pair, id());
     ++FileNameID;
     saveDebugFile(visit_.Log, [this] {
         const QDir folder(visit_.Context.Seam.tempFolder());
         SaveTextLines(folder.filePath(QStringLiteral("Oppgjor.%1.txt").arg(FileNameID)), FqryGeneralSource.SQL);
     });
-}
-
-// The mark as the till's server has written it, for the pair's note.
-void SettlementPosting::noteMark(TransactionPair& pair) {
-    db::Query mark(&visit_.TillSession);
-    mark.ParamCheck = false;
-    mark.CommandTimeout = kQueryTimeout;
-    mark.SQL = statementLines(QString::fromUtf8(kMarkOfSettlement).arg(id()));
-    mark.Open();
-    const QStringList key{QString::number(id())};
-    pair.setSettlement(NotedSettlement{id(), mark.Fields(0).AsString()});
-    if (visit_.Context.Options.IsEnterprise)
-        pair.add({TillMark::Kind::Settlement, key, mark.Fields(1).AsString(), {}});
-    else
-        pair.add({TillMark::Kind::SettlementStatus, key, QStringLiteral("1"), QStringLiteral("0")});
 }
 
 }  // namespace torvik

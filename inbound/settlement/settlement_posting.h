@@ -4,8 +4,8 @@
 
 #include "engine/db/query.h"
 #include "engine/run/till_visit.h"
+#include "inbound/pairs/till_pairs.h"
 #include "inbound/settlement/butikksalg.h"
-#include "inbound/settlement/till_pairs.h"
 #include "inbound/settlement/till_status.h"
 
 namespace torvik {
@@ -26,7 +26,6 @@ private:
     void postStoreSales();
     void ClearBeholdningstransaksjoner();
     void MarkOppgjorDone(TransactionPair& pair);
-    void noteMark(TransactionPair& pair);
     [[nodiscard]] qint64 id() const;
 
     const TillVisit& visit_;

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "engine/run/till_visit.h"
-#include "inbound/settlement/till_pairs.h"
+#include "inbound/pairs/till_pairs.h"
 #include "inbound/settlement/till_status.h"
 
 namespace torvik {

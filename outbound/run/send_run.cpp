@@ -9,6 +9,7 @@
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/office/standing_pair.h"
+#include "engine/office/undecided_pair.h"
 #include "engine/run/run_parts.h"
 #include "engine/run/till_walk.h"
 #include "engine/torvik_pos.h"
@@ -146,7 +147,8 @@ void SendRun::setUpExport(const TillVisit& visit) {
                                selectionText(dm.ItemUpdateSelection)));
 }
 
-// What the till has marked as handed in may not have reached the back office, whose older word would wipe it.
+// The visit has resolved what stands, but in a program that is put together without the fetch: what the till has marked
+// as handed in may then not have reached the back office, whose older word would wipe it.
 bool SendRun::hasStandingPair(const TillVisit& visit) const {
     if (!HasStandingPair(visit.Office, visit.Till.Ik_Ku_Id, visit.Till.Kassenummer)) return false;
     visit.Log.AddLog(QStringLiteral("Gavekort og tilgodelapper sendes ikke til (avd. %1, kasse %2), fordi en avbrutt "
@@ -174,10 +176,12 @@ void SendRun::refreshGiftCardItem(const TillVisit& visit) {
     }
 }
 
-// A till that could not be reached or is busy, and a cancel while it was served: nothing goes to the log.
+// A till that could not be reached or is busy, and a cancel while it was served: nothing goes to the log. One whose
+// fetch another machine has left half done waits for somebody, who has to hear of it.
 void SendRun::failed(const TillIdentity& till, const std::exception& failure) {
     attempts_ = parts_.Context.Options.RetryCount;
     succeeded_ = false;
+    if (dynamic_cast<const UndecidedPair*>(&failure)) parts_.Log.AddLog(ErrorText(failure), true);
     setStatus(till, ostSendt, oksFalse, ErrorText(failure), QTime(0, 0));
 }
 

@@ -4,14 +4,13 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
-
 #include "engine/base/abort.h"
 #include "engine/db/query.h"
 #include "engine/roster/avdeling.h"
 #include "inbound/settlement/oppgjor.h"
 #include "tests/support/chain_run.h"
 #include "tests/support/qt_print.h"
+#include "tests/support/sandbox_requests.h"
 
 namespace torvik::test {
 
@@ -81,35 +80,6 @@ protected:
     }
 
     ChainRun run;
-};
-
-// The texts of the requests that a server has been sent while this stands.
-class Requests {
-public:
-    explicit Requests(sandbox::Server& server)
-        : server_(server), observer_(server.faults().observe([this](const sandbox::RequestInfo& request) {
-              const std::lock_guard lock(mutex_);
-              texts_ << QString::fromStdString(request.text);
-          })) {}
-    ~Requests() { server_.faults().forget(observer_); }
-    Requests(const Requests&) = delete;
-    Requests& operator=(const Requests&) = delete;
-
-    [[nodiscard]] QStringList with(const QString& part) {
-        const std::lock_guard lock(mutex_);
-        return texts_.filter(part);
-    }
-    [[nodiscard]] int count(const QString& part) { return static_cast<int>(with(part).size()); }
-    void forget() {
-        const std::lock_guard lock(mutex_);
-        texts_.clear();
-    }
-
-private:
-    sandbox::Server& server_;
-    std::mutex mutex_;
-    QStringList texts_;
-    int observer_;
 };
 
 }  // namespace torvik::test

@@ -10,6 +10,7 @@
 #include "engine/office/application_lock.h"
 #include "engine/status/oppgjor_status.h"
 #include "inbound/pairs/pair_intent.h"
+#include "inbound/pairs/pair_notes.h"
 #include "outbound/run/send_run.h"
 #include "tests/outbound/one_item.h"
 #include "tests/support/chain_run.h"
@@ -90,7 +91,7 @@ TEST_F(SendRun, ServesEveryTillAndTellsIt) {
 }
 
 // The till has marked a redemption as handed in, and the back office has lost it: its older word is not sent.
-TEST_F(SendRun, TillWithAnUnresolvedPairKeepsItsVouchersAndGetsAllElse) {
+TEST_F(SendRun, ProgramWithoutTheFetchSendsNoVouchersToATillOfAStandingPair) {
     const char* card = "SELECT ISNULL(RTRIM(GA_BET_AVDNR), 'ubrukt') FROM GAVEKORT WHERE GA_ID = '555'";
     for (int till = 0; till < 2; ++till)
         run.chain.runInTill(till,
@@ -103,6 +104,7 @@ TEST_F(SendRun, TillWithAnUnresolvedPairKeepsItsVouchersAndGetsAllElse) {
     PairIntents(run.target, 1001, QStringLiteral("1"))
         .write({QUuid::createUuid(), QStringLiteral("overføring"), QUuid::createUuid(), QStringLiteral("HK-01"), {}});
 
+    run.engine.OnResolveTill = nullptr;
     run.engine.ExecuteDTSToPos();
 
     EXPECT_EQ(run.tillValue(0, card), "101");
@@ -112,6 +114,34 @@ TEST_F(SendRun, TillWithAnUnresolvedPairKeepsItsVouchersAndGetsAllElse) {
                                    "Ikko_Ikk_Kassenummer = '1'"),
                 ElementsAre("0"));
     EXPECT_EQ(lines(QStringLiteral("Gavekort og tilgodelapper sendes ikke til (avd. 101, kasse 1)")).size(), 1);
+}
+
+// What the till has marked as handed in may not have reached the back office, whose older word would wipe it.
+TEST_F(SendRun, TillOfAPairThatAnotherMachineHasLeftIsRefusedAndTold) {
+    PairIntents(run.target, 1001, QStringLiteral("1"))
+        .write({QUuid::createUuid(), QStringLiteral("overføring"), QUuid::createUuid(), QStringLiteral("HK-01"), {}});
+    const std::string refused =
+        "Kassen (avd. 101, kasse 1) betjenes ikke, fordi maskin HK-01 ikke har fullført overføring som ble begynt ";
+    run.engine.ExecuteDTSToPos();
+    EXPECT_THAT(served(), ElementsAre("0", "1", "1"));
+    EXPECT_TRUE(status().front().starts_with("101/1 hentet - sendt nei: " + refused)) << status().front();
+    ASSERT_EQ(run.errors().size(), 1);
+    EXPECT_TRUE(run.errors()[0].toStdString().starts_with(refused)) << run.errors()[0].toStdString();
+}
+
+// A pair of this copy is resolved on the way, and the till is served.
+TEST_F(SendRun, TillOfAPairOfThisCopyIsResolvedAndServed) {
+    PairIntents(run.target, 1001, QStringLiteral("1"))
+        .write({QUuid::createUuid(),
+                QStringLiteral("overføring"),
+                PairNotes(run.joinPoints.NoteFolder).storeId(),
+                QStringLiteral("HK-01"),
+                {}});
+    run.engine.ExecuteDTSToPos();
+    EXPECT_THAT(served(), ElementsAre("1", "1", "1"));
+    EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM dts_logg WHERE dl_info LIKE 'Par {%'"), "0");
+    EXPECT_EQ(lines(QStringLiteral("Avbrutt overføring fra")).size(), 1);
+    EXPECT_EQ(run.errors(), QStringList());
 }
 
 TEST_F(SendRun, TellsWhatItSends) {

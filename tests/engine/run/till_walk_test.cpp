@@ -108,6 +108,44 @@ TEST_F(TillWalkOverAChain, WorkThatConnectsByItselfFindsTheSessionAsTheTillBefor
     EXPECT_EQ(chain.source.Server(), QString());
 }
 
+TEST_F(TillWalkOverAChain, TillIsResolvedBeforeItsWork) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    chain.engine.OnResolveTill = [this](TillVisit& visit) {
+        EXPECT_TRUE(visit.TillSession.Connected());
+        served.append(QStringLiteral("først ") + visit.Till.Kassenummer);
+    };
+    for (const Connecting connecting : {Connecting::WithRetries, Connecting::Once}) {
+        served.clear();
+        plan.Connect = connecting;
+        walk();
+        EXPECT_EQ(served, (QStringList{QStringLiteral("først 1"), QStringLiteral("1/1"), QStringLiteral("først 2"),
+                                       QStringLiteral("1/2")}));
+    }
+}
+
+TEST_F(TillWalkOverAChain, TillThatCannotBeResolvedIsRefusedAndTheNextIsServed) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    chain.engine.OnResolveTill = [](TillVisit& visit) {
+        if (visit.Till.Kassenummer == QStringLiteral("1")) throw EngineError(QStringLiteral("uavklart"));
+    };
+    walk();
+    EXPECT_EQ(failed, QStringList{QStringLiteral("1: uavklart")});
+    EXPECT_EQ(served, QStringList{QStringLiteral("1/2")});
+}
+
+TEST_F(TillWalkOverAChain, WorkThatResolvesOrConnectsItselfIsLeftToDoSo) {
+    chain.tills(QStringLiteral("1/1"));
+    int resolved = 0;
+    chain.engine.OnResolveTill = [&](TillVisit&) { ++resolved; };
+    plan.ResolvesFirst = false;
+    walk();
+    plan.ResolvesFirst = true;
+    plan.Connect = Connecting::ByTheWork;
+    walk();
+    EXPECT_EQ(served.size(), 2);
+    EXPECT_EQ(resolved, 0);
+}
+
 TEST_F(TillWalkOverAChain, UnreachableTillIsPassedOverAndCounts) {
     chain.tills(QStringLiteral("1/1"));
     chain.till({.department = 1, .number = QStringLiteral("2")});

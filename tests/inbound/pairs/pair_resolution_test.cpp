@@ -177,6 +177,26 @@ TEST_F(PairResolution, TransferOfAnotherMachineCannotBeTakenBackWithoutItsNote) 
     EXPECT_EQ(backOffice(kIntents), Rows({"1"}));
 }
 
+TEST_F(PairResolution, StockCountOfAnotherMachineIsShownAsTheTillHoldsIt) {
+    const std::string count = run.tillValue(0, "SELECT MAX(OP_ID) FROM OPPGJOR WHERE OP_TYPE = 'VARETELLING'");
+    onTill(
+        "UPDATE OPPGJOR SET OP_TIDSPUNKT = '20260302 21:00', OP_OPPDATERTTIDSPUNKT = '20260302 22:00:00.123' WHERE OP_ID = " +
+        count);
+    intent(QStringLiteral("varetelling"), QUuid::createUuid());
+    PairQuestion asked;
+    run.joinPoints.DecidePair = [&asked](const PairQuestion& question) {
+        asked = question;
+        return PairDecision::TakeBack;
+    };
+    EXPECT_TRUE(execute().contains(QStringLiteral("maskin ANNEN ikke har fullført varetelling")));
+    EXPECT_FALSE(asked.CanTakeBack) << "which count it was stands in the note alone";
+    EXPECT_EQ(asked.Till,
+              QStringList{QStringLiteral("Varetelling %1, tidspunkt 2026-03-02 21:00:00.000, merket som hentet: "
+                                         "2026-03-02 22:00:00.123, status 0")
+                              .arg(QString::fromStdString(count))});
+    EXPECT_EQ(asked.BackOffice.last(), QStringLiteral("Kontroller om tellingen er med i varetellingen for perioden"));
+}
+
 TEST_F(PairResolution, IntentThatSomebodyHoldsIsUndecidedAndNothingIsStruckOut) {
     TORVIK_NEEDS_SANDBOX(run.chain);
     settlementAhead();

@@ -125,6 +125,18 @@ TEST_F(PairTest, RolledBackOnBothSidesLeavesNoTrace) {
                                 "! Transaksjon rollback for kildedatabase. feil"}));
 }
 
+TEST_F(PairTest, BareLinesOfARollbackDoNotRepeatTheFailure) {
+    TransactionPair pair(sides(), QStringLiteral("varetelling"));
+    pair.begin();
+    work(pair);
+    run.source.Rollback();
+    log.clear();
+    pair.rollBack(QStringLiteral("feil"), TransactionPair::RollbackLines::Bare);
+    EXPECT_EQ(left(), Rows({"0", "0", "0", "0"}));
+    EXPECT_EQ(log, QStringList(
+                       {"! <<<  feil >>>", "! Transaksjon rollback for måldatabase", "! <<<  Ingen transaksjon >>>"}));
+}
+
 TEST_F(PairTest, EndsWithItsScope) {
     {
         TransactionPair pair(sides(), QStringLiteral("oppgjør 1"));
