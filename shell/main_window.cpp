@@ -20,9 +20,12 @@
 #include "engine/db/udl.h"
 #include "engine/roster/avdeling.h"
 #include "inbound/fetch_till.h"
+#include "inbound/stock_counts/stock_count_run.h"
 #include "logging/ini_file.h"
 #include "logging/logger.h"
+#include "outbound/reset/till_reset.h"
 #include "outbound/run/send_run.h"
+#include "outbound/series/number_series.h"
 #include "shell/commands/command.h"
 #include "shell/commands/command_bar.h"
 #include "shell/commands/command_runner.h"
@@ -99,6 +102,9 @@ MainWindow::~MainWindow() {
     torvikPos_->OnProgress = nullptr;
     torvikPos_->OnTimerException = nullptr;
     torvikPos_->OnAskOperator = nullptr;
+    torvikPos_->OnAskText = nullptr;
+    torvikPos_->OnTellOperator = nullptr;
+    torvikPos_->OnIsAttended = nullptr;
     delete takeCentralWidget();
 }
 
@@ -120,16 +126,20 @@ void MainWindow::createEngine() {
         IniFile(folder_ + QStringLiteral("TorvikPosSync.ini")).value("Filter", "Butikktyper"));
     engine.IncludeDTS_TorvikPOS = true;
 
-    joinFetching(engine, {.NoteFolder = folder_ + QStringLiteral("Notater"),
+    const QString notes = folder_ + QStringLiteral("Notater");
+    joinFetching(engine, {.NoteFolder = notes,
                           .DecidePair = [this](const PairQuestion& question) { return decidePair(question); }});
+    joinStockCounts(engine, notes);
     joinSending(engine);
+    joinNumberSeries(engine);
+    joinReset(engine);
     threads_ = std::make_unique<MainThreads>(engine, *this);
     Ask = dialogQuestions(*this, msConnTarget);
 }
 
 // At night nobody answers, and the night must not wait for it: the till is refused and told.
 PairDecision MainWindow::decidePair(const PairQuestion& question) {
-    return torvikPos_->TimerBusy() || !Ask.DecidePair ? PairDecision::Refuse : Ask.DecidePair(question);
+    return !torvikPos_->OnIsAttended() || !Ask.DecidePair ? PairDecision::Refuse : Ask.DecidePair(question);
 }
 
 void MainWindow::createPanes() {
@@ -222,6 +232,11 @@ void MainWindow::createCommands() {
     };
 
     engine.OnAskOperator = [this](const QString& text) { return Ask.Confirm(text); };
+    engine.OnAskText = [this](const QString& caption, const QString& prompt, const QString& first) {
+        return Ask.Text(caption, prompt, first);
+    };
+    engine.OnTellOperator = [this](const QString& text) { Ask.ShowMessage(text); };
+    engine.OnIsAttended = [this] { return !torvikPos_->TimerBusy(); };
 
     settings_ = std::make_unique<BoundSettings>(*this, windowSettings(), engine);
     preferences_ = new TfrmSyncPreferences(store_, engine, this);

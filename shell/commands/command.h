@@ -81,6 +81,8 @@ enum class OfficeSession { Fresh, Kept };
 // The commands' functions, by the names of their actions.
 void actiOppgjorManually(CommandContext& context);
 void actiSendVarer(CommandContext& context);
+void actiSyncNrSerie(CommandContext& context);
+void actiNullstill(CommandContext& context);
 void actiSendProgramUpdate(CommandContext& context);
 void actiRunSQL(CommandContext& context);
 void actiSendMessage(CommandContext& context);

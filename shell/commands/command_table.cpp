@@ -14,6 +14,12 @@ void nothing(CommandContext&) {}  // its action's tick is all there is to it, an
 bool canSend(const TTorvikPos& engine) {
     return static_cast<bool>(engine.OnExecuteDTSToPos);
 }
+bool canRaiseSeries(const TTorvikPos& engine) {
+    return static_cast<bool>(engine.OnUpdateLedigID);
+}
+bool canReset(const TTorvikPos& engine) {
+    return static_cast<bool>(engine.OnInitializeTorvikPOS);
+}
 bool canCount(const TTorvikPos& engine) {
     return static_cast<bool>(engine.OnExecuteVaretelling);
 }
@@ -39,8 +45,12 @@ constexpr CommandRow kRows[] = {
      true},
     {"actiSendVarer", "Sender varer, innstillinger, ansatte og arbeidsplan", CommandMenu::Commands, Run, actiSendVarer,
      "F6", sendIcon, true, false, false, canSend},
+    {"actiSyncNrSerie", "Synkroniser nummerserier", CommandMenu::Commands, Run, actiSyncNrSerie, "", nullptr, true,
+     false, false, canRaiseSeries},
     {"actiSendProgramUpdate", "Send program oppdatering", CommandMenu::Commands, Run, actiSendProgramUpdate},
     {"actiRunSQL", "Kjør SQL Script", CommandMenu::Commands, Run, actiRunSQL},
+    {"actiNullstill", "Nullstill", CommandMenu::Commands, Run, actiNullstill, "", nullptr, false, false, false,
+     canReset},
     {"actiSendMessage", "Send melding...", CommandMenu::Commands, Run, actiSendMessage},
     {"actiHealthCheck", "Sjekk helsetilstand...", CommandMenu::Commands, Run, actiHealthCheck},
     {"actiSendFile", "Send fil til TorvikPOS...", CommandMenu::Commands, Run, actiSendFile},
