@@ -8,6 +8,7 @@
 #include "engine/run/run_parts.h"
 #include "engine/run/till_walk.h"
 #include "fleet/copy/torvik_pos_upgrade.h"
+#include "fleet/walk/fleet_walk.h"
 
 namespace torvik {
 
@@ -90,10 +91,7 @@ double uploadMbps(qint64 milliseconds, qint32 size) {
 }
 
 void SendFile(RunParts& parts, const FileToSend& file, const CopyTools& tools) {
-    parts.Control.Begin();
-    parts.Office.Begin();
-    parts.Roster.Close();
-    parts.Roster.Open();
+    beginFleetWalk(parts);
     FileSending(parts, file, tools).run();
 }
 

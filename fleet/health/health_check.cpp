@@ -3,6 +3,7 @@
 #include "engine/base/abort.h"
 #include "engine/run/run_parts.h"
 #include "engine/run/till_walk.h"
+#include "fleet/walk/fleet_walk.h"
 
 namespace torvik {
 
@@ -38,12 +39,7 @@ TillWalkPlan planOf(RunParts& parts, THealthSummary& summary) {
 
 std::unique_ptr<THealthSummary> CheckPosHealthStatus(RunParts& parts) {
     parts.Log.AddLog(QStringLiteral("STARTER HELSESJEKK"));
-    parts.Control.Begin();
-    parts.Office.Begin();
-    parts.Roster.Close();
-    parts.Roster.Open();
-    parts.Log.AddLog(QStringLiteral("Antall kasser som skal behandles: %1").arg(parts.Roster.Qry().RecordCount()));
-    if (parts.Status) parts.Status->Clear();
+    beginCountedFleetWalk(parts);
     auto summary = std::make_unique<THealthSummary>();
     TillWalk(parts, planOf(parts, *summary)).Run();
     parts.Log.AddLog(QStringLiteral("fullføRT HELSESJEKK"));

@@ -5,6 +5,7 @@
 #include "engine/run/till_walk.h"
 #include "fleet/ini/ini_runs.h"
 #include "fleet/ini/ini_text.h"
+#include "fleet/walk/fleet_walk.h"
 
 namespace torvik {
 
@@ -55,12 +56,7 @@ TillWalkPlan planOf(RunParts& parts) {
 
 void GetTorvikPOSIni(RunParts& parts) {
     parts.Log.AddLog(QStringLiteral("STARTER HENTING AV TORVIKPOS.INI"));
-    parts.Control.Begin();
-    parts.Office.Begin();
-    parts.Roster.Close();
-    parts.Roster.Open();
-    parts.Log.AddLog(QStringLiteral("Antall kasser som skal behandles: %1").arg(parts.Roster.Qry().RecordCount()));
-    if (parts.Status) parts.Status->Clear();
+    beginCountedFleetWalk(parts);
     TillWalk(parts, planOf(parts)).Run();
     parts.Log.AddLog(QStringLiteral("fullføRT HENTING AV TORVIKPOS.INI"));
     parts.Log.SaveOppgjorLog();

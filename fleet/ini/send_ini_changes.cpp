@@ -7,6 +7,7 @@
 #include "fleet/ini/ini_runs.h"
 #include "fleet/objects/binary_object.h"
 #include "fleet/objects/till_version.h"
+#include "fleet/walk/fleet_walk.h"
 
 namespace torvik {
 
@@ -50,10 +51,7 @@ TillWalkPlan planOf(RunParts& parts, const QString& file) {
 }  // namespace
 
 void UpgradeTorvikPOSini(RunParts& parts, const QString& ANewVersionIniFile) {
-    parts.Control.Begin();
-    parts.Office.Begin();
-    parts.Roster.Close();
-    parts.Roster.Open();
+    beginFleetWalk(parts);
     TillWalk(parts, planOf(parts, ANewVersionIniFile)).Run();
 }
 

@@ -8,6 +8,7 @@
 #include "engine/run/run_parts.h"
 #include "engine/run/till_walk.h"
 #include "fleet/scripts/script_batches.h"
+#include "fleet/walk/fleet_walk.h"
 
 namespace torvik {
 
@@ -118,12 +119,7 @@ void ScriptRun::tellOfOpenTransaction(const TillVisit& visit) const {
 
 void ExecuteSQLScript(RunParts& parts, const QStringList& AScript, bool ReturnCursor, bool ParamCheck, int timeout) {
     parts.Log.AddLog(QStringLiteral("STARTER SQL SCRIPT kjøring"));
-    parts.Control.Begin();
-    parts.Office.Begin();
-    parts.Roster.Close();
-    parts.Roster.Open();
-    parts.Log.AddLog(QStringLiteral("Antall kasser som skal behandles: %1").arg(parts.Roster.Qry().RecordCount()));
-    if (parts.Status) parts.Status->Clear();
+    beginCountedFleetWalk(parts);
     ScriptRun(parts, AScript, ReturnCursor, ParamCheck, timeout).run();
     parts.Log.AddLog(QStringLiteral("fullføRT SQL SCRIPT kjøring"));
     parts.Log.SaveOppgjorLog();

@@ -8,6 +8,7 @@
 #include "fleet/copy/torvik_pos_upgrade.h"
 #include "fleet/objects/binary_object.h"
 #include "fleet/objects/till_version.h"
+#include "fleet/walk/fleet_walk.h"
 
 namespace torvik {
 
@@ -82,10 +83,7 @@ void UpgradeRun::serveByShare(const db::Query& till) {
 
 void UpgradeTorvikPOS(RunParts& parts, const QString& ANewVersionZipFile, const QString& TorvikPOSPath,
                       bool UseSqlIfPossible, const CopyTools& tools) {
-    parts.Control.Begin();
-    parts.Office.Begin();
-    parts.Roster.Close();
-    parts.Roster.Open();
+    beginFleetWalk(parts);
     UpgradeRun(parts, ANewVersionZipFile, TorvikPOSPath, UseSqlIfPossible, tools).run();
 }
 
