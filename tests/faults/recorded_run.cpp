@@ -99,12 +99,7 @@ RecordedRun record(sandbox::chain::DemoChain& chain, ChainProgram& program) {
     RecordedRun run;
     StepOfRequest steps;
     std::mutex mutex;
-    std::vector<std::uint64_t> before;
-    for (std::size_t server = 0; server <= chain.model().tills.size(); ++server) {
-        sandbox::Faults& faults = serverOf(chain, server).faults();
-        faults.keepLog();
-        before.push_back(faults.requests());
-    }
+    const std::vector<std::uint64_t> before = keepLogs(chain);
     std::size_t heard = 0;
     program.engine.Seam.pumpMessages = [&] {
         const std::lock_guard lock(mutex);

@@ -7,6 +7,16 @@ sandbox::Server& serverOf(sandbox::chain::DemoChain& chain, std::size_t server) 
     return server == kBackOffice ? chain.backOffice() : chain.till(server - kFirstTill);
 }
 
+std::vector<std::uint64_t> keepLogs(sandbox::chain::DemoChain& chain) {
+    std::vector<std::uint64_t> before;
+    for (std::size_t server = 0; server <= chain.model().tills.size(); ++server) {
+        sandbox::Faults& faults = serverOf(chain, server).faults();
+        faults.keepLog();
+        before.push_back(faults.requests());
+    }
+    return before;
+}
+
 void forgetRun(sandbox::chain::DemoChain& chain) {
     for (std::size_t server = 0; server <= chain.model().tills.size(); ++server) {
         serverOf(chain, server).faults().clear();

@@ -17,6 +17,8 @@ inline constexpr std::size_t kFirstTill = 1;
 inline constexpr std::size_t kSecondTill = 2;
 
 [[nodiscard]] sandbox::Server& serverOf(sandbox::chain::DemoChain& chain, std::size_t server);
+// From now on every server of the chain keeps its log; the number of requests that each has met so far, by place.
+[[nodiscard]] std::vector<std::uint64_t> keepLogs(sandbox::chain::DemoChain& chain);
 
 // Nothing is left of a run but the tables: what the servers still hold of its sessions, and of its faults, would be met
 // by the next one.

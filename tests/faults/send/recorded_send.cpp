@@ -171,12 +171,7 @@ RecordedSend recordSend(sandbox::chain::DemoChain& chain, SendProgram& program) 
     RecordedSend run;
     Places places;
     std::mutex mutex;
-    std::vector<std::uint64_t> before;
-    for (std::size_t server = 0; server <= chain.model().tills.size(); ++server) {
-        sandbox::Faults& faults = serverOf(chain, server).faults();
-        faults.keepLog();
-        before.push_back(faults.requests());
-    }
+    const std::vector<std::uint64_t> before = keepLogs(chain);
     QString ended;
     {
         const RequestWatch watch(chain, [&](std::size_t server, std::uint64_t place, const sandbox::RequestInfo& r) {
