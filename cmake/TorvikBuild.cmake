@@ -23,12 +23,14 @@ endif()
 add_library(torvik_warnings INTERFACE)
 target_compile_options(torvik_warnings INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wformat=2
-    -Wno-missing-field-initializers $<$<CXX_COMPILER_ID:GNU>:-Werror>)
-# g++ 12 warns of overlapping, endless and outside copies inside its own std::string, and takes the members of a
-# std::variant for uninitialised, when it optimises most.
+    -Wno-missing-field-initializers $<$<AND:$<CXX_COMPILER_ID:GNU>,$<NOT:$<CONFIG:Release>>>:-Werror>)
+# When it optimises most, g++ 12 warns of overlapping, endless and outside copies inside its own std::string, and takes
+# the members of a std::variant for uninitialised. A warning that only the optimiser finds ends no delivery: what is an
+# error is seen by the daily build.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     target_compile_options(torvik_warnings INTERFACE
-        $<$<CONFIG:Release>:-Wno-restrict;-Wno-stringop-overflow;-Wno-array-bounds;-Wno-maybe-uninitialized>)
+        "$<$<CONFIG:Release>:-Wno-restrict;-Wno-stringop-overflow;-Wno-stringop-overread;-Wno-array-bounds>"
+        $<$<CONFIG:Release>:-Wno-maybe-uninitialized>)
 endif()
 
 if(TORVIK_FUZZ)
