@@ -1,6 +1,7 @@
 #include "engine/office/back_office.h"
 
 #include "engine/base/abort.h"
+#include "engine/base/query_timeout.h"
 #include "engine/base/run_options.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
@@ -9,11 +10,9 @@ namespace torvik {
 
 namespace {
 
-constexpr int kQueryTimeoutSeconds = 600;
-
 std::unique_ptr<db::Query> newQuery() {
     auto query = std::make_unique<db::Query>();
-    query->CommandTimeout = kQueryTimeoutSeconds;
+    query->CommandTimeout = kQueryTimeout;
     return query;
 }
 

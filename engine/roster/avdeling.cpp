@@ -1,6 +1,7 @@
 // The roster query as ten numbered lines of text, of which the filters rewrite one each.
 #include "engine/roster/avdeling.h"
 
+#include "engine/base/query_timeout.h"
 #include "engine/base/run_options.h"
 #include "engine/base/seams.h"
 #include "engine/db/query.h"
@@ -70,7 +71,7 @@ TAvdeling::TAvdeling(const EngineContext& context, TTorvikPos& torvikPos, QObjec
       torvikPos_(torvikPos),
       FAvdQry(std::make_unique<db::Query>()),
       fKasseCollection(std::make_shared<TKasseCollection>([context] { return context.Seam.now(); })) {
-    FAvdQry->CommandTimeout = 600;
+    FAvdQry->CommandTimeout = kQueryTimeout;
     FAvdQry->ParamCheck = false;  // an operator's own condition goes as he wrote it
     FAvdQry->SQL = rosterText();
 }

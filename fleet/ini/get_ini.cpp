@@ -1,4 +1,5 @@
 #include "engine/base/abort.h"
+#include "engine/base/query_timeout.h"
 #include "engine/base/seams.h"
 #include "engine/db/query.h"
 #include "engine/run/run_parts.h"
@@ -10,8 +11,6 @@
 namespace torvik {
 
 namespace {
-
-constexpr int kQueryTimeout = 600;  // seconds
 
 constexpr char kIniOfTill[] =
     "select IN_AVDNR, IN_KASSENR, IN_NAVN, IN_ADR1, BO_OBJECT from BINARYOBJECT, INNSTILLINGER where "

@@ -1,5 +1,6 @@
 #include "inbound/credit_orders/credit_order_parts.h"
 
+#include "engine/base/query_timeout.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
 #include "engine/office/item_numbers.h"
@@ -8,7 +9,6 @@ namespace torvik {
 
 namespace {
 
-constexpr int kQueryTimeout = 600;  // seconds
 constexpr int kCollectingCustomer = 12000;
 
 constexpr char kImportStatus[] = R"(declare @str varchar(255)

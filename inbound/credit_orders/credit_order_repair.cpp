@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "engine/base/abort.h"
+#include "engine/base/query_timeout.h"
 #include "engine/base/run_options.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
@@ -14,8 +15,7 @@ namespace torvik {
 
 namespace {
 
-constexpr int kQueryTimeout = 600;  // seconds
-constexpr int kWarningLevel = 2;    // of OnAddLog
+constexpr int kWarningLevel = 2;  // of OnAddLog
 
 constexpr char kCreditSale[] =
     R"(select OR_ID,OR_TIDSPUNKT,OR_REKVISISJONSNUMMER,AN_NAVN,KU_ID,IN_AVDNR,IN_KASSENR,OL_VA_ID,ISNULL(OLT_NAVN,VA_NAVN) VA_NAVN,OL_ANTALL,OL_RABATT,OL_SALGSPRIS, OL_MVASATS

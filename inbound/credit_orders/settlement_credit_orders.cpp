@@ -1,6 +1,7 @@
 #include "inbound/credit_orders/settlement_credit_orders.h"
 
 #include "engine/base/abort.h"
+#include "engine/base/query_timeout.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
@@ -13,7 +14,6 @@ namespace torvik {
 
 namespace {
 
-constexpr int kQueryTimeout = 600;  // seconds
 constexpr int kTorvikOrderSinceTillVersion = 229;
 
 constexpr char kClickAndCollectCustomer[] = "SELECT ISNULL(In_KlikkOgHent_Ku_ID,-1) from Innstillinger";

@@ -4,6 +4,7 @@
 #include <QDir>
 
 #include "engine/base/abort.h"
+#include "engine/base/query_timeout.h"
 #include "engine/base/run_options.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
@@ -14,8 +15,6 @@
 namespace torvik {
 
 namespace {
-
-constexpr int kQueryTimeout = 600;  // seconds
 
 constexpr char kMarkOfSettlement[] =
     R"(SELECT CONVERT(varchar(23), OP_TIDSPUNKT, 121) Tidspunkt, CONVERT(varchar(23), OP_OPPDATERTTIDSPUNKT, 121) Merke

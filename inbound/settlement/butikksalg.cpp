@@ -3,6 +3,7 @@
 #include <QDir>
 
 #include "engine/base/abort.h"
+#include "engine/base/query_timeout.h"
 #include "engine/base/seams.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
@@ -17,7 +18,6 @@ namespace torvik {
 
 namespace {
 
-constexpr int kQueryTimeout = 600;  // seconds
 constexpr int kOpIdLine = 1;
 constexpr int kStatementsABatch = 64;
 constexpr int kStatusSinceTillVersion = 110;     // tills above it have Ol_Status

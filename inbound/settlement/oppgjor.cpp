@@ -1,6 +1,7 @@
 #include "inbound/settlement/oppgjor.h"
 
 #include "engine/base/abort.h"
+#include "engine/base/query_timeout.h"
 #include "engine/base/run_options.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
@@ -14,8 +15,6 @@
 namespace torvik {
 
 namespace {
-
-constexpr int kQueryTimeout = 600;  // seconds
 
 constexpr char kOpenInChain[] =
     "SELECT Op_Id,OP_TIDSPUNKT,In_AvdNr FROM Oppgjor,Innstillinger WHERE OP_TYPE='NORMAL' AND OP_OPPDATERTTIDSPUNKT is null";

@@ -3,6 +3,7 @@
 #include <QDir>
 
 #include "engine/base/abort.h"
+#include "engine/base/query_timeout.h"
 #include "engine/base/run_options.h"
 #include "engine/base/seams.h"
 #include "engine/base/step_error.h"
@@ -18,8 +19,6 @@
 namespace torvik {
 
 namespace {
-
-constexpr int kQueryTimeout = 600;  // seconds
 
 constexpr const char* kClearBeholdningstransaksjoner[] = {
     "if exists ( select 1 from sysobjects where name = 'Posbeholdningstransaksjoner' )",

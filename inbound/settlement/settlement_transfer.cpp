@@ -2,6 +2,7 @@
 
 #include "engine/base/abort.h"
 #include "engine/base/engine_events.h"
+#include "engine/base/query_timeout.h"
 #include "engine/base/run_options.h"
 #include "engine/base/seams.h"
 #include "engine/db/query.h"
@@ -17,8 +18,6 @@
 namespace torvik {
 
 namespace {
-
-constexpr int kQueryTimeout = 600;  // seconds
 
 constexpr char kLastSettlement[] = "SELECT MAX(Op_Tidspunkt) Op_Tidspunkt FROM Oppgjor (NOLOCK) WHERE Op_Type='NORMAL'";
 

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "engine/base/query_timeout.h"
 #include "engine/base/seams.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
@@ -12,8 +13,6 @@
 namespace torvik {
 
 namespace {
-
-constexpr int kQueryTimeout = 600;  // seconds
 
 constexpr char kStaffOfTill[] =
     "select AN_ID,( SELECT TOP 1 AK_ID FROM Adgangskort WHERE AK_AN_ID=AN_ID AND AK_AKTIV=1) AK_ID, AN_NAVN,AN_AKTIV,AN_RABATT,AN_RABKUNPAAORDPRIS,AN_NIVAA,AN_AVDNR FROM ansatt";

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "engine/base/abort.h"
+#include "engine/base/query_timeout.h"
 #include "engine/base/run_options.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
@@ -17,9 +18,8 @@ namespace torvik {
 
 namespace {
 
-constexpr int kQueryTimeout = 600;  // seconds
-constexpr int kKeys = 9999999;      // a key is 0 to 9999998
-constexpr int kLinesOfBatch = 64;   // of text: 32 counted items
+constexpr int kKeys = 9999999;     // a key is 0 to 9999998
+constexpr int kLinesOfBatch = 64;  // of text: 32 counted items
 constexpr char kUser[] = "sa";
 constexpr int kEveryDepartment = -1;
 

@@ -1,5 +1,6 @@
 #include "outbound/series/till_series.h"
 
+#include "engine/base/query_timeout.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
@@ -8,8 +9,6 @@
 namespace torvik {
 
 namespace {
-
-constexpr int kQueryTimeout = 600;  // seconds
 
 constexpr char kSeries[] = "select * from ledigid";
 

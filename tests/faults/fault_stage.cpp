@@ -61,6 +61,17 @@ BEGIN
 END
 )sql";
 
+constexpr const char* kManyLines = R"sql(
+DECLARE @Linje int
+SET @Linje = 1
+WHILE @Linje <= 300
+BEGIN
+  INSERT ORDRELINJE (OL_ID, OL_OR_ID, OL_VA_ID, OL_ANTALL, OL_SALGSPRIS, OL_RABATT, OL_MVASATS, OL_KOSTPRIS, OL_MERSALG)
+  SELECT 20000 + @Linje, MIN(OR_ID), (SELECT MIN(VA_ID) FROM VARE), 1, 10 + @Linje, 0, 25, 5, 0 FROM ORDRE WHERE OR_ID > 9000
+  SET @Linje = @Linje + 1
+END
+)sql";
+
 // The rest of a run's requests to a till with this text cut its connection, as long as this stands.
 class Cut {
 public:
@@ -81,12 +92,20 @@ private:
 
 // Every run tells the back office how much each till has left to settle, before it begins the first transaction. It is
 // told here once, so that the states of the cases differ in what the transactions did alone.
-void installUnfetched(const fs::path& files) {
+void installWith(std::initializer_list<const char*> rowsOfFirstTill, const fs::path& files) {
     sandbox::chain::DemoChain chain({.chain = kChain, .dataDir = files});
-    chain.runInTill(0, kFirstTillRows);
+    for (const char* rows : rowsOfFirstTill) chain.runInTill(0, rows);
     const Cut first(chain.till(0), "BEGIN TRANSACTION", 0);
     const Cut second(chain.till(1), "BEGIN TRANSACTION", 0);
     ChainProgram(chain.dataLink()).fetch();
+}
+
+void installUnfetched(const fs::path& files) {
+    installWith({kFirstTillRows}, files);
+}
+
+void installBusy(const fs::path& files) {
+    installWith({kFirstTillRows, kManyLines}, files);
 }
 
 void transferFirstTill(const fs::path& files) {
@@ -150,6 +169,11 @@ const FaultStage& FaultStage::unfetched() {
 
 const FaultStage& FaultStage::transferred() {
     static const FaultStage stage(transferFirstTill);
+    return stage;
+}
+
+const FaultStage& FaultStage::busy() {
+    static const FaultStage stage(installBusy);
     return stage;
 }
 

@@ -37,6 +37,8 @@ public:
     static const FaultStage& unfetched();
     // The first till's transfer has been done and its settlements are open; the second till has been fetched whole.
     static const FaultStage& transferred();
+    // Nothing has been fetched, and the first till has sold more lines than one statement of rows takes.
+    static const FaultStage& busy();
 
     explicit FaultStage(const std::function<void(const std::filesystem::path&)>& fill);
 

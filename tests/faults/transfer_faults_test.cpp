@@ -104,5 +104,54 @@ TEST(TransferFaults, ABlockOfRowsThatIsRefusedOnceIsSentRowByRow) {
     EXPECT_EQ(difference(stage.run().states.back(), readState(copy->chain)), "");
 }
 
+// Rows beyond what one statement takes go by bulk copy: its opening is a request, then its rows are one.
+std::vector<std::size_t> bulkCopies(const RecordedRun& run) {
+    std::vector<std::size_t> chosen;
+    for (std::size_t i = 0; i <= run.pairs.front().tillCommits; ++i)
+        if (QString::fromStdString(run.requests[i].text).startsWith(QStringLiteral("INSERT BULK"), Qt::CaseInsensitive))
+            chosen.push_back(i);
+    return chosen;
+}
+
+class BulkCopyFault : public testing::TestWithParam<Fault> {};
+
+TEST_P(BulkCopyFault, AtItsOpeningOrItsRowsLeavesNothingOfThePair) {
+    const FaultStage& stage = FaultStage::busy();
+    const auto requests = bulkCopies(stage.run());
+    ASSERT_GE(requests.size(), 2U);
+    runCases(stage, casesOf(stage.run(), requests), GetParam(), Follow::Once);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, BulkCopyFault,
+                         testing::Values(Fault::Deadlocks, Fault::DropsBefore, Fault::DropsAfter, Fault::OtherSideDrops,
+                                         Fault::Cancelled),
+                         [](const auto& test) { return nameOf(test.param); });
+
+// The driver's connection takes no further statement then, so that it is given up.
+TEST(BulkCopyFaults, ACopyThatIsRefusedAtItsOpeningLeavesNothingOfThePair) {
+    const FaultStage& stage = FaultStage::busy();
+    const std::vector<std::size_t> requests = bulkCopies(stage.run());
+    for (std::size_t opening = 0; opening < requests.size(); opening += 2) {
+        const auto copy = stage.copy();
+        const Leaves left = leaves(stage.run(), requests[opening], Fault::Fails);
+        const FaultRun ran = runWithFault(*copy, stage.run().requests[requests[opening]], Fault::Fails);
+        EXPECT_FALSE(ran.errors.isEmpty());
+        EXPECT_EQ(difference(stateAfter(stage.run(), left, left.walkGoesOn), readState(copy->chain)), "");
+        expectNextRunMakesGood(stage, *copy, left);
+    }
+}
+
+TEST(BulkCopyFaults, RowsThatAreRefusedAreSentByStatements) {
+    const FaultStage& stage = FaultStage::busy();
+    const std::vector<std::size_t> requests = bulkCopies(stage.run());
+    for (std::size_t rows = 1; rows < requests.size(); rows += 2) {
+        const auto copy = stage.copy();
+        const FaultRun ran = runWithFault(*copy, stage.run().requests[requests[rows]], Fault::Fails);
+        EXPECT_FALSE(ran.struck.empty());
+        EXPECT_EQ(ran.errors, QStringList());
+        EXPECT_EQ(difference(stage.run().states.back(), readState(copy->chain)), "");
+    }
+}
+
 }  // namespace
 }  // namespace torvik::test

@@ -1,7 +1,8 @@
-// What a stand-in server has been asked, for tests that count or look at requests.
+// What a stand-in server has been asked, for tests that count or look at requests, and requests that it keeps waiting.
 #pragma once
 
 #include <QStringList>
+#include <chrono>
 #include <mutex>
 
 #include "sandbox/server/server.h"
@@ -36,5 +37,15 @@ private:
     QStringList texts_;
     int observer_;
 };
+
+// The next request with this text waits for a second more than the half a minute that a statement has where nothing is
+// said of it.
+inline void delayBeyondTheUsualTimeout(sandbox::Server& server, const char* text) {
+    sandbox::FaultRule slow;
+    slow.match.textContains = text;
+    slow.action = sandbox::FaultAction::Delay;
+    slow.delay = std::chrono::seconds(31);
+    server.faults().add(slow);
+}
 
 }  // namespace torvik::test

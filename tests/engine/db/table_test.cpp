@@ -310,6 +310,7 @@ TEST_P(TableTest, ABlockWhoseErrorMayHaveLeftRowsIsTakenBackBeforeItIsSentAgain)
     for (const bool inTransaction : {false, true}) {
         sandbox::FaultRule rule;
         rule.match.textContains = "SELECT @@ROWCOUNT";
+        rule.level = sandbox::FaultLevel::Statement;  // the INSERT before it has run
         rule.action = sandbox::FaultAction::Fail;
         rule.message.number = 50000;
         rule.message.severity = 16;

@@ -140,7 +140,7 @@ TEST_F(GetIniOfSixTills, StopsAtNoTillThatFailsAndCountsIt) {
     EXPECT_EQ(progress.last(), "100 Utført henting av TorvikPOS.ini: 6 av 6 kasser");
 }
 
-const QByteArray kChange("[Kasse]\r\nNavn=Bl\xE5\r\n\0 til slutt", 33);
+const QByteArray kChange = QByteArrayLiteral("[Kasse]\r\nNavn=Bl\xE5\r\n\0 til slutt");
 
 TEST(SendIniChanges, GivesEachTillTheFileByteForByteAndTellsIt) {
     FleetRun run(FleetRun::tills({72, 213}));

@@ -51,6 +51,16 @@ TEST_F(OppgjorTest, CommitsTheTillBeforeTheBackOffice) {
     EXPECT_EQ(commits.join(u','), QStringLiteral("till,back office,till,back office,till,back office"));
 }
 
+TEST_F(OppgjorTest, WaitsForTheListOfSettlementsBeyondTheUsualTimeout) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
+    const char* const list = "SELECT Op_Id,OP_TIDSPUNKT,In_AvdNr FROM Oppgjor";
+    Requests requests(run.chain.till(0));
+    delayBeyondTheUsualTimeout(run.chain.till(0), list);
+    EXPECT_EQ(execute(), QString());
+    EXPECT_TRUE(run.postedWhole());
+    EXPECT_GE(requests.count(QString::fromUtf8(list)), 1);
+}
+
 TEST_F(OppgjorTest, WithoutAnOpenSettlementSaysSoAndCountsAsFetched) {
     run.chain.runInTill(0, "UPDATE OPPGJOR SET OP_OPPDATERTTIDSPUNKT = GETDATE()");
     EXPECT_EQ(execute(), QString());

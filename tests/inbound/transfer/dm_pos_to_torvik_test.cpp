@@ -43,6 +43,15 @@ TEST(TillTransfer, StartsBehindTheLastSynchronisedSettlement) {
     EXPECT_EQ(requests.count(QStringLiteral("SELECT * FROM Oppgjor WHERE OP_ID >= 2")), 1);
 }
 
+TEST(TillTransfer, WaitsForAStagingTableBeyondTheUsualTimeout) {
+    TillTransfer transfer;
+    TORVIK_NEEDS_SANDBOX(transfer.run.chain);
+    Requests requests(transfer.run.chain.backOffice());
+    delayBeyondTheUsualTimeout(transfer.run.chain.backOffice(), "FROM Temp_Ordre_Import");
+    EXPECT_EQ(transfer.execute(), QString());
+    EXPECT_GE(requests.count(QStringLiteral("FROM Temp_Ordre_Import")), 1);
+}
+
 TEST(TillTransfer, TillWithoutVouchersPassesTheirStepsInSilence) {
     TillTransfer transfer(158);
     EXPECT_EQ(transfer.execute(), QString());
