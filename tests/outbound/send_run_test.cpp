@@ -153,7 +153,7 @@ TEST_F(SendRun, TellsWhatItSends) {
         {vopIngen, false, "Overfører data til POS. Dager siden endring = 30, ingen varer"},
         {vopEndrede, true, "Overfører data til POS. Dager siden endring = 30, send varer og priser, kun endringer"},
         {vopAlle, false, "Overfører data til POS. Dager siden endring = 30, alle varer"},
-        {static_cast<TVareOppdateringUtvalg>(7), false, "Overfører data til POS. Dager siden endring = 30, ikke satt"},
+        {static_cast<TVareOppdateringUtvalg>(3), false, "Overfører data til POS. Dager siden endring = 30, ikke satt"},
     };
     run.engine.Avdeling->SetKu_Id(1002);
     for (const auto& one : kCases) {
