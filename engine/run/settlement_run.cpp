@@ -1,9 +1,9 @@
 #include "engine/run/settlement_run.h"
 
 #include "engine/base/abort.h"
-#include "engine/base/failure_facts.h"
 #include "engine/base/seams.h"
 #include "engine/db/query.h"
+#include "engine/run/failure_event.h"
 #include "engine/run/run_parts.h"
 #include "engine/run/till_walk.h"
 #include "logging/logger.h"
@@ -94,26 +94,10 @@ void fetch(TillVisit& visit) {
     visit.Context.Events.OnFetchTill(visit);
 }
 
-// What the line does not say stands beside it, as properties.
-void addReason(ILogEntry& event, const FailureFacts& facts) {
-    const std::pair<const char16_t*, QVariant> properties[] = {{u"Aarsak", facts.Reason()},
-                                                               {u"Serversvar", facts.ServerText},
-                                                               {u"Steg", facts.Step},
-                                                               {u"Tabell", facts.Table}};
-    for (const auto& [name, value] : properties)
-        if (!value.toString().isEmpty()) event.WithArgument(QString::fromUtf16(name), value);
-    if (facts.Number != 0) event.WithArgument(QStringLiteral("Feilnummer"), QVariant(facts.Number));
-}
-
 void reportFailure(RunParts& parts, const TillIdentity& till, const std::exception& failure) {
-    const std::initializer_list<LogArg> values{till.Avdelingsnummer, till.Kassenummer, ErrorText(failure)};
-    const auto event = std::make_shared<TLogEntry>(
-        TLogLevel::llError,
-        QStringLiteral("Feil ved innhenting av oppgjør for avdelingsnummer {Avdeling} kassenummer "
-                       "{Kassenummer}: {Feilmelding}"),
-        values);
-    addReason(*event, FactsOf(failure));
-    GlobalLogger().Log(event);
+    LogTillFailure(QStringLiteral("Feil ved innhenting av oppgjør for avdelingsnummer {Avdeling} kassenummer "
+                                  "{Kassenummer}: {Feilmelding}"),
+                   till, failure);
     parts.Log.AddLog(QStringLiteral("Feil i ExecuteOppgjor for avd. %1, kasse %2. Se feil nedenfor")
                          .arg(till.Avdelingsnummer, till.Kassenummer),
                      true);

@@ -10,6 +10,7 @@
 #include "engine/db/session.h"
 #include "engine/office/standing_pair.h"
 #include "engine/office/undecided_pair.h"
+#include "engine/run/failure_event.h"
 #include "engine/run/run_parts.h"
 #include "engine/run/till_walk.h"
 #include "engine/torvik_pos.h"
@@ -27,6 +28,12 @@ QString selectionText(TItemUpdateSelection selection) {
         case iusAll: return QStringLiteral("alle varer");
     }
     return QStringLiteral("ikke satt");
+}
+
+void tellEvent(const TillIdentity& till, const std::exception& failure) {
+    LogTillFailure(
+        QStringLiteral("Feil ved sending til avdelingsnummer {Avdeling} kassenummer {Kassenummer}: {Feilmelding}"),
+        till, failure);
 }
 
 // One run over the tills: what it keeps from one till to the next.
@@ -107,6 +114,7 @@ void SendRun::serve(TillVisit& visit) {
         // The failure goes to the column of what was fetched: required.
         setStatus(visit.Till, ostHentet, oksFalse, QStringLiteral("DTS feilet: %1").arg(ErrorText(e)),
                   timeSinceStart());
+        tellEvent(visit.Till, e);
         parts_.KeepFailure(visit.Till, e);
         visit.Log.AddLog(QStringLiteral("Feil ved Execute prosedyren ved utsending til (Avd %1, kasse %2)(%3): %4")
                              .arg(visit.Till.Avdelingsnummer, visit.Till.Kassenummer, export_->CurrentTransformation(),
@@ -176,12 +184,13 @@ void SendRun::refreshGiftCardItem(const TillVisit& visit) {
     }
 }
 
-// A till that could not be reached or is busy, and a cancel while it was served: nothing goes to the log. One whose
-// fetch another machine has left half done waits for somebody, who has to hear of it.
+// A till that could not be reached or is busy, and a cancel while it was served: nothing goes to the operator's log.
+// One whose fetch another machine has left half done waits for somebody, who has to hear of it.
 void SendRun::failed(const TillIdentity& till, const std::exception& failure) {
     attempts_ = parts_.Context.Options.RetryCount;
     succeeded_ = false;
     if (dynamic_cast<const UndecidedPair*>(&failure)) parts_.Log.AddLog(ErrorText(failure), true);
+    tellEvent(till, failure);
     setStatus(till, ostSendt, oksFalse, ErrorText(failure), QTime(0, 0));
 }
 

@@ -142,16 +142,33 @@ TEST_F(TillStoryOfARun, NextRunBeginsWithoutTheOldStory) {
 }
 
 TEST_F(TillStoryOfARun, SendingThatFailedAtATableTellsIt) {
-    chain.runInTill(0, "EXEC sp_rename 'Ansatt', 'AnsattBorte'");
+    chain.runInTill(1, "DROP TABLE MERSALGVARE");
     MainWindow window(path(), store);
     window.show();
     allTills(window);
     click(window, "actiSendVarer");
-    const TillStory story = storyOf(*window.TorvikPos1().ffraOppgjorStatus, 0);
-    ASSERT_FALSE(story.Failures.isEmpty());
-    EXPECT_TRUE(story.text().contains(QStringLiteral("\nServerens svar: Invalid object name")))
-        << story.text().toStdString();
-    EXPECT_TRUE(story.text().contains(QStringLiteral("\nSteg: "))) << story.text().toStdString();
+    doubleClick(window, till(window, 0));
+    ASSERT_EQ(open(window).size(), 1);
+    const QString story = told(*open(window)[0]);
+    for (const char16_t* text :
+         {u"Serveren avviste en setning", u"Mersalgvare", u"Invalid object name 'MersalgVare'.", u"208"})
+        EXPECT_TRUE(story.contains(QString::fromUtf16(text))) << story.toStdString();
+    const QString copied = storyOf(*window.TorvikPos1().ffraOppgjorStatus, 1).text();
+    EXPECT_TRUE(copied.contains(QStringLiteral("\nSteg: Mersalgvare\nTabell: MersalgVare\n"))) << copied.toStdString();
+}
+
+TEST_F(TillStoryOfARun, SendingThatCouldNotConnectTellsWhy) {
+    setTill("Ikk_Passord = 'sesam-sesam'");
+    MainWindow window(path(), store);
+    window.show();
+    allTills(window);
+    click(window, "actiSendVarer");
+    doubleClick(window, till(window, 0));
+    ASSERT_EQ(open(window).size(), 1);
+    const QString story = told(*open(window)[0]);
+    for (const char16_t* text : {u"Feil brukernavn eller passord", u"Login failed for user 'pos'", u"18456"})
+        EXPECT_TRUE(story.contains(QString::fromUtf16(text))) << story.toStdString();
+    EXPECT_FALSE(story.contains(QStringLiteral("sesam")));
 }
 
 }  // namespace
