@@ -12,7 +12,7 @@ packages=(
     python3-pyodbc python3-pymssql python3-tds python3-pkg-resources python3-xlrd libdbd-sybase-perl unixodbc
     default-jre-headless libjtds-java bsh openssl
     libxlsxwriter-dev python3-aiosmtpd unzip samba smbclient
-    dpkg-dev file g++-mingw-w64-x86-64-posix
+    dpkg-dev fakeroot file g++-mingw-w64-x86-64-posix
     xvfb xauth xdotool imagemagick fonts-dejavu-core
 )
 [ "${1:-}" != --fuzz ] || packages+=(clang-14 libclang-rt-14-dev)
