@@ -80,6 +80,28 @@ TEST_F(Night, ArmingGivesTheEngineThePreferencesAndTheTime) {
         << "not cleared first";
 }
 
+TEST_F(Night, EachArmingGivesTheEngineThePreferencesAnew) {
+    for (const char* name :
+         {"Smtp/SendPriceAndCustomer", "Smtp/DeleteItems", "Smtp/DeleteItemsDayThree", "Smtp/SynchonizedRun"})
+        store.write(name, true);
+    store.write("Smtp/StartSendingTime", QTime(5, 15));
+    store.write("Smtp/memExcludePOSListSQL", QStringLiteral("ikk_kassenummer <> '9'"));
+    MainWindow window(path(), store);
+    open(window);
+    TTorvikPos& engine = window.TorvikPos1();
+    engine.SendCustomerAndPrice = false;
+    engine.SetDeleteItemsOnSend(false);
+    engine.SynchonizedRun = false;
+    engine.StartSendingTime = QTime(1, 0);
+    engine.Avdeling->SetExcludePosListSQL({});
+    window.Night().arm(true);
+    EXPECT_TRUE(engine.SendCustomerAndPrice);
+    EXPECT_TRUE(engine.DeleteItemsOnSend());
+    EXPECT_TRUE(engine.SynchonizedRun);
+    EXPECT_EQ(engine.StartSendingTime, QTime(5, 15));
+    EXPECT_EQ(engine.Avdeling->ExcludePosListSQL().trimmed(), QStringLiteral("ikk_kassenummer <> '9'"));
+}
+
 TEST_F(Night, TimeReachesTheEngineAtEachChangeOfItsField) {
     MainWindow window(path(), store);
     open(window);
