@@ -23,7 +23,7 @@ TEST(DatePrompt, GivesTheDateOfItsField) {
     prompt.SetLabel(QStringLiteral("Ta med ordrer fra og med dato:"));
     EXPECT_EQ(prompt.findChild<QLabel*>()->text(), QStringLiteral("Ta med ordrer fra og med dato:"));
     test::whenAsked<TfrmOppgiDato>([](TfrmOppgiDato& shown) {
-        EXPECT_TRUE(child<QDateEdit>(shown, "date").hasFocus()) << "the keyboard is where the date is";
+        EXPECT_EQ(shown.focusWidget(), &child<QDateEdit>(shown, "date")) << "the keyboard is not where the date is";
         child<QDateEdit>(shown, "date").setDate(QDate(2026, 2, 28));
         QTest::keyClick(&shown, Qt::Key_Return);
     });
