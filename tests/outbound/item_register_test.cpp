@@ -1,4 +1,4 @@
-// Items, their groups, suppliers, products, aliases and parts: what stands on the till after a send.
+// Items, their groups, suppliers, products and parts: what stands on the till after a send.
 #include <gmock/gmock.h>
 
 #include "tests/outbound/one_item.h"
@@ -171,50 +171,6 @@ TEST(ItemChoice, EndsWithoutRowsOfItsOwnAndSweepsThoseOlderThanADay) {
                       "9002', DATEADD(minute, -1439, GETDATE()), 'X', 'Ung', 1, 0, '')");
     ASSERT_EQ(send.send(), QString());
     EXPECT_THAT(send.backOffice("SELECT Ve_Va_Navn FROM VareEksport"), ElementsAre("Ung"));
-}
-
-TEST(Aliases, ArriveWithTheirItemsAndFollowTheBackOffice) {
-    for (const TItemUpdateSelection selection : {iusChanged, iusAll}) {
-        TillSend send(kNewest);
-        send.dm.ItemUpdateSelection = selection;
-        send.inBackOffice(kOneItem);
-        send.inBackOffice(
-            "INSERT VareAlias (Vr_Id, Vr_Va_Id, Vr_Navn) VALUES ('7041', '777001', 'Strekkode'), ('7042', '777001', NULL)");
-        ASSERT_EQ(send.send(), QString());
-        const std::string aliases =
-            "SELECT VR_ID, RTRIM(VR_VA_ID), VR_NAVN FROM VAREALIAS WHERE VR_ID LIKE '704%' ORDER BY VR_ID";
-        EXPECT_THAT(send.till(aliases), ElementsAre("7041 | 777001 | Strekkode", "7042 | 777001 | NULL"));
-
-        send.inBackOffice(
-            "UPDATE VareAlias SET Vr_Navn = 'Nytt navn' WHERE Vr_Id = '7041' DELETE VareAlias WHERE Vr_Id = '7042'");
-        ASSERT_EQ(send.send(), QString());
-        EXPECT_THAT(send.till(aliases), ElementsAre("7041 | 777001 | Nytt navn"));
-    }
-}
-
-TEST(Aliases, ThatEqualAnItemNumberNeverReachTheTillAndLeaveIt) {
-    TillSend send(kNewest);
-    send.inBackOffice(kOneItem);
-    send.inBackOffice("INSERT VareAlias (Vr_Id, Vr_Va_Id) VALUES ('7043', '777001')");
-    ASSERT_EQ(send.send(), QString());
-    const std::string alias = "SELECT VR_ID FROM VAREALIAS WHERE VR_ID = '7043'";
-    ASSERT_THAT(send.till(alias), ElementsAre("7043"));
-    send.inBackOffice(plainItem("7043"));
-    send.dm.ItemUpdateSelection = iusNone;
-    ASSERT_EQ(send.send(), QString());
-    EXPECT_THAT(send.till(alias), IsEmpty());
-}
-
-TEST(Aliases, OfAnItemThatTheTillLacksComeWithTheItem) {
-    TillSend send(kNewest);
-    send.inBackOffice(kOneItem);
-    send.inBackOffice("INSERT VareAlias (Vr_Id, Vr_Va_Id) VALUES ('7044', '777001')");
-    send.dm.ItemUpdateSelection = iusNone;
-    ASSERT_EQ(send.send(), QString());
-    EXPECT_THAT(send.till("SELECT VR_ID FROM VAREALIAS WHERE VR_ID = '7044'"), IsEmpty());
-    send.dm.ItemUpdateSelection = iusChanged;
-    ASSERT_EQ(send.send(), QString());
-    EXPECT_THAT(send.till("SELECT VR_ID FROM VAREALIAS WHERE VR_ID = '7044'"), ElementsAre("7044"));
 }
 
 // The session counts for the last OR alone.

@@ -59,6 +59,18 @@ TEST_F(Prices, FollowTheBackOffice) {
     EXPECT_EQ(send.till(kCategories).front(), "71 | Ny bedrift | 1");
 }
 
+// An item's price in one category says nothing of its price in another.
+TEST_F(Prices, TakenOffAnItemInOneCategoryGoFromTheTillInThatOneAlone) {
+    ASSERT_EQ(send.send(), QString());
+    send.inBackOffice(R"(
+        DELETE Pris WHERE Ps_Va_Id = '777031' AND Ps_Pi_Id = 71
+        UPDATE Vare SET Va_SendTilButikkKasser = 0
+        UPDATE Vare SET Va_SendTilButikkKasser = 1 WHERE Va_Id = '777031')");
+    send.dm.ItemUpdateSelection = iusChanged;
+    ASSERT_EQ(send.send(), QString());
+    EXPECT_THAT(send.till("SELECT RTRIM(PS_VA_ID), PS_PI_ID, PS_PRISEN FROM PRIS"), ElementsAre("777031 | 72 | 11.5"));
+}
+
 TEST_F(Prices, OfACategoryThatIsGoneGoWithIt) {
     ASSERT_EQ(send.send(), QString());
     send.onTill("UPDATE KUNDE SET KU_PI_ID = 71 WHERE KU_ID = (SELECT MIN(KU_ID) FROM KUNDE)");
