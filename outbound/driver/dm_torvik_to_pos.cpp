@@ -23,6 +23,7 @@ constexpr int kNoTimeout = 0;
 
 constexpr char kGlobalVariables[] = "select In_Id, In_SendValutaTilkasse,In_Slett_Va_ID from innstillinger";
 constexpr char kTillVersion[] = "select @@VERSION as version, in_dbversion from innstillinger";
+constexpr char kAnything[] = "select 1 as Svar";
 constexpr char kTillTable[] = "select count(*) AS Antall from sysobjects where name='%1'";
 
 QStringList linesOf(const QString& sql) {
@@ -208,6 +209,7 @@ void TdmTorvikToPOS::run(DriverTask task) {
         case DriverTask::DrawSessionID: drawSessionID(); return;
         case DriverTask::ReadTillVersion: readTillVersion(); return;
         case DriverTask::KasseVareAlle: callKasseVareAlle(); return;
+        case DriverTask::AskBackOffice: askBackOffice(); return;
     }
 }
 
@@ -245,6 +247,13 @@ void TdmTorvikToPOS::callKasseVareAlle() {
     parameter("SesjonID") = sessionId_;
     parameter("Utvalg") = ItemUpdateSelection == iusAll ? 2 : ItemUpdateSelection == iusChanged ? 1 : 0;
     spKasseVareAlle.ExecProc();
+}
+
+// The till is this visit's as long as the back office's session lives. Lost, another copy of the program may have fetched
+// the till since, and what it has handed in would be overwritten with what was read before.
+void TdmTorvikToPOS::askBackOffice() {
+    openSource(QString::fromUtf8(kAnything));
+    qrySource.Close();
 }
 
 void TdmTorvikToPOS::onTill(const QString& batch) {

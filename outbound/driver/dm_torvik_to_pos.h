@@ -86,6 +86,7 @@ private:
     void drawSessionID();
     void readTillVersion();
     void callKasseVareAlle();
+    void askBackOffice();
 
     void onTill(const QString& batch);
     void openSource(const QString& sql);

@@ -52,6 +52,7 @@ constexpr Procedure kInsertPOSTilgodelapp{"InsertPOSTilgodelapp", kBody, "/*tilg
 constexpr Action kMerge[] = {
     SetTransformation{"Tilgodelapp"},
     Install{&kInsertPOSTilgodelapp},
+    DriverTask::AskBackOffice,
     Run{&kInsertPOSTilgodelapp},
 };
 

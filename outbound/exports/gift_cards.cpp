@@ -52,6 +52,7 @@ constexpr Procedure kInsertPOSGavekort{"InsertPOSGavekort", kBody, "/*gavekort*/
 constexpr Action kMerge[] = {
     SetTransformation{"Gavekort"},
     Install{&kInsertPOSGavekort},
+    DriverTask::AskBackOffice,
     Run{&kInsertPOSGavekort},
 };
 

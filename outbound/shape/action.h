@@ -104,7 +104,7 @@ struct AskForTable {
 };
 
 // What the driver does of its own.
-enum class DriverTask { GetGlobalVariables, DrawSessionID, ReadTillVersion, KasseVareAlle };
+enum class DriverTask { GetGlobalVariables, DrawSessionID, ReadTillVersion, KasseVareAlle, AskBackOffice };
 
 using Action =
     std::variant<SetTransformation, StartClock, Report, CreateTables, DropTable, LoadTable, CopyRows, EditOneRow,

@@ -14,12 +14,13 @@ struct Kind {
     std::string origin;  // the line that sold the card, the order that gave the note
     std::string type;    // in the notes
     std::string procedure;
+    std::string step;
 };
 
-const Kind kGiftCards{"GiftCards",    "GA_",      "POSGAVEKORT", "GAVEKORT",
-                      "GKORTEKSPORT", "GA_OL_ID", "G",           "InsertPOSGavekort"};
-const Kind kCreditNotes{"CreditNotes", "TG_", "POSTilgodelapp",      "TILGODELAPP", "TGLAPPEKSPORT",
-                        "TG_OR_ID",    "T",   "InsertPOSTilgodelapp"};
+const Kind kGiftCards{"GiftCards", "GA_", "POSGAVEKORT",       "GAVEKORT", "GKORTEKSPORT",
+                      "GA_OL_ID",  "G",   "InsertPOSGavekort", "Gavekort"};
+const Kind kCreditNotes{"CreditNotes", "TG_", "POSTilgodelapp",       "TILGODELAPP", "TGLAPPEKSPORT",
+                        "TG_OR_ID",    "T",   "InsertPOSTilgodelapp", "Tilgodelapp"};
 
 struct Slip {
     std::string id = "'7001'";
@@ -137,6 +138,25 @@ TEST_P(Vouchers, OneRedeemedDuringTheSendStaysRedeemed) {
     };
     ASSERT_EQ(send.send(), QString());
     EXPECT_EQ(send.till("SELECT " + p + "BT_ID, " + p + "SYNKTIDSPUNKT FROM " + kind.till), Rows{"88 | NULL"});
+}
+
+// The back office's session holds the till for this visit. Where it is lost, another copy of the program may fetch the
+// till before the cards are merged.
+TEST_P(Vouchers, OneFetchedByAnotherCopyBehindALostBackOfficeStaysRedeemed) {
+    inBackOffice({});
+    ASSERT_EQ(send.send(), QString());
+    send.inBackOffice("DELETE FROM InternKundeKasseOverfort");
+    const std::string p = kind.prefix;
+    int begun = 0;  // the step is told as it loads them, and as it merges them
+    send.dm.OnProgress = [&](QObject*, int, const QString& text) {
+        const QString begins = QStringLiteral("Forbereder overføring av %1... ").arg(QString::fromStdString(kind.step));
+        if (text != begins || ++begun < 2) return;
+        send.run.chain.backOffice().dropConnections();
+        send.onTill("UPDATE " + kind.till + " SET " + p + "BT_ID = 88, " + p + "SYNKTIDSPUNKT = '20260302'");
+    };
+    const std::string failure = send.send().toStdString();
+    EXPECT_TRUE(failure.starts_with("TorvikToPOS failed: " + kind.step + " SessionID: ")) << failure;
+    EXPECT_EQ(send.till("SELECT " + p + "BT_ID FROM " + kind.till), Rows{"88"});
 }
 
 TEST_P(Vouchers, FailedMergeIsMadeGoodByTheNextSend) {

@@ -61,6 +61,7 @@ struct FirstText {
             case DriverTask::DrawSessionID: return "TorvikPosSync.SesjonID.";
             case DriverTask::ReadTillVersion: return "@@VERSION";
             case DriverTask::KasseVareAlle: return "KasseVareAlle";
+            case DriverTask::AskBackOffice: return "as Svar";
         }
         return {};
     }
