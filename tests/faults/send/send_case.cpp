@@ -2,6 +2,7 @@
 #include "tests/faults/send/send_case.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "outbound/exports/send_steps.h"
 #include "tests/support/qt_print.h"
@@ -49,15 +50,22 @@ sandbox::FaultRule ruleFor(const SentRequest& at, Fault fault) {
     return rule;
 }
 
-SendFaultRun sendWith(ChainCopy& copy, const SentRequest& at, const sandbox::FaultRule& rule) {
+std::size_t otherSide(std::size_t server) {
+    return server == kBackOffice ? kFirstTill : kBackOffice;
+}
+
+// A send that meets the rule, or without one loses the other side while the request runs.
+SendFaultRun sendWith(ChainCopy& copy, const SentRequest& at, const std::optional<sandbox::FaultRule>& rule) {
     const auto program = sendProgram(copy);
-    serverOf(copy.chain, at.server).faults().add(rule);
+    if (rule) serverOf(copy.chain, at.server).faults().add(*rule);
     SendFaultRun result;
     std::string struck;
     {
         const RequestWatch watch(copy.chain,
                                  [&](std::size_t server, std::uint64_t place, const sandbox::RequestInfo& r) {
-                                     if (server == at.server && place == at.place) struck = sameEachSend(r.text);
+                                     if (server != at.server || place != at.place) return;
+                                     struck = sameEachSend(r.text);
+                                     if (!rule) serverOf(copy.chain, otherSide(server)).dropConnections();
                                  });
         result.ended = program->send();
     }
@@ -106,7 +114,27 @@ std::string described(const SentRequest& at, std::size_t request, Fault fault) {
 
 }  // namespace
 
+namespace {
+
+// The login at the till follows its lock, the first request of the visit.
+bool isConnected(const RecordedSend& run, std::size_t request, std::size_t server) {
+    return server == kBackOffice || request > run.beginOf(1);
+}
+
+// The request runs; what the lost side is asked for next finds it gone.
+SendLeaves leavesWithoutOtherSide(const RecordedSend& run, std::size_t request) {
+    const std::size_t lost = otherSide(run.requests[request].server);
+    const std::size_t end = run.beginOf(2);
+    std::size_t next = request + 1;
+    while (next < end && run.requests[next].server != lost) ++next;
+    if (next == end || !isConnected(run, request, lost)) return {.done = end, .giftCardItem = true};
+    return sendLeaves(run, next, Fault::DropsBefore);
+}
+
+}  // namespace
+
 SendLeaves sendLeaves(const RecordedSend& run, std::size_t request, Fault fault) {
+    if (fault == Fault::OtherSideDrops) return leavesWithoutOtherSide(run, request);
     const SentRequest& at = run.requests[request];
     const bool ran = fault == Fault::DropsAfter;
     const bool lost = ran || fault == Fault::DropsBefore;
@@ -119,7 +147,8 @@ SendLeaves sendLeaves(const RecordedSend& run, std::size_t request, Fault fault)
         case SendPart::Steps:
             return {.done = done,
                     .giftCardItem = !lost,  // it takes both sessions
-                    .told = at.step < kFirstGuardedStep ? SendTold::Failed : SendTold::FailedAtStep};
+                    .told = at.step < kFirstGuardedStep ? SendTold::Failed : SendTold::FailedAtStep,
+                    .step = at.name};
         case SendPart::Numbering: return {.done = done, .giftCardItem = !lost};
         case SendPart::GiftCardItem: return {.done = done, .giftCardItem = ran && at.server == kFirstTill};
         case SendPart::Ending: return {.done = done, .giftCardItem = true};
@@ -175,10 +204,11 @@ void expectSendWithFault(const SendStage& stage, std::size_t request, Fault faul
     const SendLeaves left = sendLeaves(run, request, fault);
     const auto copy = stage.copy();
 
-    const SendFaultRun result = sendWith(*copy, at, ruleFor(at, fault));
+    const SendFaultRun result =
+        sendWith(*copy, at, fault == Fault::OtherSideDrops ? std::nullopt : std::optional(ruleFor(at, fault)));
 
     EXPECT_EQ(result.struck, at.text);
-    expectTold(result, left.told, at.name);
+    expectTold(result, left.told, left.step);
     const ChainState expected = stateAfterSend(run, left);
     EXPECT_EQ(difference(expected, readState(copy->chain)), "");
     if (isFollowed(expected)) expectNextSendsMakeGood(stage, *copy, expected);
@@ -198,7 +228,7 @@ void expectSendWithFaultAtStatement(const SendStage& stage, std::size_t request,
 
     EXPECT_EQ(result.struck, at.text);
     const SendLeaves left = sendLeaves(run, request, fault);
-    expectTold(result, left.told, at.name);
+    expectTold(result, left.told, left.step);
     ChainState expected = stateAfterSend(run, left);
     ChainState found = readState(copy->chain);
     const ChainState whole = found;

@@ -11,9 +11,9 @@
 
 namespace torvik::test {
 
-// Those of Fault that a send knows: it hears a cancel between two tills only, and has no transaction whose other side
-// could be lost.
-inline constexpr Fault kSendFaults[] = {Fault::Fails, Fault::Deadlocks, Fault::DropsBefore, Fault::DropsAfter};
+// Those of Fault that a send knows: it hears a cancel between two tills only.
+inline constexpr Fault kSendFaults[] = {Fault::Fails, Fault::Deadlocks, Fault::DropsBefore, Fault::DropsAfter,
+                                        Fault::OtherSideDrops};
 
 // How a run tells what befell the first till.
 enum class SendTold {
@@ -29,6 +29,7 @@ struct SendLeaves {
     std::size_t done = 0;       // of the first till's requests those before this one are done
     bool giftCardItem = false;  // the till's gift-card item is refreshed, whatever else
     SendTold told = SendTold::Sent;
+    std::string step;  // the name that it is told with
 };
 [[nodiscard]] SendLeaves sendLeaves(const RecordedSend& run, std::size_t request, Fault fault);
 [[nodiscard]] ChainState stateAfterSend(const RecordedSend& run, const SendLeaves& left);

@@ -33,9 +33,11 @@ constexpr int kGroups = 2;
 
 class SendFault : public testing::TestWithParam<std::tuple<Fault, int>> {
 protected:
-    // The ordinary run cuts the connection at every other request, before it and after it in turn.
+    // The ordinary run cuts the connection at every other request, before it and after it in turn, and that to the
+    // other side at every fourth.
     static bool isTaken(Fault fault, std::size_t place) {
         if (fault == Fault::Fails || isLongRun()) return true;
+        if (fault == Fault::OtherSideDrops) return place % 4 == 0;
         return place % 4 == (fault == Fault::DropsBefore ? 1 : 3);
     }
     static void expectAtEach(const std::vector<std::size_t>& requests) {
@@ -54,12 +56,11 @@ TEST_P(SendFault, AroundTheStepsLeavesTheTillWholeOrAsItWas) {
     expectAtEach(aroundTheSteps(SendStage::get().run()));
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, SendFault,
-                         testing::Combine(testing::Values(Fault::Fails, Fault::DropsBefore, Fault::DropsAfter),
-                                          testing::Range(0, kGroups)),
-                         [](const auto& test) {
-                             return nameOf(std::get<0>(test.param)) + std::to_string(std::get<1>(test.param));
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    Each, SendFault,
+    testing::Combine(testing::Values(Fault::Fails, Fault::DropsBefore, Fault::DropsAfter, Fault::OtherSideDrops),
+                     testing::Range(0, kGroups)),
+    [](const auto& test) { return nameOf(std::get<0>(test.param)) + std::to_string(std::get<1>(test.param)); });
 
 }  // namespace
 }  // namespace torvik::test
