@@ -249,8 +249,8 @@ void TdmTorvikToPOS::callKasseVareAlle() {
     spKasseVareAlle.ExecProc();
 }
 
-// The till is this visit's as long as the back office's session lives. Lost, another copy of the program may have fetched
-// the till since, and what it has handed in would be overwritten with what was read before.
+// The till is this visit's as long as the back office's session lives. Lost, another copy of the program may have
+// fetched the till since, and what it has handed in would be overwritten with what was read before.
 void TdmTorvikToPOS::askBackOffice() {
     openSource(QString::fromUtf8(kAnything));
     qrySource.Close();

@@ -201,6 +201,17 @@ TEST_P(FailedDelete, LeavesTheTillAsItWas) {
     EXPECT_THAT(send.till("SELECT RTRIM(VA_ID) FROM VARE WHERE VA_ID IN ('777097', '777099')"), ElementsAre("777099"));
 }
 
+// What is gone is judged by the back office's register, not by what has been sent.
+TEST_F(ItemDeletion, KeepsTheBackOfficesItemsInASendOfNone) {
+    send.dm.DeleteItem = false;
+    ASSERT_EQ(send.send(), QString());
+    const Rows before = send.till("SELECT RTRIM(VA_ID) FROM VARE WHERE VA_ID <> '777099' ORDER BY 1");
+    send.dm.DeleteItem = true;
+    send.dm.ItemUpdateSelection = iusNone;
+    ASSERT_EQ(send.send(), QString());
+    EXPECT_EQ(send.till("SELECT RTRIM(VA_ID) FROM VARE ORDER BY 1"), before);
+}
+
 TEST_F(ItemDeletion, SecondSendFindsNothingMore) {
     ASSERT_EQ(send.send(), QString());
     const Rows noted = send.till(kLog);

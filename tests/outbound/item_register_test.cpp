@@ -83,6 +83,19 @@ TEST(ItemAtATill, IsMarkedDeletedWhereTheTillHasTheColumnWhateverItsVersion) {
     }
 }
 
+// The till changes its known items by one statement and adds the new ones by another.
+TEST(ItemAtATill, NewOneIsWholeWhereTheTillRefusesTheChangeOfAnother) {
+    TillSend send(kNewest);
+    send.inBackOffice(plainItem("777002"));
+    ASSERT_EQ(send.send(), QString());
+    send.onTill("ALTER TABLE VARE ADD CONSTRAINT CK_SPERRE CHECK (VA_NAVN <> 'Sperret')");
+    send.inBackOffice("UPDATE Vare SET Va_Navn = 'Sperret' WHERE Va_Id = '777002'");
+    send.inBackOffice(kOneItem);
+    EXPECT_THAT(send.send().toStdString(), testing::StartsWith("TorvikToPOS failed: Vare SessionID: "));
+    EXPECT_THAT(send.till(kItemRow), ElementsAre(kItemAsSent));
+    EXPECT_THAT(send.till("SELECT RTRIM(VA_NAVN) FROM VARE WHERE VA_ID = '777002'"), ElementsAre("Vare 777002"));
+}
+
 TEST(ItemAtATill, LongGroupNameIsCutAtFiftyCharacters) {
     TillSend send(kNewest);
     send.inBackOffice(kOneItem);
@@ -160,6 +173,18 @@ TEST(ItemChoice, NoneSendsNoItemAndLeavesThoseOfTheTill) {
     EXPECT_EQ(send.till("SELECT VA_ID, VA_PRIS FROM VARE ORDER BY VA_ID"), before);
     EXPECT_THAT(send.log, testing::Contains(
                               QStringLiteral("Fullført overføring av 0 poster i tabellen VARE. Tid brukt: 00:00:00")));
+}
+
+TEST(ItemChoice, OfAnotherSessionIsNotSent) {
+    TillSend send(kNewest);
+    send.inBackOffice(kOneItem);
+    for (const char* other : {"", "annen"})
+        send.inBackOffice(std::string("INSERT VareEksport (Ve_SesjonID, Ve_InsDato, Ve_Va_ID, Ve_Va_Navn, Ve_Pris, "
+                                      "Ve_Va_Utgaatt, Ve_Varegruppe) VALUES ('") +
+                          other + "', GETDATE(), '777001', 'Rødt garn', 1, 0, '')");
+    send.dm.ItemUpdateSelection = iusNone;
+    ASSERT_EQ(send.send(), QString());
+    EXPECT_THAT(send.till("SELECT VA_ID FROM VARE WHERE VA_ID = '777001'"), IsEmpty());
 }
 
 TEST(ItemChoice, EndsWithoutRowsOfItsOwnAndSweepsThoseOlderThanADay) {
