@@ -158,6 +158,9 @@ public:
         }
         return out;
     }
+    void addDefaults(std::vector<Bound>& items) {
+        for (const ColumnDef* column : defaults_) items.emplace_back().sql = defaultOf(*column);
+    }
     [[nodiscard]] std::string defaultOf(const ColumnDef& column) {
         return binder_.stored(binder_.defaultOf(column), column, table_, 0);
     }
@@ -245,6 +248,12 @@ std::string selectText(Binder& binder, InsertBinder& insert, const ObjectDef& ta
     const std::size_t wanted = insert.listed().size();
     checkCount(binder, table, !statement.columns.empty(), wanted, node->columns.size(), true, line);
     if (node->columns.size() != wanted) return {};
+    // A row of its own: SQLite would copy each value of a SELECT without a FROM once more into the one around it.
+    if (node->inlineable && node->from.empty() && limit.empty()) {
+        for (std::size_t i = 0; i < wanted; ++i) node->items[i].sql = insert.stored(i, node->items[i], line);
+        insert.addDefaults(node->items);
+        return binder::render(*node);
+    }
     std::string list;
     for (std::size_t i = 0; i < wanted; ++i) {
         Bound value;

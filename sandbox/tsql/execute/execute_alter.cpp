@@ -43,9 +43,9 @@ void fillWithDefault(const ExecuteContext& context, const FoundObject& table, co
     for (const std::int64_t row : rows) {
         sqlite3_bind_int64(update.get(), 1, row);
         if (value.step()) StatementRow(value.get()).bind(update.get(), 2, 0);
-        value.reset();
         update.step();
         update.reset();
+        value.reset();
     }
 }
 

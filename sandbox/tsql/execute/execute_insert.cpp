@@ -120,9 +120,8 @@ bool RowInserter::bindDefault(sqlite3_stmt* to, std::size_t column) {
     context_.bindParameters(value.statement, value.query, {});
     bool given = false;
     if (value.statement.step()) {
-        const StatementRow row(value.statement.get());
-        given = !row.isNull(0);
-        row.bind(to, static_cast<int>(column) + 1, 0);
+        given = sqlite3_column_type(value.statement.get(), 0) != SQLITE_NULL;
+        sqlite3_bind_value(to, static_cast<int>(column) + 1, sqlite3_column_value(value.statement.get(), 0));
     }
     value.statement.reset();
     return given;
@@ -197,12 +196,14 @@ void RowInserter::noteIdentity(std::int64_t value) {
 
 namespace {
 
+// The target is among what the statement was bound against in any case, and once more where its rows are read.
 bool readsTarget(const BoundInsert& insert, const FoundObject& table) {
+    int target = 0;
     for (const ResolvedObject& read : insert.source.reads) {
-        // A view may hide any table.
-        if (read.object->kind != ObjectKind::Table || read.object == table.object) return true;
+        if (read.object->kind != ObjectKind::Table) return true;  // a view may hide any table
+        if (read.object == table.object) ++target;
     }
-    return false;
+    return target > 1;
 }
 
 }  // namespace

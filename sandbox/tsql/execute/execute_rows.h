@@ -21,6 +21,7 @@ public:
     virtual ~RowView() = default;
     [[nodiscard]] virtual bool isNull(std::size_t cell) const = 0;
     [[nodiscard]] virtual std::int64_t integer(std::size_t cell) const = 0;
+    // Bytes stay the row's: `to` is run and reset before the row goes on to the next.
     virtual void bind(sqlite3_stmt* to, int parameter, std::size_t cell) const = 0;
 };
 
@@ -35,7 +36,14 @@ public:
         return sqlite3_column_int64(statement_, static_cast<int>(cell));
     }
     void bind(sqlite3_stmt* to, int parameter, std::size_t cell) const override {
-        sqlite3_bind_value(to, parameter, sqlite3_column_value(statement_, static_cast<int>(cell)));
+        const int column = static_cast<int>(cell);
+        if (sqlite3_column_type(statement_, column) == SQLITE_BLOB) {
+            const void* bytes = sqlite3_column_blob(statement_, column);
+            const auto length = static_cast<sqlite3_uint64>(sqlite3_column_bytes(statement_, column));
+            sqlite3_bind_blob64(to, parameter, length == 0 ? "" : bytes, length, SQLITE_STATIC);
+        } else {
+            sqlite3_bind_value(to, parameter, sqlite3_column_value(statement_, column));
+        }
     }
 
 private:
