@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "sandbox/chain/demo_chain.h"
+#include "sandbox/chain/ini_files.h"
 #include "sandbox/chain/script_files.h"
 #include "sandbox/chain/upkeep.h"
 #include "sandbox/server/server.h"
@@ -164,6 +165,7 @@ void runChain(const Arguments& a, const sigset_t& signals) {
     options.dataDir = a.server.engine.dataDir;
     sandbox::chain::DemoChain chain(options);
     giveUpkeep(chain);
+    giveIniFiles(chain);
     tellListening(chain.backOffice());
     tellTills(chain);
     std::cout << "data link: " << chain.dataLink() << std::endl;

@@ -227,6 +227,7 @@ TEST_F(SendingAFileToSixTills, StopsAtNoTillThatFailsAndPassesOverThoseThatAreAw
     ASSERT_EQ(rows.size(), 6);
     for (int served : {0, 4, 5}) EXPECT_TRUE(rows[served].endsWith(" 0.00")) << rows[served].toStdString();
     for (int away : {1, 2}) EXPECT_TRUE(rows[away].endsWith(" ingen")) << rows[away].toStdString();
+    EXPECT_EQ(samba.content("C$", "nytt.dat"), "abc");
     EXPECT_THAT(run.errors(), IsEmpty());
 }
 

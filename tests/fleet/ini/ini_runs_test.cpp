@@ -9,6 +9,7 @@
 #include "engine/base/abort.h"
 #include "engine/db/errors.h"
 #include "engine/roster/kasse_collection.h"
+#include "sandbox/chain/ini_files.h"
 #include "tests/fleet/support/fleet_run.h"
 #include "tests/support/qt_print.h"
 
@@ -119,6 +120,28 @@ TEST_F(GetIni, CancelEndsTheWalkBehindTheTill) {
     EXPECT_EQ(received.size(), 1U);
     EXPECT_THAT(progress, ElementsAre("50 Utført henting av TorvikPOS.ini: 1 av 2 kasser"));
     EXPECT_THAT(run.lines().filter("fullføRT"), IsEmpty());
+}
+
+// A till at version 71 has no column for the kind of a row.
+TEST(IniFilesOfTheDemoChain, AreOfEveryTillThatMarksItsRows) {
+    FleetRun run(FleetRun::tills({213, 72, 213, 229}));
+    giveIniFiles(run.chain);
+    giveIniFiles(run.chain);
+    QStringList printers;
+    run.engine.OnTorvikPosIniReceivedEvent = [&](const QString&, const QString& kassenr, const QStringList& lines,
+                                                 const QString&) {
+        printers << QStringList{kassenr, lines.filter("PrinterName").join(u'|'),
+                                lines.filter("TerminalType").join(u'|')}
+                        .join(u' ');
+    };
+    GetTorvikPOSIni(run.parts());
+    EXPECT_THAT(printers, ElementsAre("1 PrinterName=Zebra GK420d TerminalType=8", "2 PrinterName= TerminalType=6",
+                                      "3 PrinterName=TSC TDP-225 TerminalType=9", "4 PrinterName= TerminalType=0"));
+    for (std::size_t till = 0; till < 4; ++till)
+        EXPECT_THAT(run.tillRows(till, "SELECT COUNT(*) FROM BINARYOBJECT"), ElementsAre("1")) << till;
+    FleetRun oldest(FleetRun::oneTill(71));
+    giveIniFiles(oldest.chain);
+    EXPECT_THAT(oldest.tillRows(0, "SELECT * FROM BINARYOBJECT"), IsEmpty());
 }
 
 TEST_F(GetIniOfSixTills, StopsAtNoTillThatFailsAndCountsIt) {

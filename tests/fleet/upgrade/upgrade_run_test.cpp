@@ -123,6 +123,17 @@ TEST(UpgradeRun, StopsAtNoTillThatFails) {
     EXPECT_THAT(errors[3].toStdString(), HasSubstr("BINARYOBJECT"));
 }
 
+TEST(UpgradeRun, PassesByATillWhoseTableLacksTheBytesColumn) {
+    FleetRun run(FleetRun::tills({213, 213}));
+    run.chain.runInTill(0, "ALTER TABLE BINARYOBJECT DROP COLUMN BO_OBJECT");
+    run.chain.runInTill(0, "INSERT INTO BINARYOBJECT (BO_ID, BO_TYPE, BO_DIRECTION) VALUES (1, 'TORVIKPOS', 0)");
+    UpgradeTorvikPOS(run.parts(), run.file("TorvikPOS.zip", "PK"), kFolder, true, noShare());
+    ASSERT_EQ(run.errors().size(), 1);
+    EXPECT_THAT(run.errors().first().toStdString(), HasSubstr("Invalid column name 'BO_OBJECT'"));
+    EXPECT_THAT(run.tillRows(0, "SELECT * FROM BINARYOBJECT"), IsEmpty()) << "the row of before is gone all the same";
+    EXPECT_THAT(run.objects(1), ElementsAre(FleetRun::object(1, "TORVIKPOS", 0, "PK")));
+}
+
 TEST(UpgradeRun, TellsAShareThatRefusesAndGoesOn) {
     const SambaServer samba;
     FleetRun run(FleetRun::tills({71, 213}));
