@@ -7,7 +7,9 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QStyle>
 #include <QTabWidget>
@@ -21,7 +23,10 @@
 #include "shell/dialogs/pair_decision_dialog.h"
 #include "shell/dialogs/sync_preferences.h"
 #include "shell/dialogs/velg_internkunde_kasse.h"
+#include "shell/fleet/ini_viewer.h"
+#include "shell/fleet/kopier_fil.h"
 #include "shell/fleet/ny_melding.h"
+#include "shell/fleet/progress.h"
 #include "shell/fleet/sql_script_dialog.h"
 #include "shell/setup/setup_report.h"
 #include "shell/status/till_story_dialog.h"
@@ -119,21 +124,62 @@ TEST_F(Screenshots, ResultsOfScriptsAndTheHealthCheck) {
     window.resize(kSmallScreen);
     allTills(window);
     window.Ask.SqlScript = [](SettingsStore&, const QString&, const QStringList&) {
-        return std::optional(SqlScriptAnswer{{QStringLiteral("SELECT * FROM BETALINGFORM")}, true});
+        return std::optional(SqlScriptAnswer{
+            {QStringLiteral("SELECT BF_ID, BF_NAVN, BF_SKUFF, IN_AVDNR, IN_KASSENR FROM BETALINGFORM, INNSTILLINGER")},
+            true});
     };
     click(window, "actiRunSQL");
     take(window, "window-script");
+    chain.runInTill(1, "UPDATE msdb.dbo.sysjobservers SET last_run_outcome = 0");
     click(window, "actiHealthCheck");
     take(window, "window-health");
+}
+
+TEST_F(Screenshots, DialogsOfTheFleet) {
+    MainWindow window(path(), store);
+    window.show();
+    for (const char* name : {"prisliste.sql", "skuff.sql", "les meg.txt"})
+        EXPECT_TRUE(QFile(folder.filePath(QString::fromUtf8(name))).open(QIODevice::WriteOnly));
     TfrmSQLScript script(store, path(), {QStringLiteral("avd 101 kasse 1"), QStringLiteral("avd 102 kasse 1")},
                          &window);
+    test::child<QPlainTextEdit>(script, "script")
+        .setPlainText(QStringLiteral("UPDATE BETALINGFORM\nSET BF_SKUFF = 1\nWHERE BF_NAVN = 'Kontant'\nGO"));
     script.show();
+    const auto& files = test::child<QTreeView>(script, "files");
+    EXPECT_TRUE(QTest::qWaitFor([&files] { return files.model()->rowCount(files.rootIndex()) > 0; }));
     take(script, "script");
     TfrmNyMelding message(path(), QDateTime(QDate(2026, 3, 7), QTime(9, 0)), {}, &window);
+    for (const auto& [field, text] : {std::pair("edMe_Tittel", "Åpningstider i påsken"), std::pair("edMe_Til", "Alle"),
+                                      std::pair("edMe_Fra", "Kontoret")})
+        test::child<QLineEdit>(message, field).setText(QString::fromUtf8(text));
+    test::child<QPlainTextEdit>(message, "meMelding")
+        .setPlainText(QStringLiteral("Onsdag: 09-15\nTorsdag til mandag: stengt"));
     test::child<QCheckBox>(message, "cbDisplayOnPosFront").setChecked(true);
-    test::child<QCheckBox>(message, "cbHtml").setChecked(true);
     message.show();
     take(message, "message");
+    message.hide();
+    test::child<QCheckBox>(message, "cbHtml").setChecked(true);
+    message.show();
+    take(message, "message-html");
+
+    TfrmTorvikPosIniViewerDlg viewer(
+        path(), [](const QString&) {}, &window);
+    viewer.show();
+    viewer.OnTorvikPosIni(QStringLiteral("101"), QStringLiteral("1"),
+                          {"[General]", "BankTerminalIsActive=1", "", "[Bankterminal]", "TerminalType=8", "",
+                           "[CEDevice]", "Enabled=1", "", "[Labels]", "PrinterName=Zebra GK420d"},
+                          QStringLiteral("Torvik Åmot Storgata 1"));
+    viewer.OnTorvikPosIni(QStringLiteral("102"), QStringLiteral("1"), {"[Bankterminal]", "TerminalType=6"},
+                          QStringLiteral("Torvik Bærum Sandvikaveien 210"));
+    take(viewer, "ini-viewer");
+    TfrmKopierFil copy([] { return std::optional<QString>(); }, &window);
+    test::child<QLineEdit>(copy, "teLocalFile").setText(QStringLiteral("/srv/utsending/prisliste.pdf"));
+    copy.show();
+    take(copy, "copy-file");
+    TfrmProgress progress(&window);
+    progress.show();
+    progress.setProgress(41, QStringLiteral("Kopiert 123731968.00 bytes av totalt 300000000.00 bytes (41%)"));
+    take(progress, "copy-progress");
 }
 
 TEST_F(Screenshots, Dialogs) {

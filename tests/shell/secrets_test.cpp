@@ -2,10 +2,18 @@
 // writes or in anything that it sends to the log server.
 #include <gtest/gtest.h>
 
+#include <QCheckBox>
 #include <QDirIterator>
+#include <QLineEdit>
+#include <QPlainTextEdit>
 
 #include "engine/db/session.h"
 #include "logging/setup_logging.h"
+#include "shell/fleet/ini_viewer.h"
+#include "shell/fleet/kopier_fil.h"
+#include "shell/fleet/sql_script_dialog.h"
+#include "tests/shell/modal.h"
+#include "tests/shell/shown_texts.h"
 #include "tests/shell/window_over_a_chain.h"
 #include "tests/support/http_server.h"
 #include "tests/support/samba_server.h"
@@ -106,6 +114,88 @@ TEST_F(Secrets, OfFileSharesAreInNoFileAndNotAtTheLogServer) {
     EXPECT_TRUE(all[QStringLiteral("TorvikPosError.log")].contains("ikke kunne lages"));
     EXPECT_TRUE(all.contains(QStringLiteral("settings.ini")));
     for (const char* secret : {"Torvik-Sandbox-1", "Pos-1", "Hemmelig-Bruker-1", "Galt-Passord-2"})
+        for (auto each = all.cbegin(); each != all.cend(); ++each)
+            EXPECT_FALSE(each->contains(secret)) << secret << " in " << each.key().toStdString();
+}
+
+// Every command on the fleet, with logins of databases and shares that are taken and that are refused.
+TEST_F(Secrets, OfTheFleetAreInNoFileNoEventNoRowAndNoText) {
+    const test::SambaServer samba;
+    const auto put = [this](const char* name) {
+        QFile made(folder.filePath(QString::fromUtf8(name)));
+        EXPECT_TRUE(made.open(QIODevice::WriteOnly));
+        made.write("[Kasse]\r\n");
+    };
+    for (const char* name : {"TorvikPOS.ZIP", "TorvikPOS_Change.ini", "prisliste.txt"}) put(name);
+    chain.runInBackOffice("UPDATE Internkundekasse SET Ikk_Passord = 'sesam-sesam' WHERE Ikk_Ik_Ku_Id = 1002");
+    test::ShownTexts shown;
+    {
+        MainWindow window(path(), store);
+        TTorvikPos& engine = window.TorvikPos1();
+        engine.Seam.tempFolder = [this] { return folder.path(); };
+        window.show();
+        allTills(window);
+        window.Ask.Copy.Share = [&samba] { return samba.share(); };
+        window.Ask.ChooseFile = [this](const QString&, const QString& pattern) { return folder.filePath(pattern); };
+        window.Ask.Text = [](const QString&, const QString&, const QString& preset) { return preset; };
+        window.Ask.Message = [](const QString&) {
+            return std::optional(InstantMessage{.Tittel = "Åpent", .Til = "Alle", .Fra = "Kontoret"});
+        };
+        const auto run = [&](const char* command) {
+            click(window, command);
+            shown.read(window);
+        };
+        const auto copyAs = [this](const char* user, const char* password) {
+            test::whenAsked<TfrmKopierFil>([=, this](TfrmKopierFil& dialog) {
+                const auto type = [&dialog](const char* field, const QString& text) {
+                    test::child<QLineEdit>(dialog, field).setText(text);
+                };
+                type("teFolder", QStringLiteral("\\"));
+                type("teLocalFile", folder.filePath(QStringLiteral("prisliste.txt")));
+                test::child<QCheckBox>(dialog, "cbOverrideUsername").setChecked(true);
+                type("teUserName", QString::fromUtf8(user));
+                type("tePassword", QString::fromUtf8(password));
+                test::press(dialog, "ok");
+            });
+        };
+        for (const char* command : {"actiSendFile", "actiSpeedTest"}) {
+            copyAs(test::SambaServer::kUser, test::SambaServer::kPassword);
+            run(command);
+            copyAs("Hemmelig-Bruker-1", "Galt-Passord-2");
+            run(command);
+        }
+        test::whenAsked<TfrmSQLScript>([](TfrmSQLScript& dialog) {
+            test::child<QPlainTextEdit>(dialog, "script").setPlainText("SELECT * FROM INNSTILLINGER");
+            test::press(dialog, "ok");
+        });
+        run("actiRunSQL");
+        for (const char* command :
+             {"actiSendMessage", "actiHealthCheck", "actiSendProgramUpdate", "actiSendIniFileChanges"})
+            run(command);
+        test::whenAsked<TfrmTorvikPosIniViewerDlg>([&](TfrmTorvikPosIniViewerDlg& viewer) {
+            shown.read(viewer);
+            test::press(viewer, "close");
+        });
+        run("actiViewTorvikPOSini");
+        click(window, "actiSaveRegistry");
+        window.close();
+    }
+    QHash<QString, QByteArray> all = everything();
+    all[QStringLiteral("the windows")] = shown.all().join(u'\n').toUtf8();
+
+    const QByteArray lines = all[QStringLiteral("TorvikPos.log")];
+    for (const char* words :
+         {"STARTER FILKOPIERING", "STARTER HASTIGHETSTEST", "STARTER SQL SCRIPT", "STARTER HELSESJEKK",
+          "STARTER OPPGRADERINGER", "STARTER OPPDATERING AV", "STARTER HENTING AV TORVIKPOS.INI"})
+        EXPECT_TRUE(lines.contains(words)) << words;
+    EXPECT_TRUE(all[QStringLiteral("TorvikPosError.log")].contains("ikke kunne lages")) << "a share has refused";
+    EXPECT_TRUE(all[QStringLiteral("TorvikPosError.log")].contains("AvdID 102, Oppdateringen feilet"));
+    EXPECT_FALSE(all[QStringLiteral("log server")].isEmpty());
+    const QByteArray texts = all[QStringLiteral("the windows")];
+    EXPECT_TRUE(texts.contains("-1.00") || texts.contains("0.00")) << "the status frame's rows are among them";
+    for (const char* window : {"TfrmKopierFil", "TfrmSQLScript", "TfrmProgress"})
+        EXPECT_TRUE(shown.windows().contains(QString::fromUtf8(window))) << window;
+    for (const char* secret : {"Torvik-Sandbox-1", "Pos-1", "sesam-sesam", "Hemmelig-Bruker-1", "Galt-Passord-2"})
         for (auto each = all.cbegin(); each != all.cend(); ++each)
             EXPECT_FALSE(each->contains(secret)) << secret << " in " << each.key().toStdString();
 }
