@@ -234,9 +234,11 @@ TEST_F(NightJob, FlagThatCannotBeSetAfterTheFetchIsLoggedAndTheLastOneLeavesTheH
 struct BrokenSink final : ILogSink {
     int failures = 0;
     int toFail = 0;
+    std::function<void()> onFailure;
     void Write(const std::shared_ptr<ILogEntry>&) override {
         if (failures >= toFail) return;
         ++failures;
+        if (onFailure) onFailure();
         throw EngineError(QStringLiteral("ødelagt logg"));
     }
     void SyncAndClose() override {}
@@ -260,6 +262,15 @@ TEST_F(FailingFetch, IsTriedAgainAfterThreeMinutes) {
               QStringList{QStringLiteral("Prøver ExecuteOppgjor igjen (melding ødelagt logg)")});
     EXPECT_EQ(chain.messages().count(QStringLiteral("Venter i 180 sekunder på neste forsåk")), 1);
     EXPECT_EQ(steps.join(u'|'), QStringLiteral("start|hentet flagg 3|send flagg 3|slutt"));
+}
+
+TEST_F(FailingFetch, IsNotWaitedForAfterACancel) {
+    sink->toFail = 1;
+    sink->onFailure = [this] { chain.engine.SetCancelRequest(true); };
+    EXPECT_THROW(chain.engine.DoOnTimer(), EAbort);
+    EXPECT_EQ(chain.messages().filter(QStringLiteral("igjen")).size(), 1);
+    EXPECT_EQ(chain.messages().filter(QStringLiteral("Venter i 180")), QStringList());
+    EXPECT_EQ(steps.join(u'|'), QStringLiteral("start|slutt"));
 }
 
 TEST_F(FailingFetch, ThirdFailureLeavesTheHandlerAndStillEndsTheNight) {
