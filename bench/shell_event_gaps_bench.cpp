@@ -176,6 +176,7 @@ int main(int argc, char** argv) {
     store.write("Smtp/AutomaticAccumulate", true);
     MainWindow window(folder.path() + QLatin1Char('/'), store);
     window.show();
+    QApplication::processEvents();  // painted for the first time long before the night
     torvik::TTorvikPos& engine = window.TorvikPos1();
     engine.Seam.tempFolder = [&folder] { return folder.path(); };
     engine.Seam.now = [now = QDateTime::currentDateTime()] { return now; };  // its minute does not end

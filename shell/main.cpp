@@ -7,6 +7,7 @@
 #include "engine/base/abort.h"
 #include "logging/program_file.h"
 #include "logging/setup_logging.h"
+#include "shell/look/program_style.h"
 #include "shell/main_window.h"
 #include "shell/settings/settings_store.h"
 #include "shell/start/application_folder.h"
@@ -79,7 +80,7 @@ int run(int argc, char** argv) {
     int exitCode = 0;
     Application application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
-    QApplication::setStyle(QStringLiteral("Fusion"));
+    QApplication::setStyle(new ProgramStyle);
 
     bool told = false;
     const auto tell = [&told](const QString& message) {

@@ -27,8 +27,8 @@ ORDER BY Ik_Avdelingsnummer, Ikk_Kassenummer)";
 
 }  // namespace
 
-TillList::TillList(QWidget* parent)
-    : QWidget(parent), model_(new QStandardItemModel(this)), view_(new QTableView(this)) {
+// The search is made first: Tab comes to it first.
+TillList::TillList(QWidget* parent) : QWidget(parent), model_(new QStandardItemModel(this)) {
     auto* filter = new QSortFilterProxyModel(this);
     filter->setSourceModel(model_);
     filter->setFilterKeyColumn(-1);
@@ -37,11 +37,13 @@ TillList::TillList(QWidget* parent)
     search->setPlaceholderText(QStringLiteral("Søk etter avdeling, kasse eller butikk"));
     search->setClearButtonEnabled(true);
     search->setObjectName(QStringLiteral("tillSearch"));
+    view_ = new QTableView(this);
     view_->setObjectName(QStringLiteral("tillList"));
     view_->setModel(filter);
     view_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     view_->setSelectionBehavior(QAbstractItemView::SelectRows);
     view_->setAlternatingRowColors(true);
+    view_->setTabKeyNavigation(false);  // Tab goes on to the next control
     view_->verticalHeader()->hide();
     view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 8);
     view_->setMinimumHeight(kRowsAtLeast * view_->verticalHeader()->defaultSectionSize());

@@ -23,7 +23,7 @@ public:
 
 private:
     QStandardItemModel* model_;
-    QTableView* view_;
+    QTableView* view_ = nullptr;
 };
 
 }  // namespace torvik

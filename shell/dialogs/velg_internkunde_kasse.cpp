@@ -81,6 +81,7 @@ TfrmVelgInternkundeKasse::TfrmVelgInternkundeKasse(db::Session& session, QWidget
     grid_->setObjectName(QStringLiteral("tills"));
     grid_->setSelectionBehavior(QAbstractItemView::SelectRows);
     grid_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    grid_->setTabKeyNavigation(false);  // Tab goes on to the next control
     grid_->setAlternatingRowColors(true);
     grid_->verticalHeader()->hide();
     QStringList captions;

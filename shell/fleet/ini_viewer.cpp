@@ -33,6 +33,7 @@ TfrmTorvikPosIniViewerDlg::TfrmTorvikPosIniViewerDlg(QString folder, std::functi
     grid_->setObjectName(QStringLiteral("grid"));
     grid_->setModel(&memKasse_);
     grid_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    grid_->setTabKeyNavigation(false);  // Tab goes on to the next control
     grid_->setSelectionBehavior(QAbstractItemView::SelectRows);
     grid_->setSelectionMode(QAbstractItemView::SingleSelection);
     grid_->verticalHeader()->hide();

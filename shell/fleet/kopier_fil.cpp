@@ -63,6 +63,7 @@ TfrmKopierFil::TfrmKopierFil(std::function<std::optional<QString>()> chooseFile,
     layout->addWidget(new QLabel(QStringLiteral("Filen kopieres til:"), this));
     layout->addWidget(lblInfo_);
     layout->addWidget(okAndAvbryt(*this));
+    setTabOrder(teLocalFile_, browse);  // it stands beside the field
 
     connect(browse, &QPushButton::clicked, this, &TfrmKopierFil::chooseLocalFile);
     connect(cbOverrideUsername_, &QCheckBox::toggled, this, &TfrmKopierFil::setOverride);

@@ -71,6 +71,7 @@ TfrmNyMelding::TfrmNyMelding(const QString& folder, const QDateTime& now, Asking
     deExpiry_->setObjectName(QStringLiteral("deExpiry"));
     deExpiry_->setDisplayFormat(QStringLiteral("dd.MM.yyyy HH:mm"));
     deExpiry_->setCalendarPopup(true);
+    meMelding_->setTabChangesFocus(true);
     bodies_->addWidget(meMelding_);
 
     auto* fields = new QFormLayout;
@@ -124,7 +125,9 @@ void TfrmNyMelding::setHtml(bool on) {
         }
         page_ = page.release();
         page_->setObjectName(QStringLiteral("page"));
+        page_->setTabChangesFocus(true);
         bodies_->addWidget(page_);
+        setTabOrder(meMelding_, page_);
     }
     bodies_->setCurrentWidget(on ? static_cast<QWidget*>(page_) : meMelding_);
 }

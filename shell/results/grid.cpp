@@ -19,6 +19,7 @@ constexpr int kWidest = 400;
 
 Grid::Grid(QWidget* parent) : QTableView(parent) {
     setEditTriggers(NoEditTriggers);
+    setTabKeyNavigation(false);  // Tab goes on to the next control
     setSelectionBehavior(SelectRows);
     setAlternatingRowColors(true);
     setWordWrap(false);

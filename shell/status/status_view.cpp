@@ -19,6 +19,7 @@
 #include <QTreeView>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <utility>
 
 #include "engine/status/oppgjor_status.h"
 #include "shell/status/state_bar.h"
@@ -127,6 +128,9 @@ QWidget* StatusView::createOptions() {
     layout->addWidget(groupLabel);
     layout->addWidget(group);
 
+    setTabOrder(group, tree_);
+    setTabOrder(tree_, melding_);
+
     connect(errorsOnly, &QCheckBox::toggled, this, [this](bool on) { status_.SetErrorsOnly(on); });
     connect(failedFirst, &QCheckBox::toggled, this,
             [this](bool on) { arrangeBy([on](StatusArrangement& to) { to.failedFirst = on; }); });
@@ -147,8 +151,11 @@ void StatusView::connectStatus() {
     });
     connect(&status_, &TfraOppgjorStatus::AllExpanded, this, [this] { expandTills({}); });
     connect(&status_, &TfraOppgjorStatus::AllCollapsed, tree_, &QTreeView::collapseAll);
-    connect(&status_, &TfraOppgjorStatus::RefreshWanted, this, [this] { repaint(); });
-    connect(&status_, &TfraOppgjorStatus::CurrentRowChanged, this, &StatusView::follow);
+    connect(&status_, &TfraOppgjorStatus::RefreshWanted, this, [this] {
+        follow(status_.CurrentRow());
+        repaint();
+    });
+    connect(&status_, &TfraOppgjorStatus::CurrentRowChanged, this, &StatusView::followSoon);
     connect(&status_, &TfraOppgjorStatus::RunningRowChanged, this, &StatusView::showCounts);
     connect(&status_.memOppgjorStatus, &QAbstractItemModel::modelReset, this, [this] {
         following_ = true;
@@ -261,6 +268,19 @@ void StatusView::sortBy(int column) {
     });
     tree_->header()->setSortIndicatorShown(model_->arrangement().sortColumn.has_value());
     tree_->header()->setSortIndicator(column, model_->arrangement().sortOrder);
+}
+
+// A run sets all its tills at its beginning, and the tree lays out all rows each time that it moves: once for all of
+// them.
+void StatusView::followSoon() {
+    if (std::exchange(followsSoon_, true)) return;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            followsSoon_ = false;
+            follow(status_.CurrentRow());
+        },
+        Qt::QueuedConnection);
 }
 
 // The highlight goes to the till that was set last, unless the operator has chosen another.

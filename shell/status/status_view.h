@@ -50,6 +50,7 @@ private:
     void sortBy(int column);
     void showCounts();
     void showMelding();
+    void followSoon();
     void follow(int statusRow);
     void spanLines(const QModelIndex& till, int first);
     void rowsCame(const QModelIndex& above, int first);
@@ -67,7 +68,8 @@ private:
     QPlainTextEdit* melding_;
     QLabel* sums_;
     QLabel* empty_;
-    bool following_ = true;    // the highlight goes with the run, until the operator chooses a row
+    bool following_ = true;  // the highlight goes with the run, until the operator chooses a row
+    bool followsSoon_ = false;
     bool moving_ = false;      // the highlight, by itself
     bool fitting_ = false;     // the columns, by themselves
     bool columnsSet_ = false;  // by the operator: they fit themselves no more

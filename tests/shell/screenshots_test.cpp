@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -29,9 +30,11 @@
 #include "shell/fleet/progress.h"
 #include "shell/fleet/sql_script_dialog.h"
 #include "shell/setup/setup_report.h"
+#include "shell/status/status_tree_model.h"
 #include "shell/status/till_story_dialog.h"
 #include "tests/shell/modal.h"
 #include "tests/shell/window_over_a_chain.h"
+#include "tests/support/pump.h"
 
 namespace torvik {
 namespace {
@@ -104,6 +107,7 @@ TEST_F(Screenshots, MainWindowOnADarkDesktop) {
     QPalette dark(QColor(0x35, 0x35, 0x35));
     dark.setColor(QPalette::Base, QColor(0x23, 0x23, 0x23));
     dark.setColor(QPalette::AlternateBase, QColor(0x2d, 0x2d, 0x2d));
+    QApplication::style()->polish(dark);  // as it does with the desktop's own
     QApplication::setPalette(dark);
     {
         chain.till(1).stopListening();
@@ -113,8 +117,42 @@ TEST_F(Screenshots, MainWindowOnADarkDesktop) {
         allTills(window);
         click(window, "actiOppgjorManually");
         take(window, "window-dark");
+        auto& preferences = *window.findChild<TfrmSyncPreferences*>();
+        preferences.show();
+        test::child<QTabWidget>(preferences, "preferences").setCurrentIndex(3);
+        take(preferences, "preferences-dark");
     }
     QApplication::setPalette(light);
+}
+
+TEST_F(Screenshots, LongNamesOfStores) {
+    chain.runInBackOffice(
+        "UPDATE Kunde SET Ku_Navn = 'Kristiansund Storsenter Nordlandet Sport og Fritid AS', Ku_Adresse1 = "
+        "'Kristiansund Storsenter Nordlandet Sport og Fritid' WHERE Ku_Id IN (1001, 1002)");
+    chain.till(1).stopListening();
+    MainWindow window(path(), store);
+    window.show();
+    window.resize(kSmallScreen);
+    allTills(window);
+    click(window, "actiOppgjorManually");
+    auto& tree = test::child<QTreeView>(window, "statusTree");
+    // The columns fit themselves now and then.
+    EXPECT_TRUE(test::pumpUntil([&tree] { return tree.header()->sectionSize(StatusTreeModel::Navn) > 200; }));
+    take(window, "window-long-names");
+    tree.setFocus();
+    tree.setCurrentIndex(tree.model()->index(0, 0));
+    QTest::keyClick(&tree, Qt::Key_Return);
+    auto* story = window.findChild<TillStoryDialog*>();
+    ASSERT_NE(story, nullptr);
+    take(*story, "story-long-names");
+    story->close();
+    TKasseCollection tills;
+    MainWindow another(path(), store);
+    test::whenAsked<TfrmVelgInternkundeKasse>([](TfrmVelgInternkundeKasse& shown) {
+        take(shown, "tills-long-names");
+        test::press(shown, "cancel");
+    });
+    EXPECT_FALSE(another.Ask.SelectTills(tills, TSyncVersions{svTorvikPosSync}));
 }
 
 TEST_F(Screenshots, ResultsOfScriptsAndTheHealthCheck) {

@@ -195,6 +195,7 @@ TEST_F(Status, MessagesOfTheTillUnderWayAndOfTheChosenOne) {
     till(9);
     till(10);
     status(9, ostHentet, oksFalse, QStringLiteral("feilet"));
+    QCoreApplication::processEvents();  // as each line of log does
     EXPECT_EQ(melding(), QStringLiteral("feilet,"));
     tree().setCurrentIndex(tree().model()->index(0, 0));
     EXPECT_EQ(melding(), QString());
