@@ -88,7 +88,8 @@ MainWindow::MainWindow(const QString& folder, SettingsStore& store, const ShowMe
     preferences_->settings().apply(kAtStart);
     settings_->apply(kAtStart);
     connectBackOffice();
-    serverWait_ = std::make_unique<ServerWait>(commands_->cancel(), commands_->cancelButton());
+    serverWait_ =
+        std::make_unique<ServerWait>(commands_->cancel(), commands_->cancelButton(), [this] { torvikPos_->Abandon(); });
     createTrayIcon();
     layout_ = new WindowLayout(store_, *this, *statusView_);
     if (!layout_->restore()) resize(kSize.boundedTo(screen()->availableSize()));
@@ -206,6 +207,7 @@ QWidget* MainWindow::createLeftSide() {
     scroll->setWidget(settingsPanel_);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setFocusPolicy(Qt::NoFocus);
     scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     scroll->setMinimumWidth(settingsPanel_->sizeHint().width() + 24);
     auto* left = new QSplitter(Qt::Vertical);
@@ -247,7 +249,7 @@ void MainWindow::createCommands() {
     automaticRun_->onRunning = [this](bool running) { commands_->setCancelEnabled(running); };
     connect(settingsPanel_, &SettingsPanel::autoStartChanged, this, [this](bool on) { automaticRun_->arm(on); });
     context_.reset(new CommandContext{*this, engine, msConnTarget, folder_, store_, *settings_, *preferences_,
-                                      *automaticRun_, Ask, [this] { progressBar_->reset(); }, *scriptResults_, *health_,
+                                      *automaticRun_, Ask, [this] { resetProgress(); }, *scriptResults_, *health_,
                                       [this](QWidget& pane) { panes_->setCurrentWidget(&pane); }});
 }
 
@@ -278,6 +280,13 @@ void MainWindow::createStatusBar() {
     torvikPos_->OnDtsProgress = [this](QObject*, const QString& task, const QString& message, int) {
         progressText_->setText(QStringLiteral("%1:   %2").arg(task, message));
     };
+}
+
+// What the command before has done is no progress of this one's.
+void MainWindow::resetProgress() {
+    progressBar_->reset();
+    progressBar_->hide();
+    progressText_->clear();
 }
 
 // A missing file is told at once; reading it raises all the same, and that ends the start.
@@ -322,15 +331,16 @@ void MainWindow::showEvent(QShowEvent* event) {
     settings_->apply(kAtStart);
 }
 
-// Workers that run are only warned of: they end with the window. A run that is under way is cancelled first, and the
-// window closes once it has ended. Each run of a night clears the cancel as it begins, so it is asked for at every
-// look.
+// Workers that run are only warned of: they end with the window. A run that is under way is cancelled first, its
+// statement too, and the window closes once it has ended. Each run of a night clears the cancel as it begins, so it is
+// asked for at every look.
 void MainWindow::closeEvent(QCloseEvent* event) {
     constexpr int kLookAgainMs = 100;
     const bool first = !std::exchange(closing_, true);
     if (const QString warning = threads_->ClosingWarning(); first && !warning.isEmpty()) threads_->ShowMessage(warning);
     if (runner_->busy()) {
         if (first) settings_->set("cbAutoStart", false);
+        torvikPos_->Abandon();
         if (!torvikPos_->CancelRequest()) torvikPos_->SetCancelRequest(true);
         if (QWidget* dialog = QApplication::activeModalWidget()) dialog->close();  // a log-off waits for no answer
         QTimer::singleShot(kLookAgainMs, this, [this] { close(); });

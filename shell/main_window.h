@@ -68,6 +68,7 @@ private:
     [[nodiscard]] QWidget* createLeftSide();
     void createCommands();
     void createStatusBar();
+    void resetProgress();
     void createTrayIcon();
     void readDataLink(const ShowMessage& showMessage);
     void connectBackOffice();

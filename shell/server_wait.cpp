@@ -9,8 +9,11 @@
 
 namespace torvik {
 
-ServerWait::ServerWait(QAction& cancel, QWidget& cancelButton)
-    : cancel_(cancel), cancelButton_(cancelButton), meanwhile_([this] { turn(); }) {}
+ServerWait::ServerWait(QAction& cancel, QWidget& cancelButton, std::function<void()> closeAsked)
+    : cancel_(cancel),
+      cancelButton_(cancelButton),
+      closeAsked_(std::move(closeAsked)),
+      meanwhile_([this] { turn(); }) {}
 
 ServerWait::~ServerWait() = default;
 
@@ -28,6 +31,7 @@ void ServerWait::turn() {
 
 bool ServerWait::eventFilter(QObject* receiver, QEvent* event) {
     if (!inTurn_ || !waits(receiver, *event) || isCancel(receiver, *event)) return false;
+    if (event->type() == QEvent::Close && isOfWindow(receiver)) closeAsked_();
     // A timer comes again by itself.
     if (event->type() != QEvent::Timer) held_.emplace_back(receiver, event->clone());
     event->accept();
@@ -62,12 +66,16 @@ bool ServerWait::waits(QObject* receiver, const QEvent& event) const {
 
 bool ServerWait::isCancel(QObject* receiver, const QEvent& event) const {
     if (event.type() == QEvent::Shortcut) return receiver == &cancel_;
-    if (receiver != static_cast<QObject*>(cancelButton_.window()->windowHandle())) return false;
+    if (!isOfWindow(receiver)) return false;
     if (event.type() == QEvent::KeyPress || event.type() == QEvent::KeyRelease) return cancelButton_.hasFocus();
     if (const auto* mouse = dynamic_cast<const QMouseEvent*>(&event))
         return cancelButton_.isVisible() &&
                cancelButton_.rect().contains(cancelButton_.mapFromGlobal(mouse->globalPosition().toPoint()));
     return false;
+}
+
+bool ServerWait::isOfWindow(const QObject* receiver) const {
+    return receiver == static_cast<QObject*>(cancelButton_.window()->windowHandle());
 }
 
 }  // namespace torvik

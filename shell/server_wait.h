@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <functional>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -21,8 +22,9 @@ class ServerWait : public QObject {
 
 public:
     // For the main thread, as long as it lives. cancel is the action, and cancelButton its button, that are taken
-    // during a wait. Both must outlive this.
-    ServerWait(QAction& cancel, QWidget& cancelButton);
+    // during a wait. Both must outlive this. closeAsked: the operator closes the button's window during a wait; the
+    // close itself comes when the wait is over.
+    ServerWait(QAction& cancel, QWidget& cancelButton, std::function<void()> closeAsked);
     ~ServerWait() override;
 
     bool eventFilter(QObject* receiver, QEvent* event) override;
@@ -31,9 +33,11 @@ private:
     void turn();
     [[nodiscard]] bool waits(QObject* receiver, const QEvent& event) const;
     [[nodiscard]] bool isCancel(QObject* receiver, const QEvent& event) const;
+    [[nodiscard]] bool isOfWindow(const QObject* receiver) const;
 
     QAction& cancel_;
     QWidget& cancelButton_;
+    std::function<void()> closeAsked_;
     std::vector<std::pair<QPointer<QObject>, std::unique_ptr<QEvent>>> held_;
     bool inTurn_ = false;
     db::Meanwhile meanwhile_;  // the last to come and the first to go

@@ -26,6 +26,7 @@ int eventLevel(TKasseLogSeverity severity) {
 OperatorLog::OperatorLog(const EngineContext& context, const TAvdeling& roster) : context_(context), roster_(roster) {}
 
 void OperatorLog::AddLog(const QString& Msg, bool IsError, TKasseLogSeverity AKasseLogSeverity) {
+    if (IsError) ++errors_;
     // Logging never fails a run, so nothing leaves this routine.
     try {
         const TKasseLogSeverity effective = IsError ? kls_Error : AKasseLogSeverity;

@@ -21,6 +21,8 @@ public:
 
     // One line to all outlets; pumps messages and never raises.
     void AddLog(const QString& Msg, bool IsError = false, TKasseLogSeverity AKasseLogSeverity = kls_OK);
+    // How many lines have been errors, since the program began.
+    [[nodiscard]] int ErrorCount() const { return errors_; }
     // Saves the logs in the temporary folder, over those of the run before.
     void SaveOppgjorLog() const;
 
@@ -40,6 +42,7 @@ private:
     EngineContext context_;
     const TAvdeling& roster_;
     StringListPane ownPane_;
+    int errors_ = 0;
 };
 
 }  // namespace torvik

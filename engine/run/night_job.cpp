@@ -34,6 +34,7 @@ void NightJob::DoOnTimer() {
     if (FTimerBusy) return;
     FTimerBusy = true;
     const auto idle = qScopeGuard([this] { FTimerBusy = false; });
+    const db::StatementCancel endsWithTheProgram = parts_.Control.EndsWithTheProgram();
 
     listAllTills();
     // A minute that was missed is not made up for.

@@ -25,6 +25,10 @@ void RunControl::SetCancelRequest(bool value) {
     for (CancelListener* listener : listeners_) listener->heard_(value);
 }
 
+db::StatementCancel RunControl::EndsWithTheProgram() {
+    return {[this] { return abandoned_; }, [this] { TestCancel(); }};
+}
+
 void RunControl::TestCancel() {
     if (!Cancelled && (fCancelRequest || abandoned_)) Cancel();
     if (Cancelled) throw EAbort();

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "engine/base/engine_context.h"
+#include "engine/db/meanwhile.h"
 
 namespace torvik {
 
@@ -30,6 +31,8 @@ public:
     // The program ends: this run and all that begin after it are cancelled, and no statement is waited for any more.
     void Abandon() { abandoned_ = true; }
     [[nodiscard]] bool Abandoned() const { return abandoned_; }
+    // While it lives, the end of the program ends this thread's statements with the silent abort, wherever they run.
+    [[nodiscard]] db::StatementCancel EndsWithTheProgram();
     // Raises the silent abort if the run has been or shall be cancelled.
     void TestCancel();
     // Cancels the run now: logs it and raises the silent abort.

@@ -38,6 +38,15 @@ private:
 TillWalk::TillWalk(RunParts& parts, TillWalkPlan plan) : parts_(parts), plan_(std::move(plan)) {}
 
 void TillWalk::Run() {
+    try {
+        walk();
+    } catch (const EAbort&) {
+        tellDone();
+        throw;
+    }
+}
+
+void TillWalk::walk() {
     db::Query& tills = parts_.Roster.Qry();
     while (!tills.Eof()) {
         const TillIdentity till = TillIdentity::Of(tills);
@@ -56,6 +65,18 @@ void TillWalk::Run() {
     servePostponed();
 }
 
+// Whoever has cancelled a run wants to know where it stands. The line is the run's, and no till's.
+void TillWalk::tellDone() {
+    QStringList done;
+    for (const TillIdentity& till : served_)
+        done << QStringLiteral("avd. %1 kasse %2").arg(till.Avdelingsnummer, till.Kassenummer);
+    const bool kept = std::exchange(parts_.Log.AddToLogItems, false);
+    parts_.Log.AddLog(QStringLiteral("Ferdige kasser da kjøringen ble avbrutt: %1")
+                          .arg(done.isEmpty() ? QStringLiteral("ingen") : done.join(QStringLiteral(", "))),
+                      false, kls_Warning);
+    parts_.Log.AddToLogItems = kept;
+}
+
 // On failure the till's session stays open until the next till.
 bool TillWalk::serve(const TillIdentity& till) {
     try {
@@ -65,10 +86,12 @@ bool TillWalk::serve(const TillIdentity& till) {
         if (!lock.Held()) return false;
         const db::StatementCancel cancel = endsStatements();
         if (!connect(till)) return true;
+        const int errorsBefore = parts_.Log.ErrorCount();
         TillVisit visit = parts_.Visit();
         if (plan_.ResolvesFirst && plan_.Connect != Connecting::ByTheWork) ResolveTill(visit);
         plan_.Work(visit);
         parts_.Till.Session().Close();
+        if (parts_.Log.ErrorCount() == errorsBefore) served_.push_back(till);
     } catch (const std::exception& failure) {
         fail(till, failure);
     }
@@ -126,8 +149,10 @@ void TillWalk::tellUnreachable(const TillIdentity& till) {
     }
 }
 
+// The end of the program ends every walk here, also one that else asks for no cancel.
 void TillWalk::finish(const TillIdentity& till) {
     parts_.Roster.FreeTillObjects();
+    if (parts_.Control.Abandoned()) parts_.Control.TestCancel();
     if (plan_.ReopensBackOffice) {
         const std::exception_ptr away = parts_.Reconnect.CheckTargetConnection(till.Ik_Ku_Id, till.Ikk_Kassenummer);
         if (away) std::rethrow_exception(away);

@@ -61,12 +61,14 @@ class TillWalk {
 public:
     TillWalk(RunParts& parts, TillWalkPlan plan);
 
-    // From the roster's current row to its end. A till's failure stops nothing; raises a cancel, and what befalls the
-    // walk itself. A till that another copy of the program serves is tried again at the end, and fails if it still
-    // does.
+    // From the roster's current row to its end. A till's failure stops nothing; raises a cancel, when it has told which
+    // tills are done, and what befalls the walk itself. A till that another copy of the program serves is tried again
+    // at the end, and fails if it still does.
     void Run();
 
 private:
+    void walk();
+    void tellDone();
     // False: another copy is at the till.
     [[nodiscard]] bool serve(const TillIdentity& till);
     // What follows each till, whatever became of it.
@@ -84,6 +86,7 @@ private:
     RunParts& parts_;
     TillWalkPlan plan_;
     std::vector<TillIdentity> postponed_;
+    std::vector<TillIdentity> served_;  // to the end, and without an error
     int done_ = 0;
     int cancelsServed_ = 0;  // of those asked for, so many have ended a statement
 };

@@ -83,6 +83,7 @@ void TTorvikPOSUpgrade::copy() {
         if (window && percent != window->position())
             window->setProgress(percent, progressText(transferred, total, percent));
         pump();
+        if (parts_.Control.Abandoned()) parts_.Control.TestCancel();
     };
     const int neverCancelled = 0;
     share_->copy(QDir::toNativeSeparators(NewVersionZipFile).toStdString(), targetOn(reached()), progress,

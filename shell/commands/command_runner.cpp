@@ -4,6 +4,7 @@
 #include <QScopeGuard>
 
 #include "engine/base/abort.h"
+#include "engine/run/run_parts.h"
 #include "engine/torvik_pos.h"
 #include "shell/commands/command.h"
 
@@ -45,6 +46,7 @@ void CommandRunner::runAlone(const CommandRow& row, CommandContext& context) {
         running_ = false;
         Q_EMIT runningChanged(false);
     });
+    const db::StatementCancel endsWithTheProgram = engine_.Parts().Control.EndsWithTheProgram();
     row.execute(context);
 }
 

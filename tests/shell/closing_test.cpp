@@ -86,8 +86,9 @@ TEST_F(Closing, RunThatWaitsForTheNextDepartmentEndsAtOnce) {
 
     EXPECT_LT(timer.elapsed(), 30000);
     EXPECT_TRUE(window.TorvikPos1().Cancelled);
-    EXPECT_EQ(messages(window).mid(messages(window).size() - 2),
+    EXPECT_EQ(messages(window).mid(messages(window).size() - 3),
               (QStringList{QStringLiteral("Avbrutt av bruker"),
+                           QStringLiteral("Ferdige kasser da kjøringen ble avbrutt: avd. 101 kasse 1"),
                            QStringLiteral("En feil oppstod i rutinen ExecuteOppgjor: ") + ErrorText(EAbort())}));
     EXPECT_TRUE(savedLog().contains(QStringLiteral("Avbrutt av bruker"))) << "saved after the run's last words";
     EXPECT_FALSE(window.TorvikPos1().SourceConnection->Connected());

@@ -45,7 +45,8 @@ protected:
         window.resize(400, 200);
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
-        wait = std::make_unique<ServerWait>(cancel, *cancelButton);
+        wait = std::make_unique<ServerWait>(cancel, *cancelButton,
+                                            [this] { happened.append(QStringLiteral("close asked")); });
     }
 
     // As the mouse gives it to the window.
@@ -133,8 +134,18 @@ TEST_F(WaitingWindow, IsClosedByTheOperatorAfterTheStatement) {
     QCoreApplication::postEvent(window.windowHandle(), new QCloseEvent);
     statement();
     EXPECT_TRUE(window.isVisible());
+    EXPECT_TRUE(happened.contains(QStringLiteral("close asked"))) << "so that the statement can be ended";
     QCoreApplication::processEvents();
     EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(WaitingWindow, CloseOfAnotherWindowAsksForNothing) {
+    QWidget dialog;
+    dialog.show();
+    EXPECT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    QCoreApplication::postEvent(dialog.windowHandle(), new QCloseEvent);
+    statement();
+    EXPECT_EQ(happened, QStringList());
 }
 
 TEST_F(WaitingWindow, ClickThatCameDuringAStatementWaitsForTheNextOneToo) {

@@ -223,8 +223,9 @@ TEST_F(SettlementRun, CancelEndsItWithoutSavingAndIsCaught) {
     fetch = [this](const QString&) { chain.engine.SetCancelRequest(true); };
     EXPECT_NO_THROW(run());
     EXPECT_EQ(fetched, QStringList{QStringLiteral("1/1")});
-    EXPECT_EQ(chain.messages().mid(chain.messages().size() - 2),
+    EXPECT_EQ(chain.messages().mid(chain.messages().size() - 3),
               (QStringList{QStringLiteral("Avbrutt av bruker"),
+                           QStringLiteral("Ferdige kasser da kjøringen ble avbrutt: avd. 1 kasse 1"),
                            QStringLiteral("En feil oppstod i rutinen ExecuteOppgjor: %1").arg(ErrorText(EAbort()))}));
     EXPECT_EQ(chain.errorMessages().size(), 1);
     EXPECT_TRUE(chain.engine.AddToLogItems);
