@@ -2,6 +2,7 @@
 #include "sandbox/store/databases/catalog.h"
 
 #include <algorithm>
+#include <array>
 
 #include "sandbox/store/values/collation.h"
 
@@ -22,7 +23,21 @@ namespace {
 std::string keyOf(std::string_view schema, std::string_view name) {
     return foldName(schema) + '.' + foldName(name);
 }
+
+std::shared_ptr<const ObjectDef> ownSchema(std::int32_t id, std::string_view name) {
+    ObjectDef schema;
+    schema.id = id;
+    schema.name = name;
+    schema.kind = ObjectKind::Schema;
+    return std::make_shared<const ObjectDef>(std::move(schema));
+}
 }  // namespace
+
+Catalog::Catalog() {
+    static const std::array kOwn = {ownSchema(1, "dbo"), ownSchema(2, "guest"), ownSchema(3, "INFORMATION_SCHEMA"),
+                                    ownSchema(4, "sys")};
+    for (const auto& schema : kOwn) put(schema);
+}
 
 std::shared_ptr<const ObjectDef> Catalog::find(std::string_view schema, std::string_view name) const {
     const auto found = objects_.find(keyOf(schema, name));
@@ -30,12 +45,29 @@ std::shared_ptr<const ObjectDef> Catalog::find(std::string_view schema, std::str
 }
 
 void Catalog::put(std::shared_ptr<const ObjectDef> object) {
-    std::string key = keyOf(object->schema, object->name);
-    objects_.insert_or_assign(std::move(key), std::move(object));
+    const bool schema = object->kind == ObjectKind::Schema;
+    std::string key = schema ? foldName(object->name) : keyOf(object->schema, object->name);
+    (schema ? schemas_ : objects_).insert_or_assign(std::move(key), std::move(object));
 }
 
-void Catalog::erase(std::string_view schema, std::string_view name) {
-    objects_.erase(keyOf(schema, name));
+void Catalog::erase(const ObjectDef& object) {
+    if (object.kind == ObjectKind::Schema) {
+        schemas_.erase(foldName(object.name));
+    } else {
+        objects_.erase(keyOf(object.schema, object.name));
+    }
+}
+
+std::shared_ptr<const ObjectDef> Catalog::findSchema(std::string_view name) const {
+    const auto found = schemas_.find(foldName(name));
+    return found == schemas_.end() ? nullptr : found->second;
+}
+
+std::vector<std::shared_ptr<const ObjectDef>> Catalog::schemas() const {
+    std::vector<std::shared_ptr<const ObjectDef>> list;
+    for (const auto& [key, schema] : schemas_) list.push_back(schema);
+    std::sort(list.begin(), list.end(), [](const auto& a, const auto& b) { return a->id < b->id; });
+    return list;
 }
 
 std::vector<std::shared_ptr<const ObjectDef>> Catalog::all() const {

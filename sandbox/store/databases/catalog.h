@@ -79,7 +79,7 @@ struct ParameterDef {
     bool hasDefault = false;
 };
 
-enum class ObjectKind { Table, View, Procedure, Function };
+enum class ObjectKind { Table, View, Procedure, Function, Schema };
 
 struct ObjectDef {
     std::int32_t id = 0;  // object_id
@@ -107,11 +107,16 @@ struct ObjectDef {
 // One version of one database's catalogue. Immutable once published: a change makes a new one.
 class Catalog {
 public:
+    Catalog();  // with the schemas that every database has
+
     [[nodiscard]] std::shared_ptr<const ObjectDef> find(std::string_view schema, std::string_view name) const;
     void put(std::shared_ptr<const ObjectDef> object);  // adds or replaces by schema and name
-    void erase(std::string_view schema, std::string_view name);
-    [[nodiscard]] std::vector<std::shared_ptr<const ObjectDef>> all() const;
+    void erase(const ObjectDef& object);
+    [[nodiscard]] std::vector<std::shared_ptr<const ObjectDef>> all() const;  // but for the schemas
     [[nodiscard]] std::shared_ptr<const ObjectDef> findById(std::int32_t id) const;
+    // Schemas have names and ids of their own. nullptr where there is none.
+    [[nodiscard]] std::shared_ptr<const ObjectDef> findSchema(std::string_view name) const;
+    [[nodiscard]] std::vector<std::shared_ptr<const ObjectDef>> schemas() const;  // by id
     // Whether an object or a constraint of a table has the name already.
     [[nodiscard]] bool nameTaken(std::string_view schema, std::string_view name) const;
     // The tables whose foreign keys name this one, itself among them where it does.
@@ -121,6 +126,7 @@ public:
 
 private:
     std::map<std::string, std::shared_ptr<const ObjectDef>, std::less<>> objects_;  // by folded "schema.name"
+    std::map<std::string, std::shared_ptr<const ObjectDef>, std::less<>> schemas_;  // by folded name
 };
 
 }  // namespace sandbox

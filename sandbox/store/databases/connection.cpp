@@ -284,7 +284,7 @@ void Connection::dropTemporary(Database& scope, bool variablesOnly) {
     auto after = std::make_shared<Catalog>(*before);
     for (const auto& object : going) {
         if (object->kind == ObjectKind::Table) exec("DROP TABLE IF EXISTS " + storageTable("temp", *object));
-        after->erase(object->schema, object->name);
+        after->erase(*object);
     }
     if (sqliteTransaction_) {
         changed_[&scope] = std::move(after);

@@ -61,7 +61,7 @@ void Connection::put(Database& database, ObjectDef object) {
 void Connection::erase(Database& database, const ObjectDef& object) {
     if (!database.temporary()) eraseObject(sqlite_, database.attachedAs(), object.id);
     auto next = std::make_shared<Catalog>(*catalog(database));
-    next->erase(object.schema, object.name);
+    next->erase(object);
     ++next->version;
     changed_[&database] = std::move(next);
     if (database.lastIdentity(object.id)) resetIdentity(database, object.id, std::nullopt);
@@ -70,7 +70,7 @@ void Connection::erase(Database& database, const ObjectDef& object) {
 
 void Connection::replace(Database& database, const ObjectDef& before, ObjectDef after) {
     auto next = std::make_shared<Catalog>(*catalog(database));
-    next->erase(before.schema, before.name);
+    next->erase(before);
     changed_[&database] = std::move(next);
     put(database, std::move(after));
 }

@@ -31,4 +31,9 @@ const DatabasePrincipal* findDatabasePrincipal(std::string_view name) {
     return found == kPrincipals.end() ? nullptr : found;
 }
 
+const DatabasePrincipal& ownerOfSchema(std::string_view schema) {
+    const DatabasePrincipal* own = findDatabasePrincipal(schema);
+    return own != nullptr && !own->role ? *own : *findDatabasePrincipal("dbo");
+}
+
 }  // namespace sandbox

@@ -18,5 +18,7 @@ struct DatabasePrincipal {
 [[nodiscard]] std::span<const DatabasePrincipal> databasePrincipals();
 // Without case; nullptr when there is none.
 [[nodiscard]] const DatabasePrincipal* findDatabasePrincipal(std::string_view name);
+// Of a schema that every database has the principal of its name, of one made here dbo.
+[[nodiscard]] const DatabasePrincipal& ownerOfSchema(std::string_view schema);
 
 }  // namespace sandbox

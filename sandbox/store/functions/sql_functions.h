@@ -63,12 +63,15 @@ struct FunctionContext {
     std::function<std::optional<std::int32_t>(std::string_view name, std::string_view kind)>
         objectId;  // kind may be empty
     std::function<std::optional<std::string>(std::int32_t id, std::optional<std::int32_t> database)> objectName;
+    std::function<std::optional<std::string>(std::int32_t id, std::optional<std::int32_t> database)> objectSchema;
     std::function<std::optional<std::string>(std::int32_t id)> objectDefinition;
     std::function<std::optional<std::int32_t>(std::int32_t id, std::string_view property)> objectProperty;
     std::function<std::optional<std::int32_t>(std::string_view table, std::string_view column)> columnLength;
     std::function<std::optional<std::string>(std::int32_t table, std::int32_t column)> columnName;
     std::function<std::optional<std::int32_t>(std::int32_t table, std::string_view column, std::string_view property)>
         columnProperty;
+    std::function<std::optional<std::int32_t>(std::string_view name)> schemaIdOf;
+    std::function<std::optional<std::string>(std::int32_t id)> schemaNameOf;
     std::function<std::optional<std::int32_t>(std::string_view name)> databaseIdOf;
     std::function<std::optional<std::string>(std::int32_t id)> databaseNameOf;
     std::function<Value(std::string_view database, std::string_view property)> databaseProperty;  // text or int64

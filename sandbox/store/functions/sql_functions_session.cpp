@@ -32,19 +32,18 @@ void objectId(Call& call) {
     giveInt(call, hook ? hook(call.text(0), kind) : std::nullopt);
 }
 
-std::optional<std::string> nameOfObject(Call& call) {
-    const auto& hook = call.session().objectName;
+template <typename Hook>
+void giveOfObject(Call& call, const Hook& hook) {
     const auto database = call.count() > 1 ? std::optional(int32(call, 1)) : std::nullopt;
-    return hook ? hook(int32(call, 0), database) : std::nullopt;
+    giveText(call, hook ? hook(int32(call, 0), database) : std::nullopt);
 }
 
 void objectName(Call& call) {
-    giveText(call, nameOfObject(call));
+    giveOfObject(call, call.session().objectName);
 }
 
-// Every object is dbo's.
 void objectSchemaName(Call& call) {
-    giveText(call, nameOfObject(call) ? std::optional<std::string>("dbo") : std::nullopt);
+    giveOfObject(call, call.session().objectSchema);
 }
 
 void objectDefinition(Call& call) {
@@ -232,20 +231,16 @@ void typeNameOf(Call& call) {
     row == kTypeNumbers.end() ? call.null() : call.string(row->name);
 }
 
-constexpr auto kSchemas = std::to_array<TypeNumber>({{"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3}, {"sys", 4}});
-
 void schemaName(Call& call) {
     if (call.count() == 0) return call.string("dbo");
-    const auto row =
-        std::find_if(kSchemas.begin(), kSchemas.end(), [&](const auto& s) { return s.id == call.integer(0); });
-    row == kSchemas.end() ? call.null() : call.string(row->name);
+    const auto& hook = call.session().schemaNameOf;
+    giveText(call, hook ? hook(int32(call, 0)) : std::nullopt);
 }
 
 void schemaId(Call& call) {
     if (call.count() == 0) return call.integer64(1);
-    const auto row =
-        std::find_if(kSchemas.begin(), kSchemas.end(), [&](const auto& s) { return sameName(s.name, call.text(0)); });
-    row == kSchemas.end() ? call.null() : call.integer64(row->id);
+    const auto& hook = call.session().schemaIdOf;
+    giveInt(call, hook ? hook(call.text(0)) : std::nullopt);
 }
 
 // One part of "server.database.schema.object", counted from the right.

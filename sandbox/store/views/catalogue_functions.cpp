@@ -52,7 +52,7 @@ constexpr ObjectProperty kObjectProperties[] = {
     {"IsQuotedIdentOn", false, [](const ObjectRow&) { return 1; }},
     {"IsAnsiNullsOn", false, [](const ObjectRow&) { return 1; }},
     {"OwnerId", false, [](const ObjectRow&) { return 1; }},
-    {"SchemaId", false, [](const ObjectRow&) { return 1; }},
+    {"SchemaId", false, [](const ObjectRow& o) { return o.schemaId; }},
     {"TableHasPrimaryKey", true,
      [](const ObjectRow& o) { return yes(anyIndex(*o.object, [](const IndexDef& i) { return i.primaryKey; })); }},
     {"TableHasUniqueCnst", true,
@@ -114,8 +114,12 @@ void connectObjects(Connection& connection, FunctionContext& functions) {
         const auto parts = splitObjectName(name);
         const auto database = parts ? connection.attach(parts->database) : nullptr;
         if (!database) return std::nullopt;
+        const std::string_view schema = parts->schema.empty() ? "dbo" : std::string_view(parts->schema);
         for (const ObjectRow& row : allObjects(connection, *database)) {
-            if (row.parent != 0 && sameName(row.name, parts->name) && isKind(row, kind)) return row.id;
+            if (row.parent != 0 && sameName(row.name, parts->name) && sameName(row.object->schema, schema) &&
+                isKind(row, kind)) {
+                return row.id;
+            }
         }
         return std::nullopt;
     };
@@ -125,6 +129,22 @@ void connectObjects(Connection& connection, FunctionContext& functions) {
         if (!database) return std::nullopt;
         const auto row = objectById(connection, *database, id);
         return row ? std::optional<std::string>(row->name) : std::nullopt;
+    };
+    functions.objectSchema = [&connection](std::int32_t id,
+                                           std::optional<std::int32_t> in) -> std::optional<std::string> {
+        const auto database = in ? connection.databases().findById(*in) : connection.current();
+        const auto row = database ? objectById(connection, *database, id) : std::nullopt;
+        return row ? std::optional<std::string>(row->object->schema) : std::nullopt;
+    };
+    functions.schemaIdOf = [&connection](std::string_view name) -> std::optional<std::int32_t> {
+        const auto schema = connection.catalog(*connection.current())->findSchema(name);
+        return schema ? std::optional(schema->id) : std::nullopt;
+    };
+    functions.schemaNameOf = [&connection](std::int32_t id) -> std::optional<std::string> {
+        for (const auto& schema : connection.catalog(*connection.current())->schemas()) {
+            if (schema->id == id) return schema->name;
+        }
+        return std::nullopt;
     };
     functions.objectDefinition = [&connection](std::int32_t id) -> std::optional<std::string> {
         const auto object = connection.catalog(*connection.current())->findById(id);

@@ -134,6 +134,7 @@ struct ObjectRow {
     std::string_view type{};  // "U ", "PK"
     std::string_view description{};
     std::int32_t parent = 0;
+    std::int32_t schemaId = 1;
     std::shared_ptr<const ObjectDef> object{};  // the constraint's table
     const IndexDef* index = nullptr;
     const ColumnDef* column = nullptr;  // of a default

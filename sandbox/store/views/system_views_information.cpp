@@ -1,4 +1,5 @@
 // The INFORMATION_SCHEMA views of tables, columns and routines.
+#include "sandbox/store/databases/principals.h"
 #include "sandbox/store/views/system_view_rows.h"
 
 namespace sandbox::views {
@@ -135,14 +136,12 @@ std::vector<Field<Row>> joined(std::vector<Field<Row>> first, std::vector<Field<
 
 struct SchemaRow {
     std::string catalog;
-    std::string_view name;
+    std::string name;
 };
 
-std::vector<SchemaRow> schemata(Connection&, Database& database) {
+std::vector<SchemaRow> schemata(Connection& connection, Database& database) {
     std::vector<SchemaRow> rows;
-    for (const std::string_view name : {"dbo", "guest", "INFORMATION_SCHEMA", "sys"}) {
-        rows.push_back({database.name(), name});
-    }
+    for (const auto& schema : connection.catalog(database)->schemas()) rows.push_back({database.name(), schema->name});
     return rows;
 }
 
@@ -239,7 +238,7 @@ std::vector<SystemView> informationSchemaViews() {
             {
                 {"CATALOG_NAME", kName, [](const SchemaRow& s) { return text(s.catalog); }},
                 {"SCHEMA_NAME", kName, [](const SchemaRow& s) { return text(s.name); }},
-                {"SCHEMA_OWNER", kName, [](const SchemaRow& s) { return text(s.name); }},
+                {"SCHEMA_OWNER", kName, [](const SchemaRow& s) { return text(ownerOfSchema(s.name).name); }},
                 {"DEFAULT_CHARACTER_SET_CATALOG", varcharType(6), [](const SchemaRow&) { return Value{}; }},
                 {"DEFAULT_CHARACTER_SET_SCHEMA", varcharType(3), [](const SchemaRow&) { return Value{}; }},
                 {"DEFAULT_CHARACTER_SET_NAME", kName, [](const SchemaRow&) { return text("iso_1"); }},

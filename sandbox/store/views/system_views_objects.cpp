@@ -1,4 +1,5 @@
 // sysobjects, sys.objects and the views of one kind of object each, with the texts of views and procedures.
+#include "sandbox/store/databases/principals.h"
 #include "sandbox/store/views/system_view_rows.h"
 
 namespace sandbox::views {
@@ -44,6 +45,7 @@ std::string_view typeOf(const ObjectDef& object) {
         case ObjectKind::View: return "V ";
         case ObjectKind::Procedure: return "P ";
         case ObjectKind::Function: return "FN";
+        case ObjectKind::Schema: break;  // not among the objects
     }
     return "U ";
 }
@@ -54,6 +56,7 @@ std::string_view descriptionOf(const ObjectDef& object) {
         case ObjectKind::View: return "VIEW";
         case ObjectKind::Procedure: return "SQL_STORED_PROCEDURE";
         case ObjectKind::Function: return "SQL_SCALAR_FUNCTION";
+        case ObjectKind::Schema: break;
     }
     return "USER_TABLE";
 }
@@ -63,6 +66,11 @@ ObjectRow rowOf(const std::shared_ptr<const ObjectDef>& object) {
     row.type = typeOf(*object);
     row.description = descriptionOf(*object);
     return row;
+}
+
+std::int32_t schemaIdOf(const Catalog& catalog, const ObjectDef& object) {
+    constexpr std::int32_t kDbo = 1;
+    return object.schema == "dbo" ? kDbo : catalog.findSchema(object.schema)->id;
 }
 
 using List = std::vector<ObjectRow>;
@@ -107,7 +115,7 @@ std::vector<F> objectFields(std::vector<F> more = {}) {
         {"name", kName, [](const ObjectRow& o) { return text(o.name); }},
         {"object_id", kInt, [](const ObjectRow& o) { return number(o.id); }},
         {"principal_id", kInt, [](const ObjectRow&) { return Value{}; }},
-        {"schema_id", kInt, [](const ObjectRow&) { return number(1); }},
+        {"schema_id", kInt, [](const ObjectRow& o) { return number(o.schemaId); }},
         {"parent_object_id", kInt, [](const ObjectRow& o) { return number(o.parent); }},
         {"type", kKind, [](const ObjectRow& o) { return text(o.type); }},
         {"type_desc", kDescription, [](const ObjectRow& o) { return text(o.description); }},
@@ -140,7 +148,7 @@ std::vector<F> sysobjectsFields() {
         {"name", kName, [](const ObjectRow& o) { return text(o.name); }},
         {"id", kInt, [](const ObjectRow& o) { return number(o.id); }},
         {"xtype", kKind, [](const ObjectRow& o) { return text(o.type); }},
-        {"uid", kSmallInt, [](const ObjectRow&) { return number(1); }},
+        {"uid", kSmallInt, [](const ObjectRow& o) { return number(o.schemaId); }},
         {"info", kSmallInt,
          [](const ObjectRow& o) { return number(o.type == "U " ? static_cast<int>(o.object->columns.size()) : 0); }},
         {"status", kInt, [](const ObjectRow&) { return number(0); }},
@@ -172,13 +180,17 @@ std::vector<SystemViewRow> systemViewRows(Connection&, Database&) {
     return systemViewList();
 }
 
-struct SchemaRow {
-    std::string_view name;
-    int id;
-};
+using SchemaRow = std::shared_ptr<const ObjectDef>;
 
-std::vector<SchemaRow> schemas(Connection&, Database&) {
-    return {{"dbo", 1}, {"guest", 2}, {"INFORMATION_SCHEMA", 3}, {"sys", 4}};
+std::vector<SchemaRow> schemas(Connection& connection, Database& database) {
+    return connection.catalog(database)->schemas();
+}
+
+std::vector<DatabasePrincipal> users(Connection&, Database&) {
+    const auto all = databasePrincipals();
+    std::vector<DatabasePrincipal> list(all.begin(), all.end());
+    std::erase_if(list, [](const DatabasePrincipal& p) { return p.role; });
+    return list;
 }
 
 // sysobjects lists the system tables too.
@@ -214,16 +226,25 @@ std::vector<std::shared_ptr<const ObjectDef>> visibleObjects(Connection& connect
 }
 
 std::vector<ObjectRow> allObjects(Connection& connection, Database& database) {
+    const auto catalog = connection.catalog(database);
     std::vector<ObjectRow> rows;
     for (const auto& object : visibleObjects(connection, database)) {
+        const std::size_t first = rows.size();
         rows.push_back(rowOf(object));
         if (object->kind == ObjectKind::Table) addConstraints(rows, object);
+        const std::int32_t schema = schemaIdOf(*catalog, *object);
+        for (std::size_t i = first; i < rows.size(); ++i) rows[i].schemaId = schema;
     }
     return rows;
 }
 
 std::optional<ObjectRow> objectById(Connection& connection, Database& database, std::int32_t id) {
-    if (const auto object = connection.catalog(database)->findById(id)) return rowOf(object);
+    const auto catalog = connection.catalog(database);
+    if (const auto object = catalog->findById(id)) {
+        ObjectRow row = rowOf(object);
+        row.schemaId = schemaIdOf(*catalog, *object);
+        return row;
+    }
     for (const ObjectRow& row : allObjects(connection, database)) {
         if (row.id == id) return row;
     }
@@ -312,23 +333,24 @@ std::vector<SystemView> objectViews() {
                                      // One row holds the whole text here; nvarchar(4000) would cut it.
                                      {"text", kLongText, [](const ObjectRow& o) { return text(o.object->text); }},
                                  })),
-        makeView<SchemaRow>("sys", "schemas", schemas,
-                            {
-                                {"name", kName, [](const SchemaRow& s) { return text(s.name); }},
-                                {"schema_id", kInt, [](const SchemaRow& s) { return number(s.id); }},
-                                {"principal_id", kInt, [](const SchemaRow& s) { return number(s.id); }},
-                            }),
-        bare(
-            makeView<SchemaRow>("sys", "sysusers", schemas,
-                                {
-                                    {"uid", kSmallInt, [](const SchemaRow& s) { return number(s.id); }},
-                                    {"status", kSmallInt, [](const SchemaRow&) { return number(0); }},
-                                    {"name", kName, [](const SchemaRow& s) { return text(s.name); }},
-                                    {"hasdbaccess", kInt, [](const SchemaRow& s) { return number(s.id == 1 ? 1 : 0); }},
-                                    {"islogin", kInt, [](const SchemaRow&) { return number(1); }},
-                                    {"issqluser", kInt, [](const SchemaRow&) { return number(1); }},
-                                    {"issqlrole", kInt, [](const SchemaRow&) { return number(0); }},
-                                })),
+        makeView<SchemaRow>(
+            "sys", "schemas", schemas,
+            {
+                {"name", kName, [](const SchemaRow& s) { return text(s->name); }},
+                {"schema_id", kInt, [](const SchemaRow& s) { return number(s->id); }},
+                {"principal_id", kInt, [](const SchemaRow& s) { return number(ownerOfSchema(s->name).id); }},
+            }),
+        bare(makeView<DatabasePrincipal>(
+            "sys", "sysusers", users,
+            {
+                {"uid", kSmallInt, [](const DatabasePrincipal& p) { return number(p.id); }},
+                {"status", kSmallInt, [](const DatabasePrincipal&) { return number(0); }},
+                {"name", kName, [](const DatabasePrincipal& p) { return text(p.name); }},
+                {"hasdbaccess", kInt, [](const DatabasePrincipal& p) { return number(p.id == 1 ? 1 : 0); }},
+                {"islogin", kInt, [](const DatabasePrincipal&) { return number(1); }},
+                {"issqluser", kInt, [](const DatabasePrincipal&) { return number(1); }},
+                {"issqlrole", kInt, [](const DatabasePrincipal&) { return number(0); }},
+            })),
     };
 }
 

@@ -42,6 +42,7 @@ struct ResolvedObject {
     std::shared_ptr<const ObjectDef> object;  // a table or view; catalogue views and virtual tables are tables
     std::string database;                     // its database's name; what a view's text is bound in
     std::string attachedAs;                   // SQLite schema ("main", "temp", "db3"), unquoted
+    std::string passed{};  // the schema that was looked in first: an object made there takes this one's place
 };
 
 struct VariableRef {
@@ -65,7 +66,8 @@ struct BindContext {
         find;
     std::function<std::optional<VariableRef>(std::string_view name)> variable;  // name with its "@"
     std::string database;                                                       // current
-    std::string collation = "Danish_Norwegian_CI_AS";                           // of the current database
+    std::string schema;  // of the module that is bound: where names without one are looked up first; empty: dbo
+    std::string collation = "Danish_Norwegian_CI_AS";  // of the current database
     BindOptions options;
     int line = 0;  // of the statement that is bound: where a missing object is reported
 };

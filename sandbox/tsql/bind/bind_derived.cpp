@@ -153,6 +153,7 @@ TableText Binder::view(const ResolvedObject& found, const ast::NamedTable& node,
         const ast::Batch batch = parseBatch(found.object->text);
         const auto& create = std::get<ast::CreateView>(batch.statements.front()->node);
         const Restore<std::string> database(database_, found.database);
+        const Restore<std::string> schema(schema_, found.object->schema);
         const Restore<const CteFrame*> ctes(ctes_, nullptr);
         const Restore<int> depth(viewDepth_, viewDepth_ + 1);
         const Restore<std::string> name(view_, found.object->name);

@@ -9,9 +9,14 @@
 namespace sandbox::binder {
 
 std::optional<ResolvedObject> Binder::resolve(const ast::ObjectName& name) {
-    std::optional<ResolvedObject> found =
-        context_.find ? context_.find(name.database.empty() ? database_ : name.database, name.schema, name.name)
-                      : std::nullopt;
+    std::optional<ResolvedObject> found;
+    const std::string& database = name.database.empty() ? database_ : name.database;
+    const bool bare = name.schema.empty() && !schema_.empty() && !sandbox::sameName(schema_, "dbo");
+    if (context_.find && bare) found = context_.find(database, schema_, name.name);
+    if (context_.find && !found) {
+        found = context_.find(database, name.schema, name.name);
+        if (found && bare) found->passed = schema_;
+    }
     const bool usable = found && (found->object->kind == ObjectKind::Table || found->object->kind == ObjectKind::View);
     if (!usable) return std::nullopt;
     reads_.push_back(*found);

@@ -23,7 +23,7 @@ bool keepParseErrors(std::vector<Message>& errors) {
 
 namespace sandbox::binder {
 
-Binder::Binder(const BindContext& context) : context_(context), database_(context.database) {}
+Binder::Binder(const BindContext& context) : context_(context), database_(context.database), schema_(context.schema) {}
 
 int Binder::statementLine(int fallback) const {
     return context_.line != 0 ? context_.line : fallback;

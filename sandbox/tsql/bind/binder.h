@@ -246,6 +246,7 @@ private:
 
     const BindContext& context_;
     std::string database_;  // in which names are looked up: a view's own while its text is bound
+    std::string schema_;    // in which names without one are looked up before dbo: likewise; empty: none
     std::vector<Parameter> parameters_;
     std::vector<ResolvedObject> reads_;
     std::vector<Message> errors_;

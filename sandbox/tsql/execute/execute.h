@@ -90,4 +90,8 @@ void executeRename(const ExecuteContext& context, std::string_view object, std::
 void executeCreateDatabase(const ExecuteContext& context, const ast::CreateDatabase& statement);
 void executeDropDatabase(const ExecuteContext& context, const ast::DropDatabase& statement);
 
+// In the current database.
+void executeCreateSchema(const ExecuteContext& context, const ast::CreateSchema& statement);
+void executeDropSchema(const ExecuteContext& context, const ast::DropSchema& statement);  // an empty one
+
 }  // namespace sandbox

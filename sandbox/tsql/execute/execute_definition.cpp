@@ -15,10 +15,11 @@ using definition::nameTaken;
 
 namespace {
 
-ObjectDef newTable(Database& database, std::string_view name) {
+ObjectDef newTable(const ObjectPlace& place, std::string_view name) {
     ObjectDef table;
-    table.id = database.newObjectId();
+    table.id = place.database->newObjectId();
     table.name = name;
+    table.schema = place.schema;
     table.storageName = "t" + std::to_string(table.id);
     table.created = table.modified = currentTicks();
     return table;
@@ -38,20 +39,24 @@ void makeTable(Connection& connection, Database& database, const ObjectDef& tabl
     connection.put(database, table);
 }
 
-void requireFreeName(const ExecuteContext& context, Database& database, std::string_view name) {
-    if (context.connection.catalog(database)->nameTaken("dbo", name)) throw nameTaken(name);
+void requireFreeName(const ExecuteContext& context, const ObjectPlace& place, std::string_view name) {
+    if (context.connection.catalog(*place.database)->nameTaken(place.schema, name)) throw nameTaken(name);
 }
 
-void createTable(const ExecuteContext& context, const std::shared_ptr<Database>& database, std::string_view name,
+FoundObject madeAt(const ExecuteContext& context, const ObjectPlace& place, std::string_view name) {
+    return {context.connection.catalog(*place.database)->find(place.schema, name), place.database};
+}
+
+void createTable(const ExecuteContext& context, const ObjectPlace& place, std::string_view name,
                  const ast::TableDefinition& definition) {
-    requireFreeName(context, *database, name);
-    Write write(context.connection, *database);
-    requireFreeName(context, *database, name);  // another session may have been first
-    TableBuilder builder(context, database, newTable(*database, name), true);
+    requireFreeName(context, place, name);
+    Write write(context.connection, *place.database);
+    requireFreeName(context, place, name);  // another session may have been first
+    TableBuilder builder(context, place.database, newTable(place, name), true);
     builder.add(definition);
-    makeTable(context.connection, *database, builder.table());
+    makeTable(context.connection, *place.database, builder.table());
     // A condition over columns that are not there must not be stored.
-    const FoundObject made{context.connection.catalog(*database)->find("dbo", name), database};
+    const FoundObject made = madeAt(context, place, name);
     for (const CheckDef& check : made.object->checks) {
         (void)bindCheck(context.bind, resolved(made), check.text, true);
     }
@@ -64,6 +69,7 @@ std::string_view kindWord(ObjectKind kind) {
         case ObjectKind::View: return "view";
         case ObjectKind::Procedure: return "procedure";
         case ObjectKind::Function: return "function";
+        case ObjectKind::Schema: return "schema";
     }
     return "object";
 }
@@ -122,7 +128,7 @@ void executeCreateTable(const ExecuteContext& context, const ast::CreateTable& s
 }
 
 void executeDeclareTable(const ExecuteContext& context, std::string_view name, const ast::TableDefinition& definition) {
-    createTable(context, context.connection.temporary(), name, definition);
+    createTable(context, {context.connection.temporary(), "dbo"}, name, definition);
 }
 
 std::int64_t executeSelectInto(const ExecuteContext& context, const BoundQuery& query) {
@@ -131,11 +137,11 @@ std::int64_t executeSelectInto(const ExecuteContext& context, const BoundQuery& 
     name.database = into.database;
     name.schema = into.schema;
     name.name = into.name;
-    const std::shared_ptr<Database> database = placeOf(context, name);
-    requireFreeName(context, *database, into.name);
-    Write write(context.connection, *database);
-    requireFreeName(context, *database, into.name);
-    ObjectDef table = newTable(*database, into.name);
+    const ObjectPlace place = placeOf(context, name);
+    requireFreeName(context, place, into.name);
+    Write write(context.connection, *place.database);
+    requireFreeName(context, place, into.name);
+    ObjectDef table = newTable(place, into.name);
     for (const ColumnDef& column : into.columns) {
         if (table.findColumn(column.name) != nullptr) {
             throw SqlError(errorMessage<2705>(column.name, table.name));
@@ -143,10 +149,10 @@ std::int64_t executeSelectInto(const ExecuteContext& context, const BoundQuery& 
         table.columns.push_back(column);
         table.columns.back().columnId = ++table.lastColumnId;
     }
-    makeTable(context.connection, *database, table);
+    makeTable(context.connection, *place.database, table);
 
     BoundInsert insert;
-    const FoundObject made{context.connection.catalog(*database)->find("dbo", into.name), database};
+    const FoundObject made = madeAt(context, place, into.name);
     insert.target = resolved(made);
     int source = 0;
     for (const ColumnDef& column : made.object->columns) insert.columns.push_back({&column, source++});

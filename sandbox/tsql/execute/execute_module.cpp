@@ -7,13 +7,13 @@ namespace sandbox {
 
 void executeCreateModule(const ExecuteContext& context, ObjectKind kind, ast::Verb verb, const ast::ObjectName& name,
                          std::string text, std::vector<ParameterDef> parameters, std::vector<ColumnDef> columns) {
-    const std::shared_ptr<Database> database = placeOf(context, name);
+    const auto [database, schema] = placeOf(context, name);
     if (database->temporary() && kind != ObjectKind::Procedure) throw SqlError(errorMessage<4103>(name.name));
     Write write(context.connection, *database);
     const auto catalog = context.connection.catalog(*database);
-    const auto before = catalog->find("dbo", name.name);
+    const auto before = catalog->find(schema, name.name);
     if (verb == ast::Verb::Create || (verb == ast::Verb::CreateOrAlter && !before)) {
-        if (catalog->nameTaken("dbo", name.name)) {
+        if (catalog->nameTaken(schema, name.name)) {
             throw SqlError(errorMessage<2714, 3>(name.name));
         }
     } else if (!before) {
@@ -24,6 +24,7 @@ void executeCreateModule(const ExecuteContext& context, ObjectKind kind, ast::Ve
     ObjectDef object;
     object.id = before ? before->id : database->newObjectId();
     object.name = before ? before->name : name.name;
+    object.schema = schema;
     object.kind = kind;
     object.text = std::move(text);
     object.modified = currentTicks();

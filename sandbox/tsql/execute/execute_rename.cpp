@@ -1,6 +1,7 @@
 // sp_rename: tables, columns, indexes, constraints, views and procedures.
 #include <algorithm>
 
+#include "sandbox/store/databases/object_name.h"
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/error_table.h"
@@ -121,10 +122,12 @@ bool renameConstraint(const ExecuteContext& context, std::string_view text, cons
     const std::string last = splitLast(text).second;
     std::string from = last.empty() ? std::string(text) : last;
     if (from.size() >= 2 && from.front() == '[') from = from.substr(1, from.size() - 2);
+    const auto parts = splitObjectName(text);
+    const std::string schema = !parts || parts->schema.empty() ? "dbo" : parts->schema;
     const std::shared_ptr<Database> database = context.connection.current();
     for (const auto& table : context.connection.catalog(*database)->all()) {
-        if (table->kind == ObjectKind::Table && renameInTable(context, {table, database}, from, name, false))
-            return true;
+        if (table->kind != ObjectKind::Table || !sameName(table->schema, schema)) continue;
+        if (renameInTable(context, {table, database}, from, name, false)) return true;
     }
     return false;
 }

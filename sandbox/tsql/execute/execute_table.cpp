@@ -48,16 +48,16 @@ bool canBeKey(const Type& type) {
 
 }  // namespace
 
-std::shared_ptr<Database> placeOf(const ExecuteContext& context, const ast::ObjectName& name) {
-    if (!name.schema.empty() && !sameName(name.schema, "dbo")) {
+ObjectPlace placeOf(const ExecuteContext& context, const ast::ObjectName& name) {
+    const bool own = name.name.starts_with('@') || (name.name.starts_with('#') && !name.name.starts_with("##"));
+    auto database =
+        own ? context.connection.temporary() : context.connection.attach(name.isTemporary() ? "tempdb" : name.database);
+    if (!database) throw SqlError(errorMessage<2702>(name.database));
+    const auto schema = context.connection.catalog(*database)->findSchema(name.schema.empty() ? "dbo" : name.schema);
+    if (!schema || sameName(schema->name, "sys") || sameName(schema->name, "INFORMATION_SCHEMA")) {
         throw SqlError(errorMessage<2760>(name.schema));
     }
-    if (name.name.starts_with('@') || (name.name.starts_with('#') && !name.name.starts_with("##"))) {
-        return context.connection.temporary();
-    }
-    auto database = context.connection.attach(name.name.starts_with("##") ? "tempdb" : name.database);
-    if (!database) throw SqlError(errorMessage<2702>(name.database));
-    return database;
+    return {std::move(database), own ? "dbo" : schema->name};
 }
 
 std::string collationOf(const Database& database, const Type& type, const std::string& given) {
@@ -318,8 +318,9 @@ std::string TableBuilder::constraintName(const std::string& given, const std::st
     if (given.empty()) return madeUp;
     Catalog own;
     own.put(std::make_shared<const ObjectDef>(table_));
-    if (own.nameTaken("dbo", given) ||
-        (!database_->temporary() && context_.connection.catalog(*database_)->nameTaken("dbo", given))) {
+    const std::string& schema = table_.schema;
+    if (own.nameTaken(schema, given) ||
+        (!database_->temporary() && context_.connection.catalog(*database_)->nameTaken(schema, given))) {
         throw constraintError(errorMessage<2714, 5>(given));
     }
     return given;

@@ -48,8 +48,12 @@ private:
 };
 
 // Where a CREATE or ALTER puts an object: the database of its name, or the session's temporary tables. Raises 2702
-// for a database that does not exist and 2760 for another schema than dbo.
-[[nodiscard]] std::shared_ptr<Database> placeOf(const ExecuteContext& context, const ast::ObjectName& name);
+// for a database that does not exist and 2760 for a schema that does not, or that is the server's own.
+struct ObjectPlace {
+    std::shared_ptr<Database> database;
+    std::string schema;
+};
+[[nodiscard]] ObjectPlace placeOf(const ExecuteContext& context, const ast::ObjectName& name);
 
 // A column's collation: the one given, else its database's; empty where that is the default of all.
 [[nodiscard]] std::string collationOf(const Database& database, const Type& type, const std::string& given);

@@ -37,8 +37,8 @@ void TableBuilder::addForeignKey(const ast::Constraint& constraint, const ast::C
     if (!constraint.parent.database.empty() && !sameName(constraint.parent.database, database_->name())) {
         throw constraintError(errorMessage<1763>(constraint.parent.written()));
     }
-    const bool own = sameName(constraint.parent.name, table_.name);
     const std::string schema = constraint.parent.schema.empty() ? "dbo" : constraint.parent.schema;
+    const bool own = sameName(constraint.parent.name, table_.name) && sameName(schema, table_.schema);
     const auto parent = own ? nullptr : context_.connection.catalog(*database_)->find(schema, constraint.parent.name);
     if (!own && (!parent || parent->kind != ObjectKind::Table)) {
         throw constraintError(errorMessage<1767>(key.name, constraint.parent.written()));

@@ -86,6 +86,27 @@ Parser::Node Parser::dropDatabase() {
     return node;
 }
 
+// SCHEMA (name | [name] AUTHORIZATION owner), without objects of its own
+Parser::Node Parser::createSchema() {
+    requireFirst("CREATE SCHEMA");
+    expectWord("SCHEMA");
+    ast::CreateSchema node;
+    if (!seesWord("AUTHORIZATION")) node.name = identifier();
+    if (acceptWord("AUTHORIZATION")) node.owner = identifier();
+    if (node.name.empty()) node.name = node.owner;
+    if (!seesAnyWord({"CREATE", "GRANT", "REVOKE", "DENY"})) return node;
+    return unsupportedStatement("CREATE SCHEMA with objects", SkipTo::BatchEnd);
+}
+
+// SCHEMA [IF EXISTS] name
+Parser::Node Parser::dropSchema() {
+    expectWord("SCHEMA");
+    ast::DropSchema node;
+    node.ifExists = acceptWords("IF", "EXISTS");
+    node.name = identifier();
+    return node;
+}
+
 // USE name
 Parser::Node Parser::use() {
     const ast::Place place = peek().place;

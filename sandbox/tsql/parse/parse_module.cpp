@@ -19,14 +19,14 @@ constexpr auto kUnsupportedKinds = std::to_array<UnsupportedKind>({
     {"DEFAULT", true},        {"ENDPOINT", false},    {"EVENT", false},     {"EXTERNAL", false},
     {"FULLTEXT", false},      {"FUNCTION", true},     {"LOGIN", false},     {"MASTER", false},
     {"MESSAGE", false},       {"PARTITION", false},   {"QUEUE", false},     {"ROLE", false},
-    {"RULE", true},           {"SCHEMA", true},       {"SEQUENCE", false},  {"SERVER", false},
+    {"RULE", true},           {"SCHEMA", false},      {"SEQUENCE", false},  {"SERVER", false},
     {"SERVICE", false},       {"STATISTICS", false},  {"SYMMETRIC", false}, {"SYNONYM", false},
     {"TRIGGER", true},        {"TYPE", false},        {"USER", false},      {"XML", false},
 });
 
 }  // namespace
 
-// CREATE (TABLE | INDEX | VIEW | PROCEDURE | DATABASE | ...)
+// CREATE (TABLE | INDEX | VIEW | PROCEDURE | DATABASE | SCHEMA | ...)
 Parser::Node Parser::create() {
     const std::uint32_t begin = peek().place.offset;
     expectWord("CREATE");
@@ -34,6 +34,7 @@ Parser::Node Parser::create() {
     if (seesWord("TABLE")) return createTable();
     if (seesAnyWord({"UNIQUE", "CLUSTERED", "NONCLUSTERED", "INDEX"})) return createIndex();
     if (seesWord("DATABASE")) return createDatabase();
+    if (seesWord("SCHEMA")) return createSchema();
     return module(ast::Verb::Create, {begin, previous().end});
 }
 
@@ -47,11 +48,12 @@ Parser::Node Parser::alter() {
     return module(ast::Verb::Alter, {begin, previous().end});
 }
 
-// DROP (TABLE | VIEW | PROCEDURE | FUNCTION | TRIGGER | INDEX | DATABASE | ...)
+// DROP (TABLE | VIEW | PROCEDURE | FUNCTION | TRIGGER | INDEX | DATABASE | SCHEMA | ...)
 Parser::Node Parser::drop() {
     expectWord("DROP");
     if (seesWord("INDEX")) return dropIndex();
     if (seesWord("DATABASE")) return dropDatabase();
+    if (seesWord("SCHEMA")) return dropSchema();
     if (acceptWord("TABLE")) return dropObjects(ast::DropObjects::Kind::Table);
     if (acceptWord("VIEW")) return dropObjects(ast::DropObjects::Kind::View);
     if (acceptWord("PROCEDURE") || acceptWord("PROC")) return dropObjects(ast::DropObjects::Kind::Procedure);

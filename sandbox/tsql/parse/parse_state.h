@@ -216,6 +216,8 @@ private:
     Node createDatabase();
     Node alterDatabase();
     Node dropDatabase();
+    Node createSchema();
+    Node dropSchema();
     Node permission();
     Node unsupportedStatement(const std::string& what, SkipTo end);
 

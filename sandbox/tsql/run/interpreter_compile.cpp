@@ -46,6 +46,7 @@ BindContext Interpreter::bindContext(const Unit& unit, std::size_t visible) {
     BindContext context;
     const std::string database = compileDatabase_.empty() ? session_.database() : compileDatabase_;
     context.database = database;
+    context.schema = unit.schema;
     context.collation = session_.connection->current()->facts().collation;
     context.find = [this, &unit, database](std::string_view db, std::string_view schema,
                                            std::string_view name) -> std::optional<ResolvedObject> {
@@ -79,7 +80,10 @@ std::string Interpreter::identityInsertKey(const ResolvedObject& table) {
 
 bool Interpreter::holds(const BoundNode& known) {
     const auto same = [this](const ResolvedObject& object) {
-        const auto now = session_.connection->find(object.database, object.object->schema, object.object->name);
+        Connection& connection = *session_.connection;
+        const std::string& name = object.object->name;
+        if (!object.passed.empty() && connection.find(object.database, object.passed, name)) return false;
+        const auto now = connection.find(object.database, object.object->schema, name);
         return now && now->object == object.object;
     };
     const auto reads = [&](const BoundQuery& query) {

@@ -87,6 +87,7 @@ void Interpreter::runCreateProcedure(const ast::CreateProcedure& n) {
     std::shared_ptr<Unit> unit;
     underName(n.name.name, [&] { unit = parseProcedure(text, session_.settings.quotedIdentifier); });
     unit->database = session_.database();
+    unit->schema = n.name.schema;
     std::vector<ParameterDef> parameters;
     for (std::size_t i = 0; i < n.parameters.size(); ++i) {
         const ast::Parameter& p = n.parameters[i];
@@ -112,7 +113,9 @@ void Interpreter::runCreateProcedure(const ast::CreateProcedure& n) {
 void Interpreter::runCreateView(const ast::CreateView& n) {
     BoundQuery query;
     try {
-        query = bindSelect(bindContext(*frame().unit, 0), *n.query);
+        BindContext context = bindContext(*frame().unit, 0);
+        context.schema = n.name.schema;
+        query = bindSelect(context, *n.query);
     } catch (const SqlError& e) {
         throw CompileError{named(e, n.name.name)};
     }
@@ -130,10 +133,10 @@ void Interpreter::runPermission(const ast::Permission& n) {
     if (n.verb != "GRANT") raiseUnsupported(n.verb);
     for (const std::string& principal : n.principals) {
         if (sameName(principal, "public") || sameName(principal, "dbo") || sameName(principal, "guest")) continue;
-        throw SqlError(errorMessage<15151>("user", principal));
+        throw SqlError(errorMessage<15151>("find", "user", principal));
     }
     if (n.object && !session_.connection->find(n.object->database, n.object->schema, n.object->name)) {
-        throw SqlError(errorMessage<15151>("object", n.object->name));
+        throw SqlError(errorMessage<15151>("find", "object", n.object->name));
     }
     succeed(0);
     done(std::nullopt);
@@ -213,6 +216,8 @@ void Interpreter::runDefinition(const ast::Statement& s) {
                 define([&](const ExecuteContext& c) { executeCreateDatabase(c, n); });
             },
             [&](const ast::DropDatabase& n) { define([&](const ExecuteContext& c) { executeDropDatabase(c, n); }); },
+            [&](const ast::CreateSchema& n) { define([&](const ExecuteContext& c) { executeCreateSchema(c, n); }); },
+            [&](const ast::DropSchema& n) { define([&](const ExecuteContext& c) { executeDropSchema(c, n); }); },
             [&](const ast::CreateProcedure& n) { runCreateProcedure(n); },
             [&](const ast::CreateView& n) { runCreateView(n); },
             [&](const ast::AlterDatabase& n) { runAlterDatabase(n); },

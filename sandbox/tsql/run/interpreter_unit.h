@@ -40,6 +40,7 @@ struct Unit {
     std::vector<ast::Parameter> declared;             // of sp_executesql; a procedure's are in its node
     std::string name;                                 // what errors tell as their procedure; empty in a batch
     std::string database;                             // where its names are resolved
+    std::string schema;                               // and first of all, of a procedure; empty: dbo
     std::vector<Variable> variables;                  // parameters first
     std::vector<const ast::Declare::Item*> tables;    // DECLARE @t TABLE, all of the body
     std::uint64_t compiledAt = 0;                     // catalogue stamp of the last whole compile pass

@@ -161,7 +161,12 @@ std::shared_ptr<Unit> systemUnit(SessionState& session, const std::string& name,
 }  // namespace
 
 std::optional<FoundObject> Interpreter::findProcedure(const ast::ObjectName& name) {
-    auto found = session_.connection->find(name.database, name.schema, name.name);
+    std::optional<FoundObject> found;
+    const Unit* caller = session_.frame ? session_.frame->unit.get() : nullptr;
+    if (caller && name.schema.empty() && !caller->schema.empty()) {
+        found = session_.connection->find(name.database, caller->schema, name.name);
+    }
+    if (!found) found = session_.connection->find(name.database, name.schema, name.name);
     if (!found && name.schema.empty() && foldName(name.name).starts_with("sp_")) {
         found = session_.connection->find("master", {}, name.name);
     }
@@ -175,6 +180,7 @@ std::shared_ptr<Unit> Interpreter::procedureUnit(const FoundObject& callee) {
         unit = parseProcedure(callee.object->text, session_.settings.quotedIdentifier);
         unit->name = callee.object->name;
         unit->database = callee.database->name();
+        unit->schema = callee.object->schema;
         object = callee.object;
     }
     return unit;

@@ -204,8 +204,8 @@ struct Statement {
                               Block, If, While, Break, Continue, Label, Goto, Return, TryCatch, WaitFor,     //
                               Print, RaiseError, Throw, Execute, Transaction, DeclareCursor, CursorCommand,  //
                               CreateTable, AlterTable, CreateIndex, DropIndex, DropObjects, CreateView,      //
-                              CreateProcedure, CreateDatabase, AlterDatabase, DropDatabase, Permission,      //
-                              Dbcc, Kill, Checkpoint, InsertBulk, Unsupported>;
+                              CreateProcedure, CreateDatabase, AlterDatabase, DropDatabase, CreateSchema,    //
+                              DropSchema, Permission, Dbcc, Kill, Checkpoint, InsertBulk, Unsupported>;
     Place place;
     Extent text;
     Node node;

@@ -200,6 +200,16 @@ struct DropDatabase {
     bool ifExists = false;
 };
 
+struct CreateSchema {
+    std::string name;
+    std::string owner;  // AUTHORIZATION, or empty
+};
+
+struct DropSchema {
+    std::string name;
+    bool ifExists = false;
+};
+
 // GRANT, DENY, REVOKE.
 struct Permission {
     std::string verb;                      // upper case

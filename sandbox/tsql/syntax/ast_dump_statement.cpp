@@ -171,6 +171,10 @@ std::string dump(const Statement& statement) {
                 return std::string(n.ifExists ? "(drop-database if-exists " : "(drop-database ") + dumpNames(n.names) +
                        ")";
             },
+            [](const CreateSchema& n) { return "(schema " + n.name + spaced(n.owner) + ")"; },
+            [](const DropSchema& n) {
+                return std::string(n.ifExists ? "(drop-schema if-exists " : "(drop-schema ") + n.name + ")";
+            },
             [](const Permission& n) {
                 return "(" + n.verb + " " + dumpNames(n.permissions) + (n.object ? " on " + n.object->written() : "") +
                        " to " + dumpNames(n.principals) + ")";

@@ -135,7 +135,8 @@ SELECT p.PROCEDURE_CATALOG, p.PROCEDURE_SCHEMA, p.PROCEDURE_NAME, p.PARAMETER_NA
        TYPE_NAME = CAST(p.DATA_TYPE AS nvarchar(128)), XML_CATALOGNAME = CAST(NULL AS nvarchar(128)),
        XML_SCHEMANAME = CAST(NULL AS nvarchar(128)), XML_SCHEMACOLLECTIONNAME = CAST(NULL AS nvarchar(128)),
        SS_DATETIME_PRECISION = p.DATETIME_PRECISION
-FROM (SELECT PROCEDURE_CATALOG = CAST(DB_NAME() AS nvarchar(128)), PROCEDURE_SCHEMA = CAST('dbo' AS nvarchar(128)),
+FROM (SELECT PROCEDURE_CATALOG = CAST(DB_NAME() AS nvarchar(128)),
+             PROCEDURE_SCHEMA = CAST(SCHEMA_NAME(o.schema_id) AS nvarchar(128)),
              PROCEDURE_NAME = CAST(o.name AS nvarchar(128)), PARAMETER_NAME = CAST('@RETURN_VALUE' AS nvarchar(128)),
              ORDINAL_POSITION = CAST(0 AS smallint), PARAMETER_TYPE = CAST(4 AS smallint),
              DATA_TYPE = CAST('int' AS nvarchar(128)), CHARACTER_MAXIMUM_LENGTH = CAST(NULL AS int),
@@ -149,7 +150,8 @@ FROM (SELECT PROCEDURE_CATALOG = CAST(DB_NAME() AS nvarchar(128)), PROCEDURE_SCH
              NUMERIC_SCALE, DATETIME_PRECISION
       FROM INFORMATION_SCHEMA.PARAMETERS
       WHERE SPECIFIC_NAME = @procedure_name) AS p
-WHERE @parameter_name IS NULL OR p.PARAMETER_NAME = @parameter_name
+WHERE (@parameter_name IS NULL OR p.PARAMETER_NAME = @parameter_name)
+  AND (@procedure_schema IS NULL OR p.PROCEDURE_SCHEMA = @procedure_schema)
 ORDER BY p.ORDINAL_POSITION)";
 
 inline constexpr std::string_view kManagedColumnsParameters =
@@ -169,25 +171,27 @@ inline constexpr std::string_view kManagedIndexesParameters =
     "@Catalog nvarchar(128) = NULL, @Owner nvarchar(128) = NULL, @Table nvarchar(128) = NULL, "
     "@Name nvarchar(128) = NULL";
 inline constexpr std::string_view kManagedIndexes = R"(
-SELECT constraint_catalog = DB_NAME(), constraint_schema = 'dbo', constraint_name = x.name, table_catalog = DB_NAME(),
-       table_schema = 'dbo', table_name = o.name, index_name = x.name, type_desc = x.type_desc
+SELECT constraint_catalog = DB_NAME(), constraint_schema = SCHEMA_NAME(o.schema_id), constraint_name = x.name,
+       table_catalog = DB_NAME(), table_schema = SCHEMA_NAME(o.schema_id), table_name = o.name, index_name = x.name, type_desc = x.type_desc
 FROM sys.indexes x
 INNER JOIN sys.tables o ON o.object_id = x.object_id
 WHERE x.index_id > 0 AND (@Table IS NULL OR o.name = @Table) AND (@Name IS NULL OR x.name = @Name)
+  AND (@Owner IS NULL OR SCHEMA_NAME(o.schema_id) = @Owner)
 ORDER BY o.name, x.name)";
 
 inline constexpr std::string_view kManagedIndexColumnsParameters =
     "@Catalog nvarchar(128) = NULL, @Owner nvarchar(128) = NULL, @Table nvarchar(128) = NULL, "
     "@Name nvarchar(128) = NULL, @Column nvarchar(128) = NULL";
 inline constexpr std::string_view kManagedIndexColumns = R"(
-SELECT constraint_catalog = DB_NAME(), constraint_schema = 'dbo', constraint_name = x.name, table_catalog = DB_NAME(),
-       table_schema = 'dbo', table_name = o.name, column_name = c.name, ordinal_position = CAST(k.key_ordinal AS int),
-       KeyType = c.system_type_id, index_name = x.name
+SELECT constraint_catalog = DB_NAME(), constraint_schema = SCHEMA_NAME(o.schema_id), constraint_name = x.name,
+       table_catalog = DB_NAME(), table_schema = SCHEMA_NAME(o.schema_id), table_name = o.name, column_name = c.name,
+       ordinal_position = CAST(k.key_ordinal AS int), KeyType = c.system_type_id, index_name = x.name
 FROM sys.indexes x
 INNER JOIN sys.tables o ON o.object_id = x.object_id
 INNER JOIN sys.index_columns k ON k.object_id = x.object_id AND k.index_id = x.index_id AND k.key_ordinal > 0
 INNER JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id
 WHERE (@Table IS NULL OR o.name = @Table) AND (@Name IS NULL OR x.name = @Name) AND (@Column IS NULL OR c.name = @Column)
+  AND (@Owner IS NULL OR SCHEMA_NAME(o.schema_id) = @Owner)
 ORDER BY o.name, x.name, k.key_ordinal)";
 
 }  // namespace sandbox::texts

@@ -10,7 +10,8 @@ inline constexpr std::string_view kStatisticsParameters =
     "@table_name nvarchar(128), @table_owner nvarchar(128) = NULL, @table_qualifier nvarchar(128) = NULL, "
     "@index_name nvarchar(128) = '%', @is_unique char(1) = 'N', @accuracy char(1) = 'Q'";
 inline constexpr std::string_view kStatistics = R"(
-SELECT TABLE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)), TABLE_OWNER = CAST('dbo' AS nvarchar(128)),
+SELECT TABLE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)),
+       TABLE_OWNER = CAST(SCHEMA_NAME(o.schema_id) AS nvarchar(128)),
        TABLE_NAME = CAST(o.name AS nvarchar(128)), NON_UNIQUE = CAST(NULL AS smallint),
        INDEX_QUALIFIER = CAST(NULL AS nvarchar(128)), INDEX_NAME = CAST(NULL AS nvarchar(128)),
        TYPE = CAST(0 AS smallint), SEQ_IN_INDEX = CAST(NULL AS smallint), COLUMN_NAME = CAST(NULL AS nvarchar(128)),
@@ -18,16 +19,16 @@ SELECT TABLE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)), TABLE_OWNER = CAST('d
        FILTER_CONDITION = CAST(NULL AS varchar(128))
 FROM sys.objects o
 INNER JOIN sysindexes i ON i.id = o.object_id AND i.indid IN (0, 1)
-WHERE o.type = 'U' AND o.name = @table_name AND (@table_owner IS NULL OR @table_owner = 'dbo')
+WHERE o.type = 'U' AND o.name = @table_name AND (@table_owner IS NULL OR @table_owner = SCHEMA_NAME(o.schema_id))
 UNION ALL
-SELECT DB_NAME(), 'dbo', o.name, CASE x.is_unique WHEN 1 THEN 0 ELSE 1 END, o.name, x.name,
+SELECT DB_NAME(), SCHEMA_NAME(o.schema_id), o.name, CASE x.is_unique WHEN 1 THEN 0 ELSE 1 END, o.name, x.name,
        CASE x.type WHEN 1 THEN 1 ELSE 3 END, k.key_ordinal, c.name, CASE k.is_descending_key WHEN 1 THEN 'D' ELSE 'A' END,
        NULL, NULL, NULL
 FROM sys.objects o
 INNER JOIN sys.indexes x ON x.object_id = o.object_id AND x.index_id > 0
 INNER JOIN sys.index_columns k ON k.object_id = x.object_id AND k.index_id = x.index_id AND k.key_ordinal > 0
 INNER JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id
-WHERE o.type = 'U' AND o.name = @table_name AND (@table_owner IS NULL OR @table_owner = 'dbo')
+WHERE o.type = 'U' AND o.name = @table_name AND (@table_owner IS NULL OR @table_owner = SCHEMA_NAME(o.schema_id))
   AND x.name LIKE @index_name AND (@is_unique <> 'Y' OR x.is_unique = 1)
 ORDER BY 4, 7, 6, 8)";
 
@@ -43,27 +44,31 @@ DECLARE @columns TABLE (TABLE_QUALIFIER nvarchar(128), TABLE_OWNER nvarchar(128)
                         COLUMN_DEF nvarchar(4000), SQL_DATA_TYPE smallint, SQL_DATETIME_SUB smallint,
                         CHAR_OCTET_LENGTH int, ORDINAL_POSITION int, IS_NULLABLE varchar(254), SS_DATA_TYPE tinyint)
 INSERT INTO @columns EXEC sp_columns @table_name, @table_owner, @qualifier, NULL, 0, @ODBCVer
-DECLARE @index int
+DECLARE @index int, @table int
+SELECT @table = OBJECT_ID(ISNULL(QUOTENAME(@table_owner) + '.', '') + QUOTENAME(@table_name))
 SELECT @index = (SELECT TOP 1 x.index_id
                  FROM sys.indexes x
-                 WHERE x.object_id = OBJECT_ID(QUOTENAME(@table_name)) AND x.is_unique = 1
+                 WHERE x.object_id = @table AND x.is_unique = 1
                  ORDER BY CASE x.is_primary_key WHEN 1 THEN 0 ELSE 1 END, x.index_id)
 SET NOCOUNT OFF
 SELECT SCOPE = CAST(CASE @col_type WHEN 'V' THEN NULL ELSE CASE @scope WHEN 'C' THEN 0 ELSE 1 END END AS smallint),
        c.COLUMN_NAME, c.DATA_TYPE, c.TYPE_NAME, c.[PRECISION], c.LENGTH, c.SCALE, PSEUDO_COLUMN = CAST(1 AS smallint)
 FROM @columns c
-INNER JOIN sys.columns s ON s.object_id = OBJECT_ID(QUOTENAME(@table_name)) AND s.name = c.COLUMN_NAME
+INNER JOIN sys.columns s ON s.object_id = @table AND s.name = c.COLUMN_NAME
 INNER JOIN sys.index_columns k ON k.object_id = s.object_id AND k.column_id = s.column_id AND k.index_id = @index
-WHERE c.TABLE_NAME = @table_name AND k.key_ordinal > 0 AND @col_type = 'R' AND (@nullable <> 'O' OR c.NULLABLE = 0)
+WHERE c.TABLE_OWNER = OBJECT_SCHEMA_NAME(@table) AND c.TABLE_NAME = @table_name AND k.key_ordinal > 0
+  AND @col_type = 'R' AND (@nullable <> 'O' OR c.NULLABLE = 0)
 ORDER BY k.key_ordinal)";
 
 inline constexpr std::string_view kForeignKeysParameters =
     "@pktable_name nvarchar(128) = NULL, @pktable_owner nvarchar(128) = NULL, @pktable_qualifier nvarchar(128) = NULL, "
     "@fktable_name nvarchar(128) = NULL, @fktable_owner nvarchar(128) = NULL, @fktable_qualifier nvarchar(128) = NULL";
 inline constexpr std::string_view kForeignKeys = R"(
-SELECT PKTABLE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)), PKTABLE_OWNER = CAST('dbo' AS nvarchar(128)),
+SELECT PKTABLE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)),
+       PKTABLE_OWNER = CAST(SCHEMA_NAME(p.schema_id) AS nvarchar(128)),
        PKTABLE_NAME = CAST(p.name AS nvarchar(128)), PKCOLUMN_NAME = CAST(pc.name AS nvarchar(128)),
-       FKTABLE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)), FKTABLE_OWNER = CAST('dbo' AS nvarchar(128)),
+       FKTABLE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)),
+       FKTABLE_OWNER = CAST(SCHEMA_NAME(f.schema_id) AS nvarchar(128)),
        FKTABLE_NAME = CAST(f.name AS nvarchar(128)), FKCOLUMN_NAME = CAST(fc.name AS nvarchar(128)),
        KEY_SEQ = CAST(k.constraint_column_id AS smallint),
        UPDATE_RULE = CAST(CASE r.update_referential_action WHEN 1 THEN 0 WHEN 2 THEN 2 WHEN 3 THEN 4 ELSE 1 END AS smallint),
@@ -78,17 +83,21 @@ INNER JOIN sys.columns pc ON pc.object_id = p.object_id AND pc.column_id = k.ref
 INNER JOIN sys.columns fc ON fc.object_id = f.object_id AND fc.column_id = k.parent_column_id
 LEFT JOIN sys.indexes x ON x.object_id = p.object_id AND x.is_primary_key = 1
 WHERE (@pktable_name IS NULL OR p.name = @pktable_name) AND (@fktable_name IS NULL OR f.name = @fktable_name)
+  AND (@pktable_owner IS NULL OR SCHEMA_NAME(p.schema_id) = @pktable_owner)
+  AND (@fktable_owner IS NULL OR SCHEMA_NAME(f.schema_id) = @fktable_owner)
 ORDER BY 5, 6, 7, 12, 9)";
 
 inline constexpr std::string_view kProceduresParameters =
     "@sp_name nvarchar(390) = NULL, @sp_owner nvarchar(384) = NULL, @sp_qualifier nvarchar(128) = NULL, "
     "@fUsePattern bit = 1";
 inline constexpr std::string_view kProcedures = R"(
-SELECT PROCEDURE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)), PROCEDURE_OWNER = CAST('dbo' AS nvarchar(128)),
+SELECT PROCEDURE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)),
+       PROCEDURE_OWNER = CAST(SCHEMA_NAME(o.schema_id) AS nvarchar(128)),
        PROCEDURE_NAME = CAST(o.name + ';1' AS nvarchar(134)), NUM_INPUT_PARAMS = -1, NUM_OUTPUT_PARAMS = -1,
        NUM_RESULT_SETS = -1, REMARKS = CAST(NULL AS varchar(254)), PROCEDURE_TYPE = CAST(2 AS smallint)
 FROM sys.objects o
-WHERE o.type = 'P' AND (@sp_name IS NULL OR o.name LIKE @sp_name) AND (@sp_owner IS NULL OR 'dbo' LIKE @sp_owner)
+WHERE o.type = 'P' AND (@sp_name IS NULL OR o.name LIKE @sp_name)
+  AND (@sp_owner IS NULL OR SCHEMA_NAME(o.schema_id) LIKE @sp_owner)
 ORDER BY 1, 2, 3)";
 
 inline constexpr std::string_view kProcedureColumnsParameters =
@@ -114,7 +123,8 @@ SELECT p.object_id, p.parameter_id, p.name, CASE p.is_output WHEN 1 THEN 2 ELSE 
 FROM sys.parameters p
 INNER JOIN sys.types t ON t.user_type_id = p.user_type_id
 SET NOCOUNT OFF
-SELECT PROCEDURE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)), PROCEDURE_OWNER = CAST('dbo' AS nvarchar(128)),
+SELECT PROCEDURE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)),
+       PROCEDURE_OWNER = CAST(SCHEMA_NAME(o.schema_id) AS nvarchar(128)),
        PROCEDURE_NAME = CAST(o.name + ';1' AS nvarchar(134)), COLUMN_NAME = p.name, COLUMN_TYPE = p.kind, t.DATA_TYPE,
        t.TYPE_NAME,
        [PRECISION] = CAST(CASE WHEN t.CREATE_PARAMS IN ('length', 'max length')
@@ -133,7 +143,8 @@ SELECT PROCEDURE_QUALIFIER = CAST(DB_NAME() AS nvarchar(128)), PROCEDURE_OWNER =
 FROM @parameters p
 INNER JOIN sys.objects o ON o.object_id = p.object_id
 INNER JOIN @types t ON t.TYPE_NAME = p.type
-WHERE o.name LIKE @procedure_name AND (@procedure_owner IS NULL OR 'dbo' LIKE @procedure_owner)
+WHERE o.name LIKE @procedure_name
+  AND (@procedure_owner IS NULL OR SCHEMA_NAME(o.schema_id) LIKE @procedure_owner)
   AND (@column_name IS NULL OR p.name LIKE @column_name)
 ORDER BY 1, 2, 3, p.place)";
 

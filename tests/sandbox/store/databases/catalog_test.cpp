@@ -30,8 +30,26 @@ TEST(Catalog, ConstraintsShareTheNamesOfObjects) {
     EXPECT_FALSE(catalog.nameTaken("dbo", "ix")) << "an index is its table's own";
     EXPECT_FALSE(catalog.nameTaken("dbo", "kunde"));
     EXPECT_EQ(catalog.childrenOf(orders()).size(), 1u);
-    catalog.erase("dbo", "Ordre");
+    catalog.erase(orders());
     EXPECT_TRUE(catalog.all().empty());
+}
+
+TEST(Catalog, HoldsSchemasBesideTheObjects) {
+    ObjectDef schema;
+    schema.id = 5;
+    schema.name = "Ordre";
+    schema.kind = ObjectKind::Schema;
+    Catalog catalog;
+    catalog.put(std::make_shared<const ObjectDef>(fromRecord(toRecord(schema))));
+    catalog.put(std::make_shared<const ObjectDef>(orders()));
+    EXPECT_EQ(catalog.findSchema("ORDRE")->id, 5);
+    EXPECT_EQ(catalog.findSchema("DBO")->id, 1);
+    EXPECT_EQ(catalog.schemas().size(), 5u);
+    EXPECT_EQ(catalog.schemas().back()->name, "Ordre");
+    EXPECT_EQ(catalog.all().size(), 1u);
+    catalog.erase(schema);
+    EXPECT_EQ(catalog.findSchema("Ordre"), nullptr);
+    EXPECT_NE(catalog.find("dbo", "Ordre"), nullptr);
 }
 
 TEST(CatalogRecord, KeepsEverythingOfATable) {

@@ -119,7 +119,6 @@ TEST_F(Functions, ScalarFunctionsGiveSqlServersValues) {
         {"SUSER_SNAME", {}, "sa"},
         {"USER_NAME", {}, "dbo"},
         {"TYPE_NAME", {"56"}, "int"},
-        {"SCHEMA_NAME", {"1"}, "dbo"},
         {"OBJECT_ID", {"'t'"}, "NULL"},
         {"ERROR_NUMBER", {}, "NULL"},
     };
