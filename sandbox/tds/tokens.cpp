@@ -26,6 +26,9 @@ constexpr std::uint16_t kUnknownUpdatable = 0x0008;
 constexpr std::uint16_t kIdentity = 0x0010;
 constexpr std::uint16_t kHidden = 0x2000;
 
+// The one user type by which clients know a type of their own: a timestamp travels as binary.
+constexpr std::uint32_t kTimestamp = 80;
+
 bool hasTableName(std::uint8_t code) {
     return code == wire::kText || code == wire::kNText || code == wire::kImage;
 }
@@ -122,11 +125,11 @@ void TokenWriter::connectionReset() {
     out_.patchLength16(at);
 }
 
-void TokenWriter::userType() {
+void TokenWriter::userType(std::uint32_t number) {
     if (version_ >= Version::V72) {
-        out_.u32(0);
+        out_.u32(number);
     } else {
-        out_.u16(0);
+        out_.u16(static_cast<std::uint16_t>(number));
     }
 }
 
@@ -134,7 +137,7 @@ void TokenWriter::columns(std::span<const ColumnToken> columns) {
     out_.u8(static_cast<std::uint8_t>(Token::ColMetadata));
     out_.u16(static_cast<std::uint16_t>(columns.size()));
     for (const ColumnToken& c : columns) {
-        userType();
+        userType(c.type.type.rowVersion ? kTimestamp : 0);
         out_.u16(static_cast<std::uint16_t>((c.nullable ? kNullable : 0) | (c.updatable ? kUnknownUpdatable : 0) |
                                             (c.identity ? kIdentity : 0) | (c.hidden ? kHidden : 0)));
         writeTypeInfo(out_, c.type);

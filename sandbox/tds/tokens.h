@@ -67,7 +67,7 @@ private:
     std::size_t begin(Token token);
     std::size_t environment(std::uint8_t kind);
     void descriptorChange(std::uint8_t kind, std::uint64_t now, std::uint64_t before);
-    void userType();
+    void userType(std::uint32_t number = 0);
     void message(Token token, const Message& message);
 
     Writer& out_;

@@ -13,6 +13,7 @@ static void to_json(Json& j, const Type& t) {
     bare.id = t.id;
     j = Json{{"name", typeName(bare)}, {"length", t.length}, {"precision", t.precision}, {"scale", t.scale}};
     if (t.numericName) j["numeric"] = true;
+    if (t.rowVersion) j["rowVersion"] = true;
 }
 
 static void from_json(const Json& j, Type& t) {
@@ -27,6 +28,7 @@ static void from_json(const Json& j, Type& t) {
     t.precision = j.at("precision");
     t.scale = j.at("scale");
     t.numericName = j.value("numeric", false);
+    t.rowVersion = j.value("rowVersion", false);
 }
 
 static void to_json(Json& j, const ColumnDef& c) {

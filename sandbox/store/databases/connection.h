@@ -5,6 +5,7 @@
 // the latest committed state. The first write takes the database's writer lock, held until the transaction ends.
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -132,6 +133,8 @@ public:
     // Replaces an object by one with the same id, under another name perhaps.
     void replace(Database& database, const ObjectDef& before, ObjectDef after);
     void identityUsed(Database& database, std::int32_t objectId);  // its value is stored when the transaction commits
+    // The next value of a database's timestamp columns (tempdb's for temporary tables), in storage form.
+    [[nodiscard]] std::array<std::uint8_t, 8> nextRowVersion(Database& database);
     // Sets an identity value such that a roll-back brings the old one back: truncating, reseeding.
     void resetIdentity(Database& database, std::int32_t objectId, std::optional<std::int64_t> value);
 
@@ -199,6 +202,7 @@ private:
     std::size_t lastSavePoint_ = 0;
     Catalogs changed_;
     std::set<std::pair<Database*, std::int32_t>> usedIdentities_;
+    std::set<Database*> usedRowVersions_;
     std::vector<IdentityReset> identityResets_;
     std::vector<std::shared_ptr<Database>> retiredScopes_;  // their tables may come back by a roll-back
     std::optional<std::chrono::milliseconds> lockTimeout_;

@@ -5,6 +5,7 @@
 
 #include "sandbox/store/databases/connection.h"
 #include "sandbox/store/databases/database_file.h"
+#include "sandbox/store/values/storage_codec.h"
 
 namespace sandbox {
 
@@ -79,6 +80,12 @@ void Connection::identityUsed(Database& database, std::int32_t objectId) {
     if (!database.temporary()) usedIdentities_.insert({&database, objectId});
 }
 
+std::array<std::uint8_t, 8> Connection::nextRowVersion(Database& database) {
+    Database& counter = database.temporary() ? *databases_.find("tempdb") : database;
+    if (!database.temporary()) usedRowVersions_.insert(&database);
+    return encodeRowVersion(counter.nextRowVersion());
+}
+
 void Connection::resetIdentity(Database& database, std::int32_t objectId, std::optional<std::int64_t> value) {
     identityResets_.push_back({database.shared_from_this(), objectId, database.lastIdentity(objectId)});
     database.setLastIdentity(objectId, value);
@@ -150,6 +157,9 @@ void Connection::commitSqlite() {
         for (const auto& [database, objectId] : usedIdentities_) {
             writeIdentity(sqlite_, database->attachedAs(), objectId, database->lastIdentity(objectId));
         }
+        for (const Database* database : usedRowVersions_) {
+            writeRowVersion(sqlite_, database->attachedAs(), database->rowVersion());
+        }
         exec("COMMIT");
     } catch (...) {
         rollback();
@@ -174,6 +184,7 @@ void Connection::forgetTransaction() {
     savePoints_.clear();
     changed_.clear();
     usedIdentities_.clear();
+    usedRowVersions_.clear();
     identityResets_.clear();
     retiredScopes_.clear();
     databases_.locks().releaseAll(spid_, LockOwner::Transaction);

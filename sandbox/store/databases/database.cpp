@@ -227,6 +227,7 @@ std::shared_ptr<Database> Databases::open(Database::Facts facts) {
     auto database = std::make_shared<Database>(facts, readCatalog(keeper));
     database->identities_ = readIdentities(keeper);
     database->lastObjectId_ = readLastObjectId(keeper);
+    if (const auto last = readRowVersion(keeper)) database->rowVersion_ = *last;
     keepers_[facts.id] = keeper;
     databases_[facts.id] = database;
     return database;

@@ -50,6 +50,10 @@ public:
     [[nodiscard]] std::optional<std::int64_t> lastIdentity(std::int32_t objectId) const;
     void setLastIdentity(std::int32_t objectId, std::optional<std::int64_t> value);
 
+    // The counter of timestamp columns, which no roll-back takes back: the last value given out, and the next.
+    [[nodiscard]] std::int64_t rowVersion() const { return rowVersion_; }
+    std::int64_t nextRowVersion() { return ++rowVersion_; }
+
     [[nodiscard]] std::int32_t newObjectId();  // never given out before in this database
     [[nodiscard]] std::int32_t lastObjectId() const;
 
@@ -65,6 +69,7 @@ private:
     std::shared_ptr<const Catalog> catalog_;
     std::map<std::int32_t, std::int64_t> identities_;
     std::int32_t lastObjectId_ = 0;
+    std::atomic<std::int64_t> rowVersion_{2000};  // where SQL Server's begins
 };
 
 [[nodiscard]] std::int64_t currentTicks();  // local time as a datetime

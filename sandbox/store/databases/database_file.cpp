@@ -59,6 +59,19 @@ private:
     int bound_ = 0;
 };
 
+std::optional<std::int64_t> readValue(sqlite3* sqlite, const std::string& name) {
+    Query query(sqlite, "SELECT value FROM meta_values WHERE name = ?1");
+    query.bind(name);
+    return query.step() ? std::optional(query.integer(0)) : std::nullopt;
+}
+
+void writeValue(sqlite3* sqlite, const std::string& schema, const std::string& name, std::int64_t value) {
+    Query(sqlite, "INSERT OR REPLACE INTO " + schema + ".meta_values (name, value) VALUES (?1, ?2)")
+        .bind(name)
+        .bind(value)
+        .step();
+}
+
 }  // namespace
 
 sqlite3* openFile(const std::filesystem::path& file) {
@@ -129,14 +142,19 @@ void writeIdentity(sqlite3* sqlite, const std::string& schema, std::int32_t obje
 }
 
 std::int32_t readLastObjectId(sqlite3* sqlite) {
-    Query query(sqlite, "SELECT value FROM meta_values WHERE name = 'last_object_id'");
-    return query.step() ? static_cast<std::int32_t>(query.integer(0)) : 0;
+    return static_cast<std::int32_t>(readValue(sqlite, "last_object_id").value_or(0));
 }
 
 void writeLastObjectId(sqlite3* sqlite, const std::string& schema, std::int32_t id) {
-    Query(sqlite, "INSERT OR REPLACE INTO " + schema + ".meta_values (name, value) VALUES ('last_object_id', ?1)")
-        .bind(id)
-        .step();
+    writeValue(sqlite, schema, "last_object_id", id);
+}
+
+std::optional<std::int64_t> readRowVersion(sqlite3* sqlite) {
+    return readValue(sqlite, "row_version");
+}
+
+void writeRowVersion(sqlite3* sqlite, const std::string& schema, std::int64_t value) {
+    writeValue(sqlite, schema, "row_version", value);
 }
 
 std::vector<Database::Facts> readDatabases(sqlite3* registry) {

@@ -1,4 +1,4 @@
-// The meta tables of a database's file: what its catalogue, its identity values are, and the
+// The meta tables of a database's file: what its catalogue, its identity values and its row version are, and the
 // registry of a folder's databases. Used by Databases when it opens and makes files, and by Connection when a catalogue
 // changes.
 #pragma once
@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,8 @@ void writeIdentity(sqlite3* sqlite, const std::string& schema, std::int32_t obje
                    std::optional<std::int64_t> value);
 [[nodiscard]] std::int32_t readLastObjectId(sqlite3* sqlite);
 void writeLastObjectId(sqlite3* sqlite, const std::string& schema, std::int32_t id);
+[[nodiscard]] std::optional<std::int64_t> readRowVersion(sqlite3* sqlite);
+void writeRowVersion(sqlite3* sqlite, const std::string& schema, std::int64_t value);
 
 // The list of a folder's databases, a file of its own.
 void makeRegistry(sqlite3* sqlite);

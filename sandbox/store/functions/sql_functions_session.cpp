@@ -211,12 +211,12 @@ struct TypeNumber {
     int id;
 };
 constexpr auto kTypeNumbers = std::to_array<TypeNumber>({
-    {"image", 34},      {"text", 35},     {"uniqueidentifier", 36}, {"date", 40},        {"time", 41},
-    {"datetime2", 42},  {"tinyint", 48},  {"smallint", 52},         {"int", 56},         {"smalldatetime", 58},
-    {"real", 59},       {"money", 60},    {"datetime", 61},         {"float", 62},       {"ntext", 99},
-    {"bit", 104},       {"decimal", 106}, {"numeric", 108},         {"smallmoney", 122}, {"bigint", 127},
-    {"varbinary", 165}, {"varchar", 167}, {"binary", 173},          {"char", 175},       {"nvarchar", 231},
-    {"nchar", 239},     {"sysname", 256},
+    {"image", 34},      {"text", 35},       {"uniqueidentifier", 36}, {"date", 40},        {"time", 41},
+    {"datetime2", 42},  {"tinyint", 48},    {"smallint", 52},         {"int", 56},         {"smalldatetime", 58},
+    {"real", 59},       {"money", 60},      {"datetime", 61},         {"float", 62},       {"ntext", 99},
+    {"bit", 104},       {"decimal", 106},   {"numeric", 108},         {"smallmoney", 122}, {"bigint", 127},
+    {"varbinary", 165}, {"varchar", 167},   {"binary", 173},          {"char", 175},       {"nvarchar", 231},
+    {"nchar", 239},     {"timestamp", 189}, {"sysname", 256},
 });
 
 void typeNumber(Call& call) {

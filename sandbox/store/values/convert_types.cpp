@@ -228,6 +228,7 @@ Type commonType(const Type& a, const Type& b) {
     if (isBinary(a.id) && isBinary(b.id)) {
         if (isLob(high.id)) return high;
         Type result = high;
+        result.rowVersion = false;
         result.length = a.length == Type::kMax || b.length == Type::kMax ? Type::kMax : std::max(a.length, b.length);
         return result;
     }

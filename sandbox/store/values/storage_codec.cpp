@@ -153,7 +153,8 @@ std::string sqliteDeclaration(const Type& type, std::string_view collation) {
 
 std::int64_t encodeType(const Type& type) {
     return static_cast<std::int64_t>(type.id) | (std::int64_t{type.precision} << 8) | (std::int64_t{type.scale} << 16) |
-           (std::int64_t{type.numericName} << 24) | (static_cast<std::int64_t>(type.length) * (std::int64_t{1} << 32));
+           (std::int64_t{type.numericName} << 24) | (std::int64_t{type.rowVersion} << 25) |
+           (static_cast<std::int64_t>(type.length) * (std::int64_t{1} << 32));
 }
 
 Type decodeType(std::int64_t code) {
@@ -162,6 +163,7 @@ Type decodeType(std::int64_t code) {
     type.precision = static_cast<std::uint8_t>(code >> 8);
     type.scale = static_cast<std::uint8_t>(code >> 16);
     type.numericName = (code >> 24) & 1;
+    type.rowVersion = (code >> 25) & 1;
     type.length = static_cast<int>(code >> 32);
     return type;
 }
@@ -191,6 +193,12 @@ Int128 decodeWideDecimal(std::span<const std::uint8_t, 16> bytes) {
     UInt128 bits = 0;
     for (const std::uint8_t b : bytes) bits = (bits << 8) | b;
     return static_cast<Int128>(bits ^ (UInt128{1} << 127));
+}
+
+std::array<std::uint8_t, 8> encodeRowVersion(std::int64_t value) {
+    std::array<std::uint8_t, 8> bytes{};
+    for (std::size_t i = 0; i < 8; ++i) bytes[i] = static_cast<std::uint8_t>(value >> (8 * (7 - i)));
+    return bytes;
 }
 
 std::array<std::uint8_t, 16> encodeGuid(const Guid& guid) {

@@ -54,6 +54,7 @@ void setResult(sqlite3_context* context, const Type& type, const Value& value);
 // The BLOB forms.
 [[nodiscard]] std::array<std::uint8_t, 16> encodeWideDecimal(Int128 unscaled);
 [[nodiscard]] Int128 decodeWideDecimal(std::span<const std::uint8_t, 16> bytes);
+[[nodiscard]] std::array<std::uint8_t, 8> encodeRowVersion(std::int64_t value);  // the highest byte first
 [[nodiscard]] std::array<std::uint8_t, 16> encodeGuid(const Guid& guid);
 [[nodiscard]] Guid decodeGuid(std::span<const std::uint8_t, 16> bytes);
 

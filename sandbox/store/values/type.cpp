@@ -45,11 +45,13 @@ bool isTemporal(TypeId id) {
 
 std::string typeName(const Type& type) {
     if (type.id == TypeId::Decimal && type.numericName) return "numeric";
+    if (type.rowVersion) return "timestamp";
     return kNames[static_cast<std::size_t>(type.id)];
 }
 
 std::string typeDeclaration(const Type& type) {
     const std::string name = typeName(type);
+    if (type.rowVersion) return name;
     switch (type.id) {
         case TypeId::Binary:
         case TypeId::VarBinary:

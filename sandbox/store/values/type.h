@@ -45,6 +45,7 @@ struct Type {
     std::uint8_t precision = 0;  // decimal: 1 to 38
     std::uint8_t scale = 0;      // decimal: 0 to precision; time and datetime2: 0 to 7
     bool numericName = false;    // declared as numeric: only its name differs from decimal
+    bool rowVersion = false;     // timestamp: a binary(8) that a table fills in by itself
 
     friend bool operator==(const Type&, const Type&) = default;
 };

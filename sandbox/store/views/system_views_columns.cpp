@@ -19,6 +19,7 @@ struct TypeRow {
     int scale;
     TypeId id;
     bool numericName = false;
+    bool rowVersion = false;
 };
 
 constexpr TypeRow kTypes[] = {
@@ -46,6 +47,7 @@ constexpr TypeRow kTypes[] = {
     {"varchar", 167, 167, 8000, 0, 0, TypeId::VarChar},
     {"binary", 173, 173, 8000, 0, 0, TypeId::Binary},
     {"char", 175, 175, 8000, 0, 0, TypeId::Char},
+    {"timestamp", 189, 189, 8, 0, 0, TypeId::Binary, false, true},
     {"nvarchar", 231, 231, 8000, 0, 0, TypeId::NVarChar},
     {"nchar", 239, 239, 8000, 0, 0, TypeId::NChar},
     {"sysname", 231, 256, 256, 0, 0, TypeId::NVarChar},
@@ -209,7 +211,7 @@ SystemView live(SystemView view) {
 
 TypeFacts typeFacts(const Type& type) {
     const auto* row = std::find_if(std::begin(kTypes), std::end(kTypes), [&](const TypeRow& t) {
-        return t.id == type.id && t.numericName == type.numericName;
+        return t.id == type.id && t.numericName == type.numericName && t.rowVersion == type.rowVersion;
     });
     if (row == std::end(kTypes)) return {};
     TypeFacts facts{row->systemId, row->userId, row->bytes, row->precision, row->scale};
@@ -305,21 +307,22 @@ std::vector<SystemView> columnViews() {
                         {"has_default_value", kBit, [](const P&) { return number(0); }},
                         {"is_nullable", kBit, [](const P&) { return number(1); }},
                     }),
-        makeView<TypeRow>("sys", "types", types,
-                          {
-                              {"name", kName, [](const TypeRow& t) { return text(t.name); }},
-                              {"system_type_id", kTinyInt, [](const TypeRow& t) { return number(t.systemId); }},
-                              {"user_type_id", kInt, [](const TypeRow& t) { return number(t.userId); }},
-                              {"schema_id", kInt, [](const TypeRow&) { return number(4); }},
-                              {"max_length", kSmallInt, [](const TypeRow& t) { return number(t.bytes); }},
-                              {"precision", kTinyInt, [](const TypeRow& t) { return number(t.precision); }},
-                              {"scale", kTinyInt, [](const TypeRow& t) { return number(t.scale); }},
-                              {"is_nullable", kBit, [](const TypeRow& t) { return number(t.userId == 256 ? 0 : 1); }},
-                              {"is_user_defined", kBit, [](const TypeRow&) { return number(0); }},
-                              {"is_assembly_type", kBit, [](const TypeRow&) { return number(0); }},
-                              {"is_table_type", kBit, [](const TypeRow&) { return number(0); }},
-                              {"default_object_id", kInt, [](const TypeRow&) { return number(0); }},
-                          }),
+        makeView<TypeRow>(
+            "sys", "types", types,
+            {
+                {"name", kName, [](const TypeRow& t) { return text(t.name); }},
+                {"system_type_id", kTinyInt, [](const TypeRow& t) { return number(t.systemId); }},
+                {"user_type_id", kInt, [](const TypeRow& t) { return number(t.userId); }},
+                {"schema_id", kInt, [](const TypeRow&) { return number(4); }},
+                {"max_length", kSmallInt, [](const TypeRow& t) { return number(t.bytes); }},
+                {"precision", kTinyInt, [](const TypeRow& t) { return number(t.precision); }},
+                {"scale", kTinyInt, [](const TypeRow& t) { return number(t.scale); }},
+                {"is_nullable", kBit, [](const TypeRow& t) { return number(t.userId == 256 || t.rowVersion ? 0 : 1); }},
+                {"is_user_defined", kBit, [](const TypeRow&) { return number(0); }},
+                {"is_assembly_type", kBit, [](const TypeRow&) { return number(0); }},
+                {"is_table_type", kBit, [](const TypeRow&) { return number(0); }},
+                {"default_object_id", kInt, [](const TypeRow&) { return number(0); }},
+            }),
         bare(makeView<TypeRow>("sys", "systypes", types,
                                {
                                    {"name", kName, [](const TypeRow& t) { return text(t.name); }},

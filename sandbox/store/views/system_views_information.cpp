@@ -56,7 +56,7 @@ std::vector<ColumnRow> columns(Connection& connection, Database& database) {
 template <typename Row>
 Value characters(const Row& c) {
     const Type& type = c.type();
-    if (!isCharacter(type.id) && !isBinary(type.id)) return {};
+    if ((!isCharacter(type.id) && !isBinary(type.id)) || type.rowVersion) return {};
     if (type.id == TypeId::NText) return number(1073741823);
     return isLob(type.id) ? number(2147483647) : number(type.length);
 }
@@ -64,7 +64,7 @@ Value characters(const Row& c) {
 template <typename Row>
 Value octets(const Row& c) {
     const Type& type = c.type();
-    if (!isCharacter(type.id) && !isBinary(type.id)) return {};
+    if ((!isCharacter(type.id) && !isBinary(type.id)) || type.rowVersion) return {};
     if (type.id == TypeId::NText) return number(2147483646);
     return isLob(type.id) ? number(2147483647) : number(c.facts.bytes);
 }

@@ -111,7 +111,7 @@ struct BoundInsert {
     ResolvedObject target;
     struct Column {
         const ColumnDef* column = nullptr;  // in target.object
-        int source = -1;                    // SQLite column of source; -1: the next identity value
+        int source = -1;                    // SQLite column of source; -1: the next identity value or row version
     };
     std::vector<Column> columns;  // every stored column of the table, in table order
     // A value is given for the identity column: the caller raises 544 where IDENTITY_INSERT is OFF, and 545 where it is

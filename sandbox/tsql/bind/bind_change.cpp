@@ -205,6 +205,7 @@ private:
             binder_.fail(errorMessage<8102>(column.name), line);
         }
         if (!isStored(column)) reportNotModifiable(binder_, column.name, line);
+        if (column.type.rowVersion && isStored(column)) binder_.fail(errorMessage<272>(), line);
         if (std::find(out_.columns.begin(), out_.columns.end(), &column) != out_.columns.end()) {
             reportNamedTwice(binder_, column.name, line);
         }

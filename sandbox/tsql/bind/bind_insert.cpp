@@ -102,9 +102,9 @@ std::vector<BoundInsert::Column> layOut(const ObjectDef& table, const std::vecto
         if (!isStored(column)) continue;
         const auto it = std::find(listed.begin(), listed.end(), &column);
         BoundInsert::Column placed{.column = &column};
-        if (it != listed.end()) {
+        if (it != listed.end() && !column.type.rowVersion) {
             placed.source = static_cast<int>(it - listed.begin());
-        } else if (!column.identity) {
+        } else if (!column.identity && !column.type.rowVersion) {
             placed.source = static_cast<int>(listed.size() + defaults.size());
             defaults.push_back(&column);
         }
@@ -131,6 +131,19 @@ void checkCount(Binder& binder, const ObjectDef& table, bool hasList, std::size_
         return;
     }
     binder.fail(fewerColumns ? errorMessage<110>() : errorMessage<109>(), line);
+}
+
+// A timestamp column takes DEFAULT alone.
+void checkRowVersion(Binder& binder, const std::vector<const ColumnDef*>& listed, const ast::Insert& statement) {
+    const auto given =
+        std::find_if(listed.begin(), listed.end(), [](const ColumnDef* column) { return column->type.rowVersion; });
+    if (given == listed.end()) return;
+    const auto place = static_cast<std::size_t>(given - listed.begin());
+    const auto* rows = std::get_if<ast::Insert::Rows>(&statement.source);
+    const bool onlyDefaults = rows != nullptr && std::all_of(rows->begin(), rows->end(), [&](const ast::ExprList& row) {
+                                  return place >= row.size() || ast::as<ast::DefaultValue>(*row[place]);
+                              });
+    if (!onlyDefaults) binder.fail(errorMessage<273>(), statement.target.place.line);
 }
 
 class InsertBinder {
@@ -318,6 +331,7 @@ BoundInsert bindInsert(const BindContext& context, const ast::Insert& statement)
         listed = listedColumns(binder, table, statement.columns, statement.columnPlaces, line);
     }
     const bool listFailed = !statement.columns.empty() && listed.size() != statement.columns.size();
+    checkRowVersion(binder, listed, statement);
     InsertBinder insert(binder, out, std::move(listed));
     std::string limit;
     if (statement.top) limit = " LIMIT " + binder.rowCount(*statement.top->count, RowLimit::Count);

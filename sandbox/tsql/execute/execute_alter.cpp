@@ -29,18 +29,34 @@ FoundObject published(const ExecuteContext& context, const FoundObject& table, c
 
 // ---- ADD
 
+RowIds allRows(const ExecuteContext& context, const FoundObject& table) {
+    RowIds rows;
+    Statement all = context.connection.prepare("SELECT _rowid_ FROM " + tableSql(table));
+    while (all.step()) rows.push_back(sqlite3_column_int64(all.get(), 0));
+    return rows;
+}
+
+Statement fillColumn(const ExecuteContext& context, const FoundObject& table, const ColumnDef& column) {
+    return context.connection.prepare("UPDATE " + tableSql(table) + " SET " + quoteIdentifier(column.name) +
+                                      " = ?2 WHERE _rowid_ = ?1");
+}
+
+void fillWithRowVersions(const ExecuteContext& context, const FoundObject& table, const ColumnDef& column) {
+    Statement update = fillColumn(context, table, column);
+    for (const std::int64_t row : allRows(context, table)) {
+        sqlite3_bind_int64(update.get(), 1, row);
+        bindRowVersion(context.connection, table, update.get(), 2);
+        update.step();
+        update.reset();
+    }
+}
+
 void fillWithDefault(const ExecuteContext& context, const FoundObject& table, const ColumnDef& column) {
     const BoundQuery query = bindDefault(context.bind, column);
     Statement value = context.connection.prepare(query.sql);
     context.bindParameters(value, query, {});
-    RowIds rows;
-    {
-        Statement all = context.connection.prepare("SELECT _rowid_ FROM " + tableSql(table));
-        while (all.step()) rows.push_back(sqlite3_column_int64(all.get(), 0));
-    }
-    Statement update = context.connection.prepare("UPDATE " + tableSql(table) + " SET " + quoteIdentifier(column.name) +
-                                                  " = ?2 WHERE _rowid_ = ?1");
-    for (const std::int64_t row : rows) {
+    Statement update = fillColumn(context, table, column);
+    for (const std::int64_t row : allRows(context, table)) {
         sqlite3_bind_int64(update.get(), 1, row);
         if (value.step()) StatementRow(value.get()).bind(update.get(), 2, 0);
         update.step();
@@ -69,7 +85,7 @@ void addColumns(const ExecuteContext& context, const FoundObject& table, const a
     const bool empty = isEmpty(context, table);
     for (const ColumnDef& column : columns) {
         if (!column.computedText.empty()) continue;
-        const bool filled = !column.defaultText.empty() || column.identity;
+        const bool filled = !column.defaultText.empty() || column.identity || column.type.rowVersion;
         if (!empty && !column.nullable && !filled) {
             throw SqlError(errorMessage<4901>(column.name, table.object->name));
         }
@@ -85,6 +101,8 @@ void addColumns(const ExecuteContext& context, const FoundObject& table, const a
                                             [](const ast::Constraint& c) { return c.withValues; });
         if (column.identity) {
             fillWithIdentity(context, table, column);
+        } else if (column.type.rowVersion) {
+            fillWithRowVersions(context, table, column);
         } else if (!column.defaultText.empty() && (!column.nullable || withValues)) {
             fillWithDefault(context, table, column);
         }

@@ -84,11 +84,13 @@ void alterColumn(const ExecuteContext& context, const FoundObject& table, const 
         throw SqlError(errorMessage<4924>("ALTER TABLE ALTER COLUMN", definition.name, table.object->name));
     }
     if (!from->computedText.empty()) {
-        throw SqlError(errorMessage<4928>(from->name));
+        throw SqlError(errorMessage<4928>(from->name, "COMPUTED"));
     }
+    if (from->type.rowVersion) throw SqlError(errorMessage<4928>(from->name, "timestamp"));
     if (!definition.type.known) {
         throw SqlError(errorMessage<2715, 6>(1, definition.type.written));
     }
+    if (definition.type.type.rowVersion) throw SqlError(errorMessage<4927>(from->name, "timestamp"));
     ColumnDef to = *from;
     to.type = definition.type.type;
     // Not said: the column may be null from now on.

@@ -56,11 +56,16 @@ private:
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             assignments += (i == 0 ? "" : ", ") + quoteIdentifier(columns_[i]->name) + " = ?" + std::to_string(i + 2);
         }
+        const int version = static_cast<int>(columns_.size()) + 2;
+        const ColumnDef* versioned = rowVersionColumn(*table_.object);
+        if (versioned != nullptr)
+            assignments += ", " + quoteIdentifier(versioned->name) + " = ?" + std::to_string(version);
         Statement update =
             context_.connection.prepare("UPDATE " + tableSql(table_) + " SET " + assignments + " WHERE _rowid_ = ?1");
         for (std::size_t i = 0; i < rows_.size(); ++i) {
             const RowBuffer::Row row = rows_.row(i);
             for (std::size_t c = 0; c <= columns_.size(); ++c) row.bind(update.get(), static_cast<int>(c) + 1, c);
+            if (versioned != nullptr) bindRowVersion(context_.connection, table_, update.get(), version);
             try {
                 update.step();
             } catch (const SqliteError& error) {

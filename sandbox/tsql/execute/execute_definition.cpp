@@ -146,6 +146,7 @@ std::int64_t executeSelectInto(const ExecuteContext& context, const BoundQuery& 
         if (table.findColumn(column.name) != nullptr) {
             throw SqlError(errorMessage<2705>(column.name, table.name));
         }
+        requireOneRowVersion(table, column);
         table.columns.push_back(column);
         table.columns.back().columnId = ++table.lastColumnId;
     }

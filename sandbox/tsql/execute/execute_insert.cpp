@@ -62,6 +62,7 @@ RowInserter::RowInserter(const ExecuteContext& context, const FoundObject& table
             identity_ = &column;
             identitySource_ = columns_[i].source;
         }
+        hasRowVersion_ = hasRowVersion_ || (column.type.rowVersion && columns_[i].source < 0);
         if (options.defaultsForNulls && columns_[i].source >= 0 && !column.defaultText.empty()) {
             BoundQuery query = sandbox::bindDefault(context.bind, column);
             Statement statement = context.connection.prepare(query.sql);
@@ -86,6 +87,7 @@ void RowInserter::add(const RowView& source) {
             noteIdentity(source.integer(static_cast<std::size_t>(identitySource_)));
         }
     }
+    if (hasRowVersion_) rowVersion_ = context_.connection.nextRowVersion(*table_.database);
     bindRow(insert_.get(), source, identity);
     try {
         insert_.step();
@@ -104,7 +106,9 @@ void RowInserter::bindRow(sqlite3_stmt* to, const RowView& source, std::optional
     for (std::size_t i = 0; i < columns_.size(); ++i) {
         const BoundInsert::Column& column = columns_[i];
         const int parameter = static_cast<int>(i) + 1;
-        if (column.source < 0) {
+        if (column.source < 0 && column.column->type.rowVersion) {
+            bindRowVersion(to, parameter);
+        } else if (column.source < 0) {
             sqlite3_bind_int64(to, parameter, *identity);
         } else if (!source.isNull(static_cast<std::size_t>(column.source))) {
             source.bind(to, parameter, static_cast<std::size_t>(column.source));
@@ -113,6 +117,10 @@ void RowInserter::bindRow(sqlite3_stmt* to, const RowView& source, std::optional
             sqlite3_bind_null(to, parameter);
         }
     }
+}
+
+void RowInserter::bindRowVersion(sqlite3_stmt* to, int parameter) const {
+    sqlite3_bind_blob(to, parameter, rowVersion_.data(), static_cast<int>(rowVersion_.size()), SQLITE_TRANSIENT);
 }
 
 bool RowInserter::bindDefault(sqlite3_stmt* to, std::size_t column) {

@@ -2,6 +2,7 @@
 // INSERT in all its forms, SELECT INTO and bulk load; the caller holds the Write.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -36,6 +37,7 @@ private:
     [[nodiscard]] bool bindDefault(sqlite3_stmt* to, std::size_t column);
     void requireChecks(const RowView& source, std::optional<std::int64_t> identity);  // 547
     [[nodiscard]] SqlError duplicate(const RowView& source, std::optional<std::int64_t> identity);
+    void bindRowVersion(sqlite3_stmt* to, int parameter) const;
     [[nodiscard]] std::int64_t nextIdentity();
     void noteIdentity(std::int64_t value);
 
@@ -49,6 +51,8 @@ private:
     int identitySource_ = -1;                   // the cell that gives it, -1: the table does
     std::optional<std::int64_t> lastIdentity_;  // of the table
     std::optional<std::int64_t> given_;         // by this statement
+    std::array<std::uint8_t, 8> rowVersion_{};  // of the row in hand, where the table has such a column
+    bool hasRowVersion_ = false;
     RowIds rows_;
     std::int64_t count_ = 0;
     bool keepsRowIds_ = false;

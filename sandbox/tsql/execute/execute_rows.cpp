@@ -1,6 +1,8 @@
 // Rows in hand between reading and writing, and the table that a statement may write to.
 #include "sandbox/tsql/execute/execute_rows.h"
 
+#include <algorithm>
+
 #include "sandbox/store/databases/table_storage.h"
 #include "sandbox/store/values/error_table.h"
 
@@ -91,6 +93,18 @@ std::string shortName(const FoundObject& table) {
 
 std::string fullName(const FoundObject& table) {
     return table.object->name.starts_with('@') ? table.object->name : table.database->name() + "." + shortName(table);
+}
+
+const ColumnDef* rowVersionColumn(const ObjectDef& table) {
+    const auto found = std::find_if(table.columns.begin(), table.columns.end(), [](const ColumnDef& column) {
+        return column.type.rowVersion && column.computedText.empty();
+    });
+    return found == table.columns.end() ? nullptr : &*found;
+}
+
+void bindRowVersion(Connection& connection, const FoundObject& table, sqlite3_stmt* to, int parameter) {
+    const auto bytes = connection.nextRowVersion(*table.database);
+    sqlite3_bind_blob(to, parameter, bytes.data(), static_cast<int>(bytes.size()), SQLITE_TRANSIENT);
 }
 
 void bindRowId(const Statement& statement, const BoundQuery& query, std::int64_t rowId) {

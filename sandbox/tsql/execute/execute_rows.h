@@ -105,6 +105,11 @@ void requireUnchanged(const ExecuteContext& context, const FoundObject& table);
 [[nodiscard]] std::string fullName(const FoundObject& table);
 [[nodiscard]] std::string shortName(const FoundObject& table);
 
+// The stored timestamp column of a table; nullptr where it has none.
+[[nodiscard]] const ColumnDef* rowVersionColumn(const ObjectDef& table);
+// Binds the next row version of the table's database.
+void bindRowVersion(Connection& connection, const FoundObject& table, sqlite3_stmt* to, int parameter);
+
 // Binds row id parameters (Input, slot 0) of a bound check.
 void bindRowId(const Statement& statement, const BoundQuery& query, std::int64_t rowId);
 

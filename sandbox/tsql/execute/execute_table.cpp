@@ -67,6 +67,11 @@ std::string collationOf(const Database& database, const Type& type, const std::s
     return collation;
 }
 
+void requireOneRowVersion(const ObjectDef& table, const ColumnDef& column) {
+    if (!column.type.rowVersion || rowVersionColumn(table) == nullptr) return;
+    throw SqlError(errorMessage<2738>(table.name, column.name));
+}
+
 int freeIndexId(const ObjectDef& table, bool clustered) {
     if (clustered) return 1;
     int id = 2;
@@ -123,9 +128,11 @@ void TableBuilder::addColumn(const ast::ColumnDefinition& from) {
     }
     column.type = from.type.type;
     const bool isName = sameName(from.type.written, "sysname");
-    column.nullable = from.nullable.value_or(context_.nullByDefault && !from.identity.has_value() && !isName);
+    const bool neverNull = from.identity.has_value() || isName || column.type.rowVersion;
+    column.nullable = from.nullable.value_or(context_.nullByDefault && !neverNull);
     column.collation = collationOf(*database_, column.type, from.collation);
     column.columnId = ++table_.lastColumnId;
+    requireOneRowVersion(table_, column);
     if (from.identity) {
         if (!canBeIdentity(column.type)) {
             throw SqlError(errorMessage<2749>(" '" + column.name + "'"));
@@ -289,6 +296,7 @@ void TableBuilder::addDefault(const ast::Constraint& constraint, const ast::Colu
     if (column->identity) {
         throw constraintError(errorMessage<1754>(table_.name, name));
     }
+    if (column->type.rowVersion) throw constraintError(errorMessage<1755>(table_.name, name));
     column->defaultId = database_->newObjectId();
     column->defaultText = storedExpression(*constraint.expr, constraint.exprText);
     column->defaultName = constraintName(constraint.name, madeUpName("DF", name, column->defaultId));

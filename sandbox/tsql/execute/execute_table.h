@@ -58,6 +58,9 @@ struct ObjectPlace {
 // A column's collation: the one given, else its database's; empty where that is the default of all.
 [[nodiscard]] std::string collationOf(const Database& database, const Type& type, const std::string& given);
 
+// Raises 2738 where the column is a second timestamp of the table.
+void requireOneRowVersion(const ObjectDef& table, const ColumnDef& column);
+
 // The smallest index id that is free: 1 for a clustered one.
 [[nodiscard]] int freeIndexId(const ObjectDef& table, bool clustered);
 

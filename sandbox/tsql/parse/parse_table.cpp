@@ -1,6 +1,7 @@
 // CREATE TABLE and ALTER TABLE.
 #include <utility>
 
+#include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/error_table.h"
 #include "sandbox/tsql/parse/parse_state.h"
 
@@ -54,7 +55,7 @@ void Parser::tableElement(ast::TableDefinition& definition) {
     definition.columns.push_back(columnDefinition());
 }
 
-// name (AS value [PERSISTED [NOT NULL]] | type) {option}
+// name (AS value [PERSISTED [NOT NULL]] | type) {option} | TIMESTAMP {option}
 ast::ColumnDefinition Parser::columnDefinition() {
     ast::ColumnDefinition column;
     column.place = peek().place;
@@ -64,10 +65,15 @@ ast::ColumnDefinition Parser::columnDefinition() {
         column.computedText = textOf(column.computed->text);
         column.persisted = acceptWord("PERSISTED");
     } else {
-        if (seesSymbol(",") || seesSymbol(")")) {
-            fail(errorMessage<173>(column.name), column.place);
+        const bool bare = seesSymbol(",") || seesSymbol(")") || seesAnyWord({"NULL", "NOT"});
+        if (bare && sameName(column.name, "timestamp")) {
+            column.type.place = column.place;
+            column.type.written = "timestamp";
+            typeSize(column.type, TypeUse::Declared, {});
+        } else {
+            if (seesSymbol(",") || seesSymbol(")")) fail(errorMessage<173>(column.name), column.place);
+            column.type = typeName(TypeUse::Declared, "column '" + column.name + "'");
         }
-        column.type = typeName(TypeUse::Declared, "column '" + column.name + "'");
     }
     while (columnOption(column)) {
     }

@@ -39,12 +39,14 @@ constexpr auto kTypes = std::to_array<TypeRow>({
     {"numeric", TypeId::Decimal, Size::Digits},
     {"nvarchar", TypeId::NVarChar, Size::Characters, true},
     {"real", TypeId::Real, Size::None},
+    {"rowversion", TypeId::Binary, Size::None},
     {"smalldatetime", TypeId::SmallDateTime, Size::None},
     {"smallint", TypeId::SmallInt, Size::None},
     {"smallmoney", TypeId::SmallMoney, Size::None},
     {"sysname", TypeId::NVarChar, Size::None},
     {"text", TypeId::Text, Size::None},
     {"time", TypeId::Time, Size::Fraction},
+    {"timestamp", TypeId::Binary, Size::None},
     {"tinyint", TypeId::TinyInt, Size::None},
     {"uniqueidentifier", TypeId::UniqueIdentifier, Size::None},
     {"varbinary", TypeId::VarBinary, Size::Bytes, true},
@@ -84,7 +86,10 @@ ast::TypeName Parser::typeName(TypeUse use, const std::string& whose) {
         if (name.schema.empty() || lowerCase(name.schema) == "sys") type.written = name.name;
         const TypeRow* row = findType(type.written);
         if (row != nullptr && acceptWord("VARYING")) {
-            if (row->id != TypeId::Char && row->id != TypeId::NChar && row->id != TypeId::Binary) unexpected();
+            const bool sized = row->size == Size::Bytes || row->size == Size::Characters;
+            if (!sized || (row->id != TypeId::Char && row->id != TypeId::NChar && row->id != TypeId::Binary)) {
+                unexpected();
+            }
             type.written = row->id == TypeId::Char ? "varchar" : row->id == TypeId::NChar ? "nvarchar" : "varbinary";
         }
     }
@@ -115,6 +120,10 @@ void Parser::typeSize(ast::TypeName& name, TypeUse use, const std::string& whose
     type.id = row->id;
     if (row->id == TypeId::Decimal) type.numericName = lowerCase(name.written) == "numeric";
     if (lowerCase(name.written) == "sysname") type.length = 128;
+    if (row->id == TypeId::Binary && row->size == Size::None) {
+        type.rowVersion = true;
+        type.length = 8;
+    }
     if ((max && !row->max) || (second >= 0 && row->size != Size::Digits)) {
         fail(errorMessage<2716>(name.written), place);
     }

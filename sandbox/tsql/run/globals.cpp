@@ -7,6 +7,7 @@
 #include "sandbox/store/values/collation.h"
 #include "sandbox/store/values/convert.h"
 #include "sandbox/store/values/error_table.h"
+#include "sandbox/store/values/storage_codec.h"
 
 namespace sandbox {
 
@@ -37,6 +38,11 @@ struct Row {
 constexpr auto kRows = std::to_array<Row>({
     {"@@CURSOR_ROWS", [](SessionState& s) { return whole(s.cursorRows); }},
     {"@@DATEFIRST", [](SessionState& s) { return whole(s.settings.dateFirst); }},
+    {"@@DBTS",
+     [](SessionState& s) {
+         const auto bytes = encodeRowVersion(s.connection->current()->rowVersion());
+         return Typed{Type{.id = TypeId::VarBinary, .length = 8}, Bytes(bytes.begin(), bytes.end())};
+     }},
     {"@@ERROR", [](SessionState& s) { return whole(s.error); }},
     {"@@FETCH_STATUS", [](SessionState& s) { return whole(s.fetchStatus); }},
     {"@@IDENTITY",

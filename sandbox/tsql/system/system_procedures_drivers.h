@@ -127,7 +127,7 @@ SELECT p.PROCEDURE_CATALOG, p.PROCEDURE_SCHEMA, p.PROCEDURE_NAME, p.PARAMETER_NA
            WHEN 'decimal' THEN 5 WHEN 'numeric' THEN 5 WHEN 'float' THEN 6 WHEN 'image' THEN 7 WHEN 'int' THEN 8
            WHEN 'money' THEN 9 WHEN 'nchar' THEN 10 WHEN 'ntext' THEN 11 WHEN 'nvarchar' THEN 12 WHEN 'real' THEN 13
            WHEN 'uniqueidentifier' THEN 14 WHEN 'smalldatetime' THEN 15 WHEN 'smallint' THEN 16
-           WHEN 'smallmoney' THEN 17 WHEN 'text' THEN 18 WHEN 'tinyint' THEN 20 WHEN 'varbinary' THEN 21
+           WHEN 'smallmoney' THEN 17 WHEN 'text' THEN 18 WHEN 'timestamp' THEN 19 WHEN 'tinyint' THEN 20 WHEN 'varbinary' THEN 21
            WHEN 'varchar' THEN 22 WHEN 'date' THEN 31 WHEN 'time' THEN 32 ELSE 33 END AS smallint),
        p.CHARACTER_MAXIMUM_LENGTH, NUMERIC_PRECISION = CAST(p.NUMERIC_PRECISION AS smallint),
        NUMERIC_SCALE = CAST(p.NUMERIC_SCALE AS smallint),

@@ -35,7 +35,7 @@ ORDER BY 4, 7, 6, 8)";
 inline constexpr std::string_view kSpecialColumnsParameters =
     "@table_name nvarchar(128), @table_owner nvarchar(128) = NULL, @qualifier nvarchar(128) = NULL, "
     "@col_type char(1) = 'R', @scope char(1) = 'T', @nullable char(1) = 'U', @ODBCVer int = 2";
-// The columns of the primary key, else of the first unique index; no column changes by itself, as a rowversion would.
+// R: the columns of the primary key, else of the first unique index. V: the column that changes by itself.
 inline constexpr std::string_view kSpecialColumns = R"(
 SET NOCOUNT ON
 DECLARE @columns TABLE (TABLE_QUALIFIER nvarchar(128), TABLE_OWNER nvarchar(128), TABLE_NAME nvarchar(128),
@@ -55,9 +55,10 @@ SELECT SCOPE = CAST(CASE @col_type WHEN 'V' THEN NULL ELSE CASE @scope WHEN 'C' 
        c.COLUMN_NAME, c.DATA_TYPE, c.TYPE_NAME, c.[PRECISION], c.LENGTH, c.SCALE, PSEUDO_COLUMN = CAST(1 AS smallint)
 FROM @columns c
 INNER JOIN sys.columns s ON s.object_id = @table AND s.name = c.COLUMN_NAME
-INNER JOIN sys.index_columns k ON k.object_id = s.object_id AND k.column_id = s.column_id AND k.index_id = @index
-WHERE c.TABLE_OWNER = OBJECT_SCHEMA_NAME(@table) AND c.TABLE_NAME = @table_name AND k.key_ordinal > 0
-  AND @col_type = 'R' AND (@nullable <> 'O' OR c.NULLABLE = 0)
+LEFT JOIN sys.index_columns k ON k.object_id = s.object_id AND k.column_id = s.column_id AND k.index_id = @index
+WHERE c.TABLE_OWNER = OBJECT_SCHEMA_NAME(@table) AND c.TABLE_NAME = @table_name
+  AND (@col_type = 'R' AND k.key_ordinal > 0 OR @col_type = 'V' AND c.TYPE_NAME = 'timestamp')
+  AND (@nullable <> 'O' OR c.NULLABLE = 0)
 ORDER BY k.key_ordinal)";
 
 inline constexpr std::string_view kForeignKeysParameters =

@@ -65,6 +65,7 @@ SELECT TABLE_QUALIFIER = CAST(TABLE_CATALOG AS nvarchar(128)), TABLE_OWNER = CAS
            WHEN 'smallmoney' THEN 3 WHEN 'money' THEN 3 WHEN 'decimal' THEN 3 WHEN 'numeric' THEN 2
            WHEN 'real' THEN 7 WHEN 'float' THEN 6 WHEN 'char' THEN 1 WHEN 'varchar' THEN 12 WHEN 'text' THEN -1
            WHEN 'nchar' THEN -8 WHEN 'nvarchar' THEN -9 WHEN 'ntext' THEN -10 WHEN 'binary' THEN -2
+           WHEN 'timestamp' THEN -2
            WHEN 'varbinary' THEN -3 WHEN 'image' THEN -4 WHEN 'uniqueidentifier' THEN -11
            WHEN 'date' THEN CASE @ODBCVer WHEN 3 THEN 91 ELSE 9 END WHEN 'time' THEN -154
            ELSE CASE @ODBCVer WHEN 3 THEN 93 ELSE 11 END END AS smallint),
@@ -75,12 +76,13 @@ SELECT TABLE_QUALIFIER = CAST(TABLE_CATALOG AS nvarchar(128)), TABLE_OWNER = CAS
            WHEN DATA_TYPE = 'bit' THEN 1 WHEN DATA_TYPE = 'float' THEN 15 WHEN DATA_TYPE = 'real' THEN 7
            WHEN DATA_TYPE = 'datetime' THEN 23 WHEN DATA_TYPE = 'smalldatetime' THEN 16
            WHEN DATA_TYPE = 'date' THEN 10 WHEN DATA_TYPE = 'datetime2' THEN 27 WHEN DATA_TYPE = 'time' THEN 16
-           WHEN DATA_TYPE = 'uniqueidentifier' THEN 36 ELSE NUMERIC_PRECISION END AS int),
+           WHEN DATA_TYPE = 'uniqueidentifier' THEN 36 WHEN DATA_TYPE = 'timestamp' THEN 8
+           ELSE NUMERIC_PRECISION END AS int),
        LENGTH = CAST(CASE
            WHEN CHARACTER_OCTET_LENGTH = -1 THEN 0
            WHEN CHARACTER_OCTET_LENGTH IS NOT NULL THEN CHARACTER_OCTET_LENGTH
            WHEN DATA_TYPE IN ('bit', 'tinyint') THEN 1 WHEN DATA_TYPE = 'smallint' THEN 2
-           WHEN DATA_TYPE IN ('int', 'real') THEN 4 WHEN DATA_TYPE IN ('bigint', 'float') THEN 8
+           WHEN DATA_TYPE IN ('int', 'real') THEN 4 WHEN DATA_TYPE IN ('bigint', 'float', 'timestamp') THEN 8
            WHEN DATA_TYPE = 'money' THEN 21 WHEN DATA_TYPE = 'smallmoney' THEN 12
            WHEN DATA_TYPE IN ('datetime', 'smalldatetime', 'datetime2', 'uniqueidentifier') THEN 16
            WHEN DATA_TYPE = 'date' THEN 6 WHEN DATA_TYPE = 'time' THEN 12
@@ -99,7 +101,7 @@ SELECT TABLE_QUALIFIER = CAST(TABLE_CATALOG AS nvarchar(128)), TABLE_OWNER = CAS
            WHEN DATA_TYPE IN ('smallmoney', 'money', 'decimal') THEN 3 WHEN DATA_TYPE = 'numeric' THEN 2
            WHEN DATA_TYPE = 'real' THEN 7 WHEN DATA_TYPE = 'float' THEN 6 WHEN DATA_TYPE = 'char' THEN 1
            WHEN DATA_TYPE = 'varchar' THEN 12 WHEN DATA_TYPE = 'text' THEN -1 WHEN DATA_TYPE = 'nchar' THEN -8
-           WHEN DATA_TYPE = 'nvarchar' THEN -9 WHEN DATA_TYPE = 'ntext' THEN -10 WHEN DATA_TYPE = 'binary' THEN -2
+           WHEN DATA_TYPE = 'nvarchar' THEN -9 WHEN DATA_TYPE = 'ntext' THEN -10 WHEN DATA_TYPE IN ('binary', 'timestamp') THEN -2
            WHEN DATA_TYPE = 'varbinary' THEN -3 WHEN DATA_TYPE = 'image' THEN -4 ELSE -11 END AS smallint),
        SQL_DATETIME_SUB = CAST(CASE WHEN DATA_TYPE IN ('datetime', 'smalldatetime', 'datetime2') THEN 3
                                     WHEN DATA_TYPE = 'date' THEN 1 ELSE NULL END AS smallint),
@@ -128,7 +130,7 @@ inline constexpr std::string_view kTypesParameters = "@data_type int = 0, @ODBCV
 inline constexpr std::string_view kTypes = R"(
 SELECT TYPE_NAME = CAST(t.name AS nvarchar(128)), DATA_TYPE = CAST(t.odbc AS smallint), [PRECISION] = t.size,
        LITERAL_PREFIX = CAST(t.prefix AS varchar(32)), LITERAL_SUFFIX = CAST(t.suffix AS varchar(32)),
-       CREATE_PARAMS = CAST(t.parameters AS varchar(32)), NULLABLE = CAST(1 AS smallint),
+       CREATE_PARAMS = CAST(t.parameters AS varchar(32)), NULLABLE = CAST(CASE t.name WHEN 'timestamp' THEN 0 ELSE 1 END AS smallint),
        CASE_SENSITIVE = CAST(0 AS smallint), SEARCHABLE = CAST(t.searchable AS smallint),
        UNSIGNED_ATTRIBUTE = CAST(t.isUnsigned AS smallint), MONEY = CAST(t.isMoney AS smallint),
        AUTO_INCREMENT = CAST(CASE WHEN t.isUnsigned IS NULL THEN NULL ELSE 0 END AS smallint),
@@ -157,6 +159,7 @@ FROM (VALUES
     ('nvarchar', -9, 4000, 'N''', '''', 'max length', 3, NULL, 0, NULL, NULL),
     ('ntext', -10, 1073741823, 'N''', '''', NULL, 1, NULL, 0, NULL, NULL),
     ('binary', -2, 8000, '0x', NULL, 'length', 2, NULL, 0, NULL, NULL),
+    ('timestamp', -2, 8, '0x', NULL, NULL, 2, NULL, 0, NULL, NULL),
     ('varbinary', -3, 8000, '0x', NULL, 'max length', 2, NULL, 0, NULL, NULL),
     ('image', -4, 2147483647, '0x', NULL, NULL, 0, NULL, 0, NULL, NULL),
     ('uniqueidentifier', -11, 36, '''', '''', NULL, 2, NULL, 0, NULL, NULL),

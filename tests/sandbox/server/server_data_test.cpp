@@ -44,6 +44,30 @@ TEST(ServerData, DatabasesInFilesAreThereAgainAfterARestart) {
                                                  "doneinproc 2 more", "return 0", "doneproc"}));
 }
 
+TEST(ServerData, SchemasAndTheCounterOfTimestampsGoOnAfterARestart) {
+    TemporaryFolder folder;
+    ServerOptions options = serverOptions();
+    options.engine.dataDir = folder.path() / "data";
+    {
+        Server server(options);
+        TdsClient client = loggedIn(server);
+        (void)client.batch("CREATE DATABASE shop");
+        (void)client.batch("USE shop");
+        (void)client.batch("CREATE SCHEMA lager");
+        (void)client.batch("CREATE TABLE lager.vare (id int, ts timestamp) CREATE TABLE vare (id int)");
+        (void)client.batch("INSERT lager.vare (id) VALUES (1), (2) INSERT vare VALUES (3)");
+    }
+    Server server(options);
+    TdsClient client = loggedIn(server);
+    (void)client.batch("USE shop");
+    (void)client.batch("INSERT lager.vare (id) VALUES (4)");
+    EXPECT_EQ(client.batch("SELECT id, CAST(ts AS int) AS ts FROM lager.vare ORDER BY ts"),
+              (Lines{"cols id int, ts int", "row 1|2001", "row 2|2002", "row 4|2003", "done 3"}));
+    EXPECT_EQ(client.batch("SELECT id FROM vare").at(1), "row 3");
+    EXPECT_TRUE(client.batch("CREATE SCHEMA lager").front().starts_with("error 2714 16 6"));
+    EXPECT_TRUE(client.batch("DROP SCHEMA lager").front().starts_with("error 3729"));
+}
+
 TEST(ServerData, OneStatementReadsManyDatabases) {
     Server server(serverOptions());
     TdsClient client = loggedIn(server);

@@ -68,6 +68,18 @@ TEST(TdsTokens, ColumnsUserTypeAndTableNameGrewWith72) {
               (Buffer{0x81, 1, 0, 0, 0, 0, 0, 1, 0, 0x22, 0xFF, 0xFF, 0xFF, 0x7F, 0, 1, 'a', 0}));
 }
 
+TEST(TdsTokens, ATimestampIsBinaryWithAUserTypeOfItsOwn) {
+    const auto columns = [](TokenWriter& t) {
+        ColumnToken c;
+        c.name = "a";
+        c.type = wireType({.id = TypeId::Binary, .length = 8, .rowVersion = true}, false, t.version());
+        c.nullable = false;
+        t.columns(std::vector{c});
+    };
+    EXPECT_EQ(written(Version::V71, columns), (Buffer{0x81, 1, 0, 0x50, 0, 0, 0, 0xAD, 8, 0, 1, 'a', 0}));
+    EXPECT_EQ(written(Version::V74, columns), (Buffer{0x81, 1, 0, 0x50, 0, 0, 0, 0, 0, 0xAD, 8, 0, 1, 'a', 0}));
+}
+
 TEST(TdsTokens, EnvironmentChangesAreReadBack) {
     const Buffer bytes = written(Version::V74, [](TokenWriter& t) {
         t.databaseChange("Butikk", "master");

@@ -63,6 +63,15 @@ TEST(CatalogRecord, KeepsEverythingOfATable) {
     EXPECT_TRUE(after.foreignKeys[0].cascadeDelete);
 }
 
+TEST(CatalogRecord, KeepsATimestampApartFromOtherBinaryColumns) {
+    ObjectDef table;
+    table.columns = {{.name = "a", .type = {.id = TypeId::Binary, .length = 8}},
+                     {.name = "b", .type = {.id = TypeId::Binary, .length = 8, .rowVersion = true}}};
+    const ObjectDef after = fromRecord(toRecord(table));
+    EXPECT_EQ(after.columns.at(0).type, table.columns[0].type);
+    EXPECT_EQ(after.columns.at(1).type, table.columns[1].type);
+}
+
 TEST(CatalogRecord, KeepsProcedures) {
     ObjectDef before;
     before.id = 7;
