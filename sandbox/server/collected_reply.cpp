@@ -1,6 +1,8 @@
 // Replies that keep something back.
 #include "sandbox/server/collected_reply.h"
 
+#include "sandbox/store/values/error_table.h"
+
 namespace sandbox::server {
 
 void CallReply::columns(std::span<const ResultColumn> columns) {
@@ -59,19 +61,23 @@ void CallReply::release() {
 }
 
 void RowSetReply::columns(std::span<const ResultColumn> columns) {
-    if (++rowSets == 1) heads.assign(columns.begin(), columns.end());
-    if (rowSets == 2 && fallBack_) {
-        direct = true;
-        to_.columns(heads);
-        for (const std::vector<Value>& cells : rows) to_.row(cells);
-        to_.statementDone(static_cast<std::int64_t>(rows.size()), true);
-    }
-    if (direct) to_.columns(columns);
+    if (++rowSets > held_ && fallBack_ && !direct) goDirect();
+    if (direct) return to_.columns(columns);
+    if (rowSets == 1) heads.assign(columns.begin(), columns.end());
+}
+
+void RowSetReply::goDirect() {
+    direct = true;
+    to_.info(errorMessage<16954>().atLine(1));
+    if (rowSets < 2) return;  // nothing is held yet
+    to_.columns(heads);
+    for (const std::vector<Value>& cells : rows) to_.row(cells);
+    to_.statementDone(static_cast<std::int64_t>(rows.size()), true);
 }
 
 void RowSetReply::row(std::span<const Value> cells) {
+    if (direct) return to_.row(cells);
     if (rowSets == 1) rows.emplace_back(cells.begin(), cells.end());
-    if (direct) to_.row(cells);
 }
 
 void RowSetReply::statementDone(std::optional<std::int64_t> count, bool) {

@@ -67,11 +67,13 @@ private:
     bool failed_ = false;
 };
 
-// Collects the first row set and hands errors and messages on. With `fallBack` it hands everything on, from the first
-// row set on, as soon as there is a second one.
+// Collects the first row set and hands errors and messages on. Where it may fall back it hands everything on, behind
+// message 16954, as soon as there is a row set that it cannot hold.
 class RowSetReply : public ForwardingReply {
 public:
-    explicit RowSetReply(Reply& to, bool fallBack = false) : ForwardingReply(to), fallBack_(fallBack) {}
+    // held: how many row sets it can hold, none or one.
+    explicit RowSetReply(Reply& to, bool fallBack = false, int held = 1)
+        : ForwardingReply(to), fallBack_(fallBack), held_(held) {}
 
     void columns(std::span<const ResultColumn> columns) override;
     void row(std::span<const Value> cells) override;
@@ -88,7 +90,10 @@ public:
     bool direct = false;  // it has fallen back
 
 private:
+    void goDirect();
+
     bool fallBack_;
+    int held_;
 };
 
 }  // namespace sandbox::server

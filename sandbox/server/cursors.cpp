@@ -15,10 +15,18 @@ constexpr std::int32_t kParameterized = 0x1000;
 constexpr std::int32_t kAutoFetch = 0x2000;
 constexpr std::int32_t kReadOnly = 0x0001;
 constexpr std::int32_t kAllowDirect = 0x2000;
+// The client lists what it takes besides what it asks for. The same bit in both options.
+constexpr std::int32_t kCheckAccepted = 0x8000;
+constexpr std::int32_t kStaticAcceptable = 0x80000;
+constexpr std::int32_t kReadOnlyAcceptable = 0x10000;
 
 // Fetch types of sp_cursorfetch.
 constexpr std::int32_t kFirst = 0x01, kNext = 0x02, kPrevious = 0x04, kLast = 0x08, kAbsolute = 0x10, kRelative = 0x20,
                        kRefresh = 0x80, kInfo = 0x100, kPreviousNoAdjust = 0x200;
+
+bool takes(std::int32_t options, std::int32_t given, std::int32_t acceptable) {
+    return (options & kCheckAccepted) == 0 || (options & (given | acceptable)) != 0;
+}
 
 void end(Reply& reply) {
     reply.returnStatus(0);
@@ -99,13 +107,17 @@ void Cursors::run(const Statement& statement, const std::vector<Argument>& value
                   std::int32_t scrollOption, std::int64_t fetchSize, ReplyWriter& reply) {
     const std::int32_t concurrency =
         outputs.arguments.integerIfGiven(static_cast<std::size_t>(outputs.concurrency), "@ccopt").value_or(0);
-    RowSetReply rowSet(reply, (concurrency & kAllowDirect) != 0);
+    const bool acceptable =
+        takes(scrollOption, kStatic, kStaticAcceptable) && takes(concurrency, kReadOnly, kReadOnlyAcceptable);
+    const bool mayBeDirect = (concurrency & kAllowDirect) != 0;
+    if (!acceptable && !mayBeDirect) throw SqlError(errorMessage<16955>());
+    RowSetReply rowSet(reply, mayBeDirect, acceptable ? 1 : 0);
     session_.execute(statement.text, statement.declarations, values, rowSet);
     if (rowSet.rowSets > 1 && !rowSet.direct) {
         throw SqlError(errorMessage<16937>());
     }
     std::int32_t handle = 0;
-    if (rowSet.rowSets == 1 && !rowSet.failed) {
+    if (rowSet.rowSets == 1 && !rowSet.failed && !rowSet.direct) {
         handle = nextCursor_;
         nextCursor_ += 2;
         Cursor& cursor = cursors_[handle];

@@ -47,8 +47,8 @@ private:
     struct Outputs;
 
     // Runs the statement, keeps its rows under a new handle, describes them, and ends the call. A statement without
-    // rows gives the handle 0, and so does one with several row sets where the client allows that they come without a
-    // cursor.
+    // rows gives the handle 0. Where the client allows that rows come without a cursor, so does one with several row
+    // sets (else 16937), and one whose client takes no cursor that is static and read only (else 16955).
     void run(const Statement& statement, const std::vector<Argument>& values, const Outputs& outputs,
              std::int32_t scrollOption, std::int64_t fetchSize, ReplyWriter& reply);
     Cursor& find(std::int32_t handle);

@@ -179,10 +179,51 @@ TEST_F(ServerRequests, SeveralRowSetsComeWithoutACursorWhereTheClientAllowsIt) {
                                          number(concurrency, true), number(0, true)});
     };
     const Lines reply = open(kAllowDirect | 1);
-    EXPECT_EQ(Lines(reply.begin(), reply.begin() + 8),
+    EXPECT_TRUE(reply.front().starts_with("info 16954 10 ")) << reply.front();
+    EXPECT_EQ(Lines(reply.begin() + 1, reply.begin() + 9),
               (Lines{"cols a int not null", "row 1", "doneinproc 1 more", "cols b int not null", "row 2",
                      "doneinproc 1 more", "return 0", "output 0  int 0"}));
     EXPECT_TRUE(open(1).front().starts_with("error 16937 16"));
+}
+
+// What was made comes back in the scroll and concurrency options: static (8) and read only (1), without further bits.
+TEST_F(ServerRequests, ACursorThatCannotBeAsAskedIsStaticAndReadOnlyWhereTheClientTakesThat) {
+    constexpr int kKeyset = 0x1, kDynamic = 0x2, kCheckAccepted = 0x8000, kKeysetAcceptable = 0x10000,
+                  kStaticAcceptable = 0x80000, kOptimistic = 0x4, kReadOnlyAcceptable = 0x10000,
+                  kOptimisticAcceptable = 0x40000, kAllowDirect = 0x2000;
+    const auto open = [&](int scroll, int concurrency) {
+        return client.call(kCursorOpen, {nothing(), text("SELECT DISTINCT 1 AS a"), number(scroll, true),
+                                         number(concurrency, true), number(0, true)});
+    };
+    struct {
+        int scroll, concurrency;
+    } taken[] = {
+        {kKeyset, kOptimistic},
+        {kDynamic, 1},
+        {kKeyset | kCheckAccepted | kKeysetAcceptable | kStaticAcceptable, 1},
+        {8 | kCheckAccepted | kStaticAcceptable, 1 | kCheckAccepted | kReadOnlyAcceptable},
+        {8, kOptimistic | kCheckAccepted | kOptimisticAcceptable | kReadOnlyAcceptable},
+    };
+    for (const auto& c : taken) {
+        const Lines reply = open(c.scroll, c.concurrency);
+        ASSERT_GE(reply.size(), 5u) << c.scroll;
+        EXPECT_NE(reply[reply.size() - 5], "output 0  int 0");
+        EXPECT_EQ(Lines(reply.end() - 4, reply.end()),
+                  (Lines{"output 2  int 8", "output 3  int 1", "output 4  int 1", "doneproc"}));
+    }
+    struct {
+        int scroll, concurrency;
+    } refused[] = {
+        {kKeyset | kCheckAccepted | kKeysetAcceptable, 1},
+        {8, kOptimistic | kCheckAccepted | kOptimisticAcceptable},
+    };
+    for (const auto& c : refused) {
+        EXPECT_TRUE(open(c.scroll, c.concurrency).front().starts_with("error 16955 16 ")) << c.scroll;
+        const Lines direct = open(c.scroll, c.concurrency | kAllowDirect);
+        EXPECT_TRUE(direct.front().starts_with("info 16954 10 ")) << direct.front();
+        EXPECT_EQ(Lines(direct.begin() + 1, direct.begin() + 6),
+                  (Lines{"cols a int not null", "row 1", "doneinproc 1 more", "return 0", "output 0  int 0"}));
+    }
 }
 
 std::vector<std::uint8_t> transactionMessage(const std::vector<std::uint8_t>& body) {
