@@ -140,7 +140,7 @@ int main(int argc, char** argv) {
     QAction cancel;
     QPushButton cancelButton;
     cancelButton.show();
-    const ServerWait wait(cancel, cancelButton);
+    const ServerWait wait(cancel, cancelButton, [] {});
     hangingServer();
     millionRows(server);
 }
