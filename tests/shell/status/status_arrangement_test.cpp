@@ -71,7 +71,9 @@ protected:
         group.setCurrentIndex(group.findText(QString::fromUtf8(caption)));
     }
     void clickHeader(int column) { Q_EMIT tree().header()->sectionClicked(column); }
+    // Once the window has had its turn.
     [[nodiscard]] QString highlighted() {
+        QCoreApplication::processEvents();
         const QModelIndex current = tree().currentIndex();
         return current.siblingAtColumn(StatusTreeModel::Avdeling).data().toString() + u'/' +
                current.siblingAtColumn(StatusTreeModel::Kasse).data().toString();
