@@ -53,17 +53,22 @@ protected:
         return in.open(QIODevice::ReadOnly) ? in.readAll() : QByteArray();
     }
 
+    // Every preference that an arming hands to the engine, none of them as by default.
+    void storePreferences() {
+        for (const char* name :
+             {"Smtp/SendPriceAndCustomer", "Smtp/DeleteItems", "Smtp/DeleteItemsDayThree", "Smtp/SynchonizedRun"})
+            store.write(name, true);
+        store.write("Smtp/StartSendingTime", QTime(5, 15));
+        store.write("Smtp/memExcludePOSListSQL", QStringLiteral("ikk_kassenummer <> '9'"));
+    }
+
     QDateTime now{QDate(2026, 3, 4), QTime(4, 0, 20)};
 };
 
 constexpr char kWaiting[] = "SELECT COUNT(*) FROM PosOppgjor WHERE Pos_Op_Status < 8 AND Pos_Op_Type = 'NORMAL'";
 
 TEST_F(Night, ArmingGivesTheEngineThePreferencesAndTheTime) {
-    for (const char* name :
-         {"Smtp/SendPriceAndCustomer", "Smtp/DeleteItems", "Smtp/DeleteItemsDayThree", "Smtp/SynchonizedRun"})
-        store.write(name, true);
-    store.write("Smtp/StartSendingTime", QTime(5, 15));
-    store.write("Smtp/memExcludePOSListSQL", QStringLiteral("ikk_kassenummer <> '9'"));
+    storePreferences();
     MainWindow window(path(), store);
     open(window);
     TTorvikPos& engine = window.TorvikPos1();
@@ -81,11 +86,7 @@ TEST_F(Night, ArmingGivesTheEngineThePreferencesAndTheTime) {
 }
 
 TEST_F(Night, EachArmingGivesTheEngineThePreferencesAnew) {
-    for (const char* name :
-         {"Smtp/SendPriceAndCustomer", "Smtp/DeleteItems", "Smtp/DeleteItemsDayThree", "Smtp/SynchonizedRun"})
-        store.write(name, true);
-    store.write("Smtp/StartSendingTime", QTime(5, 15));
-    store.write("Smtp/memExcludePOSListSQL", QStringLiteral("ikk_kassenummer <> '9'"));
+    storePreferences();
     MainWindow window(path(), store);
     open(window);
     TTorvikPos& engine = window.TorvikPos1();
