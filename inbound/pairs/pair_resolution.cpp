@@ -57,7 +57,7 @@ public:
     }
 
 private:
-    // The till's commit was never reached, or the operator lets it stand.
+    // The till's commit was never reached or had marked nothing, or the operator lets it stand.
     void strike(const PairIntent& intent, const QString& outcome) {
         Transaction atBackOffice(sides_.backOffice);
         if (!intents_.standsForCertain(intent)) return;

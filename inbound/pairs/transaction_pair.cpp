@@ -56,7 +56,8 @@ void TransactionPair::begin() {
 void TransactionPair::commit() {
     if (!intents_.strike(note_.intent))
         throw EngineError(QStringLiteral("Raden i dts_logg for paret er borte (%1)").arg(note_.intent.subject));
-    sides_.notes.write(note_);
+    // Writing durably costs more than all else of a till that has nothing to fetch.
+    if (!note_.marks.empty()) sides_.notes.write(note_);
     requireBoth();
 
     commitTill();

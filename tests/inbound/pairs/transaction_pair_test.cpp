@@ -69,7 +69,7 @@ TEST_F(PairTest, CommitsBothAndLeavesNoTrace) {
                                 "Transaksjon commit for kildedatabase", "Transaksjon commit for måldatabase"}));
 }
 
-TEST_F(PairTest, TheIntentStandsWhileThePairIsOpenAndTheNoteWhenTheTillCommits) {
+TEST_F(PairTest, TheIntentStandsWhileThePairIsOpenAndTheNoteOfWhatItMarkedWhenTheTillCommits) {
     TORVIK_NEEDS_SANDBOX(run.chain);
     Rows atCommit;
     const int observer = run.chain.till(0).faults().observe([&](const sandbox::RequestInfo& request) {
@@ -77,13 +77,18 @@ TEST_F(PairTest, TheIntentStandsWhileThePairIsOpenAndTheNoteWhenTheTillCommits) 
             atCommit.push_back(
                 std::to_string(QDir(run.joinPoints.NoteFolder).entryList({QStringLiteral("par-*")}).size()));
     });
-    TransactionPair pair(sides(), QStringLiteral("oppgjør 1"));
-    pair.begin();
+    TransactionPair marking(sides(), QStringLiteral("oppgjør 1"));
+    marking.begin();
     EXPECT_EQ(backOffice(kIntents), Rows({"1"}));
-    work(pair);
-    pair.commit();
-    run.chain.till(0).faults().forget(observer);
+    work(marking);
+    marking.commit();
     EXPECT_EQ(atCommit, Rows({"1"}));
+
+    TransactionPair markingNothing(sides(), QStringLiteral("overføring"));
+    markingNothing.begin();
+    markingNothing.commit();
+    EXPECT_EQ(atCommit, Rows({"1", "0"}));
+    run.chain.till(0).faults().forget(observer);
 }
 
 // A log line pumps messages, and whatever they do would come between.
