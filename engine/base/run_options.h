@@ -17,7 +17,8 @@ struct RunOptions {
     QTime StartSendingTime{0, 0};  // latest start of sending in a synchronised run
     bool SynchonizedRun = false;   // in step with the back office's daily job
     bool ReceiveDataOnly = false;
-    TTasks Tasks;  // what the current run does
+    bool HelpFetching = false;  // at its time, help the copy that runs the night to fetch, and do nothing else
+    TTasks Tasks;               // what the current run does
 
     // Which tills in which order, and how they are reached.
     int RetryCount = 2;      // attempts to connect to a till

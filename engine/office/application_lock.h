@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 namespace torvik {
 
@@ -14,14 +15,16 @@ class Session;
 class ApplicationLock {
 public:
     // Asks for the lock without waiting for it. Raises what the session raises, and EngineError for an answer that is
-    // neither yes nor no.
-    ApplicationLock(db::Session& office, const QString& name);
+    // neither yes nor no. `question` is a SELECT of one column that is asked behind the lock, in the same round trip.
+    ApplicationLock(db::Session& office, const QString& name, const QString& question = {});
     ~ApplicationLock();
     ApplicationLock(const ApplicationLock&) = delete;
     ApplicationLock& operator=(const ApplicationLock&) = delete;
 
     // False: another session holds it.
     [[nodiscard]] bool Held() const { return held_; }
+    // The rows that answer the question.
+    [[nodiscard]] const QStringList& Answer() const { return answer_; }
 
     // The locks' names: the visit at one till, and the stock counts, whose stage is one for the chain.
     [[nodiscard]] static QString OfTill(int Ik_Ku_Id, const QString& kassenummer);
@@ -31,6 +34,7 @@ private:
     db::Session& office_;
     QString name_;
     bool held_ = false;
+    QStringList answer_;
 };
 
 }  // namespace torvik

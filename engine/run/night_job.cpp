@@ -7,6 +7,8 @@
 #include "engine/base/seams.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
+#include "engine/run/helping.h"
+#include "engine/run/night_share.h"
 #include "engine/run/run_parts.h"
 #include "engine/run/settlement_run.h"
 
@@ -42,7 +44,7 @@ void NightJob::DoOnTimer() {
     if (now.hour() != options_.StartTime.hour() || now.minute() != options_.StartTime.minute()) return;
 
     const auto done = qScopeGuard([this] { endNight(); });
-    runNight();
+    options_.HelpFetching ? helpNight() : runNight();
 }
 
 void NightJob::Tick() noexcept {
@@ -99,8 +101,7 @@ void NightJob::runNight() {
     log_.AddLog(QStringLiteral("Starter automatisk innhenting"));
     if (options_.SynchonizedRun) parts_.Step.SetNextStep(DailyJobStep::kFetching);
     options_.Tasks = options_.ReceiveDataOnly ? TTasks{taHent} : TTasks{taHent, taSend};
-    parts_.Office.Session().Close();
-    fetchWithRetries();
+    fetchWithHelpers();
 
     seam_.sleep(kPauseAroundReceived);
     try {
@@ -130,11 +131,44 @@ void NightJob::runNight() {
     log_.AddLog(QStringLiteral("Synkronisering fullført"));
 }
 
+// Nothing of the night but the fetching: no flags, no accumulation, no sending, no counts.
+void NightJob::helpNight() {
+    if (events_.OnAutoStart) events_.OnAutoStart(sender_);
+    options_.Tasks = {taHent};
+    HelpToFetch(parts_);
+}
+
+// Whichever way the fetching ends, helping copies go to no till behind its end.
+void NightJob::fetchWithHelpers() {
+    const std::unique_ptr<NightShare> share = beginSharing();
+    parts_.Office.Session().Close();
+    const auto over = qScopeGuard([&share] {
+        if (share) share->End();
+    });
+    fetchWithRetries(share.get());
+}
+
+// A night that cannot be shared is run alone.
+std::unique_ptr<NightShare> NightJob::beginSharing() {
+    if (parts_.Roster.Qry().IsEmpty()) return nullptr;
+    try {
+        const TillIdentity first = TillIdentity::Of(parts_.Roster.Qry());
+        return std::make_unique<NightShare>(
+            parts_, SharedNights(parts_.Office).Begin(first.Ik_Ku_Id, first.Kassenummer), NightShare::Role::Leads);
+    } catch (const EAbort&) {
+        throw;
+    } catch (const std::exception& error) {
+        log_.AddLog(QStringLiteral("Andre maskiner kan ikke hjelpe til med innhentingen (%1)").arg(ErrorText(error)),
+                    false, kls_Warning);
+        return nullptr;
+    }
+}
+
 // ExecuteOppgjor lets nothing out, so the retries are for a failure of its own error handling.
-void NightJob::fetchWithRetries() {
+void NightJob::fetchWithRetries(NightShare* share) {
     for (int failures = 0; failures < kFetchAttempts;) {
         try {
-            ExecuteOppgjor(parts_);
+            ExecuteOppgjor(parts_, share);
             return;
         } catch (const std::exception& error) {
             log_.AddLog(QStringLiteral("Prøver ExecuteOppgjor igjen (melding %1)").arg(ErrorText(error)));

@@ -1,13 +1,16 @@
 // The automatic run: at the chosen minute fetch from all tills, wait for the back office's daily job if the two are
-// synchronised, send to all tills, and fetch stock counts. The engine's timer ticks it every 30 seconds.
+// synchronised, send to all tills, and fetch stock counts; or, where HelpFetching is set, help another copy's night to
+// fetch (helping.h). The engine's timer ticks it every 30 seconds.
 #pragma once
 
 #include <exception>
+#include <memory>
 
 class QObject;
 
 namespace torvik {
 
+class NightShare;
 class OperatorLog;
 class RunParts;
 struct EngineEvents;
@@ -28,7 +31,10 @@ private:
     void failed(const std::exception_ptr& failure);
     void listAllTills();
     void runNight();
-    void fetchWithRetries();
+    void helpNight();
+    void fetchWithHelpers();
+    [[nodiscard]] std::unique_ptr<NightShare> beginSharing();
+    void fetchWithRetries(NightShare* share);
     void sendAfterBackOffice();
     void waitForSendingTime();
     void endNight();

@@ -43,18 +43,18 @@ void RunControl::Cancel() {
 bool RunControl::WaitRetryTime() {
     const int seconds = context_.Options.RetryWaitTime;
     log_.AddLog(QStringLiteral("Venter i %1 sekunder på neste forsøk").arg(seconds));
-    waitMs(qint64{seconds} * 1000);
+    Pause(qint64{seconds} * 1000);
     return true;
 }
 
 bool RunControl::WaitSeconds(int seconds) {
     // The odd spelling is the system's own.
     log_.AddLog(QStringLiteral("Venter i %1 sekunder på neste forsåk").arg(seconds));
-    waitMs(qint64{seconds} * 1000);
+    Pause(qint64{seconds} * 1000);
     return true;
 }
 
-void RunControl::waitMs(qint64 milliseconds) {
+void RunControl::Pause(qint64 milliseconds) {
     const qint64 end = context_.Seam.tickCount() + milliseconds;
     for (qint64 left = milliseconds; left > 0; left = end - context_.Seam.tickCount()) {
         context_.Seam.pumpFor(static_cast<int>(qMin<qint64>(left, kRoundMs)));

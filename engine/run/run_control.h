@@ -41,10 +41,11 @@ public:
     // Both log the wait, pump messages, raise on cancel, and return true.
     bool WaitRetryTime();
     bool WaitSeconds(int seconds);
+    // The same without a line in the log.
+    void Pause(qint64 milliseconds);
 
 private:
     friend class CancelListener;
-    void waitMs(qint64 milliseconds);
 
     EngineContext context_;
     OperatorLog& log_;

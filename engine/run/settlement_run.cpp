@@ -104,13 +104,14 @@ void reportFailure(RunParts& parts, const TillIdentity& till, const std::excepti
     parts.Log.AddLog(ErrorText(failure), true);
 }
 
-TillWalkPlan planOf(RunParts& parts) {
+TillWalkPlan planOf(RunParts& parts, NightShare* share) {
     return {
         .Wait = TillWalkPlan::Waiting::BetweenDepartments,
         .ReopensBackOffice = true,
         .CancelEndsStatements = true,
         .ResolvesFirst = false,  // the fetch does, behind its first line
         .ShowsLogs = true,
+        .Share = share,
         .LeavesOut =
             [&](const TillIdentity& till) {
                 if (isLeftOut(parts, till)) return true;
@@ -144,14 +145,14 @@ TillWalkPlan planOf(RunParts& parts) {
 
 }  // namespace
 
-void ExecuteOppgjor(RunParts& parts) {
+void ExecuteOppgjor(RunParts& parts, NightShare* share) {
     parts.Log.AddToLogItems = false;
     parts.Log.AddLog(QStringLiteral("STARTER oppgjør"));
     GlobalLogger().LogInformation(QStringLiteral("Starter innhenting av oppgjør "));
     parts.Control.Begin();
     try {
         prepare(parts);
-        TillWalk(parts, planOf(parts)).Run();
+        TillWalk(parts, planOf(parts, share)).Run();
         parts.Log.AddToLogItems = false;
         parts.Log.AddLog(QStringLiteral("Fullført oppgjør"));
         GlobalLogger().LogInformation(QStringLiteral("Fullført innhenting av oppgjør for {Kasse_antall} kasser"),

@@ -4,10 +4,12 @@
 
 namespace torvik {
 
+class NightShare;
 class RunParts;
 
 // Lets no exception out. Messages are pumped all the time; a command that starts during a run is kept out by the
-// window, which disarms the automatic run first, and a tick by TimerBusy.
-void ExecuteOppgjor(RunParts& parts);
+// window, which disarms the automatic run first, and a tick by TimerBusy. In a night that is shared it serves the tills
+// that its share leaves to it.
+void ExecuteOppgjor(RunParts& parts, NightShare* share = nullptr);
 
 }  // namespace torvik

@@ -1,11 +1,14 @@
 #include "engine/run/till_walk.h"
 
+#include <optional>
 #include <utility>
 
 #include "engine/base/abort.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/office/application_lock.h"
+#include "engine/office/undecided_pair.h"
+#include "engine/run/night_share.h"
 #include "engine/run/run_parts.h"
 #include "engine/status/oppgjor_status.h"
 
@@ -50,19 +53,26 @@ void TillWalk::walk() {
     db::Query& tills = parts_.Roster.Qry();
     while (!tills.Eof()) {
         const TillIdentity till = TillIdentity::Of(tills);
+        Turn turn = Turn::Over;
         {
             const RunningTill running(parts_.Status.get(), till);
-            if (!serve(till)) {
-                postpone(till);
+            turn = serve(till);
+            if (isOver()) return;
+            if (turn == Turn::Taken || turn == Turn::Later) {
+                postpone(till, turn);
                 tills.Next();
                 continue;
             }
             finish(till);
         }
         if (plan_.Ends && plan_.Ends()) break;
-        moveOn(till);
+        moveOn(till, turn);
     }
     servePostponed();
+}
+
+bool TillWalk::isOver() const {
+    return plan_.Share && plan_.Share->IsOver();
 }
 
 // Whoever has cancelled a run wants to know where it stands. The line is the run's, and no till's.
@@ -77,30 +87,49 @@ void TillWalk::tellDone() {
     parts_.Log.AddToLogItems = kept;
 }
 
-// On failure the till's session stays open until the next till.
-bool TillWalk::serve(const TillIdentity& till) {
+// The lock is held until the failure has been told. On failure the till's session stays open until the next till.
+TillWalk::Turn TillWalk::serve(const TillIdentity& till) {
+    std::optional<ApplicationLock> lock;
     try {
-        if (plan_.LeavesOut && plan_.LeavesOut(till)) return true;
+        if (plan_.LeavesOut && plan_.LeavesOut(till)) return Turn::Over;
         // Before the login, so that a till that is taken costs one question to the back office.
-        const ApplicationLock lock(parts_.Office.Session(), ApplicationLock::OfTill(till.Ik_Ku_Id, till.Kassenummer));
-        if (!lock.Held()) return false;
-        const db::StatementCancel cancel = endsStatements();
-        if (!connect(till)) return true;
-        const int errorsBefore = parts_.Log.ErrorCount();
-        TillVisit visit = parts_.Visit();
-        if (plan_.ResolvesFirst && plan_.Connect != Connecting::ByTheWork) ResolveTill(visit);
-        plan_.Work(visit);
-        parts_.Till.Session().Close();
-        if (parts_.Log.ErrorCount() == errorsBefore) served_.push_back(till);
+        lock.emplace(parts_.Office.Session(), ApplicationLock::OfTill(till.Ik_Ku_Id, till.Kassenummer),
+                     plan_.Share ? plan_.Share->QuestionOf(till) : QString());
+        if (plan_.Share) {
+            const NightShare::Turn turn = plan_.Share->TurnAt(till, lock->Held(), lock->Answer());
+            if (turn == NightShare::Turn::Passed) return Turn::Elsewhere;
+            if (turn == NightShare::Turn::Taken) return Turn::Taken;
+        }
+        if (!lock->Held()) return Turn::Taken;
+        makeVisit(till);
+    } catch (const UndecidedPair& failure) {
+        if (plan_.Share && plan_.Share->PutsOff(till, failure)) return Turn::Later;
+        fail(till, failure);
     } catch (const std::exception& failure) {
         fail(till, failure);
     }
-    return true;
+    return Turn::Over;
+}
+
+void TillWalk::makeVisit(const TillIdentity& till) {
+    const db::StatementCancel cancel = endsStatements();
+    if (!connect(till)) return;
+    const int errorsBefore = parts_.Log.ErrorCount();
+    TillVisit visit = parts_.Visit();
+    if (plan_.ResolvesFirst && plan_.Connect != Connecting::ByTheWork) ResolveTill(visit);
+    plan_.Work(visit);
+    parts_.Till.Session().Close();
+    const bool withErrors = parts_.Log.ErrorCount() != errorsBefore;
+    if (!withErrors) served_.push_back(till);
+    if (plan_.Share)
+        plan_.Share->VisitEnded(till, withErrors ? VisitEnd::Kind::FetchedWithErrors : VisitEnd::Kind::Fetched);
 }
 
 void TillWalk::fail(const TillIdentity& till, const std::exception& failure) {
     plan_.Failed(till, failure);
     parts_.KeepFailure(till, failure);  // its row has been made by now
+    // A till that a cancel has ended is nobody's failure.
+    if (plan_.Share && !parts_.Control.Cancelled) plan_.Share->VisitEnded(till, VisitEnd::Kind::Failed);
 }
 
 // What follows a cancel may wait for a server too, such as the word of the failure in its log: another cancel ends
@@ -171,10 +200,10 @@ void TillWalk::report(const TillIdentity& till) {
     if (plan_.ShowsLogs) parts_.ShowKasseLogs();
 }
 
-void TillWalk::moveOn(const TillIdentity& till) {
+void TillWalk::moveOn(const TillIdentity& till, Turn turn) {
     db::Query& tills = parts_.Roster.Qry();
     if (!plan_.ServesAgain || !plan_.ServesAgain()) tills.Next();
-    if (!tills.Eof()) {
+    if (!tills.Eof() && turn != Turn::Elsewhere) {
         const bool sameDepartment = TillIdentity::Of(tills).Ik_Ku_Id == till.Ik_Ku_Id;
         if (plan_.Wait == Waiting::BetweenTills || (plan_.Wait == Waiting::BetweenDepartments && !sameDepartment))
             parts_.Control.WaitRetryTime();
@@ -182,27 +211,43 @@ void TillWalk::moveOn(const TillIdentity& till) {
     if (plan_.MovedOn) plan_.MovedOn();
 }
 
-void TillWalk::postpone(const TillIdentity& till) {
-    parts_.Log.AddLog(QStringLiteral("En annen kjøring betjener kassen (avd. %1, kasse %2). Prøver igjen til slutt")
-                          .arg(till.Avdelingsnummer, till.Kassenummer),
-                      false, kls_Warning);
+void TillWalk::postpone(const TillIdentity& till, Turn turn) {
+    if (turn == Turn::Taken)
+        parts_.Log.AddLog(QStringLiteral("En annen kjøring betjener kassen (avd. %1, kasse %2). Prøver igjen til slutt")
+                              .arg(till.Avdelingsnummer, till.Kassenummer),
+                          false, kls_Warning);
     postponed_.push_back(till);
 }
 
+// Once, or round after round as long as the night's share waits for other copies.
 void TillWalk::servePostponed() {
-    for (const TillIdentity& till : std::exchange(postponed_, {})) {
-        if (plan_.Wait == Waiting::BetweenTills) parts_.Control.WaitRetryTime();
-        const RunningTill running(parts_.Status.get(), till);
-        if (!locate(till)) {
-            fail(till, EngineError(QStringLiteral("Kassen (avd. %1, kasse %2) finnes ikke lenger i utvalget")
-                                       .arg(till.Avdelingsnummer, till.Kassenummer)));
-        } else if (!serve(till)) {
-            fail(till, EngineError(QStringLiteral("En annen kjøring betjener kassen (avd. %1, kasse %2)")
-                                       .arg(till.Avdelingsnummer, till.Kassenummer)));
+    for (bool last = !plan_.Share; !postponed_.empty();) {
+        const std::vector<TillIdentity> round = std::exchange(postponed_, {});
+        for (const TillIdentity& till : round) {
+            if (plan_.Wait == Waiting::BetweenTills) parts_.Control.WaitRetryTime();
+            if (!servePostponed(till, last)) postponed_.push_back(till);
+            if (isOver()) return;
         }
-        finish(till);
-        if (plan_.MovedOn) plan_.MovedOn();
+        if (postponed_.empty() || plan_.Share->WaitForOthers(postponed_.size() < round.size())) continue;
+        last = true;
+        plan_.Share->TakesWhatIsLeft();
     }
+}
+
+bool TillWalk::servePostponed(const TillIdentity& till, bool last) {
+    const RunningTill running(parts_.Status.get(), till);
+    if (!locate(till)) {
+        fail(till, EngineError(QStringLiteral("Kassen (avd. %1, kasse %2) finnes ikke lenger i utvalget")
+                                   .arg(till.Avdelingsnummer, till.Kassenummer)));
+    } else if (const Turn turn = serve(till); turn == Turn::Taken || turn == Turn::Later) {
+        if (!last) return false;
+        if (plan_.Share && !plan_.Share->FailsWhatIsTaken()) return true;
+        fail(till, EngineError(QStringLiteral("En annen kjøring betjener kassen (avd. %1, kasse %2)")
+                                   .arg(till.Avdelingsnummer, till.Kassenummer)));
+    }
+    finish(till);
+    if (plan_.MovedOn) plan_.MovedOn();
+    return true;
 }
 
 bool TillWalk::locate(const TillIdentity& till) {

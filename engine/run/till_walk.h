@@ -13,6 +13,7 @@
 
 namespace torvik {
 
+class NightShare;
 class RunParts;
 
 struct TillWalkPlan {
@@ -36,7 +37,8 @@ struct TillWalkPlan {
     // A till that is connected to is resolved (ResolveTill) before its work; false where the work does so itself, as it
     // always must when it connects itself.
     bool ResolvesFirst = true;
-    bool ShowsLogs = false;  // the till's log lines and icon go to the status frame after each till
+    bool ShowsLogs = false;       // the till's log lines and icon go to the status frame after each till
+    NightShare* Share = nullptr;  // the night that other copies of the program help with; outlives the walk
 
     // True for a till that is passed over without being connected to; it counts.
     std::function<bool(const TillIdentity& till)> LeavesOut = {};
@@ -63,25 +65,35 @@ public:
 
     // From the roster's current row to its end. A till's failure stops nothing; raises a cancel, when it has told which
     // tills are done, and what befalls the walk itself. A till that another copy of the program serves is tried again
-    // at the end, and fails if it still does.
+    // at the end, and fails if it still does; in a night that is shared it is waited for.
     void Run();
 
 private:
+    enum class Turn {
+        Over,       // the visit has been made, or there was none to make
+        Elsewhere,  // another copy's visit stands for it
+        Taken,      // another copy is at the till
+        Later       // another copy is to come first
+    };
+
     void walk();
     void tellDone();
-    // False: another copy is at the till.
-    [[nodiscard]] bool serve(const TillIdentity& till);
+    [[nodiscard]] Turn serve(const TillIdentity& till);
+    void makeVisit(const TillIdentity& till);
     // What follows each till, whatever became of it.
     void finish(const TillIdentity& till);
-    void postpone(const TillIdentity& till);
+    void postpone(const TillIdentity& till, Turn turn);
     void servePostponed();
+    // False: the till stays postponed.
+    [[nodiscard]] bool servePostponed(const TillIdentity& till, bool last);
+    [[nodiscard]] bool isOver() const;
     [[nodiscard]] bool locate(const TillIdentity& till);
     [[nodiscard]] db::StatementCancel endsStatements();
     [[nodiscard]] bool connect(const TillIdentity& till);
     void tellUnreachable(const TillIdentity& till);
     void fail(const TillIdentity& till, const std::exception& failure);
     void report(const TillIdentity& till);
-    void moveOn(const TillIdentity& till);
+    void moveOn(const TillIdentity& till, Turn turn);
 
     RunParts& parts_;
     TillWalkPlan plan_;

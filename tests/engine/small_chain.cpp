@@ -24,6 +24,9 @@ CREATE TABLE Vare (Va_Id char(20) NOT NULL PRIMARY KEY)
 CREATE TABLE VareAlias (Vr_Id char(20) NOT NULL PRIMARY KEY, Vr_Va_Id char(20))
 CREATE TABLE Innstillinger (In_DagligJobbFlagg int, in_dbversjon float)
 INSERT INTO Innstillinger VALUES (3, 12.5)
+CREATE TABLE dts_logg (
+    dl_id int IDENTITY(1, 1) NOT NULL PRIMARY KEY, dl_dlt_id int NOT NULL, dl_ik_ku_id int NOT NULL,
+    dl_kassenr varchar(20) NOT NULL, dl_tidspunkt datetime NOT NULL, dl_dp_id int NOT NULL, dl_info varchar(255) NULL)
 )";
 
 const char kTillSchema[] = R"(
