@@ -71,9 +71,16 @@ QWidget* TfrmSyncPreferences::generalTab() {
         "Innhenting kjøres først, deretter akkumulering, generering og til slutt utsending. Hvis de øvrige jobbene ikke "
         "er ferdig innen oppgitt tid nedenfor, fortsetter TorvikPosSync med utsending kl.:")));
     inGroup->addWidget(control("edStartSendingTime"), 0, Qt::AlignLeft);
+    auto* helping = new QGroupBox(QStringLiteral("Flere maskiner"));
+    auto* inHelping = new QVBoxLayout(helping);
+    inHelping->addWidget(control("cbHelpFetching"));
+    inHelping->addWidget(note(QStringLiteral(
+        "Programmet henter da sammen med en annen maskin som kjører hele jobben, og gjør ikke noe annet: ingen "
+        "akkumulering, utsending eller e-post. Bruk samme klokkeslett og de samme innstillingene for innhenting.")));
     auto* tab = new QWidget;
     auto* layout = new QVBoxLayout(tab);
     layout->addWidget(group);
+    layout->addWidget(helping);
     layout->addStretch();
     return tab;
 }

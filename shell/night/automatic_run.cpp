@@ -89,7 +89,8 @@ void AutomaticRun::onAutoStartDone() {
     } catch (const std::exception& error) {
         engine_.AddLog(ErrorText(error), true);  // the mail may still go
     }
-    if (preferences_.settings().value("cbActive").toBool()) mailLogs();
+    // A helping copy's log is its own: the night is mailed by the copy that runs it.
+    if (preferences_.settings().value("cbActive").toBool() && !engine_.HelpFetching) mailLogs();
 }
 
 void AutomaticRun::saveLogs(const QString& folder) const {

@@ -99,6 +99,8 @@ constexpr std::array kPreferences{
                kAtStart | kAtArming, [](Engine& e, const Value& v) { e.SynchonizedRun = v.toBool(); }},
     SettingRow{"Smtp/StartSendingTime", Time, "03:00", "edStartSendingTime", "", kAtStart | kAtArming,
                [](Engine& e, const Value& v) { e.StartSendingTime = v.toTime(); }},
+    SettingRow{"Smtp/HelpFetching", Boolean, "false", "cbHelpFetching", "Hjelp til med innhentingen",
+               kAtStart | kAtArming, [](Engine& e, const Value& v) { e.HelpFetching = v.toBool(); }},
 };
 
 template <typename Matches>

@@ -56,6 +56,12 @@ bool isIntent(const std::string& line) {
     return line.find("'Par {") != std::string::npos;
 }
 
+bool isOfASharedNight(const std::string& line) {
+    for (const char* beginning : {"'Natt {", "'Hjelp {", "'Slutt {"})
+        if (line.find(beginning) != std::string::npos) return true;
+    return false;
+}
+
 TableLines readTables(sandbox::Server& server, const std::string& database) {
     sandbox::Session session(server.engine(), {.user = "sa", .database = database});
     Rows names;
@@ -76,6 +82,7 @@ TableLines readTables(sandbox::Server& server, const std::string& database) {
         std::sort(lines.begin(), lines.end());
         if (tables[i] == kMarksOfRuns) {
             std::erase_if(lines, isIntent);
+            std::erase_if(lines, isOfASharedNight);
             lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
         }
         state[tables[i]] = std::move(lines);

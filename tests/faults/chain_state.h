@@ -22,7 +22,8 @@ struct ChainState {
     friend bool operator==(const ChainState&, const ChainState&) = default;
 };
 
-// Without the intents of pairs of transactions: those come and go within a run, and are counted apart.
+// Without the intents of pairs of transactions, which come and go within a run and are counted apart, and without the
+// rows of nights that copies share, which the next night removes.
 [[nodiscard]] ChainState readState(sandbox::chain::DemoChain& chain);
 [[nodiscard]] TableLines readBackOffice(sandbox::chain::DemoChain& chain);
 [[nodiscard]] TableLines readTill(sandbox::chain::DemoChain& chain, std::size_t till);

@@ -56,13 +56,16 @@ TEST_F(Preferences, TabsNotesAndLabelsStandAsTheOperatorsKnowThem) {
     EXPECT_EQ(
         texts("Generelt"),
         (QStringList{
-            QStringLiteral("Automatisk jobb"),
+            QStringLiteral("Automatisk jobb"), QStringLiteral("Flere maskiner"),
             QStringLiteral("TorvikPosSync kan kjøres synkronisert sammen med autogenerering (ordre til butikker) for "
                            "å unngå samtidige jobber som kan låse hverandre."),
             QStringLiteral("Innhenting kjøres først, deretter akkumulering, generering og til slutt utsending. Hvis "
                            "de øvrige jobbene ikke er ferdig innen oppgitt tid nedenfor, fortsetter TorvikPosSync "
                            "med utsending kl.:"),
-            QStringLiteral("Aktiver synkronisert kjøring")}));
+            QStringLiteral("Programmet henter da sammen med en annen maskin som kjører hele jobben, og gjør ikke noe "
+                           "annet: ingen akkumulering, utsending eller e-post. Bruk samme klokkeslett og de samme "
+                           "innstillingene for innhenting."),
+            QStringLiteral("Aktiver synkronisert kjøring"), QStringLiteral("Hjelp til med innhentingen")}));
     EXPECT_EQ(texts("E-post innstillinger"),
               (QStringList{QStringLiteral("Logg'en kan sendes til en eller flere e-post adresser. Oppgi adressene med "
                                           "komma mellom."),
@@ -172,10 +175,13 @@ TEST_F(Preferences, WeekdaysAreAddedToTheListAsDigits) {
 TEST_F(Preferences, EngineHasNothingOfThemAtOk) {
     child<QCheckBox>(dialog, "cbSendPriceAndCustomer").setChecked(true);
     child<QCheckBox>(dialog, "cbSynchonizedRun").setChecked(true);
+    child<QCheckBox>(dialog, "cbHelpFetching").setChecked(true);
     dialog.accept();
     EXPECT_FALSE(engine.SendCustomerAndPrice);
     EXPECT_FALSE(engine.SynchonizedRun);
+    EXPECT_FALSE(engine.HelpFetching);
     dialog.settings().apply(kAtArming);
+    EXPECT_TRUE(engine.HelpFetching);
     EXPECT_TRUE(engine.SendCustomerAndPrice);
     EXPECT_TRUE(engine.SynchonizedRun);
 }

@@ -6,10 +6,12 @@
 #include <QCheckBox>
 #include <QRegularExpression>
 #include <QTimeEdit>
+#include <QTreeView>
 
 #include "engine/db/query.h"
 #include "engine/roster/avdeling.h"
 #include "engine/status/oppgjor_status.h"
+#include "engine/status/till_state.h"
 #include "tests/shell/modal.h"
 #include "tests/shell/night/smtp_server.h"
 #include "tests/shell/window_over_a_chain.h"
@@ -55,8 +57,8 @@ protected:
 
     // Every preference that an arming hands to the engine, none of them as by default.
     void storePreferences() {
-        for (const char* name :
-             {"Smtp/SendPriceAndCustomer", "Smtp/DeleteItems", "Smtp/DeleteItemsDayThree", "Smtp/SynchonizedRun"})
+        for (const char* name : {"Smtp/SendPriceAndCustomer", "Smtp/DeleteItems", "Smtp/DeleteItemsDayThree",
+                                 "Smtp/SynchonizedRun", "Smtp/HelpFetching"})
             store.write(name, true);
         store.write("Smtp/StartSendingTime", QTime(5, 15));
         store.write("Smtp/memExcludePOSListSQL", QStringLiteral("ikk_kassenummer <> '9'"));
@@ -75,6 +77,7 @@ TEST_F(Night, ArmingGivesTheEngineThePreferencesAndTheTime) {
     EXPECT_EQ(engine.StartTime, QTime(4, 0));
     EXPECT_TRUE(engine.SendCustomerAndPrice);
     EXPECT_TRUE(engine.SynchonizedRun);
+    EXPECT_TRUE(engine.HelpFetching);
     EXPECT_EQ(engine.StartSendingTime, QTime(5, 15));
     EXPECT_EQ(engine.Avdeling->ExcludePosListSQL().trimmed(), QStringLiteral("ikk_kassenummer <> '9'"));
     EXPECT_TRUE(engine.IncludeCreditCouponOnOppgjor);
@@ -93,12 +96,14 @@ TEST_F(Night, EachArmingGivesTheEngineThePreferencesAnew) {
     engine.SendCustomerAndPrice = false;
     engine.SetDeleteItemsOnSend(false);
     engine.SynchonizedRun = false;
+    engine.HelpFetching = false;
     engine.StartSendingTime = QTime(1, 0);
     engine.Avdeling->SetExcludePosListSQL({});
     window.Night().arm(true);
     EXPECT_TRUE(engine.SendCustomerAndPrice);
     EXPECT_TRUE(engine.DeleteItemsOnSend());
     EXPECT_TRUE(engine.SynchonizedRun);
+    EXPECT_TRUE(engine.HelpFetching);
     EXPECT_EQ(engine.StartSendingTime, QTime(5, 15));
     EXPECT_EQ(engine.Avdeling->ExcludePosListSQL().trimmed(), QStringLiteral("ikk_kassenummer <> '9'"));
 }
@@ -227,6 +232,75 @@ TEST_F(Night, MailsBothLogsWhenItIsDone) {
     EXPECT_EQ(files[u"TorvikPosError.rtf"].toString().toLatin1(), content(QStringLiteral("TorvikPosError.rtf")));
     EXPECT_TRUE(files[u"TorvikPos.rtf"].toString().contains(QStringLiteral("OnAutoStartDone")));
     EXPECT_EQ(window.TorvikPos1().ErrorLog->Lines(), QStringList());
+}
+
+// Armed to help, in a night that another machine leads.
+class HelpingNight : public Night {
+protected:
+    HelpingNight() {
+        store.write("Smtp/HelpFetching", true);
+        store.write("Smtp/AutomaticAccumulate", true);
+        store.write("Smtp/Active", true);  // with no server: a mail would be an error
+        store.write("KunHent", false);
+    }
+    // A tick whose waits for a night pass at once.
+    static void tick(MainWindow& window) {
+        qint64 minutes = 0;
+        window.TorvikPos1().Seam.tickCount = [&minutes] { return ++minutes * 60 * 1000; };
+        window.TorvikPos1().DoOnTimer();
+    }
+};
+
+TEST_F(HelpingNight, FetchesAndDoesNothingElse) {
+    runInBackOffice(
+        "INSERT dts_logg (dl_dlt_id, dl_ik_ku_id, dl_kassenr, dl_tidspunkt, dl_dp_id, dl_info) "
+        "VALUES (1, 1001, '1', GETDATE(), 1, 'Natt {6f9619ff-8b86-d011-b42d-00c04fc964ff}, maskin HOVEDPC')");
+    MainWindow window(path(), store);
+    open(window);
+    tick(window);
+    const QStringList log = messages(window.TorvikPos1().Log);
+    EXPECT_TRUE(log.contains(QStringLiteral("Hjelper maskin HOVEDPC med innhentingen")));
+    EXPECT_EQ(backOffice("SELECT COUNT(DISTINCT Pos_Op_Ik_Ku_Id) FROM PosOppgjor"), 2) << "both tills";
+    EXPECT_GT(backOffice(kWaiting), 0) << "not accumulated";
+    EXPECT_EQ(log.filter(QStringLiteral("Sender")), QStringList());
+    EXPECT_EQ(window.TorvikPos1().ErrorLog->Lines(), QStringList()) << "no mail";
+    EXPECT_TRUE(content(QStringLiteral("Log/20260304040020/TorvikPos.rtf")).contains("Hjelper maskin HOVEDPC"));
+    EXPECT_TRUE(window.TorvikPos1().AutoCommunicate()) << "armed for the next day";
+}
+
+TEST_F(HelpingNight, WithoutALeadingMachineFetchesNothing) {
+    MainWindow window(path(), store);
+    open(window);
+    tick(window);
+    EXPECT_EQ(backOffice("SELECT COUNT(*) FROM PosOppgjor"), 0);
+    EXPECT_TRUE(messages(window.TorvikPos1().Log).contains(QStringLiteral("Ingen innhenting å hjelpe til med")));
+    EXPECT_EQ(window.TorvikPos1().ErrorLog->Lines(), QStringList());
+}
+
+TEST_F(Night, ShowsWhichMachineHasFetchedATill) {
+    MainWindow window(path(), store);
+    open(window);
+    TTorvikPos& engine = window.TorvikPos1();
+    const TillOperation fetch = engine.OnFetchTill;
+    engine.OnFetchTill = [&](TillVisit& visit) {
+        runInBackOffice(
+            "INSERT dts_logg (dl_dlt_id, dl_ik_ku_id, dl_kassenr, dl_tidspunkt, dl_dp_id, dl_info) "
+            "SELECT 1, 1002, '1', GETDATE(), 1, 'Slutt ' + SUBSTRING(dl_info, 6, 38) + ' hentet, maskin BUTIKKPC' "
+            "FROM dts_logg WHERE dl_info LIKE 'Natt {%'");
+        fetch(visit);
+    };
+    engine.DoOnTimer();
+    const QAbstractItemModel& tree = *window.findChild<QTreeView*>(QStringLiteral("statusTree"))->model();
+    QStringList lines;
+    for (int row = 0; row < tree.rowCount(); ++row)
+        for (int line = 0; line < tree.rowCount(tree.index(row, 0)); ++line)
+            lines << tree.index(line, 0, tree.index(row, 0)).data().toString();
+    EXPECT_EQ(lines.filter(QStringLiteral("er hentet av maskin BUTIKKPC")).size(), 1)
+        << lines.join(u'\n').toStdString();
+    const OppgjorStatusTable& status = engine.ffraOppgjorStatus->memOppgjorStatus;
+    ASSERT_EQ(status.RecordCount(), 2);
+    EXPECT_EQ(status.Row(1).Melding, QStringLiteral("Hentet av maskin BUTIKKPC,"));
+    EXPECT_EQ(TillStateOf(*engine.ffraOppgjorStatus, 1), TillState::Done);
 }
 
 TEST_F(Night, FailedMailIsToldInTheErrorPaneAfterItWasSaved) {

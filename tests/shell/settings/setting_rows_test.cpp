@@ -56,12 +56,13 @@ TEST(SettingRows, StandInTheStoreUnderTheirNamesAndHaveTheirDefaults) {
                            "cbAutoStart=false"}));
     EXPECT_EQ(
         told(preferenceSettings()),
-        QStringList({"Smtp/Active=false", "Smtp/Server=", "Smtp/Receipients=", "Smtp/Sender=",
-                     "Smtp/AutomaticAccumulate=false", "Smtp/AutomaticUpdateStatistics=false",
-                     "Smtp/SendPriceAndCustomer=false", "Smtp/DeleteItems=false", "Smtp/DeleteItemsDayOne=false",
-                     "Smtp/DeleteItemsDayTwo=false", "Smtp/DeleteItemsDayThree=false", "Smtp/DeleteItemsDayFour=false",
-                     "Smtp/DeleteItemsDayFive=false", "Smtp/DeleteItemsDaySix=false", "Smtp/DeleteItemsDaySeven=false",
-                     "Smtp/memExcludePOSListSQL=", "Smtp/SynchonizedRun=false", "Smtp/StartSendingTime=03:00:00.000"}));
+        QStringList(
+            {"Smtp/Active=false", "Smtp/Server=", "Smtp/Receipients=", "Smtp/Sender=", "Smtp/AutomaticAccumulate=false",
+             "Smtp/AutomaticUpdateStatistics=false", "Smtp/SendPriceAndCustomer=false", "Smtp/DeleteItems=false",
+             "Smtp/DeleteItemsDayOne=false", "Smtp/DeleteItemsDayTwo=false", "Smtp/DeleteItemsDayThree=false",
+             "Smtp/DeleteItemsDayFour=false", "Smtp/DeleteItemsDayFive=false", "Smtp/DeleteItemsDaySix=false",
+             "Smtp/DeleteItemsDaySeven=false", "Smtp/memExcludePOSListSQL=", "Smtp/SynchonizedRun=false",
+             "Smtp/StartSendingTime=03:00:00.000", "Smtp/HelpFetching=false"}));
     for (const SettingRow& row : windowSettings())
         if (!row.name) {
             EXPECT_EQ(defaultOf(row).toString(),
