@@ -35,7 +35,7 @@ cmake --build --preset dev --target TorvikPosSync torvik-sandbox | tail -n 1
 echo "== Starting the demo chain ($chain)"
 rm -rf "$folder"
 mkdir -p "$folder"/{program,settings/Vestmar,temp}
-build/dev/bin/torvik-sandbox --chain "$chain" --sa-password "$password" >"$folder/chain.txt" 2>&1 &
+build/dev/bin/torvik-sandbox --chain "$chain" --till-hosts 127.0.1.1 --sa-password "$password" >"$folder/chain.txt" 2>&1 &
 chain_pid=$!
 pids+=("$chain_pid")
 for _ in $(seq 300); do
@@ -48,10 +48,30 @@ grep -v '^data link: ' "$folder/chain.txt"
 office=$(sed -n 's/^listening on //p' "$folder/chain.txt")
 
 # name|host|port|user|password|database of each database
+tills=()
 databases=("back office|${office%:*}|${office##*:}|sa|$password|TorvikBackOffice")
 while read -r _ till _ address _ database _; do
     databases+=("till $till|${address%,*}|${address##*,}|pos|Pos-1|$database")
+    tills+=("${address%,*}")
 done < <(grep '^till ' "$folder/chain.txt")
+
+echo "== The tills' file shares"
+if ! [ -x /usr/sbin/smbd ]; then
+    shares="none: samba is not installed"
+elif [ "$(id -u)" -ne 0 ]; then
+    shares="none: only root may listen on their port, 445"
+else
+    scripts/demo_shares "$folder/shares" pos Pos-1 "${tills[@]}" >"$folder/shares.txt" 2>&1 &
+    shares_pid=$!
+    pids+=("$shares_pid")
+    shares="none: samba did not start, see $folder/shares.txt"
+    for _ in $(seq 100); do
+        kill -0 "$shares_pid" 2>/dev/null || break
+        (exec 3<>"/dev/tcp/${tills[-1]}/445") 2>/dev/null && { shares="\\\\${tills[0]}\\C\$ and so on, each a folder of $folder/shares"; break; }
+        sleep 0.1
+    done
+fi
+echo "$shares"
 
 count_rows() { # FILE-PREFIX
     for entry in "${databases[@]}"; do
@@ -80,10 +100,11 @@ if [ -n "$headless" ] && [ "$(id -u)" -eq 0 ]; then
     for _ in $(seq 100); do [ -s "$folder/mail-server.txt" ] && break; sleep 0.1; done
     [ "$(cat "$folder/mail-server.txt")" = 25 ] && mail=1
 fi
-# The clock of the automatic run ticks every 30 seconds; the minute three quarters of a minute ahead is never missed.
+# The clock of the automatic run ticks every 30 seconds; the minute three quarters of a minute ahead is never missed. A
+# night that ends within its minute would begin again at the next tick: with 5 seconds between two tills it does not.
 cat >"$folder/settings/Vestmar/TorvikPosSync.conf" <<CONF
 [General]
-Timeout=1
+Timeout=5
 KunHent=false
 AutoStartTime=$(date -d '+45 seconds' +%H:%M):00
 cbAutoStart=$([ -n "$headless" ] && echo true || echo false)
@@ -171,6 +192,7 @@ if [ -n "$keep" ]; then
         IFS='|' read -r name host port user secret database <<<"$entry"
         echo "  tsql -H $host -p $port -U $user -P $secret -D $database     # $name"
     done
+    [ "${shares#none}" != "$shares" ] || echo "  smbclient '//${tills[0]}/C\$' -U pos%Pos-1     # the share of till 1; the others likewise"
     echo "Ctrl-C ends it."
     wait "$chain_pid" || true
 fi

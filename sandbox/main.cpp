@@ -35,6 +35,8 @@ cleanly on SIGINT and SIGTERM.
   --key FILE              PEM file of its key; without it the key is in the certificate's file
   --chain OPTIONS         a demo chain, such as departments=3,tills=5,days=2,seed=7: the back office
                           listens on the port given, each till is a server on a port of its own
+  --till-hosts FIRST      with --chain: each till listens on an address of its own, from this one on,
+                          such as 127.0.1.1 (all on the address of --host)
   --write-scripts DIR     writes the chain as scripts for a real server (--server-name) and ends
   --help                  this text
 )";
@@ -49,6 +51,7 @@ struct Arguments {
     sandbox::ServerOptions server;
     std::optional<sandbox::chain::ChainOptions> chain;
     std::vector<std::string> notForChains;  // options given that a chain does not take
+    std::string firstTillHost;
     std::optional<std::filesystem::path> scripts;
     bool help = false;
 };
@@ -102,6 +105,8 @@ Arguments parse(const std::vector<std::string>& words) {
             } catch (const std::invalid_argument& e) {
                 throw UsageError(std::string("--chain: ") + e.what());
             }
+        } else if (name == "--till-hosts") {
+            a.firstTillHost = take();
         } else if (name == "--write-scripts") {
             a.scripts = take();
         } else if (name == "--login") {
@@ -126,6 +131,7 @@ Arguments parse(const std::vector<std::string>& words) {
             throw UsageError("unknown option " + words[i]);
         }
     }
+    if (!a.firstTillHost.empty() && !a.chain) throw UsageError("--till-hosts needs --chain");
     if (a.scripts && !a.chain) throw UsageError("--write-scripts needs --chain");
     if (a.scripts) std::erase(a.notForChains, "--server-name");
     if (a.chain && !a.notForChains.empty()) throw UsageError(a.notForChains.front() + " does not go with --chain");
@@ -160,6 +166,7 @@ void runChain(const Arguments& a, const sigset_t& signals) {
     sandbox::chain::DemoChainOptions options;
     options.chain = *a.chain;
     options.host = a.server.host;
+    options.firstTillHost = a.firstTillHost;
     options.port = a.server.port;
     options.saPassword = a.server.saPassword;
     options.dataDir = a.server.engine.dataDir;

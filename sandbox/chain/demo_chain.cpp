@@ -1,9 +1,11 @@
 // Starting the servers and filling their databases, through sessions of their own engines.
 #include "sandbox/chain/demo_chain.h"
 
+#include <arpa/inet.h>
 #include <malloc.h>
 
 #include <algorithm>
+#include <array>
 #include <iostream>
 #include <set>
 #include <stdexcept>
@@ -71,6 +73,16 @@ TableData newRows(TableData table, const std::vector<TableData>& before) {
     return table;
 }
 
+std::string addressBehind(const std::string& first, std::size_t steps) {
+    in_addr address{};
+    if (inet_pton(AF_INET, first.c_str(), &address) != 1)
+        throw std::runtime_error("'" + first + "' is not an IPv4 address");
+    address.s_addr = htonl(ntohl(address.s_addr) + static_cast<std::uint32_t>(steps));
+    std::array<char, INET_ADDRSTRLEN> text{};
+    inet_ntop(AF_INET, &address, text.data(), text.size());
+    return text.data();
+}
+
 }  // namespace
 
 // The databases made on a server elsewhere.
@@ -116,10 +128,10 @@ DemoChain& DemoChain::operator=(DemoChain&&) noexcept = default;
 
 void DemoChain::startServers() {
     for (const Till& till : chain_.tills) {
-        tills_.push_back(start(till.database, 0));
+        tills_.push_back(start(till.database, tillHost(tills_.size()), 0));
         fill(*tills_.back(), till.database, [&](const Filling& filling) { installTill(chain_, till, filling); });
     }
-    backOffice_ = start(kBackOfficeDatabase, options_.port);
+    backOffice_ = start(kBackOfficeDatabase, options_.host, options_.port);
     const auto address = [this](const Till& till) {
         return addressOf(static_cast<std::size_t>(&till - chain_.tills.data()));
     };
@@ -145,9 +157,9 @@ void DemoChain::makeElsewhere() {
     installBackOffice(chain_, address, made_->make(backOfficeDatabase_));
 }
 
-std::unique_ptr<Server> DemoChain::start(const std::string& name, std::uint16_t port) {
+std::unique_ptr<Server> DemoChain::start(const std::string& name, const std::string& host, std::uint16_t port) {
     ServerOptions options;
-    options.host = options_.host;
+    options.host = host;
     options.port = port;
     options.saPassword = options_.saPassword;
     options.logins = {{kTillUser, kTillPassword}};
@@ -159,7 +171,12 @@ std::unique_ptr<Server> DemoChain::start(const std::string& name, std::uint16_t 
 TillAddress DemoChain::addressOf(std::size_t index) const {
     const std::string& database = chain_.tills.at(index).database;
     if (const auto& server = options_.elsewhere) return {server->address, database, server->user, server->password};
-    return {options_.host + "," + std::to_string(tills_.at(index)->port()), database, kTillUser, kTillPassword};
+    return {tillHost(index) + "," + std::to_string(tills_.at(index)->port()), database, kTillUser, kTillPassword};
+}
+
+std::string DemoChain::tillHost(std::size_t index) const {
+    if (options_.firstTillHost.empty()) return options_.host;
+    return addressBehind(options_.firstTillHost, index);
 }
 
 std::string DemoChain::dataLink() const {

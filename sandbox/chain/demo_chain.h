@@ -32,6 +32,7 @@ struct DemoChainOptions {
     ChainOptions chain;
     std::optional<Chain> model;  // a chain that is made already, in place of `chain`
     std::string host = "127.0.0.1";
+    std::string firstTillHost;                     // the tills' addresses count up from it; empty: all on `host`
     std::uint16_t port = 0;                        // of the back office; the tills take any free ones
     std::string saPassword = "Torvik-Sandbox-1";   // of every server
     std::optional<std::filesystem::path> dataDir;  // none: in memory. A chain found there is opened, not made again
@@ -71,7 +72,8 @@ public:
 
 private:
     class MadeDatabases;
-    [[nodiscard]] std::unique_ptr<Server> start(const std::string& name, std::uint16_t port);
+    [[nodiscard]] std::unique_ptr<Server> start(const std::string& name, const std::string& host, std::uint16_t port);
+    [[nodiscard]] std::string tillHost(std::size_t index) const;
     void startServers();
     void makeElsewhere();
 

@@ -51,6 +51,24 @@ TEST_F(Program, DemoChainListensOnItsPortsAndTellsThem) {
     EXPECT_NE(folder.read("out").find("Initial Catalog=TorvikBackOffice"), std::string::npos);
 }
 
+TEST_F(Program, TillsOfADemoChainCanEachHaveAnAddress) {
+    TemporaryFolder folder;
+    folder.write(
+        "run.sh",
+        program + " --chain departments=1,tills=3,days=1 --till-hosts 127.0.1.254 --sa-password secret >" +
+            folder.file("out") +
+            " & pid=$!\n"
+            "until grep -qs 'data link' " +
+            folder.file("out") +
+            "; do kill -0 $pid || exit 9; done\n"
+            "sed -n 's/^till .* on \\([0-9.]*\\),\\([0-9]*\\) .*/\\1 \\2/p' " +
+            folder.file("out") +
+            " | while read -r host port\n"
+            "do printf 'SELECT 1 AS eins\ngo\nexit\n' | tsql -o q -H $host -p $port -U pos -P Pos-1 >/dev/null && echo $host; done\n"
+            "kill -TERM $pid; wait $pid\n");
+    EXPECT_EQ(runProgram("sh " + folder.file("run.sh")).output, "127.0.1.254\n127.0.1.255\n127.0.2.0\n");
+}
+
 TEST_F(Program, BadArgumentsAreExplained) {
     struct {
         const char* arguments;
@@ -60,6 +78,7 @@ TEST_F(Program, BadArgumentsAreExplained) {
                  {"--encryption maybe", "--encryption takes off, offered or required"},
                  {"--login x", "--login takes NAME=PASSWORD"},
                  {"--chain shops=3", "--chain: "},
+                 {"--till-hosts 127.0.1.1", "--till-hosts needs --chain"},
                  {"--nonsense", "unknown option --nonsense"},
                  {"--chain tills=1 --server-name X", "--server-name does not go with --chain"}};
     for (const auto& c : cases) {
