@@ -24,7 +24,7 @@ constexpr char kDrawers[] = "SELECT DISTINCT BF_SKUFF FROM BETALINGFORM WHERE BF
 
 // The till that reads so of itself waits for a minute.
 const QStringList kSecondTillWaits{"IF EXISTS (SELECT * FROM INNSTILLINGER WHERE IN_KASSENR = '2')",
-                                   "  WAITFOR DELAY '00:01:00'", "GO", "UPDATE BETALINGFORM SET BF_SKUFF = 7"};
+                                   "  WAITFOR DELAY '00:00:20'", "GO", "UPDATE BETALINGFORM SET BF_SKUFF = 7"};
 
 struct ScriptRows {
     QString till;
@@ -195,7 +195,7 @@ TEST_F(SqlScriptsAtThreeTills, QueryThatTakesTooLongIsItsTillsFailureAlone) {
     receiveRows();
     ExecuteSQLScript(
         run.parts(),
-        {"IF EXISTS (SELECT * FROM INNSTILLINGER WHERE IN_KASSENR = '2') WAITFOR DELAY '00:01:00'", "SELECT 1 AS n"},
+        {"IF EXISTS (SELECT * FROM INNSTILLINGER WHERE IN_KASSENR = '2') WAITFOR DELAY '00:00:20'", "SELECT 1 AS n"},
         true, false, 1);
     EXPECT_THAT(received, ElementsAre(ScriptRows{"101/1", {"n"}, {"1"}}, ScriptRows{"101/3", {"n"}, {"1"}}));
     ASSERT_EQ(run.errors().size(), 1);
