@@ -9,8 +9,11 @@
 #include <QFile>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <QThread>
+#include <atomic>
 #include <nlohmann/json.hpp>
 #include <semaphore>
+#include <thread>
 
 #include "logging/program_file.h"
 #include "tests/support/http_server.h"
@@ -167,6 +170,35 @@ TEST_F(LoggingSetUp, ServerThatIsAwayAllNightCostsTheRunNothingAndTheFileNoEvent
     QStringList takenExpected{QStringLiteral("tilbake")};
     for (int i = 1; i <= 101; ++i) takenExpected << QStringLiteral("treg %1").arg(i);
     EXPECT_EQ(taken, takenExpected);
+}
+
+// The event that its caller waits with has not reached the file, since the server's queue comes first.
+TEST_F(LoggingSetUp, CallerWaitsWhenAHundredEventsWaitForTheServer) {
+    HttpServer server;
+    std::counting_semaphore<> answers{0};
+    server.answer = [&answers](const HttpRequest&) {
+        answers.acquire();
+        return 201;
+    };
+    setUp(QString::fromStdString(server.url()));
+    ASSERT_EQ(server.requests(1).size(), 1U);  // the first event is under way
+    std::atomic<int> logged = 0;
+    std::thread caller([&logged] {
+        for (; logged < 110; ++logged) GlobalLogger().LogInformation(QStringLiteral("treg"));
+    });
+    const auto lines = [this]() -> qsizetype {
+        const QFileInfoList logs = QDir(defaultFolder).entryInfoList({QStringLiteral("*.log")}, QDir::Files);
+        if (logs.isEmpty()) return 0;
+        QFile file(logs[0].filePath());
+        return file.open(QIODevice::ReadOnly) ? file.readAll().count('\n') : 0;
+    };
+    for (int waited = 0; waited < 2000 && lines() < 101; waited += 10) QThread::msleep(10);
+    QThread::msleep(300);
+    EXPECT_EQ(logged, 100);
+    EXPECT_EQ(lines(), 101);
+    answers.release(200);
+    caller.join();
+    EXPECT_EQ(messages(defaultFolder).size(), 111);
 }
 
 // The program returns from main with its sinks in place, as a process does that ends after the set-up.
