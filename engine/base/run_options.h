@@ -23,6 +23,7 @@ struct RunOptions {
     // Which tills in which order, and how they are reached.
     int RetryCount = 2;      // attempts to connect to a till
     int RetryWaitTime = 20;  // seconds between attempts and between departments
+    bool LogInAhead = true;  // to the next tills in the background; nothing of the window switches it off
     bool ReverseProcessingOrder = false;
     bool UsePlukkPrioritet = false;
     bool OverrideSourceUserNameAndPassword = false;

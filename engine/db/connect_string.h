@@ -24,6 +24,8 @@ struct ConnectSettings {
     int ConnectionTimeout = 15;  // seconds
     bool Encrypt = false;
     bool TrustServerCertificate = false;
+
+    [[nodiscard]] bool operator==(const ConnectSettings&) const = default;
 };
 
 using KeywordList = QList<QPair<QString, QString>>;

@@ -19,6 +19,9 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     [[nodiscard]] bool alive() const { return alive_; }
+    // Whether it still stands although nobody has used it for a while, as far as this machine has heard: an end that
+    // the server sent is known, a server that has vanished is not. No request may be under way.
+    [[nodiscard]] bool stillStands() const;
     // Statements run so far: whoever remembers something of the server's state knows by it whether it may have changed.
     [[nodiscard]] quint64 statements() const { return statements_; }
 

@@ -63,6 +63,12 @@ void Session::SetTrustServerCertificate(bool trust) {
     set(settings_.TrustServerCertificate, trust, "TrustServerCertificate");
 }
 
+void Session::SetSettings(const ConnectSettings& settings) {
+    requireClosed("Settings");
+    settings_ = settings;
+    connectString_.clear();
+}
+
 void Session::SetMultipleActiveResultSets(bool on) {
     requireClosed("MultipleActiveResultSets");
     mars_ = on;
@@ -91,6 +97,15 @@ void Session::Open() {
     connection_.reset();
     connection_ = std::make_unique<Connection>(settings_);
     remember(false);
+}
+
+bool Session::OpenBy(std::unique_ptr<Connection> made) {
+    requireClosed("Connection");
+    connection_.reset();
+    if (!made || !made->stillStands()) return false;
+    connection_ = std::move(made);
+    remember(false);
+    return true;
 }
 
 void Session::Close() {

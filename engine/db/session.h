@@ -60,8 +60,15 @@ public:
     [[nodiscard]] QString ConnectString() const;
     void SetConnectString(const QString& text);
 
+    // All of these values at once.
+    [[nodiscard]] const ConnectSettings& Settings() const { return settings_; }
+    void SetSettings(const ConnectSettings& settings);
+
     // Raises ConnectionError, with the server's text where it gave one. Opening an open session does nothing.
     void Open();
+    // Opens it by a connection that was made with its values ahead of time (login_ahead.h). False, and closed, when
+    // that has not lasted.
+    [[nodiscard]] bool OpenBy(std::unique_ptr<Connection> made);
     // Rows posted and not yet sent are sent first; rows of a unidirectional query not yet read are dropped; an open
     // transaction is rolled back. Closing a closed one does nothing.
     void Close();

@@ -24,6 +24,7 @@ struct RowIsGone : EngineError {
 std::exception_ptr TargetReconnect::CheckTargetConnection(int Ik_Ku_Id, const QString& Kassenr) {
     std::exception_ptr failure;
     int rounds = kRounds;
+    reopened_ = false;
     while (rounds > 0) {
         try {
             try {
@@ -31,6 +32,7 @@ std::exception_ptr TargetReconnect::CheckTargetConnection(int Ik_Ku_Id, const QS
                 return nullptr;
             } catch (const std::exception&) {
                 --rounds;
+                reopened_ = true;
                 reopen();
                 locate(Ik_Ku_Id, Kassenr.trimmed());
                 failure = nullptr;

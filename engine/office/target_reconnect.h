@@ -21,6 +21,9 @@ public:
     // what the last of them failed with, null when the back office answers.
     std::exception_ptr CheckTargetConnection(int Ik_Ku_Id, const QString& Kassenr);
 
+    // Whether the last of these calls had to open the session again.
+    [[nodiscard]] bool HasReopened() const { return reopened_; }
+
 private:
     void probe();
     void reopen();
@@ -29,6 +32,7 @@ private:
     EngineContext context_;
     BackOffice& office_;
     TAvdeling& roster_;
+    bool reopened_ = false;
 };
 
 }  // namespace torvik

@@ -41,9 +41,12 @@ void RunControl::Cancel() {
 }
 
 bool RunControl::WaitRetryTime() {
-    const int seconds = context_.Options.RetryWaitTime;
-    log_.AddLog(QStringLiteral("Venter i %1 sekunder på neste forsøk").arg(seconds));
-    Pause(qint64{seconds} * 1000);
+    return WaitRetryTime(qint64{context_.Options.RetryWaitTime} * 1000);
+}
+
+bool RunControl::WaitRetryTime(qint64 left) {
+    log_.AddLog(QStringLiteral("Venter i %1 sekunder på neste forsøk").arg(context_.Options.RetryWaitTime));
+    Pause(left);
     return true;
 }
 

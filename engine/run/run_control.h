@@ -40,6 +40,8 @@ public:
 
     // Both log the wait, pump messages, raise on cancel, and return true.
     bool WaitRetryTime();
+    // The same where part of it is over: so many milliseconds are left.
+    bool WaitRetryTime(qint64 left);
     bool WaitSeconds(int seconds);
     // The same without a line in the log.
     void Pause(qint64 milliseconds);

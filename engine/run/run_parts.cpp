@@ -29,7 +29,7 @@ void RunParts::SetTargetConnection(db::Session* value) {
 }
 
 bool RunParts::ConnectSource() {
-    return Till.ConnectSource([this] { Control.WaitRetryTime(); });
+    return Till.ConnectSource([this](qint64 left) { Control.WaitRetryTime(left); });
 }
 
 TillVisit RunParts::Visit() {

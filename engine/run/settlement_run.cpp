@@ -59,8 +59,12 @@ void prepare(RunParts& parts) {
     parts.Log.AddToLogItems = true;
 }
 
+bool isNotFetched(const TillIdentity& till) {
+    return (till.Ik_Properties & kNotFetched) != 0;
+}
+
 bool isLeftOut(RunParts& parts, const TillIdentity& till) {
-    if (!(till.Ik_Properties & kNotFetched)) return false;
+    if (!isNotFetched(till)) return false;
     GlobalLogger().LogWarning(
         QStringLiteral("Henter ikke oppgjør for avdeling {Avdeling} kasse {Kassenummer}, fordi den er satt opp slik at "
                        "den ikke hentes (ik_properties)"),
@@ -112,12 +116,14 @@ TillWalkPlan planOf(RunParts& parts, NightShare* share) {
         .ResolvesFirst = false,  // the fetch does, behind its first line
         .ShowsLogs = true,
         .Share = share,
+        .LogsInAhead = true,
         .LeavesOut =
             [&](const TillIdentity& till) {
                 if (isLeftOut(parts, till)) return true;
                 requireNumber(till);
                 return false;
             },
+        .NotAhead = [](const TillIdentity& till) { return isNotFetched(till) || !hasNumber(till); },
         .Unreachable =
             [](const TillIdentity& till) {
                 // The lone bracket is required.

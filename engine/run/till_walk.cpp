@@ -4,6 +4,8 @@
 #include <utility>
 
 #include "engine/base/abort.h"
+#include "engine/base/run_options.h"
+#include "engine/base/seams.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/office/application_lock.h"
@@ -11,6 +13,7 @@
 #include "engine/run/night_share.h"
 #include "engine/run/run_parts.h"
 #include "engine/status/oppgjor_status.h"
+#include "engine/till/logins_ahead.h"
 
 namespace torvik {
 
@@ -38,7 +41,20 @@ private:
 
 }  // namespace
 
-TillWalk::TillWalk(RunParts& parts, TillWalkPlan plan) : parts_(parts), plan_(std::move(plan)) {}
+TillWalk::TillWalk(RunParts& parts, TillWalkPlan plan) : parts_(parts), plan_(std::move(plan)) {
+    const RunOptions& options = parts.Context.Options;
+    if (!plan_.LogsInAhead || !options.LogInAhead || plan_.Connect == Connecting::ByTheWork ||
+        !parts.Till.SourceConnection)
+        return;
+    const int attempts = plan_.Connect == Connecting::Once ? 1 : options.RetryCount;
+    ahead_ = std::make_unique<LoginsAhead>(
+        db::LoginAhead::Terms{.Attempts = attempts, .Wait = std::chrono::seconds(options.RetryWaitTime)});
+    parts_.Till.Ahead = ahead_.get();
+}
+
+TillWalk::~TillWalk() {
+    if (ahead_) parts_.Till.Ahead = nullptr;
+}
 
 void TillWalk::Run() {
     try {
@@ -53,6 +69,7 @@ void TillWalk::walk() {
     db::Query& tills = parts_.Roster.Qry();
     while (!tills.Eof()) {
         const TillIdentity till = TillIdentity::Of(tills);
+        logInAhead();
         Turn turn = Turn::Over;
         {
             const RunningTill running(parts_.Status.get(), till);
@@ -87,12 +104,33 @@ void TillWalk::tellDone() {
     parts_.Log.AddToLogItems = kept;
 }
 
+// To the tills behind the roster's row, which stays where it is.
+void TillWalk::logInAhead() {
+    if (!ahead_) return;
+    ahead_->visitBegins(parts_.Context.Seam.tickCount());
+    db::Query& tills = parts_.Roster.Qry();
+    const QString visited = LoginsAhead::TillOf(tills);
+    const db::Bookmark here = tills.GetBookmark();
+    std::vector<LoginsAhead::Next> following;
+    for (tills.Next(); !tills.Eof() && following.size() < LoginsAhead::kMost; tills.Next()) {
+        try {
+            if (!plan_.NotAhead || !plan_.NotAhead(TillIdentity::Of(tills)))
+                following.push_back({LoginsAhead::TillOf(tills), parts_.Till.SettingsOfTill()});
+        } catch (const std::exception&) {
+            // A row that cannot be read is told at its turn.
+        }
+    }
+    tills.GotoBookmark(here);
+    ahead_->fill(visited, following);
+}
+
 // The lock is held until the failure has been told. On failure the till's session stays open until the next till.
 TillWalk::Turn TillWalk::serve(const TillIdentity& till) {
     std::optional<ApplicationLock> lock;
     try {
         if (plan_.LeavesOut && plan_.LeavesOut(till)) return Turn::Over;
-        // Before the login, so that a till that is taken costs one question to the back office.
+        // Before the login, so that a till that is taken costs one question to the back office, and at most a login
+        // ahead that comes to nothing.
         lock.emplace(parts_.Office.Session(), ApplicationLock::OfTill(till.Ik_Ku_Id, till.Kassenummer),
                      plan_.Share ? plan_.Share->QuestionOf(till) : QString());
         if (plan_.Share) {
@@ -155,10 +193,7 @@ bool TillWalk::connect(const TillIdentity& till) {
             // No till is served by the version of the one before.
             if (!parts_.Till.VersionIsCurrent()) parts_.Till.ReadDbVersion();
             return true;
-        case Connecting::Once:
-            parts_.Till.ApplySourceConnectionSettings();
-            parts_.Till.Session().Open();
-            return true;
+        case Connecting::Once: parts_.Till.ConnectOnce(); return true;
         case Connecting::ByTheWork: return true;
     }
     return false;
@@ -185,6 +220,8 @@ void TillWalk::finish(const TillIdentity& till) {
     if (plan_.ReopensBackOffice) {
         const std::exception_ptr away = parts_.Reconnect.CheckTargetConnection(till.Ik_Ku_Id, till.Ikk_Kassenummer);
         if (away) std::rethrow_exception(away);
+        // What cut the back office off may have cut off the tills, and nobody is to fail by that.
+        if (ahead_ && parts_.Reconnect.HasReopened()) ahead_->letGo();
     }
     if (plan_.TestCancel == CancelTest::BeforeCounting) parts_.Control.TestCancel();
     report(till);

@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "engine/db/meanwhile.h"
@@ -13,6 +14,7 @@
 
 namespace torvik {
 
+class LoginsAhead;
 class NightShare;
 class RunParts;
 
@@ -40,8 +42,15 @@ struct TillWalkPlan {
     bool ShowsLogs = false;       // the till's log lines and icon go to the status frame after each till
     NightShare* Share = nullptr;  // the night that other copies of the program help with; outlives the walk
 
+    // The next tills are logged in to in the background while one is served (engine/till/logins_ahead.h); for walks
+    // that connect themselves.
+    bool LogsInAhead = false;
+
     // True for a till that is passed over without being connected to; it counts.
     std::function<bool(const TillIdentity& till)> LeavesOut = {};
+    // True for a till that LeavesOut will pass over, or refuse, when its turn comes: it is not logged in to ahead.
+    // Tells nothing.
+    std::function<bool(const TillIdentity& till)> NotAhead = {};
     // The till could not be reached. What it raises is the till's failure; else the till is passed over. Called while
     // the reason is being handled, if there is one, so that std::throw_with_nested keeps it.
     std::function<void(const TillIdentity& till)> Unreachable = {};
@@ -62,6 +71,9 @@ struct TillWalkPlan {
 class TillWalk {
 public:
     TillWalk(RunParts& parts, TillWalkPlan plan);
+    ~TillWalk();  // what was logged in to ahead and not used is closed
+    TillWalk(const TillWalk&) = delete;
+    TillWalk& operator=(const TillWalk&) = delete;
 
     // From the roster's current row to its end. A till's failure stops nothing; raises a cancel, when it has told which
     // tills are done, and what befalls the walk itself. A till that another copy of the program serves is tried again
@@ -89,6 +101,7 @@ private:
     [[nodiscard]] bool isOver() const;
     [[nodiscard]] bool locate(const TillIdentity& till);
     [[nodiscard]] db::StatementCancel endsStatements();
+    void logInAhead();
     [[nodiscard]] bool connect(const TillIdentity& till);
     void tellUnreachable(const TillIdentity& till);
     void fail(const TillIdentity& till, const std::exception& failure);
@@ -97,6 +110,7 @@ private:
 
     RunParts& parts_;
     TillWalkPlan plan_;
+    std::unique_ptr<LoginsAhead> ahead_;  // none: the plan wants none
     std::vector<TillIdentity> postponed_;
     std::vector<TillIdentity> served_;  // to the end, and without an error
     int done_ = 0;

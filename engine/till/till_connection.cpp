@@ -1,6 +1,7 @@
 #include "engine/till/till_connection.h"
 
 #include <optional>
+#include <utility>
 
 #include "engine/base/abort.h"
 #include "engine/base/run_options.h"
@@ -8,6 +9,7 @@
 #include "engine/db/session.h"
 #include "engine/log/operator_log.h"
 #include "engine/roster/avdeling.h"
+#include "engine/till/logins_ahead.h"
 
 namespace torvik {
 
@@ -22,6 +24,10 @@ std::optional<db::ProviderKind> providerOf(const QString& ikkProvider) {
     return std::nullopt;
 }
 
+TAuthMethod authMethodOf(const db::Query& till) {
+    return till.FieldByName(QStringLiteral("Ikk_AutentiseringType")).AsInteger() == 1 ? amTrusted : amSQL;
+}
+
 }  // namespace
 
 TillConnection::TillConnection(const EngineContext& context, const TAvdeling& roster, OperatorLog& log)
@@ -32,32 +38,67 @@ db::Session& TillConnection::Session() const {
     return *SourceConnection;
 }
 
-void TillConnection::ApplySourceConnectionSettings() {
+db::ConnectSettings TillConnection::SettingsOfTill() const {
     const db::Query& till = roster_.Qry();
     const auto text = [&](const char16_t* column) {
         return till.FieldByName(QString::fromUtf16(column)).AsString().trimmed();
     };
-    SourceAuthMethod = till.FieldByName(QStringLiteral("Ikk_AutentiseringType")).AsInteger() == 1 ? amTrusted : amSQL;
+    db::ConnectSettings settings = Session().Settings();
+    settings.Server = text(u"Ikk_Server");
+    settings.Database = text(u"Ikk_Database");
+    if (const auto provider = providerOf(text(u"Ikk_Provider"))) settings.Provider = *provider;
+    const bool bySql = authMethodOf(till) == amSQL;
+    settings.Authentication = bySql ? db::Auth::Server : db::Auth::Windows;
+    settings.Username = bySql ? text(u"Ikk_Brukernavn") : QString();
+    settings.Password = bySql ? text(u"Ikk_Passord") : QString();
+    return settings;
+}
 
+void TillConnection::ApplySourceConnectionSettings() {
+    SourceAuthMethod = authMethodOf(roster_.Qry());
     db::Session& session = Session();
     versionIsCurrent_ = false;
     session.Close();
     session.SetLoginPrompt(false);
-    session.SetServer(text(u"Ikk_Server"));
-    session.SetDatabase(text(u"Ikk_Database"));
-    if (const auto provider = providerOf(text(u"Ikk_Provider"))) session.SetProvider(*provider);
-    const bool bySql = SourceAuthMethod == amSQL;
-    session.SetAuthentication(bySql ? db::Auth::Server : db::Auth::Windows);
-    session.SetUsername(bySql ? text(u"Ikk_Brukernavn") : QString());
-    session.SetPassword(bySql ? text(u"Ikk_Passord") : QString());
+    session.SetSettings(SettingsOfTill());
 }
 
-bool TillConnection::ConnectSource(const std::function<void()>& wait) {
+// What the background has come to with a till: a connection, or so many attempts that failed.
+struct TillConnection::Begun {
+    std::unique_ptr<db::Connection> made;
+    int failures = 0;
+    std::exception_ptr lastFailure;
+    qint64 waitLeft = 0;
+};
+
+TillConnection::Begun TillConnection::takeBegun() {
+    if (!Ahead) return {};
+    QString till;
+    db::ConnectSettings settings;
+    try {
+        till = LoginsAhead::TillOf(roster_.Qry());
+        settings = SettingsOfTill();
+    } catch (const std::exception&) {
+        return {};  // the attempt that follows finds the same, and fails by it
+    }
+    std::optional<db::LoginAhead::Outcome> begun = Ahead->take(till, settings);
+    if (!begun) return {};
+    return {std::move(begun->Made), begun->Failures, begun->LastFailure, begun->WaitLeft.count()};
+}
+
+bool TillConnection::ConnectSource(const std::function<void(qint64 left)>& wait) {
     lastFailure_ = nullptr;
-    for (int attempt = 1; attempt <= context_.Options.RetryCount; ++attempt) {
-        if (attempt > 1) wait();
+    const int attempts = context_.Options.RetryCount;
+    Begun begun = attempts > 0 ? takeBegun() : Begun();
+    for (int attempt = 1; attempt <= attempts; ++attempt) {
+        // Each wait has its line in the log, also one that is over already.
+        const bool waitedFor = attempt <= begun.failures;
+        const bool waiting = begun.failures > 0 && attempt == begun.failures + 1;
+        const qint64 left = waiting ? begun.waitLeft : qint64{context_.Options.RetryWaitTime} * 1000;
+        if (attempt > 1) wait(waitedFor ? 0 : left);
         try {
-            connectOnce();
+            if (waitedFor) std::rethrow_exception(begun.lastFailure);
+            connectBy(std::move(begun.made));
             lastFailure_ = nullptr;
             return true;
         } catch (const std::exception&) {
@@ -67,14 +108,40 @@ bool TillConnection::ConnectSource(const std::function<void()>& wait) {
     return false;
 }
 
-void TillConnection::connectOnce() {
+void TillConnection::ConnectOnce() {
+    Begun begun = takeBegun();
+    if (begun.failures > 0) {
+        ApplySourceConnectionSettings();
+        std::rethrow_exception(begun.lastFailure);
+    }
+    if (!open(std::move(begun.made))) return;
+    // Whether a session has died while it waited only a question shows.
+    try {
+        db::Query question;
+        openFor(question);
+        question.SQL = {QStringLiteral("SELECT @@SPID")};
+        question.Open();
+    } catch (const db::Error&) {
+        static_cast<void>(open(nullptr));
+    }
+}
+
+bool TillConnection::open(std::unique_ptr<db::Connection> made) {
     ApplySourceConnectionSettings();
+    if (made && Session().OpenBy(std::move(made))) return true;
     Session().Open();
+    return false;
+}
+
+void TillConnection::connectBy(std::unique_ptr<db::Connection> made) {
+    const bool byMade = open(std::move(made));
     try {
         ReadDbVersion();
     } catch (const std::exception&) {
         // A till whose settings cannot be read counts as connected, with the version of the till before.
     }
+    // The session had died while it waited, which only a question shows: it is opened as if there had been none.
+    if (byMade && !Session().Connected()) return connectBy(nullptr);
     SetNoCount(false);
     log_.AddLog(QStringLiteral("Database versjon %1").arg(fDbVersion));
 }

@@ -5,6 +5,7 @@
 #include <QString>
 #include <exception>
 #include <functional>
+#include <memory>
 
 #include "engine/base/engine_context.h"
 #include "engine/base/torvik_pos_types.h"
@@ -12,9 +13,12 @@
 namespace torvik {
 
 namespace db {
+class Connection;
+struct ConnectSettings;
 class Query;
 class Session;
 }  // namespace db
+class LoginsAhead;
 class OperatorLog;
 class TAvdeling;
 
@@ -27,11 +31,18 @@ public:
     [[nodiscard]] db::Session& Session() const;
     TAuthMethod SourceAuthMethod = amSQL;  // how the current till's session logs in
 
+    LoginsAhead* Ahead = nullptr;  // what a walk has logged in to in the background; not owned, mostly none
+
     // Closes the session and points it at the till of the roster's current row.
     void ApplySourceConnectionSettings();
-    // Connects to that till, with RetryCount attempts and `wait` between them. False when none succeeded; what `wait`
-    // raises, a cancel, leaves.
-    [[nodiscard]] bool ConnectSource(const std::function<void()>& wait);
+    // What the session would be pointed at for that till.
+    [[nodiscard]] db::ConnectSettings SettingsOfTill() const;
+    // Connects to that till, with RetryCount attempts and `wait` between them, which is handed how many milliseconds
+    // are left of it: an attempt and a wait in the background count. False when none succeeded; what `wait` raises, a
+    // cancel, leaves.
+    [[nodiscard]] bool ConnectSource(const std::function<void(qint64 left)>& wait);
+    // Connects to it by one attempt, whose failure is raised; asks it nothing.
+    void ConnectOnce();
 
     // Why the last ConnectSource gave false: the failure of its last attempt. Null when there was no attempt, and after
     // a ConnectSource that gave true.
@@ -47,7 +58,11 @@ public:
     [[nodiscard]] bool SourceHasTemporarySettlements();
 
 private:
-    void connectOnce();
+    struct Begun;  // in the background
+    [[nodiscard]] Begun takeBegun();
+    void connectBy(std::unique_ptr<db::Connection> made);
+    // Points the session at the till and opens it, by the connection made ahead if that has lasted. True: it has.
+    bool open(std::unique_ptr<db::Connection> made);
     // Binds the query to the session, opened if it is closed.
     void openFor(db::Query& query);
     [[nodiscard]] bool countIsPositive(const QString& sql);

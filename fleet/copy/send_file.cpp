@@ -43,6 +43,7 @@ private:
 void FileSending::run() {
     showTills();
     TillWalkPlan plan;
+    plan.LogsInAhead = true;
     plan.TestCancel = TillWalkPlan::CancelTest::Never;
     plan.Work = [this](TillVisit& visit) { serve(visit); };
     plan.Failed = [this](const TillIdentity& till, const std::exception& failure) {

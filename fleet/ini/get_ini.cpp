@@ -35,6 +35,7 @@ void receiveIni(const TillVisit& visit) {
 
 TillWalkPlan planOf(RunParts& parts) {
     TillWalkPlan plan;
+    plan.LogsInAhead = true;
     plan.Unreachable = [&parts](const TillIdentity& till) {
         parts.Log.AddLog(
             QStringLiteral("Klarte ikke å koble til (avd. %1, kasse %2)").arg(till.Avdelingsnummer, till.Kassenummer),

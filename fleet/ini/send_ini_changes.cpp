@@ -30,6 +30,7 @@ void sendChanges(const TillVisit& visit, const QString& file) {
 
 TillWalkPlan planOf(RunParts& parts, const QString& file) {
     TillWalkPlan plan;
+    plan.LogsInAhead = true;
     plan.TestCancel = TillWalkPlan::CancelTest::Never;
     plan.Unreachable = [&parts](const TillIdentity& till) {
         parts.Log.AddLog(QStringLiteral("Klarte ikke kople til %1 %2 ID %3 AvdID %4, Oppdateringen feilet.")

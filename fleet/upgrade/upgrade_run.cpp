@@ -40,6 +40,7 @@ private:
 
 void UpgradeRun::run() {
     TillWalkPlan plan;
+    plan.LogsInAhead = true;
     plan.TestCancel = TillWalkPlan::CancelTest::Never;
     plan.Unreachable = [this](const TillIdentity& till) {
         parts_.Log.AddLog(

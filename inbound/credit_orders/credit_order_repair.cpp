@@ -143,6 +143,7 @@ void createMissingOfTill(const TillVisit& visit, const QDateTime& from) {
 TillWalkPlan planOf(OperatorLog& log, const QDateTime& from) {
     return {
         .Wait = TillWalkPlan::Waiting::BetweenDepartments,
+        .LogsInAhead = true,
         .Unreachable =
             [&log](const TillIdentity& till) {
                 log.AddLog(QStringLiteral("Klarte ikke å koble til (avd. %1, kasse %2)")

@@ -17,6 +17,7 @@ TillWalkPlan planOf(RunParts& parts, const QString& noteFolder) {
     return {
         .Connect = TillWalkPlan::Connecting::Once,
         .Wait = TillWalkPlan::Waiting::Never,
+        .LogsInAhead = true,
         .Work =
             [noteFolder](const TillVisit& visit) {
                 TVaretelling(visit, noteFolder).Execute(visit.Context.Options.VaretellingPeriode);

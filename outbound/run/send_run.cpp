@@ -90,6 +90,7 @@ TillWalkPlan SendRun::plan() {
         .TestCancel = TillWalkPlan::CancelTest::BeforeCounting,
         .ReopensBackOffice = true,
         .ShowsLogs = true,
+        .LogsInAhead = true,
         .Work = [this](TillVisit& visit) { serve(visit); },
         .Failed = [this](const TillIdentity& till, const std::exception& failure) { failed(till, failure); },
         .ServesAgain = [this] { return servesAgain(); },

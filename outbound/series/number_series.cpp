@@ -28,7 +28,7 @@ void update(TillVisit& visit) {
             .arg(QString::number(till.Ik_Ku_Id), QString(till.Kassenummer).replace(u'\'', QStringLiteral("''")))};
     free.Open();
     visit.Log.AddLog(QStringLiteral("exec ok"));
-    if (!visit.Connection.ConnectSource([&visit] { visit.Control.WaitRetryTime(); }))
+    if (!visit.Connection.ConnectSource([&visit](qint64 left) { visit.Control.WaitRetryTime(left); }))
         throw EngineError(
             QStringLiteral("Klarte ikke koble til avd.%1 kasse %2").arg(till.Avdelingsnummer, till.Kassenummer));
     ResolveTill(visit);

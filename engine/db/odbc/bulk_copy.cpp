@@ -9,6 +9,7 @@
 #include "engine/db/meanwhile.h"
 #include "engine/db/odbc/bulk_calls.h"
 #include "engine/db/odbc/handles.h"
+#include "engine/db/odbc/line.h"
 #include "engine/db/reply.h"
 
 namespace torvik::db {
@@ -16,7 +17,17 @@ namespace torvik::db {
 using namespace odbc;
 
 struct BulkCopy::State {
+    // The driver is asked for its socket each time: one that was lost meanwhile has none.
+    struct UnreadAllowed {
+        const Connection::Handles& handles;
+        explicit UnreadAllowed(const Connection::Handles& of) : handles(of) { allowUnread(handles.socket()); }
+        ~UnreadAllowed() { watchLine(handles.socket()); }
+        UnreadAllowed(const UnreadAllowed&) = delete;
+        UnreadAllowed& operator=(const UnreadAllowed&) = delete;
+    };
+
     Connection& connection;
+    UnreadAllowed unreadAllowed;
     BulkCalls calls;
     int timeout;
     QString statement;
@@ -61,6 +72,7 @@ bool BulkCopy::serves(Connection& connection, const TableShape& shape, const std
 BulkCopy::BulkCopy(Connection& connection, const TableShape& shape, const std::vector<int>& places,
                    const QString& opening, int timeout)
     : state_(new State{connection,
+                       State::UnreadAllowed(*connection.handles_),
                        BulkCalls(connection.handles_->calls, connection.handles_->dbc),
                        timeout,
                        QStringLiteral("INSERT BULK ") + shape.Name,

@@ -2,12 +2,14 @@
 #include "engine/db/connection.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <functional>
 
 #include "engine/db/meanwhile.h"
 #include "engine/db/odbc/bulk_calls.h"
 #include "engine/db/odbc/failures.h"
 #include "engine/db/odbc/handles.h"
+#include "engine/db/odbc/line.h"
 #include "engine/db/reply.h"
 
 namespace torvik::db {
@@ -18,6 +20,15 @@ bool Connection::Handles::dead() const {
     SQLINTEGER answer = SQL_CD_FALSE;
     calls.SQLGetConnectAttrW(dbc.get(), SQL_ATTR_CONNECTION_DEAD, &answer, SQL_IS_INTEGER, nullptr);
     return answer == SQL_CD_TRUE;
+}
+
+int Connection::Handles::socket() const {
+    if (!calls.driver.FreeTds || dead()) return kNoSocket;
+    SQLPOINTER answer = nullptr;  // as wide as any system's number of a socket
+    SQLSMALLINT length = 0;
+    if (!SQL_SUCCEEDED(calls.SQLGetInfo(dbc.get(), SQL_INFO_FREETDS_SOCKET, &answer, sizeof answer, &length)))
+        return kNoSocket;
+    return static_cast<int>(reinterpret_cast<std::intptr_t>(answer));
 }
 
 Connection::Connection(const ConnectSettings& settings) {
@@ -38,11 +49,16 @@ Connection::Connection(const ConnectSettings& settings) {
     });
     if (!SQL_SUCCEEDED(rc)) throw connectFailure(diagnostics(calls, dbc), settings);
     handles_ = std::make_unique<Handles>(Handles{calls, std::move(env), std::move(dbc)});
+    watchLine(handles_->socket());
     alive_ = true;
 }
 
 Connection::~Connection() {
     if (handles_) handles_->calls.SQLDisconnect(handles_->dbc.get());
+}
+
+bool Connection::stillStands() const {
+    return alive_ && !handles_->dead() && lineStands(handles_->socket());
 }
 
 qint64 Connection::run(const Request& request) {

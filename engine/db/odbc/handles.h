@@ -14,6 +14,8 @@ struct Connection::Handles {
 
     // What the driver says, without asking the server.
     [[nodiscard]] bool dead() const;
+    // The connection's own, where the driver shows it; else kNoSocket (line.h).
+    [[nodiscard]] int socket() const;
 };
 
 }  // namespace torvik::db

@@ -9,6 +9,7 @@
 #include "engine/db/query.h"
 #include "engine/status/oppgjor_status.h"
 #include "tests/engine/small_chain.h"
+#include "tests/support/line_relay.h"
 #include "tests/support/recording_sink.h"
 
 namespace torvik {
@@ -67,7 +68,7 @@ protected:
 struct Cause {
     const char* name;
     const char* assignments;  // of the till's row
-    int hangingLogins;        // of the server
+    bool silent;              // the till takes the connection and never answers
     const char* reason;       // as the operator is told it
 };
 
@@ -79,12 +80,10 @@ class FailedConnection : public FailedConnections, public testing::WithParamInte
 
 TEST_P(FailedConnection, IsToldAndPassedOver) {
     if (*GetParam().assignments) setTill(GetParam().assignments);
-    if (GetParam().hangingLogins > 0) {
-        // The roster has been read by then: the till's is the next login.
-        chain.engine.OnFetchTill = [this](TillVisit& visit) {
-            fetched.append(visit.Till.Kassenummer);
-            if (fetched.last() == u"1") chain.server.faults().hangLogins(GetParam().hangingLogins);
-        };
+    test::LineRelay line(chain.server.port());
+    if (GetParam().silent) {
+        line.fallSilent();
+        setTill(QStringLiteral("Ikk_Server = '127.0.0.1,%1'").arg(line.port()).toUtf8().constData());
     }
 
     run();
@@ -120,15 +119,15 @@ constexpr char kWrongLogin[] = "Feil brukernavn eller passord";
 
 INSTANTIATE_TEST_SUITE_P(
     Causes, FailedConnection,
-    testing::Values(Cause{"UnknownHost", "Ikk_Server = 'kasse-2.finnes-ikke.invalid'", 0, kNotKnown},
-                    Cause{"NobodyListens", "Ikk_Server = '127.0.0.1,1'", 0, kNoAnswer},
-                    Cause{"AcceptsAndNeverAnswers", "", 1, kNoAnswer},
-                    Cause{"WrongPassword", "Ikk_Passord = 'sesam-sesam'", 0, kWrongLogin},
-                    Cause{"UnknownUser", "Ikk_Brukernavn = 'ukjent'", 0, kWrongLogin},
-                    Cause{"DatabaseMissing", "Ikk_Database = 'Finnes_ikke'", 0,
+    testing::Values(Cause{"UnknownHost", "Ikk_Server = 'kasse-2.finnes-ikke.invalid'", false, kNotKnown},
+                    Cause{"NobodyListens", "Ikk_Server = '127.0.0.1,1'", false, kNoAnswer},
+                    Cause{"AcceptsAndNeverAnswers", "", true, kNoAnswer},
+                    Cause{"WrongPassword", "Ikk_Passord = 'sesam-sesam'", false, kWrongLogin},
+                    Cause{"UnknownUser", "Ikk_Brukernavn = 'ukjent'", false, kWrongLogin},
+                    Cause{"DatabaseMissing", "Ikk_Database = 'Finnes_ikke'", false,
                           "Databasen finnes ikke på serveren, eller brukeren slipper ikke inn i den"},
-                    Cause{"NoServerNamed", "Ikk_Server = ''", 0, kNotKnown},
-                    Cause{"ProviderWithoutADriver", "Ikk_Provider = 1", 0, "Driveren for SQL Server mangler"}),
+                    Cause{"NoServerNamed", "Ikk_Server = ''", false, kNotKnown},
+                    Cause{"ProviderWithoutADriver", "Ikk_Provider = 1", false, "Driveren for SQL Server mangler"}),
     [](const auto& test) { return std::string(test.param.name); });
 
 // Reading the version may fail; then SET NOCOUNT decides. Each statement waits as long as a login, and as long again
