@@ -172,6 +172,7 @@ std::int64_t RowInserter::finish() {
         table_.database->setLastIdentity(table_.object->id, lastIdentity_);
         context_.connection.identityUsed(*table_.database, table_.object->id);
         context_.identityGiven(*given_);
+        given_.reset();  // told; from the end of the write on, others draw numbers too
     }
     return count_;
 }
