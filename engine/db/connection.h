@@ -10,6 +10,9 @@
 
 namespace torvik::db {
 
+// Begins a transaction unless there is one; its row tells how deep it was before: 0 where this has begun it.
+[[nodiscard]] QString beginTransactionText();
+
 class Connection {
 public:
     // Raises ConnectionError.

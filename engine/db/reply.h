@@ -1,5 +1,6 @@
 // A statement's reply, read from the connection as far as its user wants: row sets, counts and errors in the server's
-// order. Used by Query, which may leave one under way, and by all others through Connection::run and lastRows.
+// order. Used by Query and BatchedReads, which may leave one under way, and by all others through Connection::run and
+// lastRows.
 // Internal; implemented in odbc/.
 #pragma once
 
@@ -32,6 +33,8 @@ public:
     bool nextRowSet();
     // Reads to the end.
     void finish();
+    // Raises the errors met so far, which the operations above raise at the reply's end; the rest is cancelled then.
+    void raiseErrors();
     [[nodiscard]] qint64 rowsAffected() const;
 
 private:

@@ -15,6 +15,10 @@ constexpr int kCommitTimeout = 600;
 
 }  // namespace
 
+QString beginTransactionText() {
+    return QStringLiteral("SELECT @@TRANCOUNT IF @@TRANCOUNT = 0 BEGIN TRANSACTION");
+}
+
 Session::Session(QObject* parent) : QObject(parent) {}
 
 Session::~Session() {
@@ -158,11 +162,17 @@ void Session::transactionUnchanged() {
     if (connection_) remember(inTransaction_);
 }
 
+void Session::transactionIs(bool open) {
+    if (connection_) remember(open);
+}
+
+// Whether there is one already is asked in the same round trip, and nothing is begun then.
 void Session::StartTransaction() {
-    static_cast<void>(use());
-    if (InTransaction()) throw UsageError(QStringLiteral("The session already has a transaction"));
-    connection().run({QStringLiteral("BEGIN TRANSACTION"), {}, settings_.ConnectionTimeout});
+    Connection& open = use();
+    const bool knownToBeOpen = inTransaction_ && open.statements() == knownAtStatement_;
+    const bool wasOpen = knownToBeOpen || open.scalar(beginTransactionText(), settings_.ConnectionTimeout).toInt() > 0;
     remember(true);
+    if (wasOpen) throw UsageError(QStringLiteral("The session already has a transaction"));
 }
 
 void Session::Commit() {
@@ -201,8 +211,12 @@ void Session::Rollback() {
 }
 
 bool Session::InTransaction() {
+    if (Connected() && connection_->statements() == knownAtStatement_) return inTransaction_;
+    return StillInTransaction();
+}
+
+bool Session::StillInTransaction() {
     if (!Connected()) return false;
-    if (connection_->statements() == knownAtStatement_) return inTransaction_;
     const QList<Unfinished*> works = unfinished_;
     for (Unfinished* work : works) work->releaseConnection();
     try {

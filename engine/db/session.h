@@ -86,12 +86,16 @@ public:
     // What the server says: true also when a statement began one, false when an error rolled it back. Sends no rows
     // that a table object still holds.
     [[nodiscard]] bool InTransaction();
+    // The same, asked of the server in any case: also finds a connection that was lost meanwhile.
+    [[nodiscard]] bool StillInTransaction();
 
     // For the classes of engine/db: the open connection, with all other work on it finished first. Raises UsageError
     // when the session is closed, ConnectionError when it is lost.
     [[nodiscard]] Connection& use(const Unfinished* by = nullptr);
-    // After a statement that surely left the transaction as it was: saves InTransaction its question.
+    // After a statement that surely left the transaction as it was, or that told of it last: saves InTransaction its
+    // question.
     void transactionUnchanged();
+    void transactionIs(bool open);
     void add(Unfinished* work);
     void remove(Unfinished* work);
 

@@ -6,6 +6,7 @@
 #include "engine/db/connection.h"
 #include "engine/db/errors.h"
 #include "engine/db/row_sender.h"
+#include "engine/db/table_shapes.h"
 
 namespace torvik::db {
 
@@ -57,7 +58,9 @@ Session& Table::session() const {
 void Table::Open() {
     if (Active()) return;
     if (name_.isEmpty()) throw UsageError(QStringLiteral("The table has no name"));
-    shape_ = std::make_unique<TableShape>(tableShape(session().use(this), name_, CommandTimeout));
+    auto& connection = session().use(this);
+    shape_ = shapes_ ? shapes_->Of(connection, name_, CommandTimeout)
+                     : std::make_shared<TableShape>(tableShape(connection, name_, CommandTimeout));
     sender_.reset();
     posted_ = sentBefore_ = 0;
     activate(shape_->Fields);

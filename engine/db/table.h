@@ -17,6 +17,7 @@
 namespace torvik::db {
 
 class RowSender;
+class TableShapes;
 struct TableShape;
 
 struct TableOptions {
@@ -40,6 +41,8 @@ public:
     [[nodiscard]] const QString& TableName() const { return name_; }
     void SetConnection(Session* session);
     [[nodiscard]] Session* Connection() const { return session_; }
+    // Where Open looks for the table's columns before it asks the server; null: nowhere. Not owned.
+    void SetShapes(TableShapes* shapes) { shapes_ = shapes; }
 
     // Reads the table's columns from the server; raises StatementError (208) when there is no such table. Holds no
     // rows.
@@ -74,7 +77,8 @@ private:
 
     QPointer<Session> session_;
     QString name_;
-    std::unique_ptr<TableShape> shape_;
+    TableShapes* shapes_ = nullptr;
+    std::shared_ptr<TableShape> shape_;
     std::unique_ptr<Block> block_;
     std::vector<bool> set_;              // the columns that the last rows set,
     std::unique_ptr<RowSender> sender_;  // and who sends such rows

@@ -38,6 +38,7 @@ void BackOffice::Begin() {
     if (!Session().Connected()) Session().Open();
     FqryGeneralTarget->Close();
     FqryGeneralTarget->SetConnection(&Session());
+    StagingShapes.Forget();
 }
 
 db::Query& BackOffice::GeneralQuery(const QStringList& sql) {

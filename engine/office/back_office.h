@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "engine/base/engine_context.h"
+#include "engine/db/table_shapes.h"
 
 namespace torvik {
 
@@ -27,6 +28,8 @@ public:
     [[nodiscard]] db::Session& Session() const;
     // Opens the session if it is closed and binds the general query to it: how every run begins.
     void Begin();
+    // Of the staging tables, within one run.
+    db::TableShapes StagingShapes;
 
     // The general query; whoever uses it closes it.
     [[nodiscard]] db::Query& GeneralQuery() const { return *FqryGeneralTarget; }

@@ -83,12 +83,13 @@ void requireNumber(const TillIdentity& till) {
 
 void fetch(TillVisit& visit) {
     const TillIdentity& till = visit.Till;
-    if (visit.Connection.SourceHasOpenTransactions()) {
+    const TillConnection::Busy busy = visit.Connection.SourceBusy();
+    if (busy == TillConnection::Busy::OpenTransactions) {
         throw EngineError(QStringLiteral("Henter ikke oppgjør (avd. %1, kasse %2), fordi den er i en transaksjon. "
                                          "Kanskje kasseoppgjøret ikke er avsluttet")
                               .arg(till.Avdelingsnummer, till.Kassenummer));
     }
-    if (visit.Connection.SourceHasTemporarySettlements()) {
+    if (busy == TillConnection::Busy::TemporarySettlements) {
         throw EngineError(QStringLiteral("Henter ikke oppgjør (avd. %1, kasse %2), fordi den har midlertidige oppgjør "
                                          "(OP_TYPE=MIDLERTIDIG)")
                               .arg(till.Avdelingsnummer, till.Kassenummer));

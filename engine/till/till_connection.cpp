@@ -5,6 +5,9 @@
 
 #include "engine/base/abort.h"
 #include "engine/base/run_options.h"
+#include "engine/db/batched_reads.h"
+#include "engine/db/errors.h"
+#include "engine/db/planned_reads.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/log/operator_log.h"
@@ -14,6 +17,17 @@
 namespace torvik {
 
 namespace {
+
+constexpr char kDbVersion[] = "select in_dbversion from innstillinger";
+constexpr char kNoCount[] = "SET NOCOUNT %1";
+
+constexpr char kOpenTransactions[] =
+    "SELECT SUM(open_tran) AS AntTrans FROM master..sysprocesses (NOLOCK) where dbid=db_id() and open_tran>0";
+constexpr char kTemporarySettlements[] = "SELECT COUNT(*) AS Antall FROM OPPGJOR WHERE OP_TYPE='MIDLERTIDIG'";
+
+QString noCount(bool on) {
+    return QString::fromUtf8(kNoCount).arg(on ? QStringLiteral("ON") : QStringLiteral("OFF"));
+}
 
 // Any other value than these leaves the session with the provider of the till before.
 std::optional<db::ProviderKind> providerOf(const QString& ikkProvider) {
@@ -135,15 +149,48 @@ bool TillConnection::open(std::unique_ptr<db::Connection> made) {
 
 void TillConnection::connectBy(std::unique_ptr<db::Connection> made) {
     const bool byMade = open(std::move(made));
+    if (!readVersionAtLogin()) {
+        // The session had died while it waited, which only a question shows: it is opened as if there had been none.
+        if (byMade && !Session().Connected()) return connectBy(nullptr);
+        SetNoCount(false);
+    }
+    log_.AddLog(QStringLiteral("Database versjon %1").arg(fDbVersion));
+}
+
+// A till whose settings cannot be read counts as connected, with the version of the till before. True: SET NOCOUNT OFF
+// went with the question. One that has not answered is not asked twice.
+bool TillConnection::readVersionAtLogin() {
+    try {
+        if (context_.Options.ReadsTogether) {
+            readVersionWithNoCount();
+            return true;
+        }
+    } catch (const db::Error& e) {
+        if (!db::isRefusal(e)) return false;
+    } catch (const std::exception&) {
+        return false;
+    }
     try {
         ReadDbVersion();
     } catch (const std::exception&) {
-        // A till whose settings cannot be read counts as connected, with the version of the till before.
     }
-    // The session had died while it waited, which only a question shows: it is opened as if there had been none.
-    if (byMade && !Session().Connected()) return connectBy(nullptr);
-    SetNoCount(false);
-    log_.AddLog(QStringLiteral("Database versjon %1").arg(fDbVersion));
+    return false;
+}
+
+void TillConnection::readVersionWithNoCount() {
+    const QString version = QString::fromUtf8(kDbVersion);
+    db::BatchedReads reads(Session());
+    reads.CommandTimeout = Session().ConnectionTimeout();
+    reads.AddRead(version);
+    reads.AddStatement(noCount(false));
+    reads.Send();
+    reads.OpenNext(version);
+    takeVersion(reads);
+}
+
+void TillConnection::takeVersion(const db::DataSet& rows) {
+    fDbVersion = rows.Fields(0).AsString().trimmed();
+    versionIsCurrent_ = true;
 }
 
 // A till that answers the login and then no more is given up after as long as one that does not answer at all.
@@ -159,34 +206,45 @@ void TillConnection::openFor(db::Query& query) {
 void TillConnection::ReadDbVersion() {
     db::Query query;
     openFor(query);
-    query.SQL = {QStringLiteral("select in_dbversion from innstillinger")};
+    query.SQL = {QString::fromUtf8(kDbVersion)};
     query.Open();
-    fDbVersion = query.Fields(0).AsString().trimmed();
-    versionIsCurrent_ = true;
+    takeVersion(query);
 }
 
 void TillConnection::SetNoCount(bool on) {
     db::Query query;
     openFor(query);
-    query.SQL = {QStringLiteral("SET NOCOUNT %1").arg(on ? QStringLiteral("ON") : QStringLiteral("OFF"))};
+    query.SQL = {noCount(on)};
     query.ExecSQL();
 }
 
-bool TillConnection::countIsPositive(const QString& sql) {
+bool TillConnection::countIsPositive(const char* sql) {
+    db::PlannedReads alone(Session());
+    return countIsPositive(alone, sql);
+}
+
+bool TillConnection::countIsPositive(db::PlannedReads& reads, const char* sql) {
     db::Query query(&Session());
-    query.SQL = {sql};
-    query.Open();
-    return query.Fields(0).AsInteger() > 0;
+    query.SQL = {QString::fromUtf8(sql)};
+    return reads.Open(query).Fields(0).AsInteger() > 0;
 }
 
 bool TillConnection::SourceHasOpenTransactions() {
-    return countIsPositive(
-        QStringLiteral("SELECT SUM(open_tran) AS AntTrans FROM master..sysprocesses (NOLOCK) where dbid=db_id() and "
-                       "open_tran>0"));
+    return countIsPositive(kOpenTransactions);
 }
 
 bool TillConnection::SourceHasTemporarySettlements() {
-    return countIsPositive(QStringLiteral("SELECT COUNT(*) AS Antall FROM OPPGJOR WHERE OP_TYPE='MIDLERTIDIG'"));
+    return countIsPositive(kTemporarySettlements);
+}
+
+TillConnection::Busy TillConnection::SourceBusy() {
+    db::PlannedReads reads(Session());
+    if (context_.Options.ReadsTogether)
+        for (const char* question : {kOpenTransactions, kTemporarySettlements})
+            reads.Plan({QString::fromUtf8(question)});
+    if (countIsPositive(reads, kOpenTransactions)) return Busy::OpenTransactions;
+    if (countIsPositive(reads, kTemporarySettlements)) return Busy::TemporarySettlements;
+    return Busy::No;
 }
 
 }  // namespace torvik

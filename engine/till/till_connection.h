@@ -15,6 +15,8 @@ namespace torvik {
 namespace db {
 class Connection;
 struct ConnectSettings;
+class DataSet;
+class PlannedReads;
 class Query;
 class Session;
 }  // namespace db
@@ -56,6 +58,9 @@ public:
     void SetNoCount(bool on);
     [[nodiscard]] bool SourceHasOpenTransactions();
     [[nodiscard]] bool SourceHasTemporarySettlements();
+    // The first of the two that holds.
+    enum class Busy { No, OpenTransactions, TemporarySettlements };
+    [[nodiscard]] Busy SourceBusy();
 
 private:
     struct Begun;  // in the background
@@ -63,9 +68,13 @@ private:
     void connectBy(std::unique_ptr<db::Connection> made);
     // Points the session at the till and opens it, by the connection made ahead if that has lasted. True: it has.
     bool open(std::unique_ptr<db::Connection> made);
+    [[nodiscard]] bool readVersionAtLogin();
+    void readVersionWithNoCount();
+    void takeVersion(const db::DataSet& rows);
     // Binds the query to the session, opened if it is closed.
     void openFor(db::Query& query);
-    [[nodiscard]] bool countIsPositive(const QString& sql);
+    [[nodiscard]] bool countIsPositive(const char* sql);
+    [[nodiscard]] bool countIsPositive(db::PlannedReads& reads, const char* sql);
 
     EngineContext context_;
     const TAvdeling& roster_;

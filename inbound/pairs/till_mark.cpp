@@ -96,8 +96,16 @@ std::optional<NotedSettlement> lastSettlement(db::Session& till) {
     db::Query query(&till);
     query.SQL = statementLines(kLastSettlement);
     query.Open();
-    if (query.IsEmpty()) return {};
-    return NotedSettlement{query.Fields(0).AsInteger(), query.Fields(1).AsString()};
+    return lastSettlement(query);
+}
+
+QString lastSettlementSql() {
+    return QString::fromUtf8(kLastSettlement);
+}
+
+std::optional<NotedSettlement> lastSettlement(const db::DataSet& rows) {
+    if (rows.IsEmpty()) return {};
+    return NotedSettlement{rows.Fields(0).AsInteger(), rows.Fields(1).AsString()};
 }
 
 bool has(const NotedSettlement& settlement, db::Session& till) {

@@ -11,8 +11,9 @@
 namespace torvik {
 
 namespace db {
+class DataSet;
 class Session;
-}
+}  // namespace db
 
 struct TillMark {
     enum class Kind {
@@ -58,6 +59,9 @@ struct NotedSettlement {
 
 // The till's last settlement; nothing where it has none.
 [[nodiscard]] std::optional<NotedSettlement> lastSettlement(db::Session& till);
+// The same from the rows of its statement, for whoever asks more at once.
+[[nodiscard]] QString lastSettlementSql();
+[[nodiscard]] std::optional<NotedSettlement> lastSettlement(const db::DataSet& rows);
 // Whether the till still has it, with the same time.
 [[nodiscard]] bool has(const NotedSettlement& settlement, db::Session& till);
 

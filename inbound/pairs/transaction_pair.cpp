@@ -35,10 +35,10 @@ TransactionPair::~TransactionPair() {
     forget();
 }
 
-void TransactionPair::begin() {
+void TransactionPair::begin(const std::function<void()>& onTill) {
     intents_.write(note_.intent);
     try {
-        sides_.till.StartTransaction();
+        onTill ? onTill() : sides_.till.StartTransaction();
         sides_.log(kTillStarted, false);
         sides_.backOffice.StartTransaction();
     } catch (...) {
@@ -81,7 +81,7 @@ void TransactionPair::commit() {
 // A session that was lost, or a transaction that its server has ended, is found while neither side is committed.
 void TransactionPair::requireBoth() {
     const auto require = [](db::Session& side, const QString& name) {
-        if (!side.InTransaction()) throw EngineError(QStringLiteral("Transaksjonen for %1 er brutt").arg(name));
+        if (!side.StillInTransaction()) throw EngineError(QStringLiteral("Transaksjonen for %1 er brutt").arg(name));
     };
     require(sides_.till, QStringLiteral("kildedatabase"));
     require(sides_.backOffice, QStringLiteral("måldatabase"));

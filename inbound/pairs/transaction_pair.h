@@ -45,8 +45,9 @@ public:
 
     [[nodiscard]] State state() const { return state_; }
 
-    // Commits the intent, then begins both transactions. What fails leaves neither, nor the intent.
-    void begin();
+    // Commits the intent, then begins both transactions, the till's by `onTill` where one is given. What fails leaves
+    // neither, nor the intent.
+    void begin(const std::function<void()>& onTill = {});
 
     // What is about to be committed on the till; told before commit.
     void add(const TillMark& mark) { note_.marks.push_back(mark); }

@@ -35,7 +35,7 @@ TOppgjor::TOppgjor(const TillVisit& visit, OppgjorJoinPoints joinPoints)
       status_(visit_),
       pairs_(visit_, joinPoints_.NoteFolder),
       transfer_(visit_, pairs_, status_, FqryGeneralTarget),
-      posting_(visit_, pairs_, status_, FqryGeneralTarget, FqryOppgjor) {
+      posting_(visit_, pairs_, status_, FqryGeneralTarget) {
     for (db::Query* query : {&FqryGeneralTarget, &FqryOppgjor, &FqryOppgjorBetaling}) {
         query->CommandTimeout = kQueryTimeout;
         query->ParamCheck = false;
@@ -64,9 +64,15 @@ void TOppgjor::Execute() {
     visit_.Log.AddLog(
         QStringLiteral("START OPPGJØR FOR AVDELING %1, KASSENUMMER %2").arg(till.Avdelingsnummer, till.Kassenummer));
     resolveStandingPairs(pairs_.sides(), till.Avdelingsnummer, joinPoints_.DecidePair);
-    transfer_.reportTill();
-    openList();
     const RunOptions& options = visit_.Context.Options;
+    db::PlannedReads reads(visit_.TillSession);
+    reads.CommandTimeout = kQueryTimeout;
+    if (options.ReadsTogether) {
+        transfer_.planReport(reads);
+        reads.Plan(FqryOppgjor.SQL);
+    }
+    transfer_.reportTill(reads);
+    db::DataSet& settlements = openList(reads);
     if (!options.IsEnterprise && !options.OnlyOppgjor) {
         SingleBackOffice(visit_).takeFromTill();
         visit_.Items.LoadVareTable();
@@ -76,17 +82,17 @@ void TOppgjor::Execute() {
     if (IncludeLastBackupStatus) readLastBackup();
     visit_.Control.TestCancel();
 
-    reportEnd(posting_.run());
+    reportEnd(posting_.run(settlements));
 }
 
-void TOppgjor::openList() {
-    FqryOppgjor.Close();
-    FqryOppgjor.Open();
+db::DataSet& TOppgjor::openList(db::PlannedReads& reads) {
+    db::DataSet& settlements = reads.Open(FqryOppgjor);
     GlobalLogger().LogInformation(
         QStringLiteral(
             "Starter innhenting av {Antall_oppgjor} oppgjør for avdeling {Avdeling} kassenummer {Kassenummer}"),
-        {FqryOppgjor.RecordCount(), visit_.Till.Avdelingsnummer, visit_.Till.Kassenummer});
-    if (FqryOppgjor.IsEmpty()) status_.set(oksNull, ostHentet, {}, QTime(0, 0));
+        {settlements.RecordCount(), visit_.Till.Avdelingsnummer, visit_.Till.Kassenummer});
+    if (settlements.IsEmpty()) status_.set(oksNull, ostHentet, {}, QTime(0, 0));
+    return settlements;
 }
 
 // A till whose backups cannot be read has been fetched all the same.

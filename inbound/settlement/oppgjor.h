@@ -7,6 +7,7 @@
 #include <QStringList>
 #include <functional>
 
+#include "engine/db/planned_reads.h"
 #include "engine/db/query.h"
 #include "engine/run/till_visit.h"
 #include "inbound/pairs/pair_resolution.h"
@@ -45,7 +46,7 @@ public:
     [[nodiscard]] const TillVisit& Visit() const { return visit_; }
 
 private:
-    void openList();
+    [[nodiscard]] db::DataSet& openList(db::PlannedReads& reads);
     void readLastBackup();
     void reportEnd(int fetched);
 

@@ -35,27 +35,23 @@ constexpr char kMarkedRows[] = "SELECT @@ROWCOUNT AntallRaderOppdatert";
 }  // namespace
 
 SettlementPosting::SettlementPosting(const TillVisit& visit, const TillPairs& pairs, const TillStatus& status,
-                                     db::Query& general, db::Query& settlements)
-    : visit_(visit),
-      pairs_(pairs),
-      status_(status),
-      settlements_(settlements),
-      FqryGeneralTarget(general),
-      Butikksalg(visit) {
+                                     db::Query& general)
+    : visit_(visit), pairs_(pairs), status_(status), FqryGeneralTarget(general), Butikksalg(visit) {
     FqryGeneralSource.CommandTimeout = kQueryTimeout;
     FqryGeneralSource.ParamCheck = false;
     FqryGeneralSource.SetConnection(&visit_.TillSession);
 }
 
 qint64 SettlementPosting::id() const {
-    return settlements_.FieldByName(QStringLiteral("Op_Id")).AsInteger();
+    return settlements_->FieldByName(QStringLiteral("Op_Id")).AsInteger();
 }
 
-int SettlementPosting::run() {
+int SettlementPosting::run(db::DataSet& settlements) {
     const TillIdentity& till = visit_.Till;
+    settlements_ = &settlements;
     int posted = 0;
-    settlements_.First();
-    while (!settlements_.Eof()) {
+    settlements_->First();
+    while (!settlements_->Eof()) {
         const qint64 settlement = id();
         GlobalLogger().LogInformation(
             QStringLiteral("Henter oppgjør {Oppgjorsnummer} for avdeling {Avdeling} kassenummer {Kassenummer}"),
@@ -64,7 +60,7 @@ int SettlementPosting::run() {
         pair.begin();
         try {
             post(pair);
-            settlements_.Next();
+            settlements_->Next();
             pair.commit();
         } catch (const std::exception& e) {
             pairs_.fail(
@@ -86,7 +82,7 @@ void SettlementPosting::post(TransactionPair& pair) {
     if (visit_.Log.Log)
         visit_.Log.Log->AddLine(QStringLiteral("oppgjør %1 (%2) for avd %3")
                                     .arg(QString::number(id()),
-                                         settlements_.FieldByName(QStringLiteral("OP_TIDSPUNKT"))
+                                         settlements_->FieldByName(QStringLiteral("OP_TIDSPUNKT"))
                                              .AsDateTime()
                                              .toString(QStringLiteral("dd.MM.yyyy")),
                                          till.Avdelingsnummer));
@@ -103,12 +99,12 @@ void SettlementPosting::post(TransactionPair& pair) {
 
 void SettlementPosting::invoiceCreditSales() {
     const TillIdentity& till = visit_.Till;
-    if (visit_.Office.IsFakturaVedBackOffice(settlements_.text("In_Avdnr"))) {
+    if (visit_.Office.IsFakturaVedBackOffice(settlements_->text("In_Avdnr"))) {
         SettlementCreditOrders(visit_, FqryGeneralTarget, id()).create();
     } else if (visit_.Context.Options.IsEnterprise) {
         // Required: the list has no such column, so this raises the field error and the till stops at its first open
         // settlement.
-        const qint64 number = settlements_.FieldByName(QStringLiteral("Or_Op_Id")).AsInteger();
+        const qint64 number = settlements_->FieldByName(QStringLiteral("Or_Op_Id")).AsInteger();
         GlobalLogger().LogWarning(
             QStringLiteral(
                 "Kredittordre i oppgjør {Oppgjorsnummer} for avdeling {Avdeling} kassenummer {Kassenummer} blir ikke opprettet. Må faktureres i Torvik BackOffice."),
@@ -131,9 +127,9 @@ void SettlementPosting::invoiceCreditSales() {
 
 void SettlementPosting::postStoreSales() {
     Butikksalg.SetOp_Id(static_cast<int>(id()));
-    Butikksalg.SetAvdelingsnummer(settlements_.text("In_Avdnr"));
+    Butikksalg.SetAvdelingsnummer(settlements_->text("In_Avdnr"));
     Butikksalg.KasseNr = visit_.Till.Kassenummer;
-    Butikksalg.Dato = settlements_.FieldByName(QStringLiteral("OP_TIDSPUNKT")).AsDateTime();
+    Butikksalg.Dato = settlements_->FieldByName(QStringLiteral("OP_TIDSPUNKT")).AsDateTime();
     Butikksalg.Execute();
 }
 

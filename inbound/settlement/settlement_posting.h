@@ -12,13 +12,12 @@ namespace torvik {
 
 class SettlementPosting {
 public:
-    // `general` is a query on the back office; `settlements` is the till's list, open when it runs; it stands on the
-    // settlement that is posted.
-    SettlementPosting(const TillVisit& visit, const TillPairs& pairs, const TillStatus& status, db::Query& general,
-                      db::Query& settlements);
+    // `general` is a query on the back office.
+    SettlementPosting(const TillVisit& visit, const TillPairs& pairs, const TillStatus& status, db::Query& general);
 
-    // How many were posted. Raises what failed, after its pair has been rolled back.
-    int run();
+    // Posts the settlements of the till's list, which is open and stands on the one that is posted. Gives how many
+    // were. Raises what failed, after its pair has been rolled back.
+    int run(db::DataSet& settlements);
 
 private:
     void post(TransactionPair& pair);
@@ -31,7 +30,7 @@ private:
     const TillVisit& visit_;
     const TillPairs& pairs_;
     const TillStatus& status_;
-    db::Query& settlements_;
+    db::DataSet* settlements_ = nullptr;  // while it runs
     db::Query& FqryGeneralTarget;
     db::Query FqryGeneralSource;
     TButikksalg Butikksalg;

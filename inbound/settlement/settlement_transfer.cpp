@@ -5,10 +5,12 @@
 #include "engine/base/query_timeout.h"
 #include "engine/base/run_options.h"
 #include "engine/base/seams.h"
+#include "engine/db/planned_reads.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
 #include "engine/log/operator_log.h"
+#include "engine/office/back_office.h"
 #include "engine/run/run_control.h"
 #include "inbound/settlement/debug_file.h"
 #include "inbound/transfer/dm_pos_to_torvik.h"
@@ -27,13 +29,10 @@ constexpr char kUnsettledSales[] =
 constexpr char kStoreUnsettledSales[] =
     "update InternKundeKasse SET Ikk_AntIkkeOppgjorteSalg = %1, Ikk_SistHentetOppgjor = %2 WHERE Ikk_Ik_Ku_ID = %3 AND Ikk_Kassenummer = '%4'";
 
-std::unique_ptr<db::Query> openOn(db::Session& session, const QString& sql) {
-    auto query = std::make_unique<db::Query>(&session);
-    query->ParamCheck = false;
-    query->CommandTimeout = kQueryTimeout;
-    query->SQL = QStringList{sql};
-    query->Open();
-    return query;
+void setUp(db::Query& query, const char* sql) {
+    query.ParamCheck = false;
+    query.CommandTimeout = kQueryTimeout;
+    query.SQL = QStringList{QString::fromUtf8(sql)};
 }
 
 }  // namespace
@@ -42,23 +41,30 @@ SettlementTransfer::SettlementTransfer(const TillVisit& visit, const TillPairs& 
                                        db::Query& general)
     : visit_(visit), pairs_(pairs), status_(status), general_(general) {}
 
-void SettlementTransfer::reportTill() {
-    reportLastSettlement();
-    reportUnsettledSales();
+void SettlementTransfer::planReport(db::PlannedReads& reads) const {
+    for (const char* sql : {kLastSettlement, kUnsettledSales}) reads.Plan({QString::fromUtf8(sql)});
 }
 
-void SettlementTransfer::reportLastSettlement() {
-    const auto query = openOn(visit_.TillSession, QString::fromUtf8(kLastSettlement));
-    const db::Field& last = query->FieldByName(QStringLiteral("Op_Tidspunkt"));
+void SettlementTransfer::reportTill(db::PlannedReads& reads) {
+    reportLastSettlement(reads);
+    reportUnsettledSales(reads);
+}
+
+void SettlementTransfer::reportLastSettlement(db::PlannedReads& reads) {
+    db::Query query(&visit_.TillSession);
+    setUp(query, kLastSettlement);
+    const db::Field& last = reads.Open(query).FieldByName(QStringLiteral("Op_Tidspunkt"));
     if (!last.IsNull() && visit_.Status)
         visit_.Status->UpdateSisteOppgjor(visit_.Till.Avdelingsnummer, visit_.Till.Kassenummer, last.AsDateTime());
 }
 
-void SettlementTransfer::reportUnsettledSales() {
+void SettlementTransfer::reportUnsettledSales(db::PlannedReads& reads) {
     const TillIdentity& till = visit_.Till;
-    const auto unsettled = openOn(visit_.TillSession, QString::fromUtf8(kUnsettledSales));
-    const int count = unsettled->integer("AntOrdre");
-    const db::DateTime last = unsettled->FieldByName(QStringLiteral("SisteOppgjor")).AsDateTime();
+    db::Query query(&visit_.TillSession);
+    setUp(query, kUnsettledSales);
+    const db::DataSet& unsettled = reads.Open(query);
+    const int count = unsettled.integer("AntOrdre");
+    const db::DateTime last = unsettled.FieldByName(QStringLiteral("SisteOppgjor")).AsDateTime();
     if (count >= 1 && visit_.Status)
         visit_.Status->UpdateNonReconsiledSales(till.Avdelingsnummer, till.Kassenummer, count);
 
@@ -73,9 +79,9 @@ void SettlementTransfer::reportUnsettledSales() {
 void SettlementTransfer::run() {
     const TillIdentity& till = visit_.Till;
     TransactionPair pair(pairs_.sides(), QStringLiteral("overføring"));
-    pair.begin();
+    beginPair(pair);
     try {
-        if (visit_.Context.Options.IsEnterprise) importVouchers();
+        if (importsVouchers()) importVouchers();
         TdmPOStoTorvik dm;
         const CancelListener cancel(visit_.Control, [&dm](bool requested) { dm.CheckForCancel = requested; });
         try {
@@ -85,6 +91,7 @@ void SettlementTransfer::run() {
         }
         commit(pair, dm);
     } catch (const std::exception& e) {
+        visit_.Office.StagingShapes.Forget();  // tables that were made in this transaction go with it
         pairs_.fail(
             pair, e,
             QStringLiteral(
@@ -92,6 +99,17 @@ void SettlementTransfer::run() {
             {till.Avdelingsnummer, till.Kassenummer, ErrorText(e)});
         throw;
     }
+}
+
+// The first question of the steps rides with the till's BEGIN TRANSACTION, unless cards are marked in between.
+void SettlementTransfer::beginPair(TransactionPair& pair) {
+    if (!visit_.Context.Options.ReadsTogether || importsVouchers()) return pair.begin();
+    pair.begin([this] { schema_ = TillSchema::BeginAndAsk(visit_.TillSession); });
+}
+
+bool SettlementTransfer::importsVouchers() const {
+    const RunOptions& options = visit_.Context.Options;
+    return options.IsEnterprise && (options.IncludeGiftVoucherOnOppgjor || options.IncludeCreditCouponOnOppgjor);
 }
 
 void SettlementTransfer::importVouchers() {
@@ -134,6 +152,9 @@ void SettlementTransfer::execute(TdmPOStoTorvik& dm, QString& stage) {
     stage = QStringLiteral("Setter Progressevent");
     dm.OnProgress = visit_.Context.Events.OnProgress;
     dm.Now = visit_.Context.Seam.now;
+    dm.ReadsTogether = visit_.Context.Options.ReadsTogether;
+    dm.Schema = schema_;
+    if (dm.ReadsTogether) dm.StagingShapes = &visit_.Office.StagingShapes;
     stage = QStringLiteral("kjører dmPosToTorvik.Excecute");
     GlobalLogger().LogInformation(
         QStringLiteral("Starter innhenting av transaksjoner  for avdeling {Avdeling} kassenummer {Kassenummer}"),
@@ -146,7 +167,7 @@ void SettlementTransfer::execute(TdmPOStoTorvik& dm, QString& stage) {
 
 void SettlementTransfer::commit(TransactionPair& pair, const TdmPOStoTorvik& dm) {
     saveDebugFile(visit_.Log, [&dm] { dm.SaveLog(); });
-    pair.setSettlement(lastSettlement(visit_.TillSession));
+    pair.setSettlement(dm.LastSettlement());
     for (const TillMark& mark : marks_) pair.add(mark);
     for (const TillMark& mark : dm.Marks()) pair.add(mark);
     pair.commit();

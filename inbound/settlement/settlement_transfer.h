@@ -2,14 +2,19 @@
 // transfer, all in one pair of transactions. TOppgjor runs it.
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "engine/run/till_visit.h"
 #include "inbound/pairs/till_pairs.h"
 #include "inbound/settlement/till_status.h"
+#include "inbound/transfer/till_schema.h"
 
 namespace torvik {
 
+namespace db {
+class PlannedReads;
+}
 class TdmPOStoTorvik;
 struct VoucherKind;
 
@@ -19,13 +24,17 @@ public:
     SettlementTransfer(const TillVisit& visit, const TillPairs& pairs, const TillStatus& status, db::Query& general);
 
     // The till's last settlement goes to the status, the number of its unsettled sales there and to the back office.
-    void reportTill();
+    void reportTill(db::PlannedReads& reads);
+    // What that reads of the till.
+    void planReport(db::PlannedReads& reads) const;
     // Raises what failed, after the pair has been rolled back.
     void run();
 
 private:
-    void reportLastSettlement();
-    void reportUnsettledSales();
+    void reportLastSettlement(db::PlannedReads& reads);
+    void reportUnsettledSales(db::PlannedReads& reads);
+    void beginPair(TransactionPair& pair);
+    [[nodiscard]] bool importsVouchers() const;
     void importVouchers();
     void importVouchers(const VoucherKind& kind);
     void runDataModule(TdmPOStoTorvik& dm);
@@ -37,6 +46,7 @@ private:
     const TillStatus& status_;
     db::Query& general_;
     std::vector<TillMark> marks_;  // that it has made on the till
+    std::optional<TillSchema> schema_;
 };
 
 }  // namespace torvik

@@ -2,9 +2,11 @@
 #include "inbound/transfer/dm_pos_to_torvik.h"
 
 #include <QDir>
+#include <utility>
 
 #include "engine/base/abort.h"
 #include "engine/base/step_error.h"
+#include "engine/db/errors.h"
 #include "engine/db/statement_text.h"
 #include "engine/log/log_pane.h"
 #include "inbound/transfer/maps/table_map.h"
@@ -60,6 +62,12 @@ void TdmPOStoTorvik::SetDestinationConnection(db::Session* value) {
 
 void TdmPOStoTorvik::Execute() {
     int p = 0;
+    plannedTo_ = 0;
+    schema_ = std::exchange(Schema, std::nullopt);
+    lastSettlement_.reset();
+    knownStaff_.reset();
+    timeImportType_.reset();
+    for (const auto& [name, table] : stagingTables_) table->SetShapes(StagingShapes);
     try {
         for (const TransferStep& step : transferSteps()) {
             p = step.p;
@@ -76,7 +84,7 @@ void TdmPOStoTorvik::Execute() {
 
 void TdmPOStoTorvik::runStep(const TransferStep& step) {
     if (step.before != DtsLogg::None) writeLog(step.before);
-    if (step.map) runTransfer(*step.map);
+    if (step.map) runTransfer(step);
     if (step.run) {
         setStep(QString::fromUtf8(step.name));
         (this->*step.run)();
@@ -84,27 +92,63 @@ void TdmPOStoTorvik::runStep(const TransferStep& step) {
     if (step.after != DtsLogg::None) writeLog(step.after);
 }
 
-void TdmPOStoTorvik::runTransfer(const TableMap& map) {
-    if (tillVersion_ < map.fromVersion) return;
-    if (map.requiredTable && !tillHasTable(map.requiredTable)) return;
+void TdmPOStoTorvik::runTransfer(const TransferStep& step) {
+    const TableMap& map = *step.map;
+    if (!isRead(map)) return;
     setStep(QString::fromUtf8(map.step));
 
-    qrySource.Close();
-    qrySource.SQL = statementLines(sourceSql(map));
-    qrySource.UniDirectional = map.streams;
-    qrySource.Open();
-    if (map.openedEvent) logOpened(map);
+    db::DataSet& source = openSource(step);
+    if (map.openedEvent) logOpened(map, source);
 
     const TransferRun run{Ik_Ku_ID, kasseNr_, QUuid(unId_), tillVersion_, Now};
     const QString word = QString::fromUtf8(map.rowProgress ? map.rowProgress : "");
-    transferTable(map, run, qrySource, *stagingTables_.at(QString::fromUtf8(map.component)),
+    transferTable(map, run, source, *stagingTables_.at(QString::fromUtf8(map.component)),
+                  ReadsTogether ? StagingOpens::ForRows : StagingOpens::Always,
                   [this, &word](int row, int rows) { Progress(word, row, false, rows); });
-    if (&map == &kTimerMap) timeEntries_.copied(qrySource);
+    if (&map == &kTimerMap) timeEntries_.copied(source);
+    if (map.closesSource) qrySource.Close();
 }
 
-void TdmPOStoTorvik::logOpened(const TableMap& map) {
-    GlobalLogger().LogDebug(QString::fromUtf8(map.openedEvent),
-                            {qrySource.RecordCount(), ikAvdelingsnummer_, kasseNr_});
+// The rows of the step's table: of the batch in which the tables that follow each other are read, or qrySource's own.
+db::DataSet& TdmPOStoTorvik::openSource(const TransferStep& step) {
+    if (ReadsTogether && step.p > plannedTo_) planReads(step);
+    const TableMap& map = *step.map;
+    qrySource.Close();
+    qrySource.SQL = plannedSql_.contains(&map) ? plannedSql_.take(&map) : statementLines(sourceSql(map));
+    qrySource.UniDirectional = map.streams;
+    if (reads_) return reads_->Open(qrySource);
+    qrySource.Open();
+    return qrySource;
+}
+
+// All questions to the back office come before the batch is sent. One that fails is asked again, and told, by the step
+// that needs the answer.
+void TdmPOStoTorvik::planReads(const TransferStep& first) {
+    const auto steps = tablesFrom(first);
+    plannedTo_ = steps.back().p;
+    plannedSql_.clear();
+    reads_ = std::make_unique<db::PlannedReads>(*sourceConnection_, db::PlannedReads::Within::Transaction);
+    reads_->CommandTimeout = qrySource.CommandTimeout;
+    try {
+        if (!knownStaff_) askForSources();
+        for (const TransferStep& step : steps) {
+            if (!isRead(*step.map)) continue;
+            const QStringList sql = statementLines(sourceSql(*step.map));
+            plannedSql_[step.map] = sql;
+            reads_->Plan(sql);
+        }
+    } catch (const db::Error&) {
+        reads_.reset();
+        plannedSql_.clear();
+    }
+}
+
+bool TdmPOStoTorvik::isRead(const TableMap& map) {
+    return tillVersion_ >= map.fromVersion && (!map.requiredTable || tillHasTable(map.requiredTable));
+}
+
+void TdmPOStoTorvik::logOpened(const TableMap& map, const db::DataSet& source) {
+    GlobalLogger().LogDebug(QString::fromUtf8(map.openedEvent), {source.RecordCount(), ikAvdelingsnummer_, kasseNr_});
 }
 
 void TdmPOStoTorvik::setStep(const QString& name) {

@@ -10,13 +10,16 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 
 #include "engine/base/torvik_pos_types.h"
+#include "engine/db/planned_reads.h"
 #include "engine/db/query.h"
 #include "engine/db/stored_proc.h"
 #include "engine/db/table.h"
 #include "inbound/pairs/till_mark.h"
 #include "inbound/transfer/table_transfer.h"
+#include "inbound/transfer/till_schema.h"
 #include "inbound/transfer/time_entries.h"
 #include "inbound/transfer/transfer_steps.h"
 
@@ -42,6 +45,11 @@ public:
     bool CheckForCancel = false;                                 // the next progress report raises the cancel error
     TProgressEvent OnProgress;
     std::function<QDateTime()> Now = [] { return QDateTime::currentDateTime(); };
+    // Reads that follow each other go in one round trip, and a staging table is opened for rows alone. Off: each
+    // statement by itself.
+    bool ReadsTogether = true;
+    std::optional<TillSchema> Schema;          // of the till, where this transaction has asked: good for one Execute
+    db::TableShapes* StagingShapes = nullptr;  // what is known of the staging tables; not owned
 
     // Runs the whole transfer. Raises EngineError "Feil ved overføring til avd ...", or, when even the mark of the
     // failure could not be written, what that raised.
@@ -51,6 +59,8 @@ public:
 
     // What it has marked on the till, once it has run.
     [[nodiscard]] const std::vector<TillMark>& Marks() const { return marks_; }
+    // The till's last settlement: as it stood behind the marks where it was asked for with them, else asked for now.
+    [[nodiscard]] std::optional<NotedSettlement> LastSettlement() const;
 
     // Whether no run of this till had started in the ten minutes before this one.
     [[nodiscard]] bool NoRecentStart() const { return noRecentStart_; }
@@ -67,16 +77,28 @@ public:
     void finish();
 
 private:
+    // How the till is logged in to, where it has not been.
+    struct TillLogin {
+        QString database, user, password, server;
+        bool trusted = false;
+    };
+    [[nodiscard]] TillLogin askBackOffice();
+    [[nodiscard]] int askTillVersion();
     void runStep(const TransferStep& step);
-    void runTransfer(const TableMap& map);
+    void runTransfer(const TransferStep& step);
+    [[nodiscard]] bool isRead(const TableMap& map);
     [[nodiscard]] bool tillHasTable(const char* name);
+    [[nodiscard]] db::DataSet& openSource(const TransferStep& step);
+    void planReads(const TransferStep& first);
     [[nodiscard]] QString sourceSql(const TableMap& map);
+    void askForSources();
     [[nodiscard]] QString knownStaff();
     [[nodiscard]] int timeImportType();
-    void logOpened(const TableMap& map);
+    void logOpened(const TableMap& map, const db::DataSet& source);
 
     void setStep(const QString& name);
     void Progress(const QString& text, int position, bool forced, int maximum);
+    void markTimerTogether();
     void writeLog(DtsLogg type, const QString& info = {});
     void runProcedure(db::StoredProc& procedure);
     // A closed temporary query on the back office with this text.
@@ -94,6 +116,13 @@ private:
     QStringList logLines_;
     TimeEntries timeEntries_;
     std::vector<TillMark> marks_;
+    std::optional<std::optional<NotedSettlement>> lastSettlement_;  // asked for or not; there or not
+    std::unique_ptr<db::PlannedReads> reads_;                       // of the present steps that read together
+    QHash<const TableMap*, QStringList> plannedSql_;                // their texts
+    std::optional<TillSchema> schema_;                              // of this run; none: asked for when needed
+    int plannedTo_ = 0;                                             // the number of the last of them
+    std::optional<QString> knownStaff_;                             // by which they were planned, where it was asked
+    std::optional<int> timeImportType_;                             // likewise, and by which the entries are marked
 
     db::Query qrySource;  // the one cursor of all table transfers
     db::Query qryCreateUtbetalingImport;

@@ -22,10 +22,6 @@ constexpr char kFirstId[] =
 
 constexpr char kNewRunId[] = "SELECT NEWID() AS UNID";
 
-constexpr char kTillVersion[] = "SELECT IN_DBVERSION FROM INNSTILLINGER";
-
-constexpr char kTillTable[] = "select count(*) AS Antall from sysobjects where name='%1'";
-
 constexpr char kKnownStaff[] = "select ika_id from InternkundeAnsatt where Ika_Ik_Ku_ID=%1 order by ika_id";
 
 constexpr char kTimeImportType[] =
@@ -69,6 +65,14 @@ constexpr char kDeleteStartMark[] =
 
 constexpr int kReleasedOnly = 0;  // time import type: only entries that the till has released
 
+// The staff that the back office has, as a list of literals: the till's others are the ones to send.
+QString staffList(db::DataSet& staff) {
+    QStringList ids;
+    for (; !staff.Eof(); staff.Next()) ids << QStringLiteral("'%1'").arg(quotesDoubled(staff.text("ika_id")));
+    const QString list = ids.join(QLatin1Char(','));
+    return list.trimmed().isEmpty() ? QStringLiteral("'-1'") : list;
+}
+
 }  // namespace
 
 std::unique_ptr<db::Query> TdmPOStoTorvik::destinationQuery(const QString& sql) const {
@@ -95,77 +99,107 @@ void TdmPOStoTorvik::createTempTables() {
 }
 
 void TdmPOStoTorvik::startup() {
-    const auto till =
-        destinationQuery(QString::fromUtf8(kTillOfRun).arg(QString::number(Ik_Ku_ID), quotesDoubled(kasseNr_)));
-    till->Open();
-    const auto text = [&till](const char* column) {
-        return till->FieldByName(QString::fromUtf8(column)).AsString().trimmed();
-    };
-    ikAvdelingsnummer_ = text("Ik_Avdelingsnummer");
-    Progress(QStringLiteral("Starter overføring fra avd %1, kassenr %2 (%3)")
-                 .arg(QString::number(Ik_Ku_ID), kasseNr_, text("ikk_database")),
-             0, true, 1);
-
-    const auto first =
-        destinationQuery(QString::fromUtf8(kFirstId).arg(QString::number(Ik_Ku_ID), quotesDoubled(kasseNr_)));
-    first->Open();
-    firstId_ = first->FieldByName(QStringLiteral("OP_ID")).AsInteger();
-    const auto id = destinationQuery(QString::fromUtf8(kNewRunId));
-    id->Open();
-    unId_ = id->FieldByName(QStringLiteral("UNID")).AsString();
-
+    const TillLogin login = askBackOffice();
     if (!sourceConnection_->Connected()) {
-        sourceConnection_->SetDatabase(text("ikk_database"));
-        sourceConnection_->SetUsername(text("ikk_brukernavn"));
-        sourceConnection_->SetPassword(text("ikk_passord"));
-        sourceConnection_->SetServer(text("ikk_server"));
-        sourceConnection_->SetTrustServerCertificate(
-            till->FieldByName(QStringLiteral("Ikk_AutentiseringType")).AsInteger() == 1);
+        sourceConnection_->SetDatabase(login.database);
+        sourceConnection_->SetUsername(login.user);
+        sourceConnection_->SetPassword(login.password);
+        sourceConnection_->SetServer(login.server);
+        sourceConnection_->SetTrustServerCertificate(login.trusted);
         sourceConnection_->Open();
     }
-    db::Query version(sourceConnection_);
-    version.SQL = statementLines(kTillVersion);
-    version.Open();
-    tillVersion_ = version.integer("IN_DBVERSION");
+    if (ReadsTogether && !schema_) schema_ = TillSchema::Ask(*sourceConnection_);
+    tillVersion_ = schema_ ? schema_->Version() : askTillVersion();
     Progress(step_, 1, true, 1);
 }
 
+// The department, the first settlement to fetch and the run's identifier, and how the till is logged in to.
+TdmPOStoTorvik::TillLogin TdmPOStoTorvik::askBackOffice() {
+    const QStringList till =
+        statementLines(QString::fromUtf8(kTillOfRun).arg(QString::number(Ik_Ku_ID), quotesDoubled(kasseNr_)));
+    const QStringList first =
+        statementLines(QString::fromUtf8(kFirstId).arg(QString::number(Ik_Ku_ID), quotesDoubled(kasseNr_)));
+    const QStringList id = statementLines(kNewRunId);
+    db::PlannedReads reads(*destinationConnection_, db::PlannedReads::Within::Transaction);
+    if (ReadsTogether)
+        for (const QStringList& sql : {till, first, id}) reads.Plan(sql);
+    db::Query query(destinationConnection_);
+    query.ParamCheck = false;
+
+    query.SQL = till;
+    const db::DataSet& row = reads.Open(query);
+    ikAvdelingsnummer_ = row.text("Ik_Avdelingsnummer");
+    const TillLogin login{row.text("ikk_database"), row.text("ikk_brukernavn"), row.text("ikk_passord"),
+                          row.text("ikk_server"), row.integer("Ikk_AutentiseringType") == 1};
+    Progress(QStringLiteral("Starter overføring fra avd %1, kassenr %2 (%3)")
+                 .arg(QString::number(Ik_Ku_ID), kasseNr_, login.database),
+             0, true, 1);
+    query.SQL = first;
+    firstId_ = reads.Open(query).FieldByName(QStringLiteral("OP_ID")).AsInteger();
+    query.SQL = id;
+    unId_ = reads.Open(query).FieldByName(QStringLiteral("UNID")).AsString();
+    return login;
+}
+
+int TdmPOStoTorvik::askTillVersion() {
+    db::Query version(sourceConnection_);
+    version.SQL = statementLines(TillSchema::VersionSql());
+    version.Open();
+    return version.integer("IN_DBVERSION");
+}
+
 bool TdmPOStoTorvik::tillHasTable(const char* name) {
+    if (schema_) return schema_->Has(name);
     qrySource.Close();
-    qrySource.SQL = QStringList{QString::fromUtf8(kTillTable).arg(QString::fromUtf8(name))};
+    qrySource.SQL = QStringList{TillSchema::TableSql(QString::fromUtf8(name))};
     qrySource.Open();
     return qrySource.FieldByName(QStringLiteral("Antall")).AsInteger() > 0;
 }
 
 QString TdmPOStoTorvik::sourceSql(const TableMap& map) {
     const char* text = map.source;
-    if (map.releasedSource && timeImportType() == kReleasedOnly) text = map.releasedSource;
+    if (map.releasedSource) {
+        if (!ReadsTogether) timeImportType_.reset();
+        if (timeImportType() == kReleasedOnly) text = map.releasedSource;
+    }
     QString sql = QString::fromUtf8(text);
     sql.replace(QStringLiteral("%d"), QString::number(firstId_));
     if (sql.contains(QStringLiteral("%s"))) sql.replace(QStringLiteral("%s"), knownStaff());
     return sql;
 }
 
-// The staff that the back office has, as a list of literals: the till's others are the ones to send.
+// What the steps want to know of the back office, in one round trip. What it refuses is asked again, and told, by the
+// step that needs it.
+void TdmPOStoTorvik::askForSources() {
+    const QStringList staff{QString::fromUtf8(kKnownStaff).arg(Ik_Ku_ID)};
+    const QStringList type{QString::fromUtf8(kTimeImportType).arg(Ik_Ku_ID)};
+    db::PlannedReads reads(*destinationConnection_, db::PlannedReads::Within::Transaction);
+    for (const QStringList& sql : {staff, type}) reads.Plan(sql);
+    qryGeneral.SQL = staff;
+    knownStaff_ = staffList(reads.Open(qryGeneral));
+    qryGeneral.SQL = type;
+    timeImportType_ = reads.Open(qryGeneral).integer("Ik_TimeimportType");
+    qryGeneral.Close();
+}
+
 QString TdmPOStoTorvik::knownStaff() {
+    if (knownStaff_) return *knownStaff_;
     qryGeneral.Close();
     qryGeneral.SQL = QStringList{QString::fromUtf8(kKnownStaff).arg(Ik_Ku_ID)};
     qryGeneral.Open();
-    QStringList ids;
-    for (; !qryGeneral.Eof(); qryGeneral.Next())
-        ids << QStringLiteral("'%1'").arg(quotesDoubled(qryGeneral.text("ika_id")));
+    const QString list = staffList(qryGeneral);
     qryGeneral.Close();
-    const QString list = ids.join(QLatin1Char(','));
-    return list.trimmed().isEmpty() ? QStringLiteral("'-1'") : list;
+    return list;
 }
 
 int TdmPOStoTorvik::timeImportType() {
+    if (timeImportType_) return *timeImportType_;
     qryGeneral.Close();
     qryGeneral.SQL = QStringList{QString::fromUtf8(kTimeImportType).arg(Ik_Ku_ID)};
     qryGeneral.Open();
-    const auto type = qryGeneral.integer("Ik_TimeimportType");
+    timeImportType_ = qryGeneral.integer("Ik_TimeimportType");
     qryGeneral.Close();
-    return type;
+    return *timeImportType_;
 }
 
 void TdmPOStoTorvik::createUtbetalingImport() {
@@ -200,10 +234,32 @@ void TdmPOStoTorvik::insertData() {
 // Adding 16 takes a time entry out of the statuses that are fetched, so that it is fetched once.
 void TdmPOStoTorvik::updateTimer() {
     Progress(QStringLiteral("Oppdaterer Timer"), 0, true, 0);
+    if (!ReadsTogether) timeImportType_.reset();
     qryUpdateTimer.SQL = statementLines(timeImportType() == kReleasedOnly ? kMarkReleasedTimer : kMarkClosedTimer);
-    timeEntries_.before(*sourceConnection_);
+    timeEntries_.before(*sourceConnection_, ReadsTogether);
+    if (ReadsTogether) return markTimerTogether();
     qryUpdateTimer.ExecSQL();
-    marks_ = timeEntries_.after(*sourceConnection_);
+    db::Query fetched(sourceConnection_);
+    fetched.SQL = statementLines(TimeEntries::FetchedSql());
+    fetched.Open();
+    marks_ = timeEntries_.after(fetched, *sourceConnection_);
+}
+
+// The mark, and behind it what has been marked, and the settlement by which the till is known again.
+void TdmPOStoTorvik::markTimerTogether() {
+    db::BatchedReads reads(*sourceConnection_);
+    reads.CommandTimeout = qryUpdateTimer.CommandTimeout;
+    reads.AddStatement(qryUpdateTimer.SQL.join(QStringLiteral("\r\n")));
+    for (const QString& sql : {TimeEntries::FetchedSql(), lastSettlementSql()}) reads.AddRead(sql);
+    reads.Send();
+    reads.OpenNext(TimeEntries::FetchedSql());
+    marks_ = timeEntries_.after(reads, *sourceConnection_);
+    reads.OpenNext(lastSettlementSql());
+    lastSettlement_ = lastSettlement(reads);
+}
+
+std::optional<NotedSettlement> TdmPOStoTorvik::LastSettlement() const {
+    return lastSettlement_ ? *lastSettlement_ : lastSettlement(*sourceConnection_);
 }
 
 void TdmPOStoTorvik::deleteTemp() {

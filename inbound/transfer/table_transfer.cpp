@@ -4,7 +4,7 @@
 
 #include <vector>
 
-#include "engine/db/query.h"
+#include "engine/db/data_set.h"
 #include "engine/db/table.h"
 
 namespace torvik {
@@ -13,7 +13,7 @@ namespace {
 
 const QString kStockCountType = QStringLiteral("VARETELLING");
 
-bool holds(const ColumnRule& rule, int tillVersion, const db::Query& source, const db::Table& staging) {
+bool holds(const ColumnRule& rule, int tillVersion, const db::DataSet& source, const db::Table& staging) {
     const auto sourceHas = [&] { return source.FindField(QString::fromUtf8(rule.from.text)) != nullptr; };
     const auto targetHas = [&] { return staging.FindField(QString::fromUtf8(rule.target)) != nullptr; };
     switch (rule.when) {
@@ -34,7 +34,7 @@ struct BoundRule {
     db::Field* target;
 };
 
-std::vector<BoundRule> bindRules(const TableMap& map, int tillVersion, db::Query& source, db::Table& staging) {
+std::vector<BoundRule> bindRules(const TableMap& map, int tillVersion, db::DataSet& source, db::Table& staging) {
     std::vector<BoundRule> bound;
     for (const ColumnRule& rule : map.columns) {
         if (!holds(rule, tillVersion, source, staging)) continue;
@@ -50,12 +50,12 @@ std::vector<BoundRule> bindRules(const TableMap& map, int tillVersion, db::Query
     return bound;
 }
 
-db::Value isStockCount(const BoundRule& rule, db::Query& source) {
+db::Value isStockCount(const BoundRule& rule, db::DataSet& source) {
     if (rule.source && !rule.source->IsNull()) return rule.source->AsValue();
     return source.text("op_type") == kStockCountType;
 }
 
-db::Value valueOf(const BoundRule& bound, const TransferRun& run, db::Query& source) {
+db::Value valueOf(const BoundRule& bound, const TransferRun& run, db::DataSet& source) {
     const From& from = bound.rule->from;
     switch (from.kind) {
         case From::Kind::Column: return bound.source->AsValue();
@@ -71,7 +71,7 @@ db::Value valueOf(const BoundRule& bound, const TransferRun& run, db::Query& sou
     return {};
 }
 
-void copyRows(const TableMap& map, const TransferRun& run, db::Query& source, db::Table& staging,
+void copyRows(const TableMap& map, const TransferRun& run, db::DataSet& source, db::Table& staging,
               const RowProgress& progress) {
     std::vector<BoundRule> rules;
     for (source.First(); !source.Eof(); source.Next()) {
@@ -85,8 +85,9 @@ void copyRows(const TableMap& map, const TransferRun& run, db::Query& source, db
 
 }  // namespace
 
-void transferTable(const TableMap& map, const TransferRun& run, db::Query& source, db::Table& staging,
-                   const RowProgress& progress) {
+void transferTable(const TableMap& map, const TransferRun& run, db::DataSet& source, db::Table& staging,
+                   StagingOpens opens, const RowProgress& progress) {
+    if (opens == StagingOpens::ForRows && source.Eof()) return;
     staging.Close();
     staging.SetTableName(QString::fromUtf8(map.target));
     staging.Open();
@@ -98,7 +99,6 @@ void transferTable(const TableMap& map, const TransferRun& run, db::Query& sourc
         throw;
     }
     staging.Close();
-    if (map.closesSource) source.Close();
 }
 
 }  // namespace torvik

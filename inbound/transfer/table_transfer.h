@@ -12,7 +12,7 @@
 namespace torvik {
 
 namespace db {
-class Query;
+class DataSet;
 class Table;
 }  // namespace db
 
@@ -28,9 +28,12 @@ struct TransferRun {
 // Called before each row with the row's number, from 1, and the number of rows; what it raises ends the transfer.
 using RowProgress = std::function<void(int row, int rows)>;
 
+// When the staging table is opened: in any case, or only for a row.
+enum class StagingOpens { Always, ForRows };
+
 // The source is open; the staging table is opened and closed here. What fails leaves the staging table closed, and is
 // raised as it came.
-void transferTable(const TableMap& map, const TransferRun& run, db::Query& source, db::Table& staging,
-                   const RowProgress& progress);
+void transferTable(const TableMap& map, const TransferRun& run, db::DataSet& source, db::Table& staging,
+                   StagingOpens opens, const RowProgress& progress);
 
 }  // namespace torvik

@@ -1,5 +1,6 @@
 #include "inbound/transfer/time_entries.h"
 
+#include "engine/db/planned_reads.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/db/statement_text.h"
@@ -24,29 +25,32 @@ constexpr char kGiveReleaseTimeBack[] =
 
 }  // namespace
 
-void TimeEntries::copied(db::Query& source) {
+void TimeEntries::copied(db::DataSet& source) {
     copied_.clear();
     const db::Field& id = source.FieldByName(QStringLiteral("TI_ID"));
     for (source.First(); !source.Eof(); source.Next()) copied_.insert(id.AsInteger());
 }
 
-void TimeEntries::before(db::Session& till) {
-    db::Query fetched(&till);
-    fetched.SQL = statementLines(kFetchedEntries);
-    fetched.Open();
+void TimeEntries::before(db::Session& till, bool together) {
+    const QStringList fetchedSql = statementLines(kFetchedEntries);
+    const QStringList releaseSql = statementLines(kReleaseTime);
+    db::PlannedReads reads(till, db::PlannedReads::Within::Transaction);
+    if (together)
+        for (const QStringList& sql : {fetchedSql, releaseSql}) reads.Plan(sql);
+    db::Query query(&till);
+    query.SQL = fetchedSql;
+    db::DataSet& fetched = reads.Open(query);
     fetchedBefore_.clear();
     for (; !fetched.Eof(); fetched.Next()) fetchedBefore_.insert(fetched.Fields(0).AsInteger());
-
-    db::Query release(&till);
-    release.SQL = statementLines(kReleaseTime);
-    release.Open();
-    releaseTime_ = release.Fields(0).AsString();
+    query.SQL = releaseSql;
+    releaseTime_ = reads.Open(query).Fields(0).AsString();
 }
 
-std::vector<TillMark> TimeEntries::after(db::Session& till) {
-    db::Query fetched(&till);
-    fetched.SQL = statementLines(kFetchedEntries);
-    fetched.Open();
+QString TimeEntries::FetchedSql() {
+    return QString::fromUtf8(kFetchedEntries);
+}
+
+std::vector<TillMark> TimeEntries::after(db::DataSet& fetched, db::Session& till) {
     db::Query giveBack(&till);
     giveBack.SQL = statementLines(kGiveStatusBack);
     std::vector<TillMark> marks;

@@ -12,17 +12,19 @@
 namespace torvik {
 
 namespace db {
-class Query;
+class DataSet;
 }
 
 class TimeEntries {
 public:
     // The entries that the step "Timer" has copied: the rows of its source, which is left behind its last row.
-    void copied(db::Query& source);
+    void copied(db::DataSet& source);
 
-    // Before the mark, and after it, in the till's transaction. `after` gives what the mark has taken for good.
-    void before(db::Session& till);
-    [[nodiscard]] std::vector<TillMark> after(db::Session& till);
+    // Before the mark, and after it, in the till's transaction. `after` is handed the rows of FetchedSql as they are
+    // then, and gives what the mark has taken for good.
+    void before(db::Session& till, bool together);
+    [[nodiscard]] static QString FetchedSql();
+    [[nodiscard]] std::vector<TillMark> after(db::DataSet& fetched, db::Session& till);
 
 private:
     QSet<qint64> copied_;

@@ -61,6 +61,16 @@ std::span<const TransferStep> transferSteps() {
     return kSteps;
 }
 
+std::span<const TransferStep> tablesFrom(const TransferStep& step) {
+    const auto steps = transferSteps();
+    const auto rest = steps.subspan(static_cast<std::size_t>(&step - steps.data()));
+    std::size_t count = 0;
+    while (count < rest.size() && rest[count].map && rest[count].before == DtsLogg::None &&
+           rest[count].after == DtsLogg::None)
+        ++count;
+    return rest.first(count);
+}
+
 std::span<const TableMap* const> allTableMaps() {
     static const std::vector<const TableMap*> maps = [] {
         std::vector<const TableMap*> found;

@@ -35,4 +35,8 @@ inline constexpr int kInsertDataStep = 42;
 
 [[nodiscard]] std::span<const TransferStep> transferSteps();
 
+// The table transfers that follow each other from this one on: between them nothing is written on the till, nothing is
+// posted and no mark is set, so that what they read of the till may be asked for at once.
+[[nodiscard]] std::span<const TransferStep> tablesFrom(const TransferStep& step);
+
 }  // namespace torvik

@@ -20,9 +20,21 @@ sandbox::Message refusal(Fault fault) {
     return {.number = 50000, .severity = 16, .state = 1, .text = "Made to fail"};
 }
 
-// A block of staging rows that is refused is sent again row by row, so the row has to be refused as well.
+// A block of staging rows that is refused is sent again row by row, so the row has to be refused as well. One row alone
+// is not sent again.
 bool isBlockOfRows(const std::string& text) {
+    if (text.find("SAVE TRANSACTION") == std::string::npos) return false;
     return text.find("INSERT INTO Temp_") != std::string::npos || text.find("INSERT INTO temp_") != std::string::npos;
+}
+
+// A till's version that could not be read is read once more.
+bool isReadAgain(const std::string& text) {
+    return text.starts_with("select in_dbversion from innstillinger");
+}
+
+// Reads that go together and are refused are made one by one, so the next request has to be refused as well.
+bool isReadTogether(const std::string& text) {
+    return text.find("SELECT @@ERROR Lest_") != std::string::npos && !isReadAgain(text);
 }
 
 // A full batch of gift cards or credit notes, whose error is told and passed over.
@@ -38,11 +50,6 @@ bool isLockOfTill(const std::string& text) {
     return text.find("sp_getapplock") != std::string::npos;
 }
 
-// A till's version that could not be read is read once more.
-bool isReadAgain(const std::string& text) {
-    return text.starts_with("select in_dbversion from innstillinger");
-}
-
 sandbox::FaultRule ruleFor(const RecordedRequest& at, Fault fault) {
     sandbox::FaultRule rule;
     rule.level = at.level;
@@ -53,7 +60,7 @@ sandbox::FaultRule ruleFor(const RecordedRequest& at, Fault fault) {
                                                : sandbox::FaultAction::Fail;
     rule.message = refusal(fault);
     rule.rollBack = fault == Fault::Deadlocks;
-    if (fault == Fault::Fails && isBlockOfRows(at.text)) rule.times = 2;
+    if (fault == Fault::Fails && (isBlockOfRows(at.text) || isReadTogether(at.text))) rule.times = 2;
     return rule;
 }
 

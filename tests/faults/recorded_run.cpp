@@ -117,7 +117,7 @@ RecordedRun record(sandbox::chain::DemoChain& chain, ChainProgram& program) {
         const RequestWatch watch(chain, [&](std::size_t server, std::uint64_t place, const sandbox::RequestInfo& r) {
             const std::lock_guard lock(mutex);
             const std::size_t index = run.requests.size();
-            if (server != kBackOffice && r.text == kBegin) {
+            if (server != kBackOffice && r.text.find(kBegin) != std::string::npos) {
                 run.states.push_back(readState(chain));
                 run.pairs.push_back({.till = server, .begins = index});
             }

@@ -104,6 +104,31 @@ TEST(TransferFaults, ABlockOfRowsThatIsRefusedOnceIsSentRowByRow) {
     EXPECT_EQ(difference(stage.run().states.back(), readState(copy->chain)), "");
 }
 
+// Each request that holds reads, but for the mark of time entries, behind which two are asked.
+TEST(TransferFaults, ReadsThatAreRefusedTogetherOnceAreMadeOneByOne) {
+    const FaultStage& stage = FaultStage::unfetched();
+    int refused = 0;
+    for (std::size_t i = 0; i < stage.run().pairs.front().tillCommits; ++i) {
+        const RecordedRequest& request = stage.run().requests[i];
+        if (request.text.find("SELECT @@ERROR Lest_") == std::string::npos || request.text.starts_with("UPDATE"))
+            continue;
+        const auto copy = stage.copy();
+        sandbox::FaultRule once;
+        once.skip = request.place - 1;
+        once.action = sandbox::FaultAction::Fail;
+        once.message = {.number = 50000, .severity = 16, .state = 1, .text = "Made to fail"};
+        serverOf(copy->chain, request.server).faults().add(once);
+
+        const auto program = copy->program();
+        program->fetch();
+
+        EXPECT_EQ(program->errors(), QStringList()) << request.text;
+        EXPECT_EQ(difference(stage.run().states.back(), readState(copy->chain)), "") << request.text;
+        ++refused;
+    }
+    EXPECT_GE(refused, 8);
+}
+
 // Rows beyond what one statement takes go by bulk copy: its opening is a request, then its rows are one.
 std::vector<std::size_t> bulkCopies(const RecordedRun& run) {
     std::vector<std::size_t> chosen;

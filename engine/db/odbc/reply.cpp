@@ -153,6 +153,14 @@ void Reply::finish() {
     while (hasRows()) nextRowSet();
 }
 
+void Reply::raiseErrors() {
+    State& s = *state_;
+    if (s.errors.isEmpty()) return;
+    s.reader.reset();
+    serverCall([&s] { s.freeStatement(); });  // cancels what is left of the reply, for which the driver waits
+    fail();
+}
+
 void Reply::fail() {
     State& s = *state_;
     s.ended = true;
