@@ -50,7 +50,7 @@ std::vector<std::unique_ptr<LineRelay>> linesTo(const std::string& dataLink) {
 }
 
 double walk(test::ChainProgram& program, bool withAllMeans, int unreachable) {
-    program.engine.LogInAhead = withAllMeans;
+    program.engine.LogInAhead = program.engine.ReadsTogether = withAllMeans;
     const qsizetype errorsBefore = program.errors().size();
     const double took = bench::seconds([&] { program.fetch(); });
     const QStringList errors = program.errors().mid(errorsBefore);
@@ -74,7 +74,8 @@ int main(int argc, char** argv) {
     const double off = walk(program, false, 0);
     bench::tell({"walk over 100 tills behind lines of 30 ms, nothing made cheaper", off, "s", {}, {}});
     const double on = walk(program, true, 0);
-    bench::tell("the same, tills logged in to ahead", on, "s", "nothing made cheaper (0.25 wanted)", off);
+    bench::tell("the same, reads together and tills logged in to ahead", on, "s", "nothing made cheaper (0.25 wanted)",
+                off);
     for (const int till : kRefusing) lines[till]->refuse();
     for (const int till : kSilent) lines[till]->fallSilent();
     const double dead = walk(program, true, std::size(kRefusing) + std::size(kSilent));

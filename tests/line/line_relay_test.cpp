@@ -1,8 +1,6 @@
 #include "tests/support/line_relay.h"
 
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -10,8 +8,6 @@
 #include <random>
 #include <thread>
 #include <vector>
-
-#include "sandbox/server/socket.h"
 
 namespace torvik::test {
 namespace {
@@ -21,18 +17,6 @@ using sandbox::server::Socket;
 using Clock = std::chrono::steady_clock;
 using Bytes = std::vector<std::uint8_t>;
 using Way = LineRelay::Way;
-
-Socket connected(std::uint16_t port) {
-    Socket socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) socket.close();
-    const int on = 1;
-    if (socket.get() >= 0) ::setsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-    return socket;
-}
 
 Bytes randomBytes(std::size_t count) {
     std::mt19937 random(7);
@@ -71,7 +55,7 @@ TEST_F(Line, BytesArriveWholeAndInOrderBothWaysAtTheSameTime) {
     const Bytes up = randomBytes(3'000'000);
     const Bytes down = randomBytes(5'000'000);
     relay.setTerms({.delay = 5ms});
-    const Socket client = connected(relay.port());
+    const Socket client = connectTo(relay.port());
     Bytes atServer;
     std::thread server([&] {
         const Socket own = accepted();
@@ -98,7 +82,7 @@ TEST_F(Line, BytesArriveWholeAndInOrderBothWaysAtTheSameTime) {
 // The first byte waits for the greeting besides.
 TEST_F(Line, RoundTripTakesTheDelayOfBothWaysAndTheFirstOneMoreForTheGreeting) {
     relay.setTerms({.delay = 15ms});
-    const Socket client = connected(relay.port());
+    const Socket client = connectTo(relay.port());
     std::optional<Socket> server;
     std::vector<double> took;
     for (int trip = 0; trip < 12; ++trip) {
@@ -124,7 +108,7 @@ TEST_F(Line, DelayIsTheSameForAHundredConnectionsAtATime) {
     std::vector<Socket> clients;
     std::vector<Socket> servers;
     for (int i = 0; i < kConnections; ++i) {
-        clients.push_back(connected(relay.port()));
+        clients.push_back(connectTo(relay.port()));
         ASSERT_TRUE(clients.back().send(Bytes{1}));
     }
     for (int i = 0; i < kConnections; ++i) {
@@ -154,7 +138,7 @@ TEST_F(Line, DelayIsTheSameForAHundredConnectionsAtATime) {
 
 TEST_F(Line, CarriesOnlySoMuchASecond) {
     relay.setTerms({.bytesPerSecond = 1'000'000});
-    const Socket client = connected(relay.port());
+    const Socket client = connectTo(relay.port());
     const Bytes sent = randomBytes(200'000);
     const auto begun = Clock::now();
     ASSERT_TRUE(client.send(sent));
@@ -164,7 +148,7 @@ TEST_F(Line, CarriesOnlySoMuchASecond) {
 }
 
 TEST_F(Line, CutIsALossAtBothEnds) {
-    const Socket client = connected(relay.port());
+    const Socket client = connectTo(relay.port());
     ASSERT_TRUE(client.send(Bytes{1}));
     const Socket server = accepted();
     ASSERT_EQ(receiveOne(server), 1U);
@@ -177,18 +161,18 @@ TEST_F(Line, CutIsALossAtBothEnds) {
 TEST_F(Line, CutBehindAByteLetsThatByteThroughAndNoOther) {
     const Bytes sent = randomBytes(100'000);
     relay.cutAfter(Way::ToServer, 12'345);
-    const Socket client = connected(relay.port());
+    const Socket client = connectTo(relay.port());
     ASSERT_TRUE(client.send(sent));
     EXPECT_TRUE(rest(accepted()) == Bytes(sent.begin(), sent.begin() + 12'345));
     EXPECT_EQ(receiveOne(client), 0U);
-    const Socket next = connected(relay.port());
+    const Socket next = connectTo(relay.port());
     ASSERT_TRUE(next.send(sent));
     next.shutdownSending();
     EXPECT_TRUE(rest(accepted()) == sent) << "once";
 }
 
 TEST_F(Line, SilentLineTakesBytesAndPassesNothingOnUntilItSpeaks) {
-    const Socket client = connected(relay.port());
+    const Socket client = connectTo(relay.port());
     ASSERT_TRUE(client.send(Bytes{1}));
     const Socket server = accepted();
     ASSERT_EQ(receiveOne(server), 1U);
@@ -196,7 +180,7 @@ TEST_F(Line, SilentLineTakesBytesAndPassesNothingOnUntilItSpeaks) {
     const Bytes sent = randomBytes(10'000'000);  // more than any socket holds
     ASSERT_TRUE(client.send(sent));
     ASSERT_TRUE(server.send(Bytes{7}));
-    const Socket stranger = connected(relay.port());
+    const Socket stranger = connectTo(relay.port());
     EXPECT_GE(stranger.get(), 0) << "a connection is taken too";
     EXPECT_FALSE(server.readable(100ms));
     EXPECT_FALSE(client.readable(100ms));
@@ -207,21 +191,21 @@ TEST_F(Line, SilentLineTakesBytesAndPassesNothingOnUntilItSpeaks) {
 }
 
 TEST_F(Line, RefusedConnectionsLeaveTheStandingOnesAlone) {
-    const Socket client = connected(relay.port());
+    const Socket client = connectTo(relay.port());
     ASSERT_TRUE(client.send(Bytes{1}));
     const Socket server = accepted();
     relay.refuse();
-    EXPECT_LT(connected(relay.port()).get(), 0);
+    EXPECT_LT(connectTo(relay.port()).get(), 0);
     ASSERT_TRUE(client.send(Bytes{2}));
     EXPECT_EQ(receiveOne(server), 1U);
     EXPECT_EQ(receiveOne(server), 1U);
     relay.accept();
-    EXPECT_GE(connected(relay.port()).get(), 0);
+    EXPECT_GE(connectTo(relay.port()).get(), 0);
 }
 
 TEST_F(Line, ServerThatIsGoneEndsTheConnection) {
     listening.close();
-    const Socket client = connected(relay.port());
+    const Socket client = connectTo(relay.port());
     ASSERT_TRUE(client.send(Bytes{1}));
     EXPECT_EQ(receiveOne(client), 0U);
 }

@@ -21,8 +21,6 @@
 #include <utility>
 #include <vector>
 
-#include "sandbox/server/socket.h"
-
 namespace torvik::test {
 
 namespace {
@@ -54,17 +52,6 @@ Socket listenHere(std::uint16_t port) {
     return listening;
 }
 
-Socket connectTo(std::uint16_t port) {
-    Socket socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) socket.close();
-    if (socket.get() >= 0) setAtOnce(socket.get());
-    return socket;
-}
-
 // What travels one way of a connection.
 struct Direction {
     struct Piece {
@@ -89,6 +76,17 @@ struct Connection {
 };
 
 }  // namespace
+
+Socket connectTo(std::uint16_t port) {
+    Socket socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) socket.close();
+    if (socket.get() >= 0) setAtOnce(socket.get());
+    return socket;
+}
 
 struct LineRelay::State {
     std::uint16_t serverPort;

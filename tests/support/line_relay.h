@@ -7,7 +7,12 @@
 #include <cstdint>
 #include <memory>
 
+#include "sandbox/server/socket.h"
+
 namespace torvik::test {
+
+// A client's socket to a server of this machine, which sends what it is given at once. Empty: nobody listens there.
+[[nodiscard]] sandbox::server::Socket connectTo(std::uint16_t port);
 
 class LineRelay {
 public:
