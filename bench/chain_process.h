@@ -22,8 +22,9 @@ namespace torvik::bench {
 class ChainProcess {
 public:
     // `fill` runs there, once the chain stands.
-    ChainProcess(const sandbox::chain::ChainOptions& options,
-                 const std::function<void(sandbox::chain::DemoChain&)>& fill) {
+    ChainProcess(
+        const sandbox::chain::ChainOptions& options,
+        const std::function<void(sandbox::chain::DemoChain&)>& fill = [](sandbox::chain::DemoChain&) {}) {
         int told[2];
         int asked[2];
         if (pipe(told) != 0 || pipe(asked) != 0) throw std::runtime_error("no pipe");

@@ -1,8 +1,7 @@
-// A night over 60 tills with a day's sales, each of which answers every request 30 ms late, as over a slow line: by one
-// copy of the program, and by one that leads and two that help, as processes of their own. The chain is a process of
-// its own too. The stand-in has one writer for each database, and a pair of transactions holds it while the till is
-// read: what three copies could do without that is shown by three that have a third of the tills and a back office
-// each.
+// A night over 60 tills with a day's sales, each behind a line of 30 ms there and back: by one copy of the program, and
+// by one that leads and two that help, as processes of their own. The chain is a process of its own too. The stand-in
+// has one writer for each database, and a pair of transactions holds it while the till is read: what three copies could
+// do without that is shown by three that have a third of the tills and a back office each.
 #include <QCoreApplication>
 #include <QProcess>
 #include <array>
@@ -11,7 +10,7 @@
 
 #include "bench/chain_process.h"
 #include "bench/figure.h"
-#include "engine/db/query.h"
+#include "bench/slow_lines.h"
 #include "tests/support/chain_program.h"
 
 namespace {
@@ -20,7 +19,7 @@ using namespace torvik;
 
 constexpr int kTills = 60;
 constexpr int kCopies = 3;
-constexpr std::chrono::milliseconds kThereAndBack{30};
+constexpr std::chrono::milliseconds kThere{15};  // and as long back
 constexpr double kTimesAsFast = 2;
 constexpr int kLongestNightMs = 30 * 60 * 1000;
 
@@ -57,12 +56,6 @@ public:
 private:
     QProcess process_;
 };
-
-// The tills answer late; the back office does not.
-void slowDown(sandbox::chain::DemoChain& chain) {
-    for (std::size_t till = 0; till < chain.model().tills.size(); ++till)
-        chain.till(till).faults().delayRequests(kThereAndBack);
-}
 
 qint64 count(db::Session& office, const QString& from) {
     db::Query query(&office);
@@ -105,7 +98,7 @@ Night nightOf(const bench::ChainProcess& chain, int helpers) {
 
 // A chain of a third of the tills, led by a copy of its own.
 struct Third {
-    bench::ChainProcess chain{chainOf(kTills / kCopies), slowDown};
+    bench::ChainProcess chain{chainOf(kTills / kCopies)};
     std::unique_ptr<Copy> leading;
 };
 
@@ -123,10 +116,18 @@ int main(int argc, char** argv) {
         const QCoreApplication application(argc, argv);
         return copyOfTheProgram(argv[1], argv[2]);
     }
-    const bench::ChainProcess forOne(chainOf(kTills), slowDown);
-    const bench::ChainProcess forThree(chainOf(kTills), slowDown);
+    const bench::ChainProcess forOne(chainOf(kTills));
+    const bench::ChainProcess forThree(chainOf(kTills));
     std::array<Third, kCopies> thirds;
     const QCoreApplication application(argc, argv);
+
+    std::vector<std::unique_ptr<test::LineRelay>> lines;
+    const auto behindLines = [&lines](const bench::ChainProcess& chain) {
+        for (auto& line : bench::linesTo(chain.dataLink(), kThere)) lines.push_back(std::move(line));
+    };
+    behindLines(forOne);
+    behindLines(forThree);
+    for (const Third& third : thirds) behindLines(third.chain);
 
     const Night one = nightOf(forOne, 0);
     const Night three = nightOf(forThree, kCopies - 1);
@@ -134,7 +135,7 @@ int main(int argc, char** argv) {
         throw std::runtime_error("a settlement was lost, or posted twice");
     const double threeApart = apart(thirds);
 
-    bench::tell({"night over 60 tills that answer 30 ms late, one copy", one.seconds, "s", {}, {}});
+    bench::tell({"night over 60 tills behind lines of 30 ms, one copy", one.seconds, "s", {}, {}});
     bench::tell("the same, one copy that leads and two that help", three.seconds, "s", "one copy (0.5 wanted)",
                 one.seconds);
     bench::tell({"that many times as fast (2 wanted)", one.seconds / three.seconds, "times", "wanted",

@@ -163,8 +163,7 @@ void tell(EventGaps& night, double seconds) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const torvik::bench::ChainProcess chain({.departments = 25, .tills = 50, .days = 2},
-                                            [](sandbox::chain::DemoChain&) {});
+    const torvik::bench::ChainProcess chain({.departments = 25, .tills = 50, .days = 2});
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     const QTemporaryDir folder;

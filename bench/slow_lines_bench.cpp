@@ -6,17 +6,16 @@
 
 #include "bench/chain_process.h"
 #include "bench/figure.h"
-#include "engine/db/query.h"
+#include "bench/slow_lines.h"
 #include "tests/support/chain_program.h"
-#include "tests/support/line_relay.h"
 
 namespace {
 
 using namespace torvik;
 using namespace std::chrono_literals;
-using test::LineRelay;
 
 constexpr int kTills = 100;
+constexpr auto kThere = 15ms;  // and as long back
 constexpr double kDeadMayCost = 1.1;
 
 // By their places in the walk. The two that take connections and never answer are given up after two attempts of 15
@@ -24,30 +23,6 @@ constexpr double kDeadMayCost = 1.1;
 // the walk waits for what is left of them.
 constexpr int kRefusing[] = {19, 39, 99};
 constexpr int kSilent[] = {59, 79};
-
-// The lines of all tills, in the order of the walk, the back office told of them.
-std::vector<std::unique_ptr<LineRelay>> linesTo(const std::string& dataLink) {
-    db::Session office;
-    office.SetConnectString(QString::fromStdString(dataLink));
-    office.Open();
-    db::Query tills(&office);
-    tills.SQL = {
-        QStringLiteral("SELECT Ikk_Ik_Ku_Id, Ikk_Kassenummer, Ikk_Server FROM Internkundekasse, Internkunde "
-                       "WHERE Ikk_Ik_Ku_Id = Ik_Ku_Id ORDER BY Ik_Avdelingsnummer, Ikk_Kassenummer")};
-    tills.Open();
-    std::vector<std::unique_ptr<LineRelay>> lines;
-    for (; !tills.Eof(); tills.Next()) {
-        const auto port = tills.text("Ikk_Server").section(u',', 1).toUShort();
-        lines.push_back(std::make_unique<LineRelay>(port, LineRelay::Terms{.delay = 15ms}));
-        db::Query told(&office);
-        told.SQL = {QStringLiteral("UPDATE Internkundekasse SET Ikk_Server = '127.0.0.1,%1' "
-                                   "WHERE Ikk_Ik_Ku_Id = %2 AND Ikk_Kassenummer = '%3'")
-                        .arg(QString::number(lines.back()->port()), QString::number(tills.integer("Ikk_Ik_Ku_Id")),
-                             tills.text("Ikk_Kassenummer"))};
-        told.ExecSQL();
-    }
-    return lines;
-}
 
 double walk(test::ChainProgram& program, bool withAllMeans, int unreachable) {
     program.engine.LogInAhead = program.engine.ReadsTogether = withAllMeans;
@@ -63,13 +38,12 @@ double walk(test::ChainProgram& program, bool withAllMeans, int unreachable) {
 
 int main(int argc, char** argv) {
     const bench::ChainProcess chain(
-        {.departments = kTills / 5, .tills = kTills, .days = 1, .items = 10, .ordersADay = 3},
-        [](sandbox::chain::DemoChain&) {});
+        {.departments = kTills / 5, .tills = kTills, .days = 1, .items = 10, .ordersADay = 3});
     const QCoreApplication application(argc, argv);
     test::ChainProgram program(chain.dataLink());
     program.fetch();
     program.engine.RetryCount = 2;
-    const auto lines = linesTo(chain.dataLink());
+    const auto lines = bench::linesTo(chain.dataLink(), kThere);
 
     const double off = walk(program, false, 0);
     bench::tell({"walk over 100 tills behind lines of 30 ms, nothing made cheaper", off, "s", {}, {}});
