@@ -5,12 +5,16 @@
 #include <QCoreApplication>
 #include <QProcess>
 #include <array>
+#include <atomic>
 #include <memory>
+#include <numeric>
+#include <thread>
 #include <vector>
 
 #include "bench/chain_process.h"
 #include "bench/figure.h"
 #include "bench/slow_lines.h"
+#include "engine/db/errors.h"
 #include "tests/support/chain_program.h"
 
 namespace {
@@ -69,27 +73,83 @@ sandbox::chain::ChainOptions chainOf(int tills) {
     return {.departments = tills / 4, .tills = tills, .days = 1, .items = 50, .ordersADay = 50};
 }
 
+// Asks on a thread of its own, now and then, whether somebody else is writing to the back office.
+class WriterProbe {
+public:
+    explicit WriterProbe(const std::string& dataLink)
+        : thread_([this, office = QString::fromStdString(dataLink)] {
+              db::Session session;
+              session.SetConnectString(office);
+              session.Open();
+              run(session, "SET LOCK_TIMEOUT 0");
+              while (!ended_) {
+                  std::this_thread::sleep_for(kEvery);
+                  ++asked_;
+                  try {
+                      run(session, "UPDATE dts_logg SET dl_info = dl_info WHERE 1 = 0");
+                  } catch (const db::StatementError&) {  // held by another: error 1222
+                      ++held_;
+                  }
+              }
+          }) {}
+    ~WriterProbe() { end(); }
+    WriterProbe(const WriterProbe&) = delete;
+    WriterProbe& operator=(const WriterProbe&) = delete;
+
+    void end() {
+        ended_ = true;
+        if (thread_.joinable()) thread_.join();
+    }
+    [[nodiscard]] double share() const { return static_cast<double>(held_) / asked_; }
+    [[nodiscard]] int requests() const { return asked_ + 1; }
+
+private:
+    static constexpr std::chrono::milliseconds kEvery{20};
+
+    static void run(db::Session& session, const char* sql) {
+        db::Query query(&session);
+        query.SQL = {QString::fromUtf8(sql)};
+        query.ExecSQL();
+    }
+
+    int asked_ = 0;
+    int held_ = 0;
+    std::atomic<bool> ended_ = false;
+    std::thread thread_;
+};
+
 struct Night {
     double seconds = 0;
+    double written = 0;  // the share of it in which somebody wrote to the back office
     qint64 settlements = 0;
-    std::uint64_t officeRequests = 0;
+    double officeRequests = 0;  // a till
+    double tillRequests = 0;
 };
 
 Night nightOf(const bench::ChainProcess& chain, int helpers) {
     db::Session office;
     office.SetConnectString(QString::fromStdString(chain.dataLink()));
     office.Open();
-    const std::uint64_t before = chain.requests().front();
+    const auto requests = [&chain] {
+        const std::vector<std::uint64_t> all = chain.requests();
+        return std::pair{all.front(), std::accumulate(all.begin() + 1, all.end(), std::uint64_t{0})};
+    };
+    const auto before = requests();
     Night night;
     std::vector<std::unique_ptr<Copy>> helping;
+    WriterProbe probe(chain.dataLink());
     // When the leading copy is done, all tills have been fetched.
     night.seconds = bench::seconds([&] {
         Copy leading(chain.dataLink(), "leads");
         for (int i = 0; i < helpers; ++i) helping.push_back(std::make_unique<Copy>(chain.dataLink(), "helps"));
         leading.expectEndsWell();
     });
+    probe.end();
     for (const auto& copy : helping) copy->expectEndsWell();
-    night.officeRequests = chain.requests().front() - before;
+    night.written = probe.share();
+    const auto after = requests();
+    night.officeRequests = static_cast<double>(after.first - before.first - probe.requests()) / kTills;
+    night.tillRequests = static_cast<double>(after.second - before.second) / kTills;
     night.settlements = count(office, QStringLiteral("PosOppgjor"));
     if (count(office, QStringLiteral("dts_logg WHERE dl_info LIKE 'Slutt {%hentet, maskin%'")) != kTills)
         throw std::runtime_error("a till was visited twice, or not at all");
@@ -140,14 +200,14 @@ int main(int argc, char** argv) {
                 one.seconds);
     bench::tell({"that many times as fast (2 wanted)", one.seconds / three.seconds, "times", "wanted",
                  one.seconds / three.seconds / kTimesAsFast});
+    const char* const written = "of the night";
+    bench::tell({"the back office's one writer is taken, one copy", one.written, written, {}, {}});
+    bench::tell({"the same, three copies", three.written, written, {}, {}});
     bench::tell("three copies with a back office each", threeApart, "s", "one copy", one.seconds);
     bench::tell({"that many times as fast", one.seconds / threeApart, "times", {}, {}});
-    bench::tell({"round trips to the back office, one copy",
-                 static_cast<double>(one.officeRequests) / kTills,
-                 "requests a till",
-                 {},
-                 {}});
-    bench::tell(
-        {"the same, three copies", static_cast<double>(three.officeRequests) / kTills, "requests a till", {}, {}});
+    const char* const perTill = "requests a till";
+    bench::tell({"to the back office, one copy", one.officeRequests, perTill, {}, {}});
+    bench::tell({"the same, three copies", three.officeRequests, perTill, {}, {}});
+    bench::tell({"to the tills, one copy", one.tillRequests, perTill, {}, {}});
     return 0;
 }

@@ -34,6 +34,9 @@ order by dl_tidspunkt desc)";
 constexpr char kHelpers[] = R"(select count(*) Antall from dts_logg WITH (READPAST)
 where dl_dlt_id = 1 and dl_info like :Info)";
 
+constexpr char kFetched[] = R"(select dl_ik_ku_id, dl_kassenr from dts_logg WITH (READPAST)
+where dl_dlt_id = 1 and dl_info like :Info)";
+
 constexpr char kOfTill[] = R"(select dl_info from dts_logg WITH (READPAST)
 where dl_dlt_id = 1 and (dl_info = '%1' or (dl_ik_ku_id = %2 and dl_kassenr = '%3'
 and (dl_info like 'Slutt %4%' or dl_info like 'Par {%'))))";
@@ -123,6 +126,17 @@ bool SharedNights::HasHelpers(const SharedNight& night) {
 void SharedNights::EndVisit(const SharedNight& night, int Ik_Ku_Id, const QString& KasseNr, VisitEnd::Kind kind) {
     for (const EndWord& word : kEndWords)
         if (word.kind == kind) write(Ik_Ku_Id, KasseNr, endText(night, word) + thisMachine());
+}
+
+std::set<std::pair<int, QString>> SharedNights::Fetched(const SharedNight& night) {
+    db::Query query(&office_.Session());
+    query.CommandTimeout = kQueryTimeout;
+    query.SQL = statementLines(kFetched);
+    query.ParamByName(QStringLiteral("Info")) = QStringLiteral("Slutt %1 hentet%").arg(night.id.toString());
+    std::set<std::pair<int, QString>> tills;
+    for (query.Open(); !query.Eof(); query.Next())
+        tills.emplace(static_cast<int>(query.Fields(0).AsInteger()), query.Fields(1).AsString().trimmed());
+    return tills;
 }
 
 QString SharedNights::QuestionOf(const SharedNight& night, int Ik_Ku_Id, const QString& KasseNr) {

@@ -8,6 +8,8 @@
 #include <QStringList>
 #include <QUuid>
 #include <optional>
+#include <set>
+#include <utility>
 
 namespace torvik {
 
@@ -54,6 +56,8 @@ public:
     [[nodiscard]] bool HasHelpers(const SharedNight& night);
 
     void EndVisit(const SharedNight& night, int Ik_Ku_Id, const QString& KasseNr, VisitEnd::Kind kind);
+    // The tills, by Ik_Ku_Id and KasseNr, that a visit of tonight has fetched.
+    [[nodiscard]] std::set<std::pair<int, QString>> Fetched(const SharedNight& night);
     // A question for the rows about a till, to be asked along with its lock, and what its answer says.
     [[nodiscard]] static QString QuestionOf(const SharedNight& night, int Ik_Ku_Id, const QString& KasseNr);
     [[nodiscard]] static TillMarks MarksIn(const SharedNight& night, const QStringList& answer);

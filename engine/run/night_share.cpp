@@ -14,6 +14,7 @@ namespace torvik {
 namespace {
 
 constexpr int kRoundMs = 1000;
+constexpr qint64 kBetweenLooksMs = 5000;
 // So long another copy may be at one till when nothing else is left to do.
 constexpr qint64 kLongestWaitMs = 15 * 60 * 1000;
 
@@ -24,15 +25,31 @@ std::pair<int, QString> keyOf(const TillIdentity& till) {
 }  // namespace
 
 NightShare::NightShare(RunParts& parts, SharedNight night, Role role)
-    : parts_(parts), rows_(parts.Office), night_(std::move(night)), role_(role) {}
+    : parts_(parts), rows_(parts.Office), night_(std::move(night)), role_(role), othersServe_(role == Role::Helps) {}
 
 QString NightShare::QuestionOf(const TillIdentity& till) const {
     return SharedNights::QuestionOf(night_, till.Ik_Ku_Id, till.Kassenummer);
 }
 
+void NightShare::LookWhoIsFetched() noexcept {
+    try {
+        const qint64 now = parts_.Context.Seam.tickCount();
+        if (!othersServe_ || (looked_ >= 0 && now - looked_ < kBetweenLooksMs)) return;
+        looked_ = now;
+        fetched_ = rows_.Fetched(night_);
+    } catch (const std::exception&) {
+        // A till may be logged in to for nothing.
+    }
+}
+
+bool NightShare::KnowsAsFetched(const TillIdentity& till) const {
+    return fetched_.contains(keyOf(till));
+}
+
 NightShare::Turn NightShare::TurnAt(const TillIdentity& till, bool held, const QStringList& answer) {
     const TillMarks marks = SharedNights::MarksIn(night_, answer);
     othersAreAtTills_ = othersAreAtTills_ || !held;
+    othersServe_ = othersServe_ || !held || marks.End;
     return role_ == Role::Leads ? leadingTurn(till, held, marks) : helpingTurn(till, held, marks);
 }
 

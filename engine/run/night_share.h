@@ -35,6 +35,11 @@ public:
     // fetched, or failed at.
     [[nodiscard]] QString QuestionOf(const TillIdentity& till) const;
     [[nodiscard]] Turn TurnAt(const TillIdentity& till, bool held, const QStringList& answer);
+    // Tills to come that a copy is known to have fetched already, so that nothing is prepared for them: looks once
+    // another copy has been met, and again when the last look is some seconds old. Advice only: TurnAt decides. Raises
+    // nothing.
+    void LookWhoIsFetched() noexcept;
+    [[nodiscard]] bool KnowsAsFetched(const TillIdentity& till) const;
     // The night has been ended: a helping copy goes to no till any more.
     [[nodiscard]] bool IsOver() const { return over_; }
 
@@ -67,8 +72,11 @@ private:
     SharedNights rows_;
     SharedNight night_;
     Role role_;
+    bool othersServe_;  // other copies' visits have been met, or are expected
     std::set<Till> visited_;
     std::set<Till> putOff_;
+    std::set<Till> fetched_;         // as of the last look,
+    qint64 looked_ = -1;             // at this tick; -1: none yet
     qint64 changed_ = -1;            // tick of the last change that a wait has seen; -1: none has begun
     bool othersAreAtTills_ = false;  // as the tills since the last wait have told
     bool over_ = false;

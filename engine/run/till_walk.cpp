@@ -75,6 +75,7 @@ void TillWalk::walk() {
             const RunningTill running(parts_.Status.get(), till);
             turn = serve(till);
             if (isOver()) return;
+            if (ahead_ && turn != Turn::Over) ahead_->passedOver();
             if (turn == Turn::Taken || turn == Turn::Later) {
                 postpone(till, turn);
                 tills.Next();
@@ -108,13 +109,14 @@ void TillWalk::tellDone() {
 void TillWalk::logInAhead() {
     if (!ahead_) return;
     ahead_->visitBegins(parts_.Context.Seam.tickCount());
+    if (plan_.Share) plan_.Share->LookWhoIsFetched();
     db::Query& tills = parts_.Roster.Qry();
     const QString visited = LoginsAhead::TillOf(tills);
     const db::Bookmark here = tills.GetBookmark();
     std::vector<LoginsAhead::Next> following;
     for (tills.Next(); !tills.Eof() && following.size() < LoginsAhead::kMost; tills.Next()) {
         try {
-            if (!plan_.NotAhead || !plan_.NotAhead(TillIdentity::Of(tills)))
+            if (!isNotAhead(TillIdentity::Of(tills)))
                 following.push_back({LoginsAhead::TillOf(tills), parts_.Till.SettingsOfTill()});
         } catch (const std::exception&) {
             // A row that cannot be read is told at its turn.
@@ -122,6 +124,10 @@ void TillWalk::logInAhead() {
     }
     tills.GotoBookmark(here);
     ahead_->fill(visited, following);
+}
+
+bool TillWalk::isNotAhead(const TillIdentity& till) const {
+    return (plan_.NotAhead && plan_.NotAhead(till)) || (plan_.Share && plan_.Share->KnowsAsFetched(till));
 }
 
 // The lock is held until the failure has been told. On failure the till's session stays open until the next till.

@@ -102,6 +102,7 @@ private:
     [[nodiscard]] bool locate(const TillIdentity& till);
     [[nodiscard]] db::StatementCancel endsStatements();
     void logInAhead();
+    [[nodiscard]] bool isNotAhead(const TillIdentity& till) const;
     [[nodiscard]] bool connect(const TillIdentity& till);
     void tellUnreachable(const TillIdentity& till);
     void fail(const TillIdentity& till, const std::exception& failure);

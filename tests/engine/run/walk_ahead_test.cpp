@@ -10,6 +10,7 @@
 #include "engine/db/login_ahead.h"
 #include "engine/db/query.h"
 #include "engine/office/application_lock.h"
+#include "engine/run/night_share.h"
 #include "engine/run/till_walk.h"
 #include "tests/engine/small_chain.h"
 #include "tests/support/line_relay.h"
@@ -163,6 +164,29 @@ TEST_F(WalkAhead, LogAndFailuresAreThoseOfAWalkWithoutIt) {
     }
     EXPECT_EQ(line(5).accepted(), 0U) << "a till that is left out";
     EXPECT_TRUE(noneRemains());
+}
+
+TEST_F(WalkAhead, TillThatAnotherCopyHasFetchedTonightIsNotLoggedInTo) {
+    tills(4);
+    chain.target.Open();
+    SharedNights rows(parts().Office);
+    const SharedNight night = rows.Begin(1, QStringLiteral("1"));
+    rows.EndVisit(night, 1, QStringLiteral("2"), VisitEnd::Kind::Fetched);
+    NightShare share(parts(), night, NightShare::Role::Helps);
+    plan.Share = &share;
+    work = [&](TillVisit& visit) {
+        if (visit.Till.Kassenummer == u"1") {
+            for (const int till : {3, 4}) EXPECT_TRUE(isLoggedInTo(till)) << till;
+            rows.EndVisit(night, 1, QStringLiteral("4"), VisitEnd::Kind::FetchedWithErrors);
+            chain.around.ticks += 5000;
+        } else {
+            EXPECT_TRUE(pumpUntil([&] { return line(4).connections() == 0; })) << "let go of when it is known";
+        }
+    };
+    walk();
+    EXPECT_EQ(servedTills(), (QStringList{QStringLiteral("1"), QStringLiteral("3")}));
+    EXPECT_EQ(line(2).accepted(), 0U);
+    EXPECT_EQ(line(4).accepted(), 1U);
 }
 
 // Its attempts and the wait between them have passed by then, so that its turn costs no time.

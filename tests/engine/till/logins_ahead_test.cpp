@@ -50,6 +50,15 @@ TEST_F(LoginsAheadTest, OneTillThatTookLongChangesNothing) {
     EXPECT_EQ(ahead.reach(), 40);
 }
 
+TEST_F(LoginsAheadTest, TillThatAnotherCopyHasServedTellsNothingOfHowLongAVisitTakes) {
+    for (int till = 0; till < 30; ++till) {
+        ahead.visitBegins(tick);
+        tick += till % 3 == 0 ? 2000 : 1;  // of three copies this one serves each third till
+        if (till % 3 != 0) ahead.passedOver();
+    }
+    EXPECT_EQ(ahead.reach(), 20);
+}
+
 TEST_F(LoginsAheadTest, NeverMoreThanEightySessions) {
     visitsOf(1);
     ahead.fill(name(0), tills(1, 100));
