@@ -70,6 +70,7 @@ void runWindow(Application& application, const ShowMessage& showMessage) {
     if (terminated) QTimer::singleShot(0, &window, &MainWindow::terminate);
     if (shown) window.show();
     QApplication::exec();
+    beginTermination();  // a login that nobody waits for any more does not keep a closed program
     application.window = nullptr;
 }
 

@@ -30,6 +30,10 @@ Meanwhile::~Meanwhile() {
     beside_.join();
 }
 
+bool Meanwhile::stands() {
+    return current != nullptr;
+}
+
 void Meanwhile::call(const std::function<void()>& work, const std::function<void()>& cancel) {
     if (!current) return work();
     // A turn that calls a server finds none: the thread beside is taken.

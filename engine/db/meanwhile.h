@@ -23,6 +23,8 @@ public:
     Meanwhile(const Meanwhile&) = delete;
     Meanwhile& operator=(const Meanwhile&) = delete;
 
+    // The current thread has one that is free.
+    [[nodiscard]] static bool stands();
     // Makes a call as the current thread's Meanwhile does, if it has one. Raises what the call raises. cancel: called
     // on this thread, once, while the call is under way, when the thread's StatementCancel wants it; the call must then
     // end soon, and StatementCancel's error is raised in the place of whatever came of it.

@@ -5,6 +5,8 @@
 
 #include "engine/db/connection.h"
 #include "engine/db/errors.h"
+#include "engine/db/login_ahead.h"
+#include "engine/db/meanwhile.h"
 
 namespace torvik::db {
 
@@ -12,6 +14,15 @@ namespace {
 
 // A commit that takes longer than this has no answer.
 constexpr int kCommitTimeout = 600;
+
+// The driver cannot end a login. Where the thread has something to do meanwhile, which may be to want it no more, the
+// login is left to a thread of its own, so that nobody has to wait for its time-out.
+std::unique_ptr<Connection> logIn(const ConnectSettings& settings) {
+    if (!Meanwhile::stands()) return std::make_unique<Connection>(settings);
+    LoginAhead::Outcome outcome = LoginAhead(settings, {}).take();
+    if (!outcome.Made) std::rethrow_exception(outcome.LastFailure);
+    return std::move(outcome.Made);
+}
 
 }  // namespace
 
@@ -99,7 +110,7 @@ bool Session::Connected() const {
 void Session::Open() {
     if (Connected()) return;
     connection_.reset();
-    connection_ = std::make_unique<Connection>(settings_);
+    connection_ = logIn(settings_);
     remember(false);
 }
 

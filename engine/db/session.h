@@ -64,7 +64,8 @@ public:
     [[nodiscard]] const ConnectSettings& Settings() const { return settings_; }
     void SetSettings(const ConnectSettings& settings);
 
-    // Raises ConnectionError, with the server's text where it gave one. Opening an open session does nothing.
+    // Raises ConnectionError, with the server's text where it gave one. Opening an open session does nothing. A cancel
+    // of the thread's statements (meanwhile.h) ends the wait with its error.
     void Open();
     // Opens it by a connection that was made with its values ahead of time (login_ahead.h). False, and closed, when
     // that has not lasted.

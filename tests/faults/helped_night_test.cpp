@@ -5,6 +5,7 @@
 #include <QElapsedTimer>
 #include <QThread>
 #include <condition_variable>
+#include <optional>
 
 #include "engine/office/application_lock.h"
 #include "tests/faults/fault_case.h"
@@ -230,6 +231,38 @@ TEST_F(HelpedNight, LeadingCopyIsKilledAndHelpersGoOnAndTheNextNightMakesGoodWha
     EXPECT_TRUE(leading->endsWell());
     EXPECT_TRUE(helping->ends());
     EXPECT_TRUE(helpingToo->ends());
+    expectWhatOneLeaves();
+}
+
+TEST_F(HelpedNight, HelpingCopyAndThenTheLeadingOneAreKilledAndTheNextNightLosesNothing) {
+    {
+        Standstill ofTheHelpers(chain.till(1), "BEGIN TRANSACTION", 1);
+        std::optional<Gate> first(chain.till(0));
+        leading->start();
+        ASSERT_TRUE(first->isMet());
+        helping->start();
+        ASSERT_TRUE(ofTheHelpers.isMet());
+        helping->kill();
+        chain.till(1).faults().clear();
+
+        Standstill ofTheLeaders(chain.backOffice(), "COMMIT TRANSACTION", 0);
+        first.reset();
+        ASSERT_TRUE(ofTheLeaders.isMet());
+        leading->kill();
+        chain.backOffice().faults().clear();
+    }
+    EXPECT_EQ(rowsLike("Slutt {%hentet, maskin"), 0) << "neither has ended a visit";
+    EXPECT_EQ(countStandingPairs(chain), 2U);
+
+    {
+        Gate first(chain.till(0));
+        leading->start();
+        ASSERT_TRUE(first.isMet());
+        helping->start();
+        waitForRows("Slutt {%hentet, maskin", kTills - 1);
+    }
+    EXPECT_TRUE(leading->endsWell());
+    EXPECT_TRUE(helping->endsWell());
     expectWhatOneLeaves();
 }
 

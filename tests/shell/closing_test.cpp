@@ -205,6 +205,46 @@ TEST_F(FetchHeldUp, EndOfTheProgramWaitsForNoStatement) {
     EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
 }
 
+// The login's own time-out is 15 seconds.
+class LoginHeldUp : public Closing {
+protected:
+    // Fetches from a till that takes connections and never answers, and asks after half a second.
+    qint64 fetchUntil(MainWindow& window, const std::function<void()>& ask) {
+        chain.till(0).faults().hangLogins(1);
+        window.show();
+        allTills(window);
+        QElapsedTimer timer;
+        timer.start();
+        std::thread operatorOfTheWindow([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(500));
+            QMetaObject::invokeMethod(&window, ask, Qt::QueuedConnection);
+        });
+        click(window, "actiOppgjorManually");
+        const qint64 took = timer.elapsed();
+        operatorOfTheWindow.join();
+        EXPECT_GE(took, 500) << "the login did not hang";
+        return took;
+    }
+};
+
+TEST_F(LoginHeldUp, CancelIsTakenAtOnceAndTheNextFetchServesTheTill) {
+    MainWindow window(path(), store);
+    TTorvikPos& engine = window.TorvikPos1();
+    EXPECT_LT(fetchUntil(window, [&engine] { engine.SetCancelRequest(true); }), 5000);
+    EXPECT_TRUE(engine.Cancelled);
+    EXPECT_EQ(messages(window).count(QStringLiteral("Avbrutt av bruker")), 1);
+
+    click(window, "actiOppgjorManually");
+    for (int till = 0; till < 2; ++till)
+        EXPECT_EQ(engine.ffraOppgjorStatus->memOppgjorStatus.Row(till).StatusIcon, 1) << "till " << till;
+}
+
+TEST_F(LoginHeldUp, CloseOfTheWindowIsTakenAtOnce) {
+    MainWindow window(path(), store);
+    EXPECT_LT(fetchUntil(window, [&window] { window.close(); }), 5000);
+    EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
+}
+
 TEST_F(Closing, SecondCloseWhileTheRunEndsIsTheSame) {
     store.write("Timeout", 3600);
     MainWindow window(path(), store);

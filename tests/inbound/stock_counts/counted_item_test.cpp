@@ -98,12 +98,14 @@ TEST_F(CountedItem, CancelWhileItIsAskedForEndsTheRun) {
             if (!atConfirmation) run.engine.SetCancelRequest(true);
             return std::nullopt;
         };
-        run.engine.OnAskOperator = [&](const QString&) {
+        run.engine.OnAskOperator = [&](const QString& text) {
+            asked << text;
             run.engine.SetCancelRequest(true);
             return false;
         };
         EXPECT_THROW(count(), EAbort);
-        EXPECT_EQ(asked.size(), 1);
+        EXPECT_EQ(asked,
+                  atConfirmation ? (QStringList{QStringLiteral("?"), kBreakOff}) : QStringList{QStringLiteral("?")});
         EXPECT_FALSE(isMarked());
         expectNoPair();
     }
