@@ -56,6 +56,8 @@ TEST_F(Connecting, LastFailureSaysWhyUntilATillIsReached) {
     chain.server.faults().refuseLogins(1, {});
     EXPECT_FALSE(chain.engine.ConnectSource());
     EXPECT_EQ(classify(chain.engine.Parts().Till.LastFailure()), FailureKind::ConnectionLost);
+    chain.engine.RetryCount = 2;
+    chain.server.faults().refuseLogins(1, {});
     EXPECT_TRUE(chain.engine.ConnectSource());
     EXPECT_EQ(chain.engine.Parts().Till.LastFailure(), nullptr);
 }
