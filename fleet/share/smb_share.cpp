@@ -12,11 +12,12 @@
 #include <cstring>
 #include <vector>
 
+#include "fleet/share/piece_size.h"
+
 namespace torvik {
 
 namespace {
 
-constexpr std::size_t kPiece = std::size_t{4} << 20;
 constexpr mode_t kNewFile = 0666;
 
 [[noreturn]] void fail(int code) {
@@ -42,9 +43,10 @@ public:
         if (::fstat(file_, &facts) != 0) fail();
         return static_cast<std::uint64_t>(facts.st_size);
     }
-    // 0 at the end.
-    [[nodiscard]] std::size_t read(std::vector<char>& piece) const {
-        const ssize_t got = ::read(file_, piece.data(), piece.size());
+    // So many bytes or fewer; 0 at the end.
+    [[nodiscard]] std::size_t read(std::vector<char>& piece, std::size_t bytes) const {
+        if (piece.size() < bytes) piece.resize(bytes);
+        const ssize_t got = ::read(file_, piece.data(), bytes);
         if (got < 0) fail();
         return static_cast<std::size_t>(got);
     }
@@ -173,11 +175,14 @@ void SmbShare::writeAll(const LocalFile& from, SMBCFILE* to, const ShareProgress
     const auto write = ::smbc_getFunctionWrite(context());
     const std::uint64_t total = from.size();
     std::uint64_t transferred = 0;
-    std::vector<char> piece(kPiece);
-    while (const std::size_t got = from.read(piece)) {
+    PieceSize size;
+    std::vector<char> piece;
+    while (const std::size_t got = from.read(piece, size.bytes())) {
         if (cancel != 0) fail(ECANCELED);
+        const auto start = std::chrono::steady_clock::now();
         errno = 0;
         if (write(context(), to, piece.data(), got) != static_cast<ssize_t>(got)) fail();
+        size.took(std::chrono::steady_clock::now() - start);
         transferred += got;
         progress(transferred, total);
     }

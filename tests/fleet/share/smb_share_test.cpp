@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "tests/support/line_relay.h"
 #include "tests/support/qt_print.h"
 #include "tests/support/samba_server.h"
 
@@ -214,6 +215,19 @@ TEST_F(SmbShare, ShareThatFallsSilentEndsTheCopyByItsTimeOut) {
                       kGoOn);
               }),
               "");
+}
+
+// At 300 KB/s half a megabyte takes longer than the server is waited for.
+TEST_F(SmbShare, CopiesOverALineOnWhichLargePiecesWouldComeTooLate) {
+    const LineRelay slow(samba.port(), {.bytesPerSecond = 300'000});
+    const auto there = smbFileShare({.port = slow.port(), .timeoutMs = 1500});
+    const QByteArray content = bytes(1'200'000);
+    int told = 0;
+    there->connect(kC, login());
+    there->copy(
+        file(content), kC + R"(\a.zip)", [&](std::uint64_t, std::uint64_t) { ++told; }, kGoOn);
+    EXPECT_TRUE(samba.content("C$", "a.zip") == content);
+    EXPECT_GE(told, 3);
 }
 
 TEST_F(SmbShare, WhatTheProgressRaisesEndsTheCopyAndLeavesNoPart) {
