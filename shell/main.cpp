@@ -70,7 +70,6 @@ void runWindow(Application& application, const ShowMessage& showMessage) {
     if (terminated) QTimer::singleShot(0, &window, &MainWindow::terminate);
     if (shown) window.show();
     QApplication::exec();
-    beginTermination();  // a login that nobody waits for any more does not keep a closed program
     application.window = nullptr;
 }
 
@@ -98,6 +97,7 @@ int run(int argc, char** argv) {
         if (!told) tell(ErrorText(e));
     }
     GlobalLogger().ClearSinks();  // what is still queued is written before the process ends
+    beginTermination();           // a login that nobody waits for any more does not keep a closed program
     return exitCode;
 }
 
