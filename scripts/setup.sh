@@ -13,7 +13,7 @@ packages=(
     default-jre-headless libjtds-java bsh openssl
     libxlsxwriter-dev python3-aiosmtpd unzip samba smbclient
     dpkg-dev fakeroot file g++-mingw-w64-x86-64-posix
-    xvfb xauth xdotool imagemagick fonts-dejavu-core
+    xvfb xauth xdotool x11-session-utils x11-xserver-utils imagemagick fonts-dejavu-core
 )
 [ "${1:-}" != --fuzz ] || packages+=(clang-14 libclang-rt-14-dev)
 

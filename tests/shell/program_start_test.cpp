@@ -23,6 +23,31 @@ namespace {
 
 constexpr int kPatienceMs = 30000;
 
+class VirtualScreen {
+public:
+    VirtualScreen() {
+        screen_.start(
+            QStringLiteral("Xvfb"),
+            {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
+             QStringLiteral("1280x720x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp")});
+        if (!screen_.waitForReadyRead(kPatienceMs))
+            throw std::runtime_error("no virtual screen: " + screen_.errorString().toStdString());
+        display_ = QStringLiteral(":") + QString::fromUtf8(screen_.readLine()).trimmed();
+    }
+    ~VirtualScreen() {
+        screen_.terminate();
+        screen_.waitForFinished();
+    }
+    VirtualScreen(const VirtualScreen&) = delete;
+    VirtualScreen& operator=(const VirtualScreen&) = delete;
+
+    [[nodiscard]] QString Display() const { return display_; }
+
+private:
+    QProcess screen_;
+    QString display_;
+};
+
 class ProgramStart : public testing::Test {
 protected:
     ProgramStart() {
@@ -48,6 +73,12 @@ protected:
     }
     void writeDataLink(const QString& text, const char* name = "program/Torvik.UDL") const {
         test::writeDataLink(path(name), text);
+    }
+    void showOn(const VirtualScreen& screen) {
+        auto environment = process.processEnvironment();
+        environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+        environment.insert(QStringLiteral("DISPLAY"), screen.Display());
+        process.setProcessEnvironment(environment);
     }
     void start() { process.start(path("program/TorvikPosSync"), QStringList()); }
     // The exit code; -1 when it has not ended in time or not by itself.
@@ -166,22 +197,13 @@ TEST_F(ProgramStart, SignalEndsAStartThatIsHeldUpWithinTwoSeconds) {
     EXPECT_LT(clock.elapsed(), 2500);
 }
 
-// A virtual screen, since without one there is no box.
 TEST_F(ProgramStart, SignalClosesTheStartMessage) {
-    QProcess screen;
-    screen.start(QStringLiteral("Xvfb"),
-                 {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
-                  QStringLiteral("800x600x24"), QStringLiteral("-nolisten"), QStringLiteral("tcp")});
-    ASSERT_TRUE(screen.waitForReadyRead(kPatienceMs)) << "no virtual screen: " << screen.errorString().toStdString();
-    const QString display = QStringLiteral(":") + QString::fromUtf8(screen.readLine()).trimmed();
-    auto environment = process.processEnvironment();
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-    environment.insert(QStringLiteral("DISPLAY"), display);
-    process.setProcessEnvironment(environment);
+    const VirtualScreen screen;  // without one there is no box
+    showOn(screen);
     start();
     ASSERT_TRUE(process.waitForStarted(kPatienceMs));
     QProcess look;
-    look.setProcessEnvironment(environment);
+    look.setProcessEnvironment(process.processEnvironment());
     look.start(QStringLiteral("xdotool"),
                {QStringLiteral("search"), QStringLiteral("--sync"), QStringLiteral("--onlyvisible"),
                 QStringLiteral("--name"), QStringLiteral("^TorvikPosSync$")});
@@ -193,8 +215,6 @@ TEST_F(ProgramStart, SignalClosesTheStartMessage) {
     EXPECT_LT(clock.elapsed(), 2000);
     EXPECT_EQ(logged(), QStringList{QStringLiteral("ERR Error in TorvikPosSync (The UDL file \"%1\" does not exist.)")
                                         .arg(path("program/Torvik.UDL"))});
-    screen.terminate();
-    screen.waitForFinished();
 }
 
 class ProgramStartOnAChain : public ProgramStart {
@@ -271,6 +291,31 @@ TEST_F(ProgramStartOnAChain, LogsItsStartAndItsEndWithItsProperties) {
     for (const char* pane : {"program/TorvikPos.log", "program/TorvikPosError.log"})
         EXPECT_TRUE(QFile::exists(path(pane))) << pane;
     EXPECT_FALSE(QFile::exists(path("settings/Vestmar/TorvikPosSync.conf")));  // written by its command only
+}
+
+// The program is started by the session manager of X11, as by a desktop, and logged off with it.
+TEST_F(ProgramStartOnAChain, LogOffEndsTheProgramWithinTwoSeconds) {
+    writeDataLink(QString::fromStdString(chain.dataLink()));
+    write(".xsmstartup", path("program/TorvikPosSync").toUtf8() + '\n');
+    const VirtualScreen screen;
+    showOn(screen);
+    auto environment = process.processEnvironment();
+    environment.insert(QStringLiteral("HOME"), folder.path());
+    environment.insert(QStringLiteral("SM_SAVE_DIR"), folder.path());
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral("xsm"), {QStringLiteral("-session"), QStringLiteral("Default")});
+    ASSERT_TRUE(connected()) << said().toStdString();
+
+    QElapsedTimer clock;
+    clock.start();
+    process.terminate();  // on which it logs off
+    const QStringList done{QStringLiteral("INF Done.")};
+    while (logged() != done && clock.elapsed() < kPatienceMs) process.waitForFinished(20);
+    EXPECT_EQ(logged(), done);
+    EXPECT_LT(clock.elapsed(), 2500);
+    EXPECT_TRUE(QFile::exists(path("program/TorvikPos.log")));
+    process.kill();
+    process.waitForFinished();
 }
 
 // Its window has never been shown.
