@@ -25,6 +25,10 @@ void LoginsAhead::visitBegins(qint64 tick) {
     if (visits_.size() > kVisitsRemembered) visits_.pop_front();
 }
 
+void LoginsAhead::passedOver() {
+    begun_.reset();
+}
+
 int LoginsAhead::reach() const {
     if (visits_.empty()) return kAtTheBeginning;
     std::vector<qint64> sorted(visits_.begin(), visits_.end());

@@ -40,7 +40,7 @@ public:
     // A visit begins, at this tick count.
     void visitBegins(qint64 tick);
     // No visit was made at this till, since another copy of the program has: it tells nothing of how long one takes.
-    void passedOver() { begun_.reset(); }
+    void passedOver();
     // How many of the tills behind the one of this visit are logged in to.
     [[nodiscard]] int reach() const;
     // The till of this visit and those that follow, in their order, so many as there may be: logs in to those within

@@ -120,6 +120,12 @@ TEST_F(BatchedReadsTest, RowsThatBreakOffAreNeverWhole) {
     }
 }
 
+TEST_F(BatchedReadsTest, RowsThatBreakOffTellTheServersError) {
+    const QString overflow = QStringLiteral("SELECT CONVERT(tinyint, a) a FROM Mange ORDER BY a");
+    send({overflow, kOne});
+    EXPECT_EQ(errorOfNext(overflow), 220);
+}
+
 TEST_F(BatchedReadsTest, StreamedRowsAreReadAsTheyAreWalked) {
     const QString twice = QStringLiteral("SELECT a FROM Mange WHERE a < 2000 ORDER BY a");
     send({kAll, twice});
