@@ -53,8 +53,8 @@ struct RunOptions {
 
     bool AllowMultiThreading = false;  // diverts log lines to Logbuffer
 
-    // Questions that follow each other go in one round trip. No control of the window sets it: it is there to be
-    // compared with, and for a server that does not bear it.
+    // Questions that follow each other go in one round trip, and so do those statements of a send that bear it. No
+    // control of the window sets it: it is there to be compared with, and for a server that does not bear it.
     bool ReadsTogether = true;
 
     // A second name for the same value.

@@ -8,6 +8,7 @@
 #include "engine/db/errors.h"
 #include "engine/db/query.h"
 #include "engine/db/row_sender.h"
+#include "engine/db/table_shapes.h"
 
 namespace torvik::db {
 
@@ -44,31 +45,42 @@ public:
         : loader_(loader),
           session_(*loader.session_),
           source_(source),
-          target_(tableShape(session_.use(), loader.TableName, loader.CommandTimeout)),
-          sender_(session_, session_.use(), target_, matched(source, target_), loader.CommandTimeout),
-          ownTransactions_(!session_.InTransaction()) {}
+          target_(shape()),
+          places_(matched(source, *target_)) {}
 
     qint64 run();
 
 private:
+    [[nodiscard]] std::shared_ptr<TableShape> shape();
+    void beginLoad();
+    void beginBatch();
     void take();
     void sendBlock();
     void endBatch();
+    void sendRest();
     void progress();
 
     BulkLoader& loader_;
     Session& session_;
     Query& source_;
-    TableShape target_;
-    RowSender sender_;
-    bool ownTransactions_;
+    std::shared_ptr<TableShape> target_;
+    std::vector<int> places_;
+    std::unique_ptr<RowSender> sender_;  // from the first row on
+    bool ownTransactions_ = false;       // likewise
+    bool begun_ = false;                 // one of those is open
     RowBlock block_;
     qint64 taken_ = 0;
     qint64 inBatch_ = 0;
-    int blockRows_ = sender_.bestBlock();
+    int blockRows_ = 1;
     int percent_ = -1;
     Clock::time_point called_ = Clock::now();
 };
+
+std::shared_ptr<TableShape> BulkLoader::Load::shape() {
+    auto& connection = session_.use();
+    if (loader_.Shapes) return loader_.Shapes->Of(connection, loader_.TableName, loader_.CommandTimeout);
+    return std::make_shared<TableShape>(tableShape(connection, loader_.TableName, loader_.CommandTimeout));
+}
 
 qint64 BulkLoader::Load::run() {
     try {
@@ -78,21 +90,36 @@ qint64 BulkLoader::Load::run() {
             if (inBatch_ == loader_.Options.RowsPerBatch) endBatch();
             progress();
         }
-        sendBlock();
-        endBatch();
+        sendRest();
     } catch (...) {
-        if (ownTransactions_) session_.Rollback();
+        if (begun_) session_.Rollback();
         throw;
     }
     if (loader_.OnProgress) loader_.OnProgress(loader_, 100);
-    return sender_.confirmed();
+    return sender_ ? sender_->confirmed() : 0;
+}
+
+// What the server is asked for the rows' sake is asked when there are any.
+void BulkLoader::Load::beginLoad() {
+    const bool fewTrips = loader_.Options.FewRoundTrips;
+    sender_ = std::make_unique<RowSender>(session_, session_.use(), *target_, places_, loader_.CommandTimeout);
+    blockRows_ = fewTrips ? sender_->largestBlock() : sender_->bestBlock();
+    ownTransactions_ = fewTrips || !session_.InTransaction();
+}
+
+// With few round trips a batch begins with its first block: it may be one that needs no round trip for that.
+void BulkLoader::Load::beginBatch() {
+    if (!ownTransactions_ || begun_) return;
+    session_.StartTransaction();
+    begun_ = true;
 }
 
 // Takes the source's current row, each value as the target's type.
 void BulkLoader::Load::take() {
-    if (ownTransactions_ && inBatch_ == 0) session_.StartTransaction();
-    for (size_t i = 0; i < sender_.places().size(); ++i) {
-        const FieldInfo& field = target_.Fields[size_t(sender_.places()[i])];
+    if (!sender_) beginLoad();
+    if (!loader_.Options.FewRoundTrips) beginBatch();
+    for (size_t i = 0; i < places_.size(); ++i) {
+        const FieldInfo& field = target_->Fields[size_t(places_[i])];
         try {
             block_.Values.push_back(convertTo(source_.Fields(int(i)).AsValue(), field.Type));
         } catch (const UsageError& e) {
@@ -106,18 +133,29 @@ void BulkLoader::Load::take() {
 }
 
 void BulkLoader::Load::sendBlock() {
+    if (block_.Rows == 0) return;
+    beginBatch();
     const Clock::time_point start = Clock::now();
-    if (block_.Rows > 0) sender_.send(session_.use(), block_);
+    sender_->send(session_.use(), block_);
     const auto took = Clock::now() - start;
-    if (took > kCallEvery) blockRows_ = std::max(blockRows_ / 2, std::min(kFewestRows, sender_.bestBlock()));
-    if (took < kCallEvery / 4) blockRows_ = std::min(blockRows_ * 2, sender_.bestBlock());
     block_.Values.clear();
     block_.Rows = 0;
+    if (loader_.Options.FewRoundTrips) return;
+    if (took > kCallEvery) blockRows_ = std::max(blockRows_ / 2, std::min(kFewestRows, sender_->bestBlock()));
+    if (took < kCallEvery / 4) blockRows_ = std::min(blockRows_ * 2, sender_->bestBlock());
 }
 
 void BulkLoader::Load::endBatch() {
-    if (ownTransactions_ && inBatch_ > 0) session_.Commit();
+    if (begun_) session_.Commit();
+    begun_ = false;
     inBatch_ = 0;
+}
+
+void BulkLoader::Load::sendRest() {
+    const bool alone = loader_.Options.FewRoundTrips && !begun_ && block_.Rows > 0;
+    if (alone && sender_->sendAlone(session_.use(), block_)) return;
+    sendBlock();
+    endBatch();
 }
 
 void BulkLoader::Load::progress() {

@@ -12,8 +12,13 @@
 namespace torvik::db {
 
 class Query;
+class TableShapes;
+
 struct BulkLoaderOptions {
     int RowsPerBatch = 10000;  // a batch is a transaction of its own, unless the caller has one
+    // The caller has no transaction on the session, and wants few round trips: a batch that one statement holds goes in
+    // one, larger ones in blocks of up to a whole batch. Progress comes between blocks as ever, and so more seldom.
+    bool FewRoundTrips = false;
 };
 
 class BulkLoader : public QObject {
@@ -23,6 +28,8 @@ public:
     QString TableName;
     BulkLoaderOptions Options;
     int CommandTimeout = 600;
+    // Where the table's columns are looked for before the server is asked; null: nowhere. Not owned.
+    TableShapes* Shapes = nullptr;
     // Percent done, 0 to 99 and 100 when all is in: whenever the number changes, and else every few hundredths of a
     // second, so that a window stays alive. Of a source that does not know its number of rows (Query::UniDirectional
     // without CountRows) 0 until the end. What it throws stops the load, takes the batch back and passes through. It

@@ -18,26 +18,36 @@ struct KeyColumn {
     QString name;
 };
 
-// The columns of the table's unique indexes, primary key first.
-std::vector<KeyColumn> uniqueColumns(Connection& connection, const QString& table, int timeout) {
+// What the catalogue says of a table's rows, asked for in one round trip.
+struct Keys {
+    std::vector<KeyColumn> unique;  // the columns of its unique indexes, primary key first
+    QString identity;               // its identity column; empty for none
+};
+
+Keys keysOf(Connection& connection, const QString& table, int timeout) {
     const QString text = QStringLiteral(
         "SELECT i.index_id, c.name FROM sys.indexes i"
         " JOIN sys.index_columns k ON k.object_id = i.object_id AND k.index_id = i.index_id"
         " JOIN sys.columns c ON c.object_id = k.object_id AND c.column_id = k.column_id"
         " WHERE i.object_id = OBJECT_ID(?) AND i.is_unique = 1 AND k.is_included_column = 0"
-        " ORDER BY i.is_primary_key DESC, i.index_id, k.key_ordinal");
-    std::vector<KeyColumn> found;
-    const RowStore rows = lastRows(connection, {text, {{table, {}}}, timeout});
-    for (qsizetype row = 0; row < rows.rowCount(); ++row)
-        found.push_back({int(rows.value(row, 0).toInt()), rows.value(row, 1).toQString()});
-    return found;
-}
-
-QString identityColumn(Connection& connection, const QString& table, int timeout) {
-    const QString text =
-        QStringLiteral("SELECT name FROM sys.columns WHERE object_id = OBJECT_ID(?) AND is_identity = 1");
-    const RowStore rows = lastRows(connection, {text, {{table, {}}}, timeout});
-    return rows.rowCount() > 0 ? rows.value(0, 0).toQString() : QString();
+        " ORDER BY i.is_primary_key DESC, i.index_id, k.key_ordinal "
+        "SELECT name FROM sys.columns WHERE object_id = OBJECT_ID(?) AND is_identity = 1");
+    Keys keys;
+    Reply reply(connection, {text, {{table, {}}, {table, {}}}, timeout});
+    const auto next = [&] {
+        RowStore rows(reply.hasRows() ? reply.columns() : std::vector<FieldInfo>{});
+        while (reply.hasRows() && reply.fetch(rows)) {
+        }
+        if (reply.hasRows()) reply.nextRowSet();
+        return rows;
+    };
+    const RowStore unique = next();
+    const RowStore identity = next();
+    reply.finish();
+    for (qsizetype row = 0; row < unique.rowCount(); ++row)
+        keys.unique.push_back({int(unique.value(row, 0).toInt()), unique.value(row, 1).toQString()});
+    if (identity.rowCount() > 0) keys.identity = identity.value(0, 0).toQString();
+    return keys;
 }
 
 // Whether more tables than one are read by what stands behind the first one's name.
@@ -82,7 +92,8 @@ EditTarget::EditTarget(Connection& connection, const QString& selectText, const 
             columns_, [&](const FieldInfo& c) { return c.Name.compare(name, Qt::CaseInsensitive) == 0; });
         return found == columns_.end() ? -1 : int(found - columns_.begin());
     };
-    const std::vector<KeyColumn> candidates = uniqueColumns(connection, table_, timeout);
+    const Keys keys = keysOf(connection, table_, timeout);
+    const std::vector<KeyColumn>& candidates = keys.unique;
     for (size_t i = 0; i < candidates.size() && !unique_;) {
         const int index = candidates[i].index;
         key_.clear();
@@ -98,7 +109,7 @@ EditTarget::EditTarget(Connection& connection, const QString& selectText, const 
         for (size_t i = 0; i < columns_.size(); ++i)
             if (!columns_[i].Long) key_.push_back(int(i));
     }
-    const int identity = place(identityColumn(connection, table_, timeout));
+    const int identity = place(keys.identity);
     if (identity >= 0) columns_[size_t(identity)].Identity = true;
 }
 

@@ -80,20 +80,29 @@ Request Query::requestOf(const ScannedText& text) const {
     return request;
 }
 
-int Query::countedRows() {
+// The number of rows, and then the rows.
+Request Query::countedRequest() {
     scan();
-    const QString text = countingText(SQL.join(QStringLiteral("\r\n")));
-    const RowStore rows =
-        lastRows(session().use(this), requestOf(ParamCheck ? scanParameters(text) : ScannedText{text, {}}));
-    return int(rows.value(0, 0).toInt());
+    const QString text = SQL.join(QStringLiteral("\r\n"));
+    const QString both = countingText(text) + QStringLiteral("\r\n") + text;
+    return requestOf(ParamCheck ? scanParameters(both) : ScannedText{both, {}});
 }
 
 void Query::Open() {
     if (Active() && SQL == opened_) return;
     Close();
     opened_ = SQL;
-    const int count = UniDirectional && CountRows ? countedRows() : -1;
-    auto reply = std::make_unique<Reply>(session().use(this), request());
+    const bool counts = UniDirectional && CountRows;
+    auto reply = std::make_unique<Reply>(session().use(this), counts ? countedRequest() : request());
+    int count = -1;
+    if (counts && reply->hasRows()) {
+        RowStore counted(reply->columns());
+        while (reply->fetch(counted)) {
+        }
+        count = int(counted.value(0, 0).toInt());
+        reply->nextRowSet();
+        reply->raiseErrors();
+    }
     if (!reply->hasRows()) {
         throw StatementError(QStringLiteral("The statement did not return rows"), text_.Text);
     }

@@ -36,8 +36,8 @@ public:
     // other use of the session reads the rest to the client first, but for Rollback and Session::Close, which drop it:
     // the walk then ends with an exception. An error behind the rows is raised where met.
     bool UniDirectional = false;
-    // With UniDirectional: Open first asks the server how many rows there will be, so that RecordCount tells it from
-    // the start. The text must then be one SELECT whose columns have names of their own.
+    // With UniDirectional: Open first asks the server, in the same round trip, how many rows there will be, so that
+    // RecordCount tells it from the start. The text must then be one SELECT whose columns have names of their own.
     bool CountRows = false;
 
     // May be changed only while closed, else UsageError.
@@ -73,7 +73,7 @@ private:
     [[nodiscard]] std::vector<Value> currentValues() const;
     [[nodiscard]] Request request();
     [[nodiscard]] Request requestOf(const ScannedText& text) const;
-    [[nodiscard]] int countedRows();
+    [[nodiscard]] Request countedRequest();
     [[nodiscard]] Session& session() const;
     void scan();
     void endReading();

@@ -19,6 +19,10 @@ namespace {
 constexpr size_t kMaxParameters = 1000;
 constexpr size_t kMaxRows = 1000;
 
+// Of a bulk copy that is to save round trips: so many rows, or fewer of many columns.
+constexpr size_t kMaxCopiedRows = 10'000;
+constexpr size_t kMaxCopiedValues = 100'000;
+
 // "Cannot roll back": there is no such save point.
 constexpr int kNoSavePoint = 6401;
 
@@ -40,6 +44,11 @@ RowSender::RowSender(Session& session, Connection& connection, TableShape& shape
 // by row, and none is sent twice.
 int RowSender::bestBlock() const {
     return shape_.Columns.empty() || shape_.InsertTrigger || places_.empty() ? 1 : int(kMaxRows);
+}
+
+int RowSender::largestBlock() const {
+    if (bestBlock() == 1 || !bulkServes_) return bestBlock();
+    return int(std::clamp(kMaxCopiedValues / places_.size(), kMaxRows, kMaxCopiedRows));
 }
 
 std::span<const Value> RowSender::row(const RowBlock& rows, size_t index) const {
@@ -64,7 +73,6 @@ Request RowSender::insertOf(const RowBlock& rows, size_t first, size_t count) co
         request.Text += QStringLiteral(" (") + names.join(u',') + QStringLiteral(") VALUES ") +
                         QStringList(qsizetype(count), row).join(u',');
     }
-    request.Text += QStringLiteral(" SELECT @@ROWCOUNT");
     request.Arguments.reserve(count * places_.size());
     for (size_t i = first; i < first + count; ++i)
         for (size_t p = 0; p < places_.size(); ++p)
@@ -82,22 +90,23 @@ void RowSender::confirm(size_t sent, qint64 taken) {
 void RowSender::insert(Connection& connection, const RowBlock& rows, size_t first, size_t count,
                        const QString& opening) {
     Request request = insertOf(rows, first, count);
-    request.Text.prepend(opening);
+    request.Text = opening + request.Text + QStringLiteral(" SELECT @@ROWCOUNT");
     // The last row set is the count; an INSERT trigger's may come before it.
     const RowStore answer = lastRows(connection, request);
     confirm(count, answer.rowCount() > 0 ? answer.value(0, 0).toInt() : 0);
     session_.transactionUnchanged();
 }
 
-// Sends rows by bulk copy up to one that is not for it; sent: how many.
-void RowSender::bulk(Connection& connection, const RowBlock& rows, size_t& sent, const QString& opening) {
-    sent = 0;
+// Sends rows by bulk copy up to one that is not for it, and gives that one's place.
+size_t RowSender::bulk(Connection& connection, const RowBlock& rows, size_t first, size_t end, const QString& opening) {
+    size_t next = first;
     BulkCopy copy(connection, shape_, places_, opening, timeout_);
     serverCall([&] {
-        while (sent < rows.Rows && copy.send(row(rows, sent))) ++sent;
+        while (next < end && copy.send(row(rows, next))) ++next;
     });
-    confirm(sent, copy.done());
+    confirm(next - first, copy.done());
     session_.transactionUnchanged();
+    return next;
 }
 
 // Of what sendAll sends either all rows stand or none: behind a save point of the caller's transaction, or in a
@@ -120,7 +129,7 @@ bool RowSender::allOrNone(Connection& connection, const Send& sendAll) {
     } catch (const Error& e) {
         confirmed_ = before;
         if (!inTransaction)
-            session_.Rollback();
+            takeBack();
         else if (!e.connectionUsable() || e.timedOut() || !session_.InTransaction())
             throw;
         else
@@ -129,6 +138,11 @@ bool RowSender::allOrNone(Connection& connection, const Send& sendAll) {
         if (!refused || e.timedOut()) throw;
     }
     return false;
+}
+
+// The transaction that was begun for the rows' sake.
+void RowSender::takeBack() {
+    session_.Rollback();
 }
 
 void RowSender::rollBackTo(Connection& connection, const QString& savePoint) {
@@ -141,25 +155,67 @@ void RowSender::rollBackTo(Connection& connection, const QString& savePoint) {
 }
 
 // As its callers would have sent them: the rows before the bad one stand.
-void RowSender::oneByOne(Connection& connection, const RowBlock& rows, size_t first) {
-    for (size_t row = first; row < rows.Rows; ++row) insert(connection, rows, row, 1);
+void RowSender::oneByOne(Connection& connection, const RowBlock& rows, size_t first, size_t end) {
+    for (size_t row = first; row < end; ++row) insert(connection, rows, row, 1);
 }
 
-void RowSender::send(Connection& connection, const RowBlock& rows) {
-    size_t first = 0;
+// A piece goes by bulk copy up to a row that is not for it, and on by INSERT.
+void RowSender::sendPiece(Connection& connection, const RowBlock& rows, size_t first, size_t end) {
     // Fewer rows than fill one statement go as that: bulk copy takes some round trips.
-    if (bulkServes_ && rows.Rows > rowsPerInsert() &&
-        !allOrNone(connection, [&](const QString& opening) { bulk(connection, rows, first, opening); }))
-        return oneByOne(connection, rows, 0);
-    while (first < rows.Rows) {
-        const size_t count = std::min(rowsPerInsert(), rows.Rows - first);
+    if (bulkServes_ && end - first > rowsPerInsert()) {
+        size_t next = first;
+        if (!allOrNone(connection, [&](const QString& opening) { next = bulk(connection, rows, first, end, opening); }))
+            return oneByOne(connection, rows, first, end);
+        first = next;
+    }
+    while (first < end) {
+        const size_t count = std::min(rowsPerInsert(), end - first);
         if (count == 1)
             insert(connection, rows, first, 1);
         else if (!allOrNone(connection,
                             [&](const QString& opening) { insert(connection, rows, first, count, opening); }))
-            return oneByOne(connection, rows, first);
+            return oneByOne(connection, rows, first, end);
         first += count;
     }
+}
+
+// A large block is one copy. Where that is refused, or comes to a row that is not for it, the rest goes in pieces, so
+// that few rows go one by one.
+void RowSender::send(Connection& connection, const RowBlock& rows) {
+    size_t first = 0;
+    if (bulkServes_ && rows.Rows > kMaxRows) {
+        size_t next = 0;
+        if (allOrNone(connection,
+                      [&](const QString& opening) { next = bulk(connection, rows, 0, rows.Rows, opening); }))
+            first = next;
+    }
+    while (first < rows.Rows) {
+        const size_t end = std::min(first + kMaxRows, rows.Rows);
+        sendPiece(connection, rows, first, end);
+        first = end;
+    }
+}
+
+// The commit comes last, and only behind a count that has been told: whatever the server objects to, the rows do not
+// stand, once what is left open has been rolled back.
+bool RowSender::sendAlone(Connection& connection, const RowBlock& rows) {
+    if (bestBlock() == 1 || rows.Rows == 0 || rows.Rows > rowsPerInsert()) return false;
+    Request request = insertOf(rows, 0, rows.Rows);
+    request.Text = QStringLiteral("DECLARE @torvik_rows int BEGIN TRANSACTION IF @@TRANCOUNT > 0 ") + request.Text +
+                   QStringLiteral(
+                       " SET @torvik_rows = @@ROWCOUNT SELECT @torvik_rows"
+                       " IF @@ERROR = 0 AND @torvik_rows = %1 COMMIT TRANSACTION ELSE ROLLBACK TRANSACTION")
+                       .arg(rows.Rows);
+    try {
+        const RowStore answer = lastRows(connection, request);
+        confirm(rows.Rows, answer.rowCount() > 0 ? answer.value(0, 0).toInt() : 0);
+        return true;
+    } catch (const Error& e) {
+        if (dynamic_cast<const Miscounted*>(&e)) throw;
+        takeBack();
+        if (!dynamic_cast<const StatementError*>(&e) || e.timedOut()) throw;
+    }
+    return false;
 }
 
 }  // namespace torvik::db

@@ -25,28 +25,34 @@ int TableShape::place(const QString& name) const {
     return -1;
 }
 
+QString fieldsQuestion(const QString& table) {
+    return QStringLiteral("SELECT * FROM %1 WHERE 1 = 0").arg(table);
+}
+
 TableShape tableShape(Connection& connection, const QString& table, int timeout) {
     TableShape shape;
     shape.Name = table;
-    Reply reply(connection, {QStringLiteral("SELECT * FROM %1 WHERE 1 = 0").arg(table), {}, timeout});
+    Reply reply(connection, {fieldsQuestion(table), {}, timeout});
     shape.Fields = reply.columns();
     reply.finish();
     return shape;
 }
 
-void describe(TableShape& shape, Connection& connection, int timeout) {
-    if (shape.Described) return;
-    const QString catalogue = QStringLiteral(R"(
+QString columnsQuestion(const QString& condition) {
+    return QStringLiteral(R"(
 SELECT c.system_type_id, c.max_length, c.[precision], c.scale, c.is_nullable, c.is_identity,
        CASE WHEN c.default_object_id <> 0 THEN 1 ELSE 0 END, c.is_computed, c.collation_name,
-       (SELECT COUNT(*) FROM sysobjects o WHERE o.xtype = 'TR' AND o.parent_obj = c.object_id)
+       (SELECT COUNT(*) FROM sysobjects o WHERE o.xtype = 'TR' AND o.parent_obj = c.object_id), c.object_id
 FROM sys.columns c
-WHERE c.object_id = OBJECT_ID(?) AND OBJECTPROPERTY(c.object_id, 'IsUserTable') = 1
-ORDER BY c.column_id)");
-    const RowStore rows = lastRows(connection, {catalogue, {{shape.Name, {}}}, timeout});
+WHERE %1 AND OBJECTPROPERTY(c.object_id, 'IsUserTable') = 1
+ORDER BY c.object_id, c.column_id)")
+        .arg(condition);
+}
+
+void describe(TableShape& shape, const RowStore& rows, qsizetype first, qsizetype end) {
     shape.Described = true;
-    if (rows.rowCount() != qsizetype(shape.Fields.size())) return;
-    for (qsizetype row = 0; row < rows.rowCount(); ++row) {
+    if (end - first != qsizetype(shape.Fields.size())) return;
+    for (qsizetype row = first; row < end; ++row) {
         const auto number = [&](int column) { return int(rows.value(row, column).toInt()); };
         TableColumn column;
         column.Type = number(0);
@@ -61,6 +67,13 @@ ORDER BY c.column_id)");
         shape.Columns.push_back(column);
         shape.InsertTrigger = number(9) > 0;
     }
+}
+
+void describe(TableShape& shape, Connection& connection, int timeout) {
+    if (shape.Described) return;
+    const QString question = columnsQuestion(QStringLiteral("c.object_id = OBJECT_ID(?)"));
+    const RowStore rows = lastRows(connection, {question, {{shape.Name, {}}}, timeout});
+    describe(shape, rows, 0, rows.rowCount());
 }
 
 }  // namespace torvik::db

@@ -11,6 +11,7 @@
 namespace torvik::db {
 
 class Connection;
+class RowStore;
 
 // What the catalogue says of a column.
 struct TableColumn {
@@ -35,9 +36,16 @@ struct TableShape {
     [[nodiscard]] int place(const QString& name) const;  // of the field, -1 when there is none
 };
 
-// The fields alone; raises StatementError (208) when there is no such table.
+// The fields alone: by this question, or asked for here; raises StatementError (208) when there is no such table.
+[[nodiscard]] QString fieldsQuestion(const QString& table);
 [[nodiscard]] TableShape tableShape(Connection& connection, const QString& table, int timeout);
-// Adds what the catalogue says, once.
+// The catalogue's question for the columns of the tables that the condition chooses: what it says of each, and the
+// table's object_id.
+[[nodiscard]] QString columnsQuestion(const QString& condition);
+// Adds what the catalogue says: its rows from `first` to before `end` are the table's. Where they are not as many as
+// its fields, nothing is known but that it was asked.
+void describe(TableShape& shape, const RowStore& rows, qsizetype first, qsizetype end);
+// The same, asked for, once.
 void describe(TableShape& shape, Connection& connection, int timeout);
 
 }  // namespace torvik::db

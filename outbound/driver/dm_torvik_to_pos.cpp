@@ -18,16 +18,20 @@ namespace {
 // The choice of a whole register, and its first rows, may take minutes on a busy back office.
 constexpr int kBackOfficeTimeout = 600;
 constexpr int kTillQuestionTimeout = 30;
-// A merge takes as long as the till needs.
-constexpr int kNoTimeout = 0;
 
 constexpr char kGlobalVariables[] = "select In_Id, In_SendValutaTilkasse,In_Slett_Va_ID from innstillinger";
-constexpr char kTillVersion[] = "select @@VERSION as version, in_dbversion from innstillinger";
 constexpr char kAnything[] = "select 1 as Svar";
-constexpr char kTillTable[] = "select count(*) AS Antall from sysobjects where name='%1'";
 
 QStringList linesOf(const QString& sql) {
     return sql.split(QLatin1Char('\n'));
+}
+
+// Whether statements for the till that wait may go on waiting while this is done. Only what installs, drops and runs on
+// the till is told so, and the question that has to come right before a merge.
+bool mayWait(const Action& action) {
+    const auto* task = std::get_if<DriverTask>(&action);
+    return std::holds_alternative<DropTable>(action) || std::holds_alternative<Install>(action) ||
+           std::holds_alternative<Run>(action) || (task && *task == DriverTask::AskBackOffice);
 }
 
 }  // namespace
@@ -38,7 +42,6 @@ TdmTorvikToPOS::TdmTorvikToPOS(QObject* owner) : QObject(owner) {
     spKasseVareAlle.CommandTimeout = kBackOfficeTimeout;
     spKasseVareAlle.StoredProcName = QStringLiteral("KasseVareAlle");
     qryGetGlobalVariables.SQL = QStringList{QString::fromUtf8(kGlobalVariables)};
-    qryTarget.CommandTimeout = kNoTimeout;
     qryTarget1.CommandTimeout = kTillQuestionTimeout;
     for (db::Query* query : {&qrySource, &qryGetGlobalVariables, &qryTarget1}) query->ParamCheck = false;
     ldrGeneral.OnProgress = [this](db::BulkLoader&, int percent) {
@@ -68,7 +71,11 @@ void TdmTorvikToPOS::Execute() {
 
 void TdmTorvikToPOS::runStep(int number, const Actions& what) {
     const auto runActions = [&] {
-        for (const Action& action : what) std::visit([this](const auto& one) { run(one); }, action);
+        for (const Action& action : what) {
+            if (!mayWait(action)) qryTarget.SendWaiting();
+            std::visit([this](const auto& one) { run(one); }, action);
+        }
+        qryTarget.SendWaiting();
     };
     if (number < kFirstGuardedStep) {
         runActions();
@@ -87,6 +94,7 @@ void TdmTorvikToPOS::runStep(int number, const Actions& what) {
 // A merge that locks what it merges into leaves its transaction open. One that the till does not take back goes with
 // the session, or it would hold the till up until the next one is served.
 void TdmTorvikToPOS::leaveStep() noexcept {
+    qryTarget.Forget();
     try {
         qrySource.Close();
     } catch (const std::exception&) {
@@ -133,11 +141,12 @@ void TdmTorvikToPOS::run(const Report& action) {
 }
 
 void TdmTorvikToPOS::run(const CreateTables& action) {
-    onTill(createTablesSql(action.tables));
+    if (ReadsTogether && tables_.MakeAll(*destinationConnection_, facts())) return;
+    qryTarget.Send(createTablesSql(action.tables));
 }
 
 void TdmTorvikToPOS::run(const DropTable& action) {
-    onTill(dropTableSql(action.name));
+    qryTarget.Drop(action.name);
 }
 
 // The source streams, so that a register of any size takes no more memory than a block of its rows.
@@ -150,6 +159,8 @@ void TdmTorvikToPOS::run(const LoadTable& action) {
     qrySource.CountRows = action.counted;
     openSource(sqlOf(action.query, facts()));
     ldrGeneral.TableName = QString::fromUtf8(action.table);
+    ldrGeneral.Shapes = ReadsTogether ? &tables_.Shapes : nullptr;
+    ldrGeneral.Options.FewRoundTrips = ReadsTogether;
     ldrGeneral.LoadFromDataSet(qrySource);
     const int rows = qrySource.RecordCount();
     progress_.DoProgress(QStringLiteral("Overfører ") + caption, qrySource.RecNo(), true, rows);
@@ -162,7 +173,7 @@ void TdmTorvikToPOS::run(const CopyRows& action) {
     openSource(QString::fromUtf8(action.query));
     const int rows = qrySource.RecordCount();
     const QString text = QString::fromUtf8(action.progress);
-    copyRows(action, qrySource, *destinationConnection_,
+    copyRows(action, qrySource, *destinationConnection_, ReadsTogether ? &tables_.Shapes : nullptr,
              [&](int row) { progress_.DoProgress(text, row, false, rows); });
     progress_.DoProgress(text, qrySource.RecNo(), true, rows);
     LogTransferDone(QString::fromUtf8(action.name), rows);
@@ -177,11 +188,11 @@ void TdmTorvikToPOS::run(const EditOneRow& action) {
 }
 
 void TdmTorvikToPOS::run(const TillBatch& action) {
-    onTill(sqlOf(action.sql, facts()));
+    qryTarget.Send(sqlOf(action.sql, facts()));
 }
 
 void TdmTorvikToPOS::run(const BuiltTillBatch& action) {
-    onTill(action.sql());
+    qryTarget.Send(action.sql());
 }
 
 void TdmTorvikToPOS::run(const BackOfficeBatch& action) {
@@ -191,23 +202,22 @@ void TdmTorvikToPOS::run(const BackOfficeBatch& action) {
 }
 
 void TdmTorvikToPOS::run(const Install& action) {
-    onTill(dropProcedureSql(*action.procedure));
-    onTill(createProcedureSql(*action.procedure, facts()));
+    qryTarget.Install(*action.procedure, facts());
 }
 
 void TdmTorvikToPOS::run(const Run& action) {
-    onTill(callSql(*action.procedure, facts()));
+    qryTarget.Run(*action.procedure, facts());
 }
 
 void TdmTorvikToPOS::run(const AskForTable& action) {
-    if (TableExists(action.table)) tillTables_.insert(action.table);
+    if (tables_.Has(*destinationConnection_, action.table)) tillTables_.insert(action.table);
 }
 
 void TdmTorvikToPOS::run(DriverTask task) {
     switch (task) {
         case DriverTask::GetGlobalVariables: GetGlobalVariables(); return;
         case DriverTask::DrawSessionID: drawSessionID(); return;
-        case DriverTask::ReadTillVersion: readTillVersion(); return;
+        case DriverTask::ReadTillVersion: beginTill(); return;
         case DriverTask::KasseVareAlle: callKasseVareAlle(); return;
         case DriverTask::AskBackOffice: askBackOffice(); return;
     }
@@ -228,13 +238,11 @@ void TdmTorvikToPOS::drawSessionID() {
     sessionId_ = heldSessionId_->text();
 }
 
-void TdmTorvikToPOS::readTillVersion() {
+void TdmTorvikToPOS::beginTill() {
     tillTables_.clear();
-    qryTarget1.Close();
-    qryTarget1.SQL = QStringList{QString::fromUtf8(kTillVersion)};
-    qryTarget1.Open();
-    torvikPosVersion_ = static_cast<int>(qryTarget1.FieldByName(QStringLiteral("in_dbversion")).AsInteger());
-    qryTarget1.Close();
+    tables_.Forget();
+    qryTarget.Together = ReadsTogether;
+    torvikPosVersion_ = tables_.ReadVersion(qryTarget1, ReadsTogether);
 }
 
 void TdmTorvikToPOS::callKasseVareAlle() {
@@ -252,27 +260,15 @@ void TdmTorvikToPOS::callKasseVareAlle() {
 // The till is this visit's as long as the back office's session lives. Lost, another copy of the program may have
 // fetched the till since, and what it has handed in would be overwritten with what was read before.
 void TdmTorvikToPOS::askBackOffice() {
+    qrySource.CountRows = false;
     openSource(QString::fromUtf8(kAnything));
     qrySource.Close();
-}
-
-void TdmTorvikToPOS::onTill(const QString& batch) {
-    qryTarget.SQL = linesOf(batch);
-    qryTarget.Execute();
 }
 
 void TdmTorvikToPOS::openSource(const QString& sql) {
     qrySource.Close();
     qrySource.SQL = linesOf(sql);
     qrySource.Open();
-}
-
-bool TdmTorvikToPOS::TableExists(const char* name) {
-    db::Query query(destinationConnection_);
-    query.ParamCheck = false;
-    query.SQL = QStringList{QString::fromUtf8(kTillTable).arg(QString::fromUtf8(name))};
-    query.Open();
-    return !query.IsEmpty() && query.FieldByName(QStringLiteral("Antall")).AsInteger() > 0;
 }
 
 void TdmTorvikToPOS::LogTransferDone(const QString& name, int count) {

@@ -11,10 +11,11 @@
 
 #include "engine/db/bulk_loader.h"
 #include "engine/db/query.h"
-#include "engine/db/script.h"
 #include "engine/db/stored_proc.h"
 #include "outbound/driver/send_progress.h"
 #include "outbound/driver/session_id.h"
+#include "outbound/driver/till_batches.h"
+#include "outbound/driver/till_tables.h"
 #include "outbound/shape/action.h"
 
 namespace torvik {
@@ -49,6 +50,8 @@ public:
     std::function<int()> RandomSessionID;  // 0 to 4999
     // Called again and again during a bulk load, so that a window stays alive. It must leave both sessions alone.
     std::function<void()> OnIdle;
+    // What need not go by itself goes in one round trip (docs/sending.md).
+    bool ReadsTogether = true;
 
     // The name of the running step, and behind a failure of the failed one.
     [[nodiscard]] const QString& CurrentTransformation() const { return progress_.CurrentTransformation(); }
@@ -84,13 +87,11 @@ private:
 
     void GetGlobalVariables();
     void drawSessionID();
-    void readTillVersion();
+    void beginTill();
     void callKasseVareAlle();
     void askBackOffice();
 
-    void onTill(const QString& batch);
     void openSource(const QString& sql);
-    [[nodiscard]] bool TableExists(const char* name);
     void LogTransferDone(const QString& name, int count);
     void logTransfer(const QString& name, int count, const QDateTime& started);
 
@@ -102,13 +103,14 @@ private:
     std::unique_ptr<SendSessionID> heldSessionId_;  // while a send lasts
     int torvikPosVersion_ = 0;
     std::set<std::string> tillTables_;
+    TillTables tables_;
     QDateTime transferStartTime_;
     SendProgress progress_{*this, OnProgress, CheckForCancel};
 
     db::Query qrySource;
     db::StoredProc spKasseVareAlle;
     db::Query qryGetGlobalVariables;
-    db::Script qryTarget;
+    TillBatches qryTarget;
     db::Query qryTarget1;
     db::BulkLoader ldrGeneral;
 };

@@ -29,8 +29,11 @@ void openForEditing(db::Query& rows, const char* table) {
     rows.Open();
 }
 
-void insertRows(const CopyRows& copy, db::Query& source, db::Session& till, const RowDone& rowDone) {
+void insertRows(const CopyRows& copy, db::Query& source, db::Session& till, db::TableShapes* shapes,
+                const RowDone& rowDone) {
     db::Table table(&till);
+    table.SetShapes(shapes);
+    table.Options.NoTransaction = shapes != nullptr;
     table.SetTableName(QString::fromUtf8(copy.table));
     table.Open();
     for (; !source.Eof(); source.Next()) {
@@ -61,11 +64,12 @@ void mergeRows(const CopyRows& copy, db::Query& source, db::Session& till, const
 
 }  // namespace
 
-void copyRows(const CopyRows& copy, db::Query& source, db::Session& till, const RowDone& rowDone) {
+void copyRows(const CopyRows& copy, db::Query& source, db::Session& till, db::TableShapes* shapes,
+              const RowDone& rowDone) {
     if (copy.keyed)
         mergeRows(copy, source, till, rowDone);
     else
-        insertRows(copy, source, till, rowDone);
+        insertRows(copy, source, till, shapes, rowDone);
 }
 
 bool editOneRow(const EditOneRow& edit, db::Query& source, db::Session& till) {

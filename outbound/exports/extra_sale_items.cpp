@@ -15,7 +15,7 @@ constexpr Piece kExtraSaleItems[] = {
 constexpr Action kSend[] = {
     SetTransformation{"Mersalgvare"},
     TillBatch{kDelete},
-    LoadTable{"MersalgVare", "MersalgVare", kExtraSaleItems},
+    LoadTable{.caption = "MersalgVare", .table = "MersalgVare", .query = kExtraSaleItems, .tillsOwn = true},
 };
 
 }  // namespace

@@ -146,6 +146,7 @@ void SendRun::setUpExport(const TillVisit& visit) {
     dm.ItemUpdateSelection = static_cast<TItemUpdateSelection>(options.VareOppdateringUtvalg);
     dm.DeleteItem = options.DeleteItemsOnSend(parts_.Context.Seam.now().date());
     dm.SendVouchers = !hasStandingPair(visit);
+    dm.ReadsTogether = options.ReadsTogether;
     dm.OnProgress = parts_.Context.Events.OnProgress;
     dm.OnLog = [this](const QString& line) { parts_.Log.AddLog(line); };
     dm.OnIdle = parts_.Context.Seam.pumpMessages;

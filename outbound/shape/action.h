@@ -27,12 +27,12 @@ struct Report {
     int total;
 };
 
-// Makes work tables on the till, in one batch.
+// Makes work tables on the till, in one batch, unless the first action of this kind has made those of the whole send.
 struct CreateTables {
     std::span<const WorkTable* const> tables;
 };
 
-// Drops a work table on the till, in a batch of its own.
+// Drops a work table on the till. Several that follow each other are one request.
 struct DropTable {
     const char* name;
 };
@@ -45,6 +45,8 @@ struct LoadTable {
     SqlText query;
     // How many rows the query has is asked first, so that progress can be told in percent: for a single SELECT only.
     bool counted = true;
+    // A table that the till has before the send, and whose columns no step changes.
+    bool tillsOwn = false;
 };
 
 // A column of a row that is copied as it is, by name.
@@ -88,7 +90,8 @@ struct BackOfficeBatch {
     SqlText sql;
 };
 
-// Drops a procedure on the till if it is there, and makes it for this till's schema: two batches.
+// Drops a procedure on the till if it is there, and makes it for this till's schema: two batches. They may wait for
+// what follows: other procedures, or the run of this one.
 struct Install {
     const Procedure* procedure;
 };

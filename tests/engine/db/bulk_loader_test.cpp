@@ -6,7 +6,9 @@
 #include "engine/db/errors.h"
 #include "engine/db/query.h"
 #include "engine/db/script.h"
+#include "engine/db/table_shapes.h"
 #include "tests/support/qt_print.h"
+#include "tests/support/sandbox_requests.h"
 #include "tests/support/sandbox_wire.h"
 
 namespace torvik::db {
@@ -194,6 +196,168 @@ TEST_P(BulkLoaderTest, ASourceColumnThatTheTableLacksIsNamed) {
     } catch (const UsageError& e) {
         EXPECT_TRUE(e.text().contains(u"ukjent"));
     }
+}
+
+class BulkLoaderFewTrips : public BulkLoaderTest {
+protected:
+    BulkLoaderFewTrips() {
+        loader.Options.FewRoundTrips = true;
+        loader.Shapes = &shapes;
+        source.SQL = {QStringLiteral("SELECT a, b, c FROM Kilde ORDER BY a")};
+    }
+
+    // So many rows, numbered from 0; `count` is a multiple of 500.
+    void fillMany(int count) {
+        fill(500);
+        for (int rows = 500; rows < count; rows += 500)
+            server.run(QStringLiteral("INSERT Kilde SELECT a + %1, b, c FROM Kilde WHERE a < 500").arg(rows));
+    }
+
+    [[nodiscard]] qint64 load() {
+        source.Close();
+        source.Open();
+        return loader.LoadFromDataSet(source);
+    }
+
+    // Of the rows loaded: how many, how many of them differ, the least, the greatest.
+    [[nodiscard]] std::string loaded() {
+        return server.rows(QStringLiteral("SELECT COUNT(*) n, COUNT(DISTINCT a) d, MIN(a) fra, MAX(a) til FROM Mal"));
+    }
+
+    void failStatement(const char* text, int times = 1) {
+        sandbox::FaultRule rule;
+        rule.match.textContains = text;
+        rule.level = sandbox::FaultLevel::Statement;
+        rule.times = times;
+        rule.action = sandbox::FaultAction::Fail;
+        rule.message.number = 50000;
+        rule.message.severity = 16;
+        rule.message.text = "ikke nå";
+        server.faults().add(rule);
+    }
+
+    TableShapes shapes;
+};
+
+TORVIK_OVER_THE_WIRE(BulkLoaderFewTrips);
+
+TEST_P(BulkLoaderFewTrips, RowsForOneStatementAreOneRoundTripOnceTheTableIsKnown) {
+    TORVIK_NEEDS_SANDBOX(server);
+    fill(3);
+    EXPECT_EQ(load(), 3);
+    server.run(QStringLiteral("DELETE Mal"));
+    test::Requests requests(server.server());
+    source.Close();
+    source.Open();
+    requests.forget();
+    EXPECT_EQ(loader.LoadFromDataSet(source), 3);
+    EXPECT_EQ(requests.count(QString()), 1);
+    EXPECT_EQ(loaded(), "n | d | fra | til\n3 | 3 | 0 | 2\n");
+}
+
+TEST_P(BulkLoaderFewTrips, AnEmptySourceAsksAKnownTableNothing) {
+    TORVIK_NEEDS_SANDBOX(server);
+    EXPECT_EQ(load(), 0);
+    source.Close();
+    source.Open();
+    test::Requests requests(server.server());
+    EXPECT_EQ(loader.LoadFromDataSet(source), 0);
+    EXPECT_EQ(requests.count(QString()), 0);
+}
+
+TEST_P(BulkLoaderFewTrips, AWholeBatchIsOneCopy) {
+    fillMany(21'000);
+    server.run(QStringLiteral("DELETE Kilde WHERE a >= 20007"));
+    int copies = 0;
+    int observer = 0;
+    if (server.isSandbox())
+        observer = server.faults().observe(
+            [&](const sandbox::RequestInfo& request) { copies += request.kind == sandbox::RequestKind::Bulk; });
+    EXPECT_EQ(load(), 20'007);
+    if (server.isSandbox()) {
+        server.faults().forget(observer);
+        EXPECT_EQ(copies, 2) << "the last seven go by INSERT";
+    }
+    EXPECT_EQ(loaded(), "n | d | fra | til\n20007 | 20007 | 0 | 20006\n");
+}
+
+TEST_P(BulkLoaderFewTrips, ABadRowOfALargeBlockLeavesNothingOfItsBatchAndIsTold) {
+    fillMany(12'000);
+    server.run(QStringLiteral("INSERT Mal (a) VALUES (11700)"));
+    try {
+        static_cast<void>(load());
+        FAIL() << "loaded";
+    } catch (const StatementError& e) {
+        EXPECT_EQ(e.Number, 2627);
+    }
+    EXPECT_EQ(loaded(), "n | d | fra | til\n10001 | 10001 | 0 | 11700\n");
+    EXPECT_FALSE(target->InTransaction());
+}
+
+TEST_P(BulkLoaderFewTrips, ABadRowOfASmallBatchLeavesNothingAndIsTold) {
+    fill(5);
+    server.run(QStringLiteral("INSERT Mal (a) VALUES (3)"));
+    try {
+        static_cast<void>(load());
+        FAIL() << "loaded";
+    } catch (const StatementError& e) {
+        EXPECT_EQ(e.Number, 2627);
+    }
+    EXPECT_EQ(loaded(), "n | d | fra | til\n1 | 1 | 3 | 3\n");
+    EXPECT_FALSE(target->InTransaction());
+}
+
+// A letter outside the column's code page goes by INSERT; those before and behind it arrive all the same.
+TEST_P(BulkLoaderFewTrips, ARowThatBulkCopyDoesNotTakeLosesNoOther) {
+    fillMany(3'000);
+    server.run(QStringLiteral("ALTER TABLE Kilde ADD d nvarchar(20) NULL"));
+    server.run(QStringLiteral("UPDATE Kilde SET d = N'rad'"));
+    server.run(QStringLiteral("UPDATE Kilde SET d = NCHAR(1046) WHERE a IN (17, 1500, 2999)"));
+    source.SQL = {QStringLiteral("SELECT a, d AS b FROM Kilde ORDER BY a")};
+    EXPECT_EQ(load(), 3'000);
+    EXPECT_EQ(loaded(), "n | d | fra | til\n3000 | 3000 | 0 | 2999\n");
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a, b FROM Mal WHERE b <> 'rad' ORDER BY a")),
+              "a | b\n17 | ?\n1500 | ?\n2999 | ?\n");
+}
+
+TEST_P(BulkLoaderFewTrips, OfABatchInOneRoundTripThatTheServerDidNotTakeWholeNothingStands) {
+    fill(3);
+    static_cast<void>(load());
+    server.run(QStringLiteral("DELETE Mal"));
+    Script limit(target.get());
+    limit.SQL = {QStringLiteral("SET ROWCOUNT 2")};
+    limit.Execute();
+    try {
+        static_cast<void>(load());
+        FAIL() << "loaded";
+    } catch (const StatementError& e) {
+        EXPECT_EQ(e.text(), QStringLiteral("Of 3 rows for table Mal the server has taken 2"));
+    }
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM Mal")), "a\n");
+    EXPECT_FALSE(target->InTransaction());
+}
+
+TEST_P(BulkLoaderFewTrips, ABatchThatIsRefusedOnceIsSentAgain) {
+    TORVIK_NEEDS_SANDBOX(server);
+    fill(3);
+    for (const char* statement : {"BEGIN TRANSACTION", "INSERT INTO Mal", "COMMIT TRANSACTION"}) {
+        server.run(QStringLiteral("DELETE Mal"));
+        failStatement(statement);
+        EXPECT_EQ(load(), 3) << statement;
+        EXPECT_EQ(loaded(), "n | d | fra | til\n3 | 3 | 0 | 2\n") << statement;
+        EXPECT_FALSE(target->InTransaction()) << statement;
+    }
+}
+
+// The rows are in when the question for their number fails: they are taken back before they are sent again.
+TEST_P(BulkLoaderFewTrips, ABatchWhoseCountFailsIsNotInTwice) {
+    TORVIK_NEEDS_SANDBOX(server);
+    server.run(QStringLiteral("CREATE TABLE UtenNokkel (a int, b varchar(20), c decimal(9,2))"));
+    loader.TableName = QStringLiteral("UtenNokkel");
+    fill(3);
+    failStatement("SELECT @torvik_rows");
+    EXPECT_EQ(load(), 3);
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM UtenNokkel")), "n\n3\n");
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 #include <regex>
+#include <utility>
 
 #include "outbound/exports/send_steps.h"
 
@@ -52,9 +53,7 @@ struct FirstText {
         if (!action.procedure->call.empty()) return beginning(action.procedure->call.front().sql);
         return std::string("exec ") + action.procedure->name;
     }
-    std::optional<std::string> operator()(const AskForTable& action) const {
-        return std::string("where name='") + action.table;
-    }
+    std::optional<std::string> operator()(const AskForTable&) const { return {}; }  // asked for with the version
     std::optional<std::string> operator()(DriverTask task) const {
         switch (task) {
             case DriverTask::GetGlobalVariables: return "In_SendValutaTilkasse";
@@ -72,16 +71,20 @@ struct Marker {
     std::string text;
     int step = 0;
     std::string name;
+    bool waits = false;  // its statements may go behind what is sent later
 };
 
 std::vector<Marker> markers() {
     std::vector<Marker> all;
     std::string name;
+    bool tablesMade = false;  // the first that makes work tables makes those of all steps
     for (const SendStep& step : sendSteps())
         for (const Action& action : *step.what) {
+            if (std::holds_alternative<CreateTables>(action) && std::exchange(tablesMade, true)) continue;
             if (const auto* set = std::get_if<SetTransformation>(&action)) name = set->name;
             if (const auto* load = std::get_if<LoadTable>(&action)) name = load->caption;
-            if (const auto text = std::visit(FirstText(), action)) all.push_back({*text, step.number, name});
+            const bool waits = std::holds_alternative<Install>(action) || std::holds_alternative<DropTable>(action);
+            if (const auto text = std::visit(FirstText(), action)) all.push_back({*text, step.number, name, waits});
         }
     return all;
 }
@@ -100,20 +103,33 @@ public:
             part_ = SendPart::GiftCardItem;
         } else if (contains(request.text, "EXEC sp_releaseapplock") && !contains(request.text, "sp_getapplock")) {
             part_ = SendPart::Numbering;
-        } else if (next_ < markers_.size() && contains(request.text, markers_[next_].text)) {
-            ++next_;
+        } else if (const std::size_t marker = markerOf(request.text); marker < markers_.size()) {
+            last_ = marker;
+            next_ = marker + 1;
+            while (markers_[next_ - 1].waits && next_ < markers_.size() && contains(request.text, markers_[next_].text))
+                ++next_;
             part_ = SendPart::Steps;
         }
         request.visit = visit_;
         request.part = part_;
         if (part_ != SendPart::Steps) return;
-        request.step = markers_[next_ - 1].step;
-        request.name = markers_[next_ - 1].name;
+        request.step = markers_[last_].step;
+        request.name = markers_[last_].name;
     }
 
 private:
+    // The next one, past those that wait.
+    [[nodiscard]] std::size_t markerOf(const std::string& text) const {
+        for (std::size_t i = next_; i < markers_.size(); ++i) {
+            if (contains(text, markers_[i].text)) return i;
+            if (!markers_[i].waits) break;
+        }
+        return markers_.size();
+    }
+
     std::vector<Marker> markers_ = markers();
     std::size_t next_ = 0;
+    std::size_t last_ = 0;  // the first marker of the last request that had one
     int visit_ = 0;
     SendPart part_ = SendPart::Roster;
 };

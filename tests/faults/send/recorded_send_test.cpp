@@ -11,8 +11,8 @@
 namespace torvik::test {
 namespace {
 
-// Step 28 starts a clock.
-constexpr int kStepWithoutRequest = 28;
+// Step 28 starts a clock; the others only make work tables, which step 5 has made.
+const std::set<int> kStepsWithoutRequest{16, 19, 22, 24, 28, 29, 38};
 
 TEST(RecordedSend, SendsRequestsForEveryStepToBothTills) {
     const RecordedSend& run = SendStage::get().run();
@@ -23,7 +23,7 @@ TEST(RecordedSend, SendsRequestsForEveryStepToBothTills) {
     for (const SentRequest& request : run.requests)
         if (request.visit == 1 && request.part == SendPart::Steps) steps.insert(request.step);
     for (const SendStep& step : sendSteps())
-        EXPECT_EQ(steps.contains(step.number), step.number != kStepWithoutRequest) << step.number;
+        EXPECT_EQ(steps.contains(step.number), !kStepsWithoutRequest.contains(step.number)) << step.number;
     EXPECT_LT(run.beginOf(2), run.requests.size());
 }
 
