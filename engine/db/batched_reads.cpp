@@ -241,8 +241,11 @@ void BatchedReads::connectionGone() noexcept {
 }
 
 bool isRefusal(const Error& error) {
-    return dynamic_cast<const StatementError*>(&error) != nullptr && !error.timedOut() && error.connectionUsable() &&
-           error.transaction() != TransactionAfter::Gone;
+    return isRefusalOutsideTransaction(error) && error.transaction() != TransactionAfter::Gone;
+}
+
+bool isRefusalOutsideTransaction(const Error& error) {
+    return dynamic_cast<const StatementError*>(&error) != nullptr && !error.timedOut() && error.connectionUsable();
 }
 
 }  // namespace torvik::db

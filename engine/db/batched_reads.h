@@ -43,6 +43,8 @@ public:
     // client first; a rollback, or the session's end, drops it.
     enum class Rows { Held, Streamed };
     void OpenNext(const QString& text, Rows rows = Rows::Held);
+    // Reads all that is left to the client, where it waits for its turn; so do failures.
+    void Hold() { finishWork(); }
     // Forgets what is not read.
     void Close() override;
 
@@ -85,5 +87,7 @@ private:
 // Whether what a failed batch did may be done again, statement by statement, so that the failing one tells itself: the
 // server has refused it, still listens, and did not say that the transaction is gone (ask InTransaction).
 [[nodiscard]] bool isRefusal(const Error& error);
+// The same of a batch outside of any transaction, where a deadlock has cost the batch and no more.
+[[nodiscard]] bool isRefusalOutsideTransaction(const Error& error);
 
 }  // namespace torvik::db

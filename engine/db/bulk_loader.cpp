@@ -23,7 +23,7 @@ constexpr std::chrono::milliseconds kCallEvery{20};
 constexpr int kFewestRows = 100;
 
 // The places of the source's columns in the target.
-std::vector<int> matched(const Query& source, const TableShape& target) {
+std::vector<int> matched(const DataSet& source, const TableShape& target) {
     std::vector<int> places;
     QStringList missing;
     for (const QString& name : source.FieldNames()) {
@@ -41,7 +41,7 @@ std::vector<int> matched(const Query& source, const TableShape& target) {
 // One load under way.
 class BulkLoader::Load {
 public:
-    Load(BulkLoader& loader, Query& source)
+    Load(BulkLoader& loader, DataSet& source)
         : loader_(loader),
           session_(*loader.session_),
           source_(source),
@@ -62,7 +62,8 @@ private:
 
     BulkLoader& loader_;
     Session& session_;
-    Query& source_;
+    DataSet& source_;
+    const Query* query_ = dynamic_cast<const Query*>(&source_);  // where it is one
     std::shared_ptr<TableShape> target_;
     std::vector<int> places_;
     std::unique_ptr<RowSender> sender_;  // from the first row on
@@ -160,7 +161,7 @@ void BulkLoader::Load::sendRest() {
 
 void BulkLoader::Load::progress() {
     if (!loader_.OnProgress) return;
-    const qint64 count = source_.RowCountKnown() ? source_.RecordCount() : 0;
+    const qint64 count = !query_ || query_->RowCountKnown() ? source_.RecordCount() : 0;
     const int percent = count == 0 ? 0 : int(std::min<qint64>(taken_ * 100 / count, 99));
     const Clock::time_point now = Clock::now();
     if (percent == percent_ && now - called_ < kCallEvery) return;
@@ -169,9 +170,10 @@ void BulkLoader::Load::progress() {
     called_ = Clock::now();
 }
 
-qint64 BulkLoader::LoadFromDataSet(Query& source) {
+qint64 BulkLoader::LoadFromDataSet(DataSet& source) {
     if (!session_) throw UsageError(QStringLiteral("The bulk loader has no connection"));
-    if (source.Connection() == session_ && source.UniDirectional)
+    const auto* query = dynamic_cast<const Query*>(&source);
+    if (query && query->Connection() == session_ && query->UniDirectional)
         throw UsageError(QStringLiteral("A unidirectional query cannot be loaded over its own session"));
     return Load(*this, source).run();
 }

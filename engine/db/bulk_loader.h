@@ -1,6 +1,7 @@
-// Copies all rows of an open query into a table of the loader's session, by column name, without holding them: a block
-// at a time is read, sent and forgotten. Rows go by bulk copy wherever that does the same as INSERT (row_sender.h), so
-// identity and default columns that the source lacks are filled, and constraints and triggers hold, as with INSERT.
+// Copies all rows of an open data set into a table of the loader's session, by column name, without holding them: a
+// block at a time is read, sent and forgotten. Rows go by bulk copy wherever that does the same as INSERT
+// (row_sender.h), so identity and default columns that the source lacks are filled, and constraints and triggers hold,
+// as with INSERT.
 #pragma once
 
 #include <QObject>
@@ -11,7 +12,7 @@
 
 namespace torvik::db {
 
-class Query;
+class DataSet;
 class TableShapes;
 
 struct BulkLoaderOptions {
@@ -31,7 +32,7 @@ public:
     // Where the table's columns are looked for before the server is asked; null: nowhere. Not owned.
     TableShapes* Shapes = nullptr;
     // Percent done, 0 to 99 and 100 when all is in: whenever the number changes, and else every few hundredths of a
-    // second, so that a window stays alive. Of a source that does not know its number of rows (Query::UniDirectional
+    // second, so that a window stays alive. Of a query that does not know its number of rows (Query::UniDirectional
     // without CountRows) 0 until the end. What it throws stops the load, takes the batch back and passes through. It
     // may use both sessions.
     std::function<void(BulkLoader& sender, int percent)> OnProgress;
@@ -39,9 +40,10 @@ public:
     void SetConnection(Session* session) { session_ = session; }
     [[nodiscard]] Session* Connection() const { return session_; }
 
-    // From the query's first row to its last. Source columns that the table lacks raise UsageError naming them. Gives
-    // the number of rows loaded; raises StatementError when the server confirms another number than was sent.
-    qint64 LoadFromDataSet(Query& source);
+    // From the source's first row to its last: a query, or rows that are held. Source columns that the table lacks
+    // raise UsageError naming them. Gives the number of rows loaded; raises StatementError when the server confirms
+    // another number than was sent.
+    qint64 LoadFromDataSet(DataSet& source);
 
 private:
     class Load;

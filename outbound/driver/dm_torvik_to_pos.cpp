@@ -157,33 +157,33 @@ void TdmTorvikToPOS::run(const LoadTable& action) {
     progress_.loadBegins();
     qrySource.UniDirectional = true;
     qrySource.CountRows = action.counted;
-    openSource(sqlOf(action.query, facts()));
+    db::DataSet& source = openRegister(sqlOf(action.query, facts()), action.readWith);
     ldrGeneral.TableName = QString::fromUtf8(action.table);
     ldrGeneral.Shapes = ReadsTogether ? &tables_.Shapes : nullptr;
     ldrGeneral.Options.FewRoundTrips = ReadsTogether;
-    ldrGeneral.LoadFromDataSet(qrySource);
-    const int rows = qrySource.RecordCount();
-    progress_.DoProgress(QStringLiteral("Overfører ") + caption, qrySource.RecNo(), true, rows);
+    ldrGeneral.LoadFromDataSet(source);
+    const int rows = source.RecordCount();
+    progress_.DoProgress(QStringLiteral("Overfører ") + caption, source.RecNo(), true, rows);
     logTransfer(caption, rows, started);
     qrySource.Close();
 }
 
 void TdmTorvikToPOS::run(const CopyRows& action) {
     qrySource.UniDirectional = false;
-    openSource(QString::fromUtf8(action.query));
-    const int rows = qrySource.RecordCount();
+    db::DataSet& source = openRegister(QString::fromUtf8(action.query), action.readWith);
+    const int rows = source.RecordCount();
     const QString text = QString::fromUtf8(action.progress);
-    copyRows(action, qrySource, *destinationConnection_, ReadsTogether ? &tables_.Shapes : nullptr,
+    copyRows(action, source, *destinationConnection_, ReadsTogether ? &tables_.Shapes : nullptr,
              [&](int row) { progress_.DoProgress(text, row, false, rows); });
-    progress_.DoProgress(text, qrySource.RecNo(), true, rows);
+    progress_.DoProgress(text, source.RecNo(), true, rows);
     LogTransferDone(QString::fromUtf8(action.name), rows);
     qrySource.Close();
 }
 
 void TdmTorvikToPOS::run(const EditOneRow& action) {
     qrySource.UniDirectional = false;
-    openSource(sqlOf(action.query, facts()));
-    editOneRow(action, qrySource, *destinationConnection_);
+    db::DataSet& source = openRegister(sqlOf(action.query, facts()), action.readWith);
+    editOneRow(action, source, *destinationConnection_);
     qrySource.Close();
 }
 
@@ -241,6 +241,7 @@ void TdmTorvikToPOS::drawSessionID() {
 void TdmTorvikToPOS::beginTill() {
     tillTables_.clear();
     tables_.Forget();
+    registers_.Forget();
     qryTarget.Together = ReadsTogether;
     torvikPosVersion_ = tables_.ReadVersion(qryTarget1, ReadsTogether);
 }
@@ -269,6 +270,15 @@ void TdmTorvikToPOS::openSource(const QString& sql) {
     qrySource.Close();
     qrySource.SQL = linesOf(sql);
     qrySource.Open();
+}
+
+// The rows that have been read ahead, or those of qrySource.
+db::DataSet& TdmTorvikToPOS::openRegister(const QString& sql, ReadWith group) {
+    if (ReadsTogether)
+        if (db::DataSet* rows = registers_.Open(*sourceConnection_, group, sql, facts(), kBackOfficeTimeout))
+            return *rows;
+    openSource(sql);
+    return qrySource;
 }
 
 void TdmTorvikToPOS::LogTransferDone(const QString& name, int count) {

@@ -12,6 +12,7 @@
 #include "engine/db/bulk_loader.h"
 #include "engine/db/query.h"
 #include "engine/db/stored_proc.h"
+#include "outbound/driver/office_reads.h"
 #include "outbound/driver/send_progress.h"
 #include "outbound/driver/session_id.h"
 #include "outbound/driver/till_batches.h"
@@ -92,6 +93,7 @@ private:
     void askBackOffice();
 
     void openSource(const QString& sql);
+    [[nodiscard]] db::DataSet& openRegister(const QString& sql, ReadWith group);
     void LogTransferDone(const QString& name, int count);
     void logTransfer(const QString& name, int count, const QDateTime& started);
 
@@ -104,6 +106,7 @@ private:
     int torvikPosVersion_ = 0;
     std::set<std::string> tillTables_;
     TillTables tables_;
+    OfficeReads registers_;
     QDateTime transferStartTime_;
     SendProgress progress_{*this, OnProgress, CheckForCancel};
 

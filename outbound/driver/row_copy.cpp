@@ -7,13 +7,13 @@ namespace torvik {
 
 namespace {
 
-db::Value valueOf(const CopiedColumn& column, const db::Query& source) {
+db::Value valueOf(const CopiedColumn& column, const db::DataSet& source) {
     const db::Field& field = source.FieldByName(QString::fromUtf8(column.source));
     if (column.as == CopiedColumn::As::String) return field.AsString();
     return field.AsValue();
 }
 
-void copyColumns(std::span<const CopiedColumn> columns, const db::Query& source, db::DataSet& target) {
+void copyColumns(std::span<const CopiedColumn> columns, const db::DataSet& source, db::DataSet& target) {
     for (const CopiedColumn& column : columns) {
         const QString name = QString::fromUtf8(column.target);
         if (column.ifTargetHas && !target.FindField(name)) continue;
@@ -29,7 +29,7 @@ void openForEditing(db::Query& rows, const char* table) {
     rows.Open();
 }
 
-void insertRows(const CopyRows& copy, db::Query& source, db::Session& till, db::TableShapes* shapes,
+void insertRows(const CopyRows& copy, db::DataSet& source, db::Session& till, db::TableShapes* shapes,
                 const RowDone& rowDone) {
     db::Table table(&till);
     table.SetShapes(shapes);
@@ -45,7 +45,7 @@ void insertRows(const CopyRows& copy, db::Query& source, db::Session& till, db::
     table.Close();
 }
 
-void mergeRows(const CopyRows& copy, db::Query& source, db::Session& till, const RowDone& rowDone) {
+void mergeRows(const CopyRows& copy, db::DataSet& source, db::Session& till, const RowDone& rowDone) {
     db::Query rows(&till);
     openForEditing(rows, copy.table);
     const CopiedColumn& key = copy.columns.front();
@@ -64,7 +64,7 @@ void mergeRows(const CopyRows& copy, db::Query& source, db::Session& till, const
 
 }  // namespace
 
-void copyRows(const CopyRows& copy, db::Query& source, db::Session& till, db::TableShapes* shapes,
+void copyRows(const CopyRows& copy, db::DataSet& source, db::Session& till, db::TableShapes* shapes,
               const RowDone& rowDone) {
     if (copy.keyed)
         mergeRows(copy, source, till, rowDone);
@@ -72,7 +72,7 @@ void copyRows(const CopyRows& copy, db::Query& source, db::Session& till, db::Ta
         insertRows(copy, source, till, shapes, rowDone);
 }
 
-bool editOneRow(const EditOneRow& edit, db::Query& source, db::Session& till) {
+bool editOneRow(const EditOneRow& edit, db::DataSet& source, db::Session& till) {
     db::Query row(&till);
     openForEditing(row, edit.table);
     if (source.IsEmpty() || row.IsEmpty()) return false;

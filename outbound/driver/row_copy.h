@@ -9,7 +9,7 @@
 namespace torvik {
 
 namespace db {
-class Query;
+class DataSet;
 class Session;
 class TableShapes;
 }  // namespace db
@@ -19,10 +19,10 @@ using RowDone = std::function<void(int row)>;
 
 // The source is open and stands on its first row. The rows stand in the table when it returns. The till's session has
 // no transaction. shapes: where the table's columns are known, for fewer round trips; null: nowhere.
-void copyRows(const CopyRows& copy, db::Query& source, db::Session& till, db::TableShapes* shapes,
+void copyRows(const CopyRows& copy, db::DataSet& source, db::Session& till, db::TableShapes* shapes,
               const RowDone& rowDone);
 
 // The source is open. Gives whether there was a row on both sides.
-bool editOneRow(const EditOneRow& edit, db::Query& source, db::Session& till);
+bool editOneRow(const EditOneRow& edit, db::DataSet& source, db::Session& till);
 
 }  // namespace torvik

@@ -67,7 +67,7 @@ int TillTables::ReadVersion(db::Query& question, bool together) {
             has_ = std::move(has);
             return found;
         } catch (const db::Error& e) {
-            if (!db::isRefusal(e)) throw;
+            if (!db::isRefusalOutsideTransaction(e)) throw;
         }
     }
     question.Close();
@@ -108,7 +108,7 @@ bool TillTables::MakeAll(db::Session& till, const SendFacts& facts) {
         Shapes.AskBehind(till, batches.join(QStringLiteral("\r\n")), tables, kNoTimeout);
         made_ = true;
     } catch (const db::Error& e) {
-        if (!db::isRefusal(e)) throw;
+        if (!db::isRefusalOutsideTransaction(e)) throw;
     }
     return made_;
 }

@@ -33,7 +33,12 @@ constexpr Action kSend[] = {
     CreateTables{kTables},
     StartClock{},
     SetTransformation{"Valuta"},
-    CopyRows{"Overfører Valuta", "Valuta", "SELECT * FROM Valuta", "VALUTAIMPORT", kColumns},
+    CopyRows{.progress = "Overfører Valuta",
+             .name = "Valuta",
+             .query = "SELECT * FROM Valuta",
+             .table = "VALUTAIMPORT",
+             .columns = kColumns,
+             .readWith = ReadWith::OtherRegisters},
     SetTransformation{"Valuta"},
     TillBatch{kMerge},
 };

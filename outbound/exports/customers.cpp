@@ -43,7 +43,13 @@ constexpr CopiedColumn kGroupColumns[] = {{"Kg_Id", "KG_ID"}, {"Kg_Navn", "KG_NA
 constexpr Action kGroups[] = {
     SetTransformation{"KundeGruppe"},
     StartClock{},
-    CopyRows{"Overfører KundeGruppe", "KundeGruppe", "SELECT * FROM KundeGruppe", "KundeGruppe", kGroupColumns, true},
+    CopyRows{.progress = "Overfører KundeGruppe",
+             .name = "KundeGruppe",
+             .query = "SELECT * FROM KundeGruppe",
+             .table = "KundeGruppe",
+             .columns = kGroupColumns,
+             .keyed = true,
+             .readWith = ReadWith::OtherRegisters},
 };
 
 }  // namespace

@@ -25,7 +25,10 @@ constexpr Piece kMatrix[] = {
 
 constexpr Action kLoad[] = {
     SetTransformation{"RabattMatrise"},
-    LoadTable{"Rabattmatrise", "RabattmatriseImport", kMatrix},
+    LoadTable{.caption = "Rabattmatrise",
+              .table = "RabattmatriseImport",
+              .query = kMatrix,
+              .readWith = ReadWith::OtherRegisters},
 };
 
 // The delete compares rm_til with itself: a row stays while any row of its groups and lower bound was loaded.

@@ -15,7 +15,11 @@ constexpr Piece kExtraSaleItems[] = {
 constexpr Action kSend[] = {
     SetTransformation{"Mersalgvare"},
     TillBatch{kDelete},
-    LoadTable{.caption = "MersalgVare", .table = "MersalgVare", .query = kExtraSaleItems, .tillsOwn = true},
+    LoadTable{.caption = "MersalgVare",
+              .table = "MersalgVare",
+              .query = kExtraSaleItems,
+              .tillsOwn = true,
+              .readWith = ReadWith::ItemRegisters},
 };
 
 }  // namespace

@@ -10,7 +10,10 @@ constexpr Piece kItemGroups[] = {
 
 constexpr Action kSend[] = {
     SetTransformation{"Varegruppe"},
-    LoadTable{"VAREGRUPPE", "VAREGRUPPEIMPORT", kItemGroups},
+    LoadTable{.caption = "VAREGRUPPE",
+              .table = "VAREGRUPPEIMPORT",
+              .query = kItemGroups,
+              .readWith = ReadWith::ItemRegisters},
 };
 
 constexpr int kGroupsInATree = 211;

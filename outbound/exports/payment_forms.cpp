@@ -11,7 +11,10 @@ constexpr Piece kLimits[] = {
 
 constexpr Action kLoad[] = {
     SetTransformation{"Betalingform"},
-    LoadTable{"BETALINGFORM", "BETALINGFORMIMPORT", kLimits},
+    LoadTable{.caption = "BETALINGFORM",
+              .table = "BETALINGFORMIMPORT",
+              .query = kLimits,
+              .readWith = ReadWith::ItemRegisters},
 };
 
 constexpr Piece kMerge[] = {

@@ -60,8 +60,12 @@ FROM PRISTILBUD_IMPORT WHERE PRISTILBUD.PR_ID=PRISTILBUD_IMPORT.PR_ID)"},
 
 constexpr Action kSend[] = {
     AskForTable{kCoupons},
-    LoadTable{"PRISTILBUD", "PRISTILBUD_IMPORT", kOffers},
-    LoadTable{"PRISTILBUDLINJE", "PRISTILBUDLINJE_IMPORT", kOfferLines},
+    LoadTable{
+        .caption = "PRISTILBUD", .table = "PRISTILBUD_IMPORT", .query = kOffers, .readWith = ReadWith::OtherRegisters},
+    LoadTable{.caption = "PRISTILBUDLINJE",
+              .table = "PRISTILBUDLINJE_IMPORT",
+              .query = kOfferLines,
+              .readWith = ReadWith::OtherRegisters},
     TillBatch{kMerge},
 };
 

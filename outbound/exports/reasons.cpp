@@ -11,7 +11,8 @@ Pos_Gr_Navn iGr_Navn,Pos_Gr_Utskriftsflagg iGr_Utskriftsflagg,
 isnull(Pos_Gr_Synlig_Kasse,0) iGr_Aktiv
 FROM POSGRUNN)"}};
 
-constexpr Action kLoad[] = {LoadTable{"PosGrunn", "GrunnImport", kReasons}};
+constexpr Action kLoad[] = {
+    LoadTable{.caption = "PosGrunn", .table = "GrunnImport", .query = kReasons, .readWith = ReadWith::OtherRegisters}};
 
 constexpr Piece kMerge[] = {
     {R"(INSERT INTO GRUNN (GR_ID, GR_GT_ID, GR_NAVN, Gr_UTSKRIFTSFLAGG, GR_AKTIV)

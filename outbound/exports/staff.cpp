@@ -9,7 +9,10 @@ namespace {
 constexpr Piece kTimeProfiles[] = {
     {"select pos_tp_id Tpi_ID, Pos_Tp_Navn Tpi_Navn, Pos_Tp_Stemplingsregel Tpi_Stemplingsregel From POSTIMEPROFIL"}};
 
-constexpr Action kLoadTimeProfiles[] = {LoadTable{"Timeprofil", "TimeprofilImport", kTimeProfiles}};
+constexpr Action kLoadTimeProfiles[] = {LoadTable{.caption = "Timeprofil",
+                                                  .table = "TimeprofilImport",
+                                                  .query = kTimeProfiles,
+                                                  .readWith = ReadWith::OtherRegisters}};
 
 constexpr WorkTable kAnsattImport{"ANSATTIMPORT", R"(create table ANSATTIMPORT (
   IKAI_ID char(10) not null,
@@ -55,7 +58,8 @@ WHERE kk_ku_id= %d and Kg_Navn='Franchise'))",
                              kAlways,
                              {Arg::Ik_Ku_ID, Arg::Ik_Ku_ID}}};
 
-constexpr Action kLoadStaff[] = {LoadTable{"ANSATT", "ANSATTIMPORT", kStaff}};
+constexpr Action kLoadStaff[] = {
+    LoadTable{.caption = "ANSATT", .table = "ANSATTIMPORT", .query = kStaff, .readWith = ReadWith::OtherRegisters}};
 
 // Price categories come first, so that a new clerk gets one at the following send. A card is deleted where its holder
 // has another number or its number another holder; a number that is null fails both tests, and its card stays.

@@ -10,7 +10,8 @@ Le_PostPostnr AS LEI_PO_ID ,Le_PostSted AS LEI_PO_NAVN ,La_Navn AS LEI_PO_LAND ,
 FROM leverandor LEFT OUTER JOIN land ON (le_post_la_id=la_id)
 ORDER BY le_id)"}};
 
-constexpr Action kSend[] = {LoadTable{"LEVERANDOR", "LEVERANDORIMPORT", kSuppliers}};
+constexpr Action kSend[] = {LoadTable{
+    .caption = "LEVERANDOR", .table = "LEVERANDORIMPORT", .query = kSuppliers, .readWith = ReadWith::ItemRegisters}};
 
 constexpr Piece kBody[] = {
     {"BEGIN"},

@@ -31,7 +31,7 @@ constexpr CopiedColumn kColumns[] = {
 constexpr Action kEdit[] = {
     SetTransformation{"Innstillinger"},
     Report{"Overfører innstillinger", 0, false, 1},
-    EditOneRow{kSettings, "Innstillinger", kColumns},
+    EditOneRow{kSettings, "Innstillinger", kColumns, ReadWith::OtherRegisters},
     Report{"Overfører innstillinger", 1, true, 1},
 };
 

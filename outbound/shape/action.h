@@ -37,6 +37,10 @@ struct DropTable {
     const char* name;
 };
 
+// Small registers that are read from the back office in one round trip, at the first of them. What others refer to is
+// read no earlier than those are.
+enum class ReadWith { Nothing, ItemRegisters, OtherRegisters };
+
 // Loads the rows of a query on the back office into a table on the till, by column name, through the bulk loader.
 // CurrentTransformation becomes the caption.
 struct LoadTable {
@@ -47,6 +51,7 @@ struct LoadTable {
     bool counted = true;
     // A table that the till has before the send, and whose columns no step changes.
     bool tillsOwn = false;
+    ReadWith readWith = ReadWith::Nothing;
 };
 
 // A column of a row that is copied as it is, by name.
@@ -66,6 +71,7 @@ struct CopyRows {
     const char* table;
     std::span<const CopiedColumn> columns;
     bool keyed = false;
+    ReadWith readWith = ReadWith::Nothing;
 };
 
 // Edits the one row of a table on the till from the one row of a query; without a row on either side, does nothing.
@@ -73,6 +79,7 @@ struct EditOneRow {
     SqlText query;
     const char* table;
     std::span<const CopiedColumn> columns;
+    ReadWith readWith = ReadWith::Nothing;
 };
 
 // One batch on the till.

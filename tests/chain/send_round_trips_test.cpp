@@ -16,7 +16,7 @@ using sandbox::chain::SendOptions;
 
 constexpr std::size_t kTills = 3;
 constexpr std::size_t kMostToATill = 50;  // login included
-constexpr std::size_t kMostToTheBackOffice = 40;
+constexpr std::size_t kMostToTheBackOffice = 30;
 
 const SendOptions kChanges{.items = ItemsSent::Changed};
 

@@ -2,9 +2,11 @@
 #include "tests/faults/send/recorded_send.h"
 
 #include <algorithm>
+#include <cctype>
 #include <mutex>
 #include <optional>
 #include <regex>
+#include <set>
 #include <utility>
 
 #include "outbound/exports/send_steps.h"
@@ -13,8 +15,14 @@ namespace torvik::test {
 
 namespace {
 
+std::string inSmallLetters(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+    return text;
+}
+
+// However it is spelt.
 bool contains(const std::string& text, const std::string& part) {
-    return text.find(part) != std::string::npos;
+    return inSmallLetters(text).find(inSmallLetters(part)) != std::string::npos;
 }
 
 // The beginning of a text up to the end of its line and to the first thing that is filled in.
@@ -66,25 +74,52 @@ struct FirstText {
     }
 };
 
+// The group that an action reads its rows with.
+struct GroupOf {
+    ReadWith operator()(const LoadTable& action) const { return action.readWith; }
+    ReadWith operator()(const CopyRows& action) const { return action.readWith; }
+    ReadWith operator()(const EditOneRow& action) const { return action.readWith; }
+    ReadWith operator()(const auto&) const { return ReadWith::Nothing; }
+};
+
+// By what the first request to the till is known of an action whose rows were read with others: there is none where
+// there are no rows.
+struct FirstTextAtTheTill {
+    std::string operator()(const LoadTable& action) const { return std::string("INSERT INTO ") + action.table + " "; }
+    std::string operator()(const CopyRows& action) const {
+        return std::string(action.keyed ? "select * from " : "INSERT INTO ") + action.table;
+    }
+    std::string operator()(const EditOneRow& action) const { return std::string("select * from ") + action.table; }
+    std::string operator()(const auto&) const { return {}; }
+};
+
 // What a send sends, in its order: with each text the step that it belongs to and what the step is called then.
 struct Marker {
     std::string text;
     int step = 0;
     std::string name;
-    bool waits = false;  // its statements may go behind what is sent later
+    bool waits = false;     // its statements may go behind what is sent later
+    bool passable = false;  // or it may send nothing
 };
 
 std::vector<Marker> markers() {
     std::vector<Marker> all;
     std::string name;
     bool tablesMade = false;  // the first that makes work tables makes those of all steps
+    std::set<ReadWith> read;  // the first of a group reads for all
     for (const SendStep& step : sendSteps())
         for (const Action& action : *step.what) {
             if (std::holds_alternative<CreateTables>(action) && std::exchange(tablesMade, true)) continue;
             if (const auto* set = std::get_if<SetTransformation>(&action)) name = set->name;
             if (const auto* load = std::get_if<LoadTable>(&action)) name = load->caption;
+            const ReadWith group = std::visit(GroupOf(), action);
+            if (group != ReadWith::Nothing && !read.insert(group).second) {
+                all.push_back({std::visit(FirstTextAtTheTill(), action), step.number, name, false, true});
+                continue;
+            }
             const bool waits = std::holds_alternative<Install>(action) || std::holds_alternative<DropTable>(action);
-            if (const auto text = std::visit(FirstText(), action)) all.push_back({*text, step.number, name, waits});
+            if (const auto text = std::visit(FirstText(), action))
+                all.push_back({*text, step.number, name, waits, waits});
         }
     return all;
 }
@@ -118,11 +153,11 @@ public:
     }
 
 private:
-    // The next one, past those that wait.
+    // The next one, past those that wait or send nothing.
     [[nodiscard]] std::size_t markerOf(const std::string& text) const {
         for (std::size_t i = next_; i < markers_.size(); ++i) {
             if (contains(text, markers_[i].text)) return i;
-            if (!markers_[i].waits) break;
+            if (!markers_[i].passable) break;
         }
         return markers_.size();
     }

@@ -39,9 +39,9 @@ bool isAskedTogether(const std::string& text) {
 }
 
 // A block that is copied row by row is a transaction of its own: one that is not committed is sent again.
-bool isSentAgain(const SentRequest& at, Fault fault) {
+bool isSentAgain(const SentRequest& at) {
     if (isWholeBlock(at.text)) return true;
-    if (isAskedTogether(at.text)) return fault == Fault::Fails;
+    if (isAskedTogether(at.text)) return true;
     if (at.text != "COMMIT TRANSACTION") return false;
     const auto& step = sendSteps()[static_cast<std::size_t>(at.step) - 1];
     return std::any_of(step.what->begin(), step.what->end(),
@@ -151,8 +151,7 @@ SendLeaves sendLeaves(const RecordedSend& run, std::size_t request, Fault fault)
     const bool ran = fault == Fault::DropsAfter;
     const bool lost = ran || fault == Fault::DropsBefore;
     const std::size_t done = ran ? request + 1 : request;
-    if (!lost && at.part == SendPart::Steps && isSentAgain(at, fault))
-        return {.done = run.beginOf(2), .giftCardItem = true};
+    if (!lost && at.part == SendPart::Steps && isSentAgain(at)) return {.done = run.beginOf(2), .giftCardItem = true};
     switch (at.part) {
         case SendPart::Roster: return {.done = done, .told = SendTold::RunEnds};
         case SendPart::Beginning: return {.done = done, .told = SendTold::InStatusOnly};
