@@ -42,11 +42,14 @@ void StagedFile::load(const QString& name, const std::function<void()>& between)
         throw EngineError(QStringLiteral("Klarte ikke å lese %1: %2").arg(name, file.errorString()));
     const qint64 size = file.size();
     qint64 sent = 0;
+    QByteArray piece;
     while (sent < size) {
-        const QByteArray piece = file.read(std::min(kPiece, size - sent));
-        if (piece.isEmpty()) break;
+        piece.resize(std::min(kPiece, size - sent));
+        const qint64 got = file.read(piece.data(), piece.size());
+        if (got <= 0) break;
+        piece.resize(got);
         send(piece);
-        sent += piece.size();
+        sent += got;
         between();
     }
     if (sent != size || file.size() != size)

@@ -103,7 +103,8 @@ ParameterSet::Binding ParameterSet::fill(Slot& slot, const FieldInfo& type, cons
             slot.length = slot.bytes.size();
             const bool isShort = slot.length <= kShortBytes;
             return {SQL_C_BINARY, SQLSMALLINT(isShort ? SQL_VARBINARY : SQL_LONGVARBINARY),
-                    isShort ? SQLULEN(kShortBytes) : SQLULEN(slot.length), 0, slot.bytes.data()};
+                    isShort ? SQLULEN(kShortBytes) : SQLULEN(slot.length), 0,
+                    const_cast<char*>(slot.bytes.constData())};  // no copy of what the argument holds too
         }
         case FieldType::Guid:
             if (!null) slot.guid = guidOf(std::get<QUuid>(value.variant()));
