@@ -163,26 +163,32 @@ bool Connection::handle(tds::Packet packet) {
     }
 }
 
-// The whole of a message; none where the client took it back before its end, which is then answered.
+// The whole of a message; none where the client took it back before its end, which is then answered. Its packets are
+// joined when all have come.
 std::optional<std::vector<std::uint8_t>> Connection::collect(tds::Packet packet) {
-    const tds::PacketType type = packet.type;
-    std::vector<std::uint8_t> message = std::move(packet.body);
-    while (!packet.last()) {
+    std::size_t size = packet.body.size();
+    std::vector<tds::Packet> packets;
+    packets.push_back(std::move(packet));
+    while (!packets.back().last()) {
         std::optional<tds::Packet> next = inbox_.take();
         if (!next) return std::nullopt;
-        packet = std::move(*next);
-        if (packet.type == tds::PacketType::Attention) {
+        if (next->type == tds::PacketType::Attention) {
             reply_.acknowledgeAttention();
             return std::nullopt;
         }
-        if (packet.type != type) throw tds::StreamError("a message within another");
-        message.insert(message.end(), packet.body.begin(), packet.body.end());
-        if (message.size() > server_.options.maxMessageBytes) throw tds::StreamError("a message that is too long");
+        if (next->type != packets.back().type) throw tds::StreamError("a message within another");
+        size += next->body.size();
+        if (size > server_.options.maxMessageBytes) throw tds::StreamError("a message that is too long");
+        packets.push_back(*std::move(next));
     }
-    if ((packet.status & tds::kIgnoreMessage) != 0) {
+    if ((packets.back().status & tds::kIgnoreMessage) != 0) {
         reply_.finish();
         return std::nullopt;
     }
+    std::vector<std::uint8_t> message = std::move(packets.front().body);
+    message.reserve(size);
+    for (auto each = packets.begin() + 1; each != packets.end(); ++each)
+        message.insert(message.end(), each->body.begin(), each->body.end());
     return message;
 }
 

@@ -16,6 +16,11 @@ constexpr std::array<char16_t, 32> kCp1252High = {
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178,
 };
 
+// What stands before the first such byte is the same in code page 1252 and in UTF-8.
+bool isHigh(std::uint8_t byte) {
+    return byte >= 0x80;
+}
+
 void appendUtf8(std::string& out, char32_t c) {
     if (c < 0x80) {
         out += static_cast<char>(c);
@@ -96,15 +101,17 @@ void appendUtf16(std::vector<std::uint8_t>& out, std::string_view utf8) {
 }
 
 std::string utf8FromCp1252(std::span<const std::uint8_t> text) {
-    std::string out;
+    const auto high = std::find_if(text.begin(), text.end(), isHigh);
+    std::string out(text.begin(), high);
     out.reserve(text.size());
-    for (const std::uint8_t b : text) {
-        appendUtf8(out, b >= 0x80 && b < 0xA0 ? kCp1252High[b - 0x80] : b);
-    }
+    for (auto b = high; b != text.end(); ++b) appendUtf8(out, *b >= 0x80 && *b < 0xA0 ? kCp1252High[*b - 0x80] : *b);
     return out;
 }
 
 void appendCp1252(std::vector<std::uint8_t>& out, std::string_view utf8) {
+    const auto start = std::find_if(utf8.begin(), utf8.end(), isHigh);
+    out.insert(out.end(), utf8.begin(), start);
+    utf8.remove_prefix(static_cast<std::size_t>(start - utf8.begin()));
     while (!utf8.empty()) {
         const char32_t c = nextUtf8(utf8);
         if (c < 0x80 || (c >= 0xA0 && c <= 0xFF)) {

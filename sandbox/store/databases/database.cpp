@@ -29,6 +29,12 @@ constexpr int kFirstUserDatabase = 5;
 constexpr std::int32_t kFirstObjectId = 245575913;
 constexpr std::int32_t kObjectIdStep = 16000057;
 
+// SQLite would keep statistics of its memory that nobody asks for, under one lock for all sessions. Works once a
+// process, before its first file is opened.
+void keepNoStatistics() {
+    [[maybe_unused]] static const int done = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+}
+
 fs::path makePrivateFolder() {
     const fs::path shared = "/dev/shm";
     std::error_code error;
@@ -110,6 +116,7 @@ std::int32_t Database::lastObjectId() const {
 
 Databases::Databases(std::optional<fs::path> dataDir, std::string collation)
     : collation_(std::move(collation)), keepsData_(dataDir.has_value()) {
+    keepNoStatistics();
     folder_ = keepsData_ ? *dataDir : makePrivateFolder();
     fs::create_directories(folder_);
     if (keepsData_) {

@@ -1,9 +1,12 @@
 // Aggregates: sums with T-SQL's ranges, averages, deviations, and the one value of a subquery. COUNT, MIN and MAX are
 // SQLite's own.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "sandbox/store/functions/sql_functions_support.h"
 #include "sandbox/store/values/convert_errors.h"
@@ -177,9 +180,12 @@ void average(Call& call) {
     call.give(result, Decimal{*n, result.scale});
 }
 
+// Bytes are kept apart from other values, so that the result takes them over instead of copying them again.
 struct OneValue {
     std::int64_t count;
     sqlite3_value* value;
+    void* bytes;
+    std::uint64_t size;
 };
 
 void scalarStep(sqlite3_context* context, int, sqlite3_value** arguments) {
@@ -189,12 +195,23 @@ void scalarStep(sqlite3_context* context, int, sqlite3_value** arguments) {
         if (++state->count > 1) {
             throw SqlError(errorMessage<512>());
         }
-        state->value = sqlite3_value_dup(arguments[0]);
+        if (sqlite3_value_type(arguments[0]) != SQLITE_BLOB) {
+            state->value = sqlite3_value_dup(arguments[0]);
+            return;
+        }
+        const void* bytes = sqlite3_value_blob(arguments[0]);
+        state->size = static_cast<std::uint64_t>(sqlite3_value_bytes(arguments[0]));
+        state->bytes = sqlite3_malloc64(std::max<std::uint64_t>(state->size, 1));
+        if (!state->bytes) throw std::bad_alloc();
+        if (state->size > 0) std::memcpy(state->bytes, bytes, state->size);
     });
 }
 
 void scalarFinal(sqlite3_context* context) {
     auto* state = stateOf<OneValue>(context, false);
+    if (state && state->bytes) {
+        return sqlite3_result_blob64(context, std::exchange(state->bytes, nullptr), state->size, sqlite3_free);
+    }
     if (!state || !state->value) return sqlite3_result_null(context);
     sqlite3_result_value(context, state->value);
     sqlite3_value_free(state->value);

@@ -231,7 +231,9 @@ void Interpreter::fillParameters(Frame& callee, const std::vector<CallArgument>&
     for (std::size_t i = 0; i < parameters.size(); ++i) {
         const int place = callee.argumentPlaces[i];
         const CallArgument* given = place < 0 ? nullptr : &arguments[static_cast<std::size_t>(place)];
-        const Typed value = !given || given->useDefault ? defaultOf(*parameters[i].defaultValue) : given->value;
+        const bool byDefault = !given || given->useDefault;
+        const Typed usual = byDefault ? defaultOf(*parameters[i].defaultValue) : Typed{};
+        const Typed& value = byDefault ? usual : given->value;
         const Type& type = parameters[i].type.type;
         try {
             callee.variables[i] = convert(value.value, value.type, type, session_.connection->functions().convert);

@@ -55,7 +55,7 @@ Status executeSql(ProcedureHost& host, const SystemProcedure& self, std::vector<
     const std::string text = unicodeText(arguments[0], "@statement", self);
     const std::string declarations = arguments.size() > 1 ? unicodeText(arguments[1], "@params", self) : "";
     std::vector<CallArgument> rest;
-    for (std::size_t i = 2; i < arguments.size(); ++i) rest.push_back(arguments[i]);
+    for (std::size_t i = 2; i < arguments.size(); ++i) rest.push_back(std::move(arguments[i]));
     const Status status = host.runNested(text, declarations, rest, 2, database, {});
     for (std::size_t i = 0; i < rest.size(); ++i) arguments[i + 2] = std::move(rest[i]);
     return status;
