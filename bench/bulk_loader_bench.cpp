@@ -1,11 +1,11 @@
 // The bulk loader from one database to another, against freebcp out to a file and in from it: 200,000 rows of the
 // items' work table. Also how much memory the load takes, and how often the caller is called meanwhile.
 #include <QCoreApplication>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <algorithm>
 
 #include "bench/figure.h"
+#include "bench/freebcp.h"
 #include "bench/memory.h"
 #include "bench/server_process.h"
 #include "engine/db/bulk_loader.h"
@@ -34,18 +34,6 @@ void fill(db::Session& session) {
         table.Post();
     }
     table.Close();
-}
-
-void freebcp(const ServerProcess& server, const QStringList& what) {
-    QProcess program;
-    program.setProcessChannelMode(QProcess::MergedChannels);
-    program.start(QStringLiteral("freebcp"),
-                  what + QStringList{QStringLiteral("-c"), QStringLiteral("-S"),
-                                     QStringLiteral("127.0.0.1:%1").arg(server.port()), QStringLiteral("-U"),
-                                     QStringLiteral("sa"), QStringLiteral("-P"), ServerProcess::kPassword});
-    program.waitForFinished(-1);
-    if (program.exitStatus() != QProcess::NormalExit || program.exitCode() != 0)
-        throw std::runtime_error("freebcp: " + program.readAll().toStdString());
 }
 
 struct Load {
@@ -106,11 +94,11 @@ int main(int argc, char** argv) {
     double memoryMost = 0;
     for (int round = 0; round < kRounds; ++round) {
         emptied();
-        byProgram = std::min(byProgram, bench::seconds([&] {
-                                 freebcp(server, {QStringLiteral("Kilde..VAREIMPORT"), QStringLiteral("out"), file});
-                                 freebcp(server, {QStringLiteral("Mal..VAREIMPORT"), QStringLiteral("in"), file,
-                                                  QStringLiteral("-b"), QStringLiteral("10000")});
-                             }));
+        byProgram =
+            std::min(byProgram, bench::seconds([&] {
+                         bench::freebcp(*from, {QStringLiteral("Kilde..VAREIMPORT"), QStringLiteral("out"), file});
+                         bench::freebcp(*to, {QStringLiteral("Mal..VAREIMPORT"), QStringLiteral("in"), file});
+                     }));
         check("freebcp");
         emptied();
         Load now = load(*from, *to);
@@ -119,7 +107,8 @@ int main(int argc, char** argv) {
         if (now.seconds < best.seconds) best = std::move(now);
     }
     bench::tell("bulk loader, 200,000 rows of 20 columns", best.seconds, "s", "freebcp out and in", byProgram);
-    bench::tell("bulk loader, rows a second", kRows / best.seconds, "rows/s", "freebcp out and in", kRows / byProgram);
+    bench::tell("bulk loader, rows a second", kRows / best.seconds, "rows/s", "freebcp out and in (1.3 wanted)",
+                kRows / byProgram);
     bench::tell("bulk loader, growth of resident memory", memoryMost, "MB", "64 MB at most", 64);
     bench::tell("bulk loader, time between two calls of the caller, p99", best.gaps[best.gaps.size() * 99 / 100], "ms",
                 "50 ms at most", 50);

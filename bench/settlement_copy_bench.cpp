@@ -1,11 +1,13 @@
-// A settlement of 100,000 order lines through the transfer, against the same SELECTs and INSERTs as a plain loop, and
-// the memory that it takes; and the memory that 200 MB of attachments take. The posting procedures do nothing here: the
-// copy is what is measured.
+// A settlement of 100,000 order lines through the transfer, against the same SELECTs and INSERTs as a plain loop,
+// against freebcp of what it has staged, out of the staging tables and in again, and the memory that it takes; and the
+// memory that 200 MB of attachments take. The posting procedures do nothing here: the copy is what is measured.
 #include <QCoreApplication>
+#include <QTemporaryDir>
 
 #include "bench/big_settlement.h"
 #include "bench/chain_process.h"
 #include "bench/figure.h"
+#include "bench/freebcp.h"
 #include "bench/memory.h"
 #include "bench/plain_copy.h"
 #include "engine/db/query.h"
@@ -20,6 +22,7 @@ using namespace torvik;
 
 constexpr int kOrders = 25'000;
 constexpr int kLines = 4 * kOrders;
+constexpr int kRounds = 3;
 constexpr int kAttachments = 400;
 constexpr int kAttachmentBytes = 512 * 1024;
 
@@ -109,6 +112,39 @@ void plain(const test::ChainProgram& program) {
     to.commit();
 }
 
+// The staging tables that hold rows.
+QStringList stagedTables(db::Session& session) {
+    QStringList tables;
+    for (const TableMap* map : allTableMaps()) {
+        const QString name = QString::fromUtf8(map->target);
+        db::Query rows(&session);
+        rows.ParamCheck = false;
+        rows.SQL = QStringList{QStringLiteral("SELECT TOP 1 1 FROM ") + name};
+        rows.Open();
+        if (!rows.IsEmpty() && !tables.contains(name)) tables << name;
+    }
+    return tables;
+}
+
+// Seconds that freebcp needs for what is staged: out to files, and in again once the stage is empty. The rows come from
+// the staging tables and not from the till's, which would cost it joins besides.
+double byFreebcp(db::Session& session) {
+    const QTemporaryDir folder;
+    const QStringList tables = stagedTables(session);
+    const auto copyAll = [&](const char* way) {
+        return bench::seconds([&] {
+            for (const QString& table : tables)
+                bench::freebcp(session, {session.Database() + QStringLiteral("..") + table, QString::fromUtf8(way),
+                                         folder.filePath(table)});
+        });
+    };
+    double seconds = copyAll("out");
+    if (takeStaged(session) != kLines) throw std::runtime_error("not all lines were staged");
+    seconds += copyAll("in");
+    if (takeStaged(session) != kLines) throw std::runtime_error("freebcp has not brought all lines");
+    return seconds;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -122,9 +158,13 @@ int main(int argc, char** argv) {
     if (!program.engine.ConnectSource()) return 1;
 
     const double before = bench::processMegabytes("VmRSS");
-    const double transferred = bench::seconds([&] { transfer(program); });
+    double transferred = 1e9;
+    double bulk = 1e9;
+    for (int round = 0; round < kRounds; ++round) {
+        transferred = std::min(transferred, bench::seconds([&] { transfer(program); }));
+        bulk = std::min(bulk, byFreebcp(program.target));
+    }
     const double most = bench::processMegabytes("VmHWM");
-    if (takeStaged(program.target) != kLines) return 1;
     const double looped = bench::seconds([&] { plain(program); });
     if (takeStaged(program.target) != kLines) return 1;
 
@@ -132,6 +172,8 @@ int main(int argc, char** argv) {
     bench::tell({"settlement of 100,000 order lines, transfer", transferred, "s", "times as fast as the plain loop",
                  looped / transferred});
     bench::tell("the same, order lines", kLines / transferred, "lines/s", "plain loop", kLines / looped);
+    bench::tell("the same, order lines", kLines / transferred, "lines/s", "freebcp out and in (0.8 wanted)",
+                kLines / bulk);
     bench::tell("the same, most memory resident", most, "MB", "250 MB at most", 250);
     bench::tell({"the same, memory resident before it", before, "MB", {}, {}});
     bench::tell("400 attachments of 512 KB, growth of resident memory",
