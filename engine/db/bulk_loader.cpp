@@ -3,9 +3,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <future>
+#include <utility>
+#include <vector>
 
 #include "engine/db/connection.h"
 #include "engine/db/errors.h"
+#include "engine/db/meanwhile.h"
 #include "engine/db/query.h"
 #include "engine/db/row_sender.h"
 #include "engine/db/table_shapes.h"
@@ -19,8 +23,15 @@ using Clock = std::chrono::steady_clock;
 // So long may a window go without a call, but for one block's time on the server.
 constexpr std::chrono::milliseconds kCallEvery{20};
 
-// A slow server is given smaller blocks, down to this.
+// So long may a block take: a slow server is given smaller ones, down to the fewest rows.
+constexpr std::chrono::milliseconds kBlockTime{20};
 constexpr int kFewestRows = 100;
+
+// The rows that a server takes in that time, when so many took so long: no less than half as many, no more than twice.
+int rowsThatFit(int rows, Clock::duration took) {
+    const double fit = std::chrono::duration<double>(kBlockTime) / std::max(took, Clock::duration(1));
+    return int(rows * std::clamp(fit, 0.5, 2.0));
+}
 
 // The places of the source's columns in the target.
 std::vector<int> matched(const DataSet& source, const TableShape& target) {
@@ -38,7 +49,7 @@ std::vector<int> matched(const DataSet& source, const TableShape& target) {
 
 }  // namespace
 
-// One load under way.
+// One load under way. While a block is on its way to the target, on a thread of its own, the next one is read.
 class BulkLoader::Load {
 public:
     Load(BulkLoader& loader, DataSet& source)
@@ -56,9 +67,13 @@ private:
     void beginBatch();
     void take();
     void sendBlock();
-    void endBatch();
+    void send();
+    void awaitBlock();
+    [[nodiscard]] bool blockHasGone() const;
     void sendRest();
+    [[nodiscard]] int percent() const;
     void progress();
+    void tellDue();
 
     BulkLoader& loader_;
     Session& session_;
@@ -68,13 +83,21 @@ private:
     std::vector<int> places_;
     std::unique_ptr<RowSender> sender_;  // from the first row on
     bool ownTransactions_ = false;       // likewise
-    bool begun_ = false;                 // one of those is open
-    RowBlock block_;
+    RowBlock block_;                     // being read
     qint64 taken_ = 0;
     qint64 inBatch_ = 0;
     int blockRows_ = 1;
     int percent_ = -1;
+    std::vector<int> due_;  // percentages to be told
     Clock::time_point called_ = Clock::now();
+
+    // The block on its way; until it has gone, these and the session are its thread's.
+    std::future<void> going_;
+    RowBlock goingBlock_;
+    bool endsBatch_ = false;
+    bool begun_ = false;  // one of the load's own transactions is open
+    Clock::duration took_{};
+    int sentRows_ = 0;
 };
 
 std::shared_ptr<TableShape> BulkLoader::Load::shape() {
@@ -83,18 +106,26 @@ std::shared_ptr<TableShape> BulkLoader::Load::shape() {
     return std::make_shared<TableShape>(tableShape(connection, loader_.TableName, loader_.CommandTimeout));
 }
 
+// The failure of a block is that of earlier rows: it comes before what was met when reading on.
 qint64 BulkLoader::Load::run() {
     try {
         for (source_.First(); !source_.Eof(); source_.Next()) {
             take();
             if (int(block_.Rows) >= blockRows_ || inBatch_ == loader_.Options.RowsPerBatch) sendBlock();
-            if (inBatch_ == loader_.Options.RowsPerBatch) endBatch();
             progress();
         }
+        awaitBlock();
+        tellDue();
         sendRest();
     } catch (...) {
+        std::exception_ptr failure = std::current_exception();
+        try {
+            awaitBlock();
+        } catch (...) {
+            failure = std::current_exception();
+        }
         if (begun_) session_.Rollback();
-        throw;
+        std::rethrow_exception(failure);
     }
     if (loader_.OnProgress) loader_.OnProgress(loader_, 100);
     return sender_ ? sender_->confirmed() : 0;
@@ -108,7 +139,7 @@ void BulkLoader::Load::beginLoad() {
     ownTransactions_ = fewTrips || !session_.InTransaction();
 }
 
-// With few round trips a batch begins with its first block: it may be one that needs no round trip for that.
+// A batch begins with its first block, which may be one that needs no round trip for that.
 void BulkLoader::Load::beginBatch() {
     if (!ownTransactions_ || begun_) return;
     session_.StartTransaction();
@@ -118,7 +149,6 @@ void BulkLoader::Load::beginBatch() {
 // Takes the source's current row, each value as the target's type.
 void BulkLoader::Load::take() {
     if (!sender_) beginLoad();
-    if (!loader_.Options.FewRoundTrips) beginBatch();
     for (size_t i = 0; i < places_.size(); ++i) {
         const FieldInfo& field = target_->Fields[size_t(places_[i])];
         try {
@@ -133,40 +163,71 @@ void BulkLoader::Load::take() {
     ++taken_;
 }
 
+// Sends the block that has been read when the one before it has gone. Single rows are not worth a thread.
 void BulkLoader::Load::sendBlock() {
-    if (block_.Rows == 0) return;
-    beginBatch();
-    const Clock::time_point start = Clock::now();
-    sender_->send(session_.use(), block_);
-    const auto took = Clock::now() - start;
-    block_.Values.clear();
-    block_.Rows = 0;
-    if (loader_.Options.FewRoundTrips) return;
-    if (took > kCallEvery) blockRows_ = std::max(blockRows_ / 2, std::min(kFewestRows, sender_->bestBlock()));
-    if (took < kCallEvery / 4) blockRows_ = std::min(blockRows_ * 2, sender_->bestBlock());
+    awaitBlock();
+    progress();
+    std::swap(goingBlock_, block_);
+    endsBatch_ = inBatch_ == loader_.Options.RowsPerBatch;
+    if (endsBatch_) inBatch_ = 0;
+    if (sender_->bestBlock() == 1) return send();
+    going_ = std::async(std::launch::async, [this] { send(); });
 }
 
-void BulkLoader::Load::endBatch() {
-    if (begun_) session_.Commit();
+void BulkLoader::Load::send() {
+    const Clock::time_point start = Clock::now();
+    if (goingBlock_.Rows > 0) {
+        beginBatch();
+        sender_->send(session_.use(), goingBlock_);
+    }
+    took_ = Clock::now() - start;
+    sentRows_ = int(goingBlock_.Rows);
+    goingBlock_.Values.clear();
+    goingBlock_.Rows = 0;
+    if (!endsBatch_ || !begun_) return;
+    session_.Commit();
     begun_ = false;
-    inBatch_ = 0;
+}
+
+// Raises what the block's thread met.
+void BulkLoader::Load::awaitBlock() {
+    if (!going_.valid()) return;
+    serverCall([this] { going_.wait(); });
+    going_.get();
+    if (loader_.Options.FewRoundTrips || sentRows_ < blockRows_) return;
+    const int best = sender_->bestBlock();
+    blockRows_ = std::clamp(rowsThatFit(sentRows_, took_), std::min(kFewestRows, best), best);
+}
+
+bool BulkLoader::Load::blockHasGone() const {
+    return !going_.valid() || going_.wait_for(Clock::duration::zero()) == std::future_status::ready;
 }
 
 void BulkLoader::Load::sendRest() {
-    const bool alone = loader_.Options.FewRoundTrips && !begun_ && block_.Rows > 0;
-    if (alone && sender_->sendAlone(session_.use(), block_)) return;
-    sendBlock();
-    endBatch();
+    std::swap(goingBlock_, block_);
+    endsBatch_ = true;
+    const bool alone = loader_.Options.FewRoundTrips && !begun_ && goingBlock_.Rows > 0;
+    if (alone && sender_->sendAlone(session_.use(), goingBlock_)) return;
+    send();
 }
 
+int BulkLoader::Load::percent() const {
+    const qint64 count = !query_ || query_->RowCountKnown() ? source_.RecordCount() : 0;
+    return count == 0 ? 0 : int(std::min<qint64>(taken_ * 100 / count, 99));
+}
+
+// The callback may use both sessions: what is due while a block is on its way is told when that has gone.
 void BulkLoader::Load::progress() {
     if (!loader_.OnProgress) return;
-    const qint64 count = !query_ || query_->RowCountKnown() ? source_.RecordCount() : 0;
-    const int percent = count == 0 ? 0 : int(std::min<qint64>(taken_ * 100 / count, 99));
-    const Clock::time_point now = Clock::now();
-    if (percent == percent_ && now - called_ < kCallEvery) return;
-    percent_ = percent;
-    loader_.OnProgress(loader_, percent);
+    if (const int now = percent(); now != percent_) due_.push_back(percent_ = now);
+    if ((due_.empty() && Clock::now() - called_ < kCallEvery) || !blockHasGone()) return;
+    awaitBlock();
+    if (due_.empty()) due_.push_back(percent_);
+    tellDue();
+}
+
+void BulkLoader::Load::tellDue() {
+    for (const int each : std::exchange(due_, {})) loader_.OnProgress(loader_, each);
     called_ = Clock::now();
 }
 

@@ -1,7 +1,7 @@
 // Copies all rows of an open data set into a table of the loader's session, by column name, without holding them: a
-// block at a time is read, sent and forgotten. Rows go by bulk copy wherever that does the same as INSERT
-// (row_sender.h), so identity and default columns that the source lacks are filled, and constraints and triggers hold,
-// as with INSERT.
+// block at a time is read, sent and forgotten, and the next one is read while it is sent. Rows go by bulk copy wherever
+// that does the same as INSERT (row_sender.h), so identity and default columns that the source lacks are filled, and
+// constraints and triggers hold, as with INSERT.
 #pragma once
 
 #include <QObject>
@@ -32,9 +32,9 @@ public:
     // Where the table's columns are looked for before the server is asked; null: nowhere. Not owned.
     TableShapes* Shapes = nullptr;
     // Percent done, 0 to 99 and 100 when all is in: whenever the number changes, and else every few hundredths of a
-    // second, so that a window stays alive. Of a query that does not know its number of rows (Query::UniDirectional
-    // without CountRows) 0 until the end. What it throws stops the load, takes the batch back and passes through. It
-    // may use both sessions.
+    // second, so that a window stays alive; while a block is being sent, when that has gone. Of a query that does not
+    // know its number of rows (Query::UniDirectional without CountRows) 0 until the end. What it throws stops the load,
+    // takes the batch back and passes through. It may use both sessions.
     std::function<void(BulkLoader& sender, int percent)> OnProgress;
 
     void SetConnection(Session* session) { session_ = session; }

@@ -77,6 +77,38 @@ TEST_P(BulkLoaderTest, WhatProgressThrowsStopsTheLoadAndUndoesTheBatch) {
     EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM Mal")), "n\n0\n");
 }
 
+TEST_P(BulkLoaderTest, WhatProgressThrowsBehindSeveralBlocksUndoesThemToo) {
+    fill(4500);
+    source.UniDirectional = source.CountRows = true;
+    source.Open();
+    loader.OnProgress = [](BulkLoader&, int percent) {
+        if (percent == 80) throw UsageError(QStringLiteral("Avbrutt av bruker."));
+    };
+    EXPECT_THROW(loader.LoadFromDataSet(source), UsageError);
+    EXPECT_FALSE(target->InTransaction());
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT COUNT(*) AS n FROM Mal")), "n\n0\n");
+}
+
+// Row 500 of the first block is in the table already; row 1500 holds no number.
+TEST_P(BulkLoaderTest, ABlocksFailureComesBeforeThatOfARowBehindIt) {
+    fill(2500);
+    server.run(QStringLiteral("INSERT Mal (a) VALUES (500)"));
+    source.SQL = {QStringLiteral("SELECT a, CASE WHEN a = 1500 THEN 'x' ELSE '1' END AS c FROM Kilde ORDER BY a")};
+    source.Open();
+    EXPECT_THROW(loader.LoadFromDataSet(source), StatementError);
+    EXPECT_FALSE(target->InTransaction());
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM Mal")), "a\n500\n");
+}
+
+TEST_P(BulkLoaderTest, ARowsFailureUndoesTheBlocksBeforeIt) {
+    fill(2500);
+    source.SQL = {QStringLiteral("SELECT a, CASE WHEN a = 1500 THEN 'x' ELSE '1' END AS c FROM Kilde ORDER BY a")};
+    source.Open();
+    EXPECT_THROW(loader.LoadFromDataSet(source), UsageError);
+    EXPECT_FALSE(target->InTransaction());
+    EXPECT_EQ(server.rows(QStringLiteral("SELECT a FROM Mal")), "a\n");
+}
+
 TEST_P(BulkLoaderTest, BatchesAreCommittedOneByOne) {
     fill(25);
     server.run(QStringLiteral("INSERT Mal (a) VALUES (22)"));
