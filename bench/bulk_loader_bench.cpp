@@ -42,13 +42,14 @@ struct Load {
     std::vector<double> gaps;  // milliseconds between two calls
 };
 
-Load load(db::Session& from, db::Session& to) {
+Load load(db::Session& from, db::Session& to, bool fewRoundTrips) {
     db::Query source(&from);
     source.UniDirectional = true;
     source.CountRows = true;
     source.SQL = {QStringLiteral("SELECT * FROM VAREIMPORT")};
     db::BulkLoader loader(&to);
     loader.TableName = QStringLiteral("VAREIMPORT");
+    loader.Options.FewRoundTrips = fewRoundTrips;
     Load result{};
     auto last = std::chrono::steady_clock::now();
     loader.OnProgress = [&](db::BulkLoader&, int) {
@@ -91,6 +92,7 @@ int main(int argc, char** argv) {
     };
     double byProgram = 1e9;
     Load best{1e9, 0, {}};
+    double fewTrips = 1e9;
     double memoryMost = 0;
     for (int round = 0; round < kRounds; ++round) {
         emptied();
@@ -101,14 +103,21 @@ int main(int argc, char** argv) {
                      }));
         check("freebcp");
         emptied();
-        Load now = load(*from, *to);
+        const Load fast = load(*from, *to, true);
+        check("the loader in few round trips");
+        fewTrips = std::min(fewTrips, fast.seconds);
+        emptied();
+        Load now = load(*from, *to, false);
         check("the loader");
+        memoryMost = std::max(memoryMost, fast.memory);
         memoryMost = std::max(memoryMost, now.memory);
         if (now.seconds < best.seconds) best = std::move(now);
     }
     bench::tell("bulk loader, 200,000 rows of 20 columns", best.seconds, "s", "freebcp out and in", byProgram);
     bench::tell("bulk loader, rows a second", kRows / best.seconds, "rows/s", "freebcp out and in (1.3 wanted)",
                 kRows / byProgram);
+    bench::tell("bulk loader in few round trips, as a send has it, rows a second", kRows / fewTrips, "rows/s",
+                "freebcp out and in (1.3 wanted)", kRows / byProgram);
     bench::tell("bulk loader, growth of resident memory", memoryMost, "MB", "64 MB at most", 64);
     bench::tell("bulk loader, time between two calls of the caller, p99", best.gaps[best.gaps.size() * 99 / 100], "ms",
                 "50 ms at most", 50);

@@ -1,7 +1,7 @@
 // How much of a file goes to a share in one request. Each piece waits for the answer to the one before it, so that on
 // a long line small pieces cost waiting; on a slow line a large one takes so long that its answer comes too late, and
-// that nobody sees it go on or can cancel it; and on a fast one the server takes pieces of a megabyte faster than
-// larger ones, which no longer fit the processors' caches. Used by SmbShare; docs/fleet.md.
+// that nobody sees it go on or can cancel it; and on a fast one the server takes pieces of a megabyte twice as fast as
+// those of four. Used by SmbShare; docs/fleet.md.
 #pragma once
 
 #include <algorithm>
