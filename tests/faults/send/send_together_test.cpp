@@ -2,6 +2,7 @@
 // the same lines, the same failures at the same steps.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <regex>
 
 #include "engine/db/query.h"
@@ -113,6 +114,35 @@ TEST(SendTogether, LeavesTillsOfEveryVersionAsSingleStatementsDo) {
     expectThreeSendsTheSame(together, oneByOne);
 }
 
+// What goes together, and is refused once: the send goes on with single statements and leaves what a good one leaves.
+TEST(SendTogether, WhatIsRefusedTogetherOnceIsDoneOneByOne) {
+    struct Part {
+        std::size_t server;
+        const char* text;
+    };
+    for (const Part& part : {Part{kFirstTill, "where name='KUPONG"}, Part{kFirstTill, "OBJECT_ID(N'PRODUKTIMPORT')"},
+                             Part{kFirstTill, "INSERT INTO VAREGRUPPEIMPORT"}, Part{kBackOffice, "FROM leverandor"},
+                             Part{kBackOffice, "FROM POSGRUNN"}, Part{kBackOffice, "From POSTIMEPROFIL"}})
+        for (const auto level : {sandbox::FaultLevel::Request, sandbox::FaultLevel::Statement}) {
+            const auto copy = SendStage::get().copy();
+            sandbox::FaultRule refusal;
+            refusal.match.textContains = part.text;
+            refusal.level = level;
+            refusal.action = sandbox::FaultAction::Fail;
+            refusal.message = {.number = 50000, .severity = 16, .state = 1, .text = "Made to fail"};
+            serverOf(copy->chain, part.server).faults().add(refusal);
+            serverOf(copy->chain, part.server).faults().keepLog();
+
+            const Left left = sendOnce(*copy, true);
+
+            const auto log = serverOf(copy->chain, part.server).faults().log();
+            EXPECT_TRUE(std::any_of(log.begin(), log.end(), [](const auto& request) { return request.failed; }))
+                << part.text;
+            EXPECT_EQ(left.errors, "") << part.text;
+            EXPECT_EQ(difference(SendStage::get().run().end, left.tables), "") << part.text;
+        }
+}
+
 struct Hindrance {
     const char* name;
     const char* batch;   // on the first till
@@ -162,6 +192,7 @@ constexpr Hindrance kHindrances[] = {
      "TorvikToPOS failed: Rabattmatrise SessionID: n There is already an object named 'InsertRabattMatrise'"},
     {"AViewInThePlaceOfTheThirdProcedureOfFive",
      "IF OBJECT_ID('InsertLeverandor') IS NOT NULL DROP PROCEDURE InsertLeverandor "
+     "IF OBJECT_ID('InsertDelvare') IS NOT NULL DROP PROCEDURE InsertDelvare "
      "EXEC('CREATE VIEW InsertLeverandor AS SELECT 1 AS a')",
      "TorvikToPOS failed: Vare SessionID: n There is already an object named 'InsertLeverandor'"},
     {"ATableOfAProcedure", "DROP TABLE DELVARE", "TorvikToPOS failed: Vare SessionID: n Invalid object name"},
