@@ -52,7 +52,7 @@ TEST(TillSettings, MissingRowAtTheBackOfficeIsNoError) {
     const Rows before = send.till("SELECT * FROM INNSTILLINGER");
     send.inBackOffice("UPDATE Internkunde SET Ik_Kassebong1 = 'Butikken'");
     send.dm.OnLog = [&](const QString& line) {
-        if (line.contains(QLatin1String("ANSATT"))) send.inBackOffice("DELETE FROM Internkundekasse");
+        if (line.contains(QLatin1String("Kunder"))) send.inBackOffice("DELETE FROM Internkundekasse");
     };
     ASSERT_EQ(send.send(), QString());
     EXPECT_EQ(send.till("SELECT * FROM INNSTILLINGER"), before);
