@@ -210,7 +210,7 @@ void TdmTorvikToPOS::run(const Run& action) {
 }
 
 void TdmTorvikToPOS::run(const AskForTable& action) {
-    if (tables_.Has(*destinationConnection_, action.table)) tillTables_.insert(action.table);
+    if (tables_.TableExists(*destinationConnection_, action.table)) tillTables_.insert(action.table);
 }
 
 void TdmTorvikToPOS::run(DriverTask task) {

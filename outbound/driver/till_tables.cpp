@@ -78,7 +78,7 @@ int TillTables::ReadVersion(db::Query& question, bool together) {
     return found;
 }
 
-bool TillTables::Has(db::Session& till, const char* table) {
+bool TillTables::TableExists(db::Session& till, const char* table) {
     if (const auto known = has_.find(table); known != has_.end()) return known->second;
     db::Query query(&till);
     query.ParamCheck = false;

@@ -24,7 +24,7 @@ public:
     // The till's version. With `together` the questions of all steps for a table go with it; where the till refuses
     // them together, each is asked by itself when its step comes. `question` is a query on the till.
     [[nodiscard]] int ReadVersion(db::Query& question, bool together);
-    [[nodiscard]] bool Has(db::Session& till, const char* table);
+    [[nodiscard]] bool TableExists(db::Session& till, const char* table);
 
     // Makes the work tables of all steps of such a send, and asks what they look like: at the first call, which comes
     // before anything is loaded. Gives whether they have been made, at every later call too. False: the till has
