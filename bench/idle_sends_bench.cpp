@@ -2,10 +2,10 @@
 // together and one by one.
 #include <QCoreApplication>
 
-#include <map>
 #include <string>
 
 #include "bench/figure.h"
+#include "bench/purposes.h"
 #include "engine/roster/avdeling.h"
 #include "outbound/run/send_run.h"
 #include "tests/support/chain_round_trips.h"
@@ -20,7 +20,6 @@ constexpr int kTills = 20;
 constexpr double kMostToATill = 50;  // round trips
 constexpr double kMostToTheBackOffice = 30;
 
-using Purposes = std::map<std::string, double>;
 using Purpose = std::pair<const char*, const char*>;
 
 // What a request is for, by a piece of its text: the first that it holds.
@@ -55,7 +54,8 @@ constexpr Purpose kAtTheBackOffice[] = {
 };
 
 template <std::size_t N>
-void add(Purposes& trips, const std::vector<std::string>& requests, const Purpose (&purposes)[N], const char* other) {
+void add(bench::Purposes& trips, const std::vector<std::string>& requests, const Purpose (&purposes)[N],
+         const char* other) {
     for (const std::string& request : requests) {
         const char* purpose = other;
         for (const auto& [part, name] : purposes)
@@ -67,16 +67,10 @@ void add(Purposes& trips, const std::vector<std::string>& requests, const Purpos
     }
 }
 
-double sum(const Purposes& trips) {
-    double all = 0;
-    for (const auto& [purpose, count] : trips) all += count;
-    return all;
-}
-
 struct Walk {
-    double milliseconds;  // a till
-    Purposes till;        // round trips a till, by purpose
-    Purposes backOffice;  // likewise, without what a run asks once
+    double milliseconds;         // a till
+    bench::Purposes till;        // round trips a till, by purpose
+    bench::Purposes backOffice;  // likewise, without what a run asks once
 };
 
 // A send of changes to tills that have been sent to, with prices and customers and nothing changed.
@@ -107,11 +101,6 @@ Walk idleWalk(bool together) {
     return walk;
 }
 
-void tellPurposes(const std::string& side, const Purposes& trips) {
-    for (const auto& [purpose, count] : trips)
-        bench::tell({side + ": " + purpose, count, "round trips a till", {}, {}});
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -120,14 +109,14 @@ int main(int argc, char** argv) {
     const Walk oneByOne = idleWalk(false);
     bench::tell({"a till that is sent to with nothing changed", together.milliseconds, "ms", {}, {}});
     bench::tell("the same", together.milliseconds, "ms", "each statement by itself", oneByOne.milliseconds);
-    bench::tell("at the till", sum(together.till), "round trips a till", "50 at most", kMostToATill);
-    bench::tell("at the back office", sum(together.backOffice), "round trips a till", "30 at most",
+    bench::tell("at the till", bench::sum(together.till), "round trips a till", "50 at most", kMostToATill);
+    bench::tell("at the back office", bench::sum(together.backOffice), "round trips a till", "30 at most",
                 kMostToTheBackOffice);
-    bench::tell("at the till", sum(together.till), "round trips a till", "each statement by itself",
-                sum(oneByOne.till));
-    bench::tell("at the back office", sum(together.backOffice), "round trips a till", "each statement by itself",
-                sum(oneByOne.backOffice));
-    tellPurposes("at the till", together.till);
-    tellPurposes("at the back office", together.backOffice);
-    tellPurposes("each by itself, at the till", oneByOne.till);
+    bench::tell("at the till", bench::sum(together.till), "round trips a till", "each statement by itself",
+                bench::sum(oneByOne.till));
+    bench::tell("at the back office", bench::sum(together.backOffice), "round trips a till", "each statement by itself",
+                bench::sum(oneByOne.backOffice));
+    bench::tellPurposes("at the till", together.till);
+    bench::tellPurposes("at the back office", together.backOffice);
+    bench::tellPurposes("each by itself, at the till", oneByOne.till);
 }

@@ -4,10 +4,10 @@
 #include <QElapsedTimer>
 
 #include <algorithm>
-#include <map>
 #include <string>
 
 #include "bench/figure.h"
+#include "bench/purposes.h"
 #include "tests/support/chain_round_trips.h"
 #include "tests/support/chain_run.h"
 
@@ -60,19 +60,11 @@ std::string purposeOf(const std::string& trip) {
     return "raw tables";
 }
 
-using Purposes = std::map<std::string, double>;
-
 struct Walk {
-    double milliseconds;  // a till
-    Purposes till;        // round trips a till, by purpose
-    Purposes backOffice;  // likewise, without what a run asks once
+    double milliseconds;         // a till
+    bench::Purposes till;        // round trips a till, by purpose
+    bench::Purposes backOffice;  // likewise, without what a run asks once
 };
-
-double sum(const Purposes& trips) {
-    double all = 0;
-    for (const auto& [purpose, count] : trips) all += count;
-    return all;
-}
 
 // A walk over so many tills that have all been fetched.
 Walk idleWalk(int tills, bool together) {
@@ -96,11 +88,6 @@ Walk idleWalk(int tills, bool together) {
     return walk;
 }
 
-void tellPurposes(const std::string& side, const Purposes& trips) {
-    for (const auto& [purpose, count] : trips)
-        bench::tell({side + ": " + purpose, count, "round trips a till", {}, {}});
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -113,12 +100,13 @@ int main(int argc, char** argv) {
     bench::tell("walk over 200 tills with nothing to fetch", many.milliseconds, "ms a till", "60 ms at most",
                 kMostAtATill);
     bench::tell("the same", many.milliseconds, "ms a till", "walk over 50 tills", few.milliseconds);
-    bench::tell("the same, at the till", sum(many.till), "round trips a till", "15 at most", kMostToATill);
-    bench::tell("the same, at the back office", sum(many.backOffice), "round trips a till", "30 at most",
+    bench::tell("the same, at the till", bench::sum(many.till), "round trips a till", "15 at most", kMostToATill);
+    bench::tell("the same, at the back office", bench::sum(many.backOffice), "round trips a till", "30 at most",
                 kMostToTheBackOffice);
-    bench::tell("at the till", sum(many.till), "round trips a till", "each statement by itself", sum(oneByOne.till));
-    bench::tell("at the back office", sum(many.backOffice), "round trips a till", "each statement by itself",
-                sum(oneByOne.backOffice));
-    tellPurposes("at the till", many.till);
-    tellPurposes("at the back office", many.backOffice);
+    bench::tell("at the till", bench::sum(many.till), "round trips a till", "each statement by itself",
+                bench::sum(oneByOne.till));
+    bench::tell("at the back office", bench::sum(many.backOffice), "round trips a till", "each statement by itself",
+                bench::sum(oneByOne.backOffice));
+    bench::tellPurposes("at the till", many.till);
+    bench::tellPurposes("at the back office", many.backOffice);
 }

@@ -112,6 +112,19 @@ protected:
         expectTheSame(byOne(), Fetched::Of(chain));
         EXPECT_EQ(countStandingPairs(chain), 0U);
     }
+    // A night of the leading copy, which the helping one joins.
+    void nextNightMakesGood() {
+        {
+            Gate first(chain.till(0));
+            leading->start();
+            ASSERT_TRUE(first.isMet());
+            helping->start();
+            waitForRows("Slutt {%hentet, maskin", kTills - 1);
+        }
+        EXPECT_TRUE(leading->endsWell());
+        EXPECT_TRUE(helping->endsWell());
+        expectWhatOneLeaves();
+    }
     [[nodiscard]] std::unique_ptr<db::Session> officeSession() const {
         auto session = std::make_unique<db::Session>();
         session->SetConnectString(QString::fromStdString(chain.dataLink()));
@@ -195,16 +208,7 @@ TEST_P(HelpingCopyIsKilled, AndTheOthersTakeItsTillsAndTheNextNightMakesGoodWhat
         << "all but one that only the killed copy can resolve";
     EXPECT_EQ(countStandingPairs(chain), static_cast<std::size_t>(GetParam().pairsLeft));
 
-    {
-        Gate first(chain.till(0));
-        leading->start();
-        ASSERT_TRUE(first.isMet());
-        helping->start();
-        waitForRows("Slutt {%hentet, maskin", kTills - 1);
-    }
-    EXPECT_TRUE(leading->endsWell());
-    EXPECT_TRUE(helping->endsWell());
-    expectWhatOneLeaves();
+    nextNightMakesGood();
 }
 
 INSTANTIATE_TEST_SUITE_P(At, HelpingCopyIsKilled,
@@ -254,16 +258,7 @@ TEST_F(HelpedNight, HelpingCopyAndThenTheLeadingOneAreKilledAndTheNextNightLoses
     EXPECT_EQ(rowsLike("Slutt {%hentet, maskin"), 1) << "the helping copy's, at the other till of the first department";
     EXPECT_EQ(countStandingPairs(chain), 2U);
 
-    {
-        Gate first(chain.till(0));
-        leading->start();
-        ASSERT_TRUE(first.isMet());
-        helping->start();
-        waitForRows("Slutt {%hentet, maskin", kTills - 1);
-    }
-    EXPECT_TRUE(leading->endsWell());
-    EXPECT_TRUE(helping->endsWell());
-    expectWhatOneLeaves();
+    nextNightMakesGood();
 }
 
 TEST_F(HelpedNight, TillThatAnotherSessionHoldsIsTheOnlyOneThatIsNotFetched) {
