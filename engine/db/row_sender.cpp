@@ -129,7 +129,7 @@ bool RowSender::allOrNone(Connection& connection, const Send& sendAll) {
     } catch (const Error& e) {
         confirmed_ = before;
         if (!inTransaction)
-            takeBack();
+            session_.Rollback();
         else if (!e.connectionUsable() || e.timedOut() || !session_.InTransaction())
             throw;
         else
@@ -138,11 +138,6 @@ bool RowSender::allOrNone(Connection& connection, const Send& sendAll) {
         if (!refused || e.timedOut()) throw;
     }
     return false;
-}
-
-// The transaction that was begun for the rows' sake.
-void RowSender::takeBack() {
-    session_.Rollback();
 }
 
 void RowSender::rollBackTo(Connection& connection, const QString& savePoint) {
@@ -212,7 +207,7 @@ bool RowSender::sendAlone(Connection& connection, const RowBlock& rows) {
         return true;
     } catch (const Error& e) {
         if (dynamic_cast<const Miscounted*>(&e)) throw;
-        takeBack();
+        session_.Rollback();
         if (!dynamic_cast<const StatementError*>(&e) || e.timedOut()) throw;
     }
     return false;

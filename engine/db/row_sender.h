@@ -53,7 +53,6 @@ private:
     void confirm(size_t sent, qint64 taken);
     template <typename Send>
     bool allOrNone(Connection& connection, const Send& sendAll);
-    void takeBack();
     void rollBackTo(Connection& connection, const QString& savePoint);
     void oneByOne(Connection& connection, const RowBlock& rows, size_t first, size_t end);
 

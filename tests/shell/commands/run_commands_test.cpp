@@ -62,6 +62,22 @@ protected:
     [[nodiscard]] bool wasCancelled(MainWindow& window) const {
         return log(window).contains(QStringLiteral("Avbrutt av bruker"));
     }
+    // Runs the command, and closes the window when it has been held up for a second.
+    void closeOnceHeld(MainWindow& window, const std::atomic<bool>& held) {
+        QElapsedTimer timer;
+        std::thread operatorOfTheWindow([&] {
+            while (!held) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+            timer.start();
+            QCoreApplication::postEvent(window.windowHandle(), new QCloseEvent);
+        });
+        click(window, command().action);
+        operatorOfTheWindow.join();
+        EXPECT_TRUE(pumpUntil([&] { return !window.isVisible(); }));
+        EXPECT_LT(timer.elapsed(), kMostMsToClose);
+        EXPECT_TRUE(wasCancelled(window)) << log(window).join(u'\n').toStdString();
+        expectDoneTillsAreTold(window, 0);
+    }
     void expectGoesThrough(MainWindow& window) {
         window.TorvikPos1().ErrorLog->Clear();
         copiedFiles = 0;
@@ -241,19 +257,7 @@ TEST_P(RunCommandsThatWrite, WindowClosedWhileAServerLetsItWaitIsGoneInTwoSecond
     } else {
         hold();
     }
-    QElapsedTimer timer;
-    std::thread operatorOfTheWindow([&] {
-        while (!held) std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        std::this_thread::sleep_for(std::chrono::milliseconds(1000));
-        timer.start();
-        QCoreApplication::postEvent(window.windowHandle(), new QCloseEvent);
-    });
-    click(window, command().action);
-    operatorOfTheWindow.join();
-    EXPECT_TRUE(pumpUntil([&] { return !window.isVisible(); }));
-    EXPECT_LT(timer.elapsed(), kMostMsToClose);
-    EXPECT_TRUE(wasCancelled(window)) << log(window).join(u'\n').toStdString();
-    expectDoneTillsAreTold(window, 0);
+    closeOnceHeld(window, held);
     holder.Rollback();
     expectNoOpenTransactions();
     expectServedAre({false, false});
@@ -264,18 +268,7 @@ TEST_P(RunCommands, WindowClosedWhileALoginHangsIsGoneInTwoSeconds) {
     MainWindow window(path(), store);
     open(window);
     chain.till(0).faults().hangLogins(1);
-    QElapsedTimer timer;
-    std::thread operatorOfTheWindow([&] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1000));
-        timer.start();
-        QCoreApplication::postEvent(window.windowHandle(), new QCloseEvent);
-    });
-    click(window, command().action);
-    operatorOfTheWindow.join();
-    EXPECT_TRUE(pumpUntil([&] { return !window.isVisible(); }));
-    EXPECT_LT(timer.elapsed(), kMostMsToClose);
-    EXPECT_TRUE(wasCancelled(window)) << log(window).join(u'\n').toStdString();
-    expectDoneTillsAreTold(window, 0);
+    closeOnceHeld(window, std::atomic<bool>(true));
     expectServedAre({false, false});
 }
 
