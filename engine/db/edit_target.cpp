@@ -34,15 +34,8 @@ Keys keysOf(Connection& connection, const QString& table, int timeout) {
         "SELECT name FROM sys.columns WHERE object_id = OBJECT_ID(?) AND is_identity = 1");
     Keys keys;
     Reply reply(connection, {text, {{table, {}}, {table, {}}}, timeout});
-    const auto next = [&] {
-        RowStore rows(reply.hasRows() ? reply.columns() : std::vector<FieldInfo>{});
-        while (reply.hasRows() && reply.fetch(rows)) {
-        }
-        if (reply.hasRows()) reply.nextRowSet();
-        return rows;
-    };
-    const RowStore unique = next();
-    const RowStore identity = next();
+    const RowStore unique = reply.takeRowSet();
+    const RowStore identity = reply.takeRowSet();
     reply.finish();
     for (qsizetype row = 0; row < unique.rowCount(); ++row)
         keys.unique.push_back({int(unique.value(row, 0).toInt()), unique.value(row, 1).toQString()});

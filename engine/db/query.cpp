@@ -96,11 +96,7 @@ void Query::Open() {
     auto reply = std::make_unique<Reply>(session().use(this), counts ? countedRequest() : request());
     int count = -1;
     if (counts && reply->hasRows()) {
-        RowStore counted(reply->columns());
-        while (reply->fetch(counted)) {
-        }
-        count = int(counted.value(0, 0).toInt());
-        reply->nextRowSet();
+        count = int(reply->takeRowSet().value(0, 0).toInt());
         reply->raiseErrors();
     }
     if (!reply->hasRows()) {

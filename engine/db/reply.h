@@ -31,6 +31,9 @@ public:
     bool fetch(RowStore& rows);
     // Passes over the rest of this row set to the next one; false at the end of the reply.
     bool nextRowSet();
+    // The rows of this row set that are left, after which the reply stands at the next one; none, and no columns, where
+    // it stands at no row set.
+    [[nodiscard]] RowStore takeRowSet();
     // Reads to the end.
     void finish();
     // Raises the errors met so far, which the operations above raise at the reply's end; the rest is cancelled then.

@@ -32,14 +32,10 @@ QString askedBehind(const QString& batch, const QStringList& tables) {
     return lines.join(QStringLiteral("\r\n"));
 }
 
-// The rows of the row set that the reply stands at; it goes on to the next one.
-RowStore taken(Reply& reply) {
+// The rows of the next question; an error when it has none.
+RowStore answer(Reply& reply) {
     if (!reply.hasRows()) throw StatementError(QStringLiteral("The statement did not return rows"));
-    RowStore rows(reply.columns());
-    while (reply.fetch(rows)) {
-    }
-    reply.nextRowSet();
-    return rows;
+    return reply.takeRowSet();
 }
 
 }  // namespace
@@ -61,11 +57,11 @@ void TableShapes::AskBehind(Session& session, const QString& batch, const QStrin
         auto shape = std::make_shared<TableShape>();
         shape->Name = table;
         if (reply.hasRows()) shape->Fields = reply.columns();
-        static_cast<void>(taken(reply));
+        static_cast<void>(answer(reply));
         found[table.toLower()] = std::move(shape);
     }
-    const RowStore ids = taken(reply);
-    const RowStore columns = taken(reply);
+    const RowStore ids = answer(reply);
+    const RowStore columns = answer(reply);
     reply.finish();
     const int idColumn = int(columns.columnCount()) - 1;
     for (int i = 0; i < tables.size(); ++i) {

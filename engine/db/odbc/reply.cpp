@@ -149,6 +149,15 @@ bool Reply::nextRowSet() {
     return hasRows();
 }
 
+RowStore Reply::takeRowSet() {
+    RowStore rows(hasRows() ? columns() : std::vector<FieldInfo>{});
+    if (!hasRows()) return rows;
+    while (fetch(rows)) {
+    }
+    nextRowSet();
+    return rows;
+}
+
 void Reply::finish() {
     while (hasRows()) nextRowSet();
 }
@@ -171,13 +180,8 @@ void Reply::fail() {
 
 RowStore lastRows(Connection& connection, const Request& request) {
     Reply reply(connection, request);
-    RowStore last(std::vector<FieldInfo>{});
-    while (reply.hasRows()) {
-        last = RowStore(reply.columns());
-        while (reply.fetch(last)) {
-        }
-        reply.nextRowSet();
-    }
+    RowStore last = reply.takeRowSet();
+    while (reply.hasRows()) last = reply.takeRowSet();
     return last;
 }
 
