@@ -10,6 +10,7 @@
 #include "engine/office/application_lock.h"
 #include "tests/faults/fault_case.h"
 #include "tests/faults/several_copies.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/qt_print.h"
 
 namespace torvik::test {
@@ -125,14 +126,8 @@ protected:
         EXPECT_TRUE(helping->endsWell());
         expectWhatOneLeaves();
     }
-    [[nodiscard]] std::unique_ptr<db::Session> officeSession() const {
-        auto session = std::make_unique<db::Session>();
-        session->SetConnectString(QString::fromStdString(chain.dataLink()));
-        session->Open();
-        return session;
-    }
     [[nodiscard]] qint64 rowsLike(const char* text) const {
-        const auto session = officeSession();
+        const auto session = backOfficeSession(chain);
         db::Query query(session.get());
         query.ParamCheck = false;
         query.SQL = QStringList{QStringLiteral("SELECT COUNT(*) FROM dts_logg (NOLOCK) WHERE dl_info LIKE '%1%'")
@@ -262,7 +257,7 @@ TEST_F(HelpedNight, HelpingCopyAndThenTheLeadingOneAreKilledAndTheNextNightLoses
 }
 
 TEST_F(HelpedNight, TillThatAnotherSessionHoldsIsTheOnlyOneThatIsNotFetched) {
-    const auto session = officeSession();
+    const auto session = backOfficeSession(chain);
     const sandbox::chain::Till& held = chain.model().tills[1];
     const ApplicationLock lock(
         *session, ApplicationLock::OfTill(chain.model().departmentOf(held).id, QString::fromStdString(held.number)));

@@ -6,6 +6,7 @@
 #include "engine/roster/avdeling.h"
 #include "engine/status/oppgjor_status.h"
 #include "tests/support/chain_run.h"
+#include "tests/support/chain_session.h"
 
 namespace torvik::test {
 namespace {
@@ -46,14 +47,8 @@ TEST(SettlementFaults, StoppedTillDoesNotStopTheOthers) {
 TEST(SettlementFaults, TillWithAnOpenTransactionIsLeftAlone) {
     ChainRun run;
     TORVIK_NEEDS_SANDBOX(run.chain);
-    const auto address = run.chain.addressOf(kFaulty);
-    db::Session busy;
-    busy.SetServer(QString::fromStdString(address.server));
-    busy.SetDatabase(QString::fromStdString(address.database));
-    busy.SetUsername(QString::fromStdString(address.user));
-    busy.SetPassword(QString::fromStdString(address.password));
-    busy.Open();
-    db::Query change(&busy);
+    const auto busy = tillSession(run.chain, kFaulty);
+    db::Query change(busy.get());
     change.SQL = QStringList{QStringLiteral("BEGIN TRANSACTION"),
                              QStringLiteral("UPDATE INNSTILLINGER SET IN_NAVN = 'opptatt'")};
     change.ExecSQL();
@@ -64,7 +59,7 @@ TEST(SettlementFaults, TillWithAnOpenTransactionIsLeftAlone) {
         "Henter ikke oppgjør (avd. 102, kasse 1), fordi den er i en transaksjon. Kanskje kasseoppgjøret ikke er avsluttet")))
         << run.errors().join(u'\n').toStdString();
     EXPECT_TRUE(run.posted(allBut(kFaulty)));
-    busy.Close();
+    busy->Close();
     run.fetch();
     EXPECT_TRUE(run.postedWhole());
 }

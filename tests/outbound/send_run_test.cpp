@@ -14,6 +14,7 @@
 #include "outbound/run/send_run.h"
 #include "tests/outbound/one_item.h"
 #include "tests/support/chain_run.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/qt_print.h"
 #include "tests/support/status_rows.h"
 
@@ -174,21 +175,15 @@ TEST_F(SendRun, WithoutTillsLogsItsBeginningAlone) {
 }
 
 TEST_F(SendRun, BusyTillIsPassedOver) {
-    const auto address = run.chain.addressOf(0);
-    db::Session busy;
-    busy.SetServer(QString::fromStdString(address.server));
-    busy.SetDatabase(QString::fromStdString(address.database));
-    busy.SetUsername(QString::fromStdString(address.user));
-    busy.SetPassword(QString::fromStdString(address.password));
-    busy.Open();
-    busy.StartTransaction();
-    db::Query sale(&busy);
+    const auto busy = test::tillSession(run.chain, 0);
+    busy->StartTransaction();
+    db::Query sale(busy.get());
     sale.SQL = QStringList{QStringLiteral("UPDATE INNSTILLINGER SET IN_NAVN = 'x'")};
     sale.ExecSQL();
 
     run.engine.ExecuteDTSToPos();
 
-    busy.Rollback();
+    busy->Rollback();
     EXPECT_THAT(served(), ElementsAre("0", "1", "1"));
     EXPECT_EQ(
         status().front(),

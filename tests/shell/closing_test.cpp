@@ -14,6 +14,7 @@
 #include "tests/engine/workers/scripted_worker.h"
 #include "tests/shell/modal.h"
 #include "tests/shell/window_over_a_chain.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/pump.h"
 #include "tests/support/qt_print.h"
 
@@ -45,21 +46,12 @@ protected:
             texts.append(line.section(QStringLiteral("  : "), 1));
         return texts;
     }
-    // Transactions that any connection to the server holds open.
-    [[nodiscard]] static qint64 openTransactions(const QString& connectString) {
-        db::Session session;
-        session.SetConnectString(connectString);
-        session.Open();
+    // Transactions that any connection to the session's server holds open.
+    [[nodiscard]] static qint64 openTransactions(db::Session& session) {
         db::Query query(&session);
         query.SQL = QStringList{QStringLiteral("SELECT SUM(open_tran) FROM master..sysprocesses WHERE open_tran > 0")};
         query.Open();
         return query.Fields(0).AsInteger();
-    }
-    [[nodiscard]] QString tillString(std::size_t till) const {
-        const auto address = chain.addressOf(till);
-        return QStringLiteral("Data Source=%1;Initial Catalog=%2;User ID=%3;Password=%4")
-            .arg(QString::fromStdString(address.server), QString::fromStdString(address.database),
-                 QString::fromStdString(address.user), QString::fromStdString(address.password));
     }
     [[nodiscard]] QString savedLog() const {
         QFile log(folder.filePath(QStringLiteral("TorvikPos.log")));
@@ -99,18 +91,16 @@ TEST_F(Closing, RunInTheMiddleOfATillLeavesNoTransactionBehind) {
     fetchAndCloseAt(window, QStringLiteral("Transaksjon startet for måldatabase"));
 
     EXPECT_TRUE(messages(window).contains(QStringLiteral("Avbrutt av bruker")));
-    EXPECT_EQ(openTransactions(QString::fromStdString(chain.dataLink())), 0);
-    EXPECT_EQ(openTransactions(tillString(0)), 0);
+    EXPECT_EQ(openTransactions(*test::backOfficeSession(chain)), 0);
+    EXPECT_EQ(openTransactions(*test::tillSession(chain, 0)), 0);
     EXPECT_FALSE(window.TorvikPos1().AutoCommunicate());
 }
 
 // Somebody holds what the fetch must write; the cancel comes while the fetch waits for it.
 TEST_F(Closing, CancelEndsAStatementThatWaitsForALockAndTheNextFetchTakesAll) {
-    db::Session holder;
-    holder.SetConnectString(QString::fromStdString(chain.dataLink()));
-    holder.Open();
-    holder.StartTransaction();
-    db::Query lock(&holder);
+    const auto holder = test::backOfficeSession(chain);
+    holder->StartTransaction();
+    db::Query lock(holder.get());
     lock.SQL = QStringList{QStringLiteral("UPDATE dts_loggtype SET dlt_id = dlt_id")};
     lock.ExecSQL();
 
@@ -132,9 +122,9 @@ TEST_F(Closing, CancelEndsAStatementThatWaitsForALockAndTheNextFetchTakesAll) {
     EXPECT_LT(timer.elapsed(), 15000);
     EXPECT_TRUE(engine.Cancelled);
     EXPECT_EQ(messages(window).count(QStringLiteral("Avbrutt av bruker")), 1);
-    EXPECT_EQ(openTransactions(tillString(0)), 0);
+    EXPECT_EQ(openTransactions(*test::tillSession(chain, 0)), 0);
 
-    holder.Rollback();
+    holder->Rollback();
     click(window, "actiOppgjorManually");
     for (int till = 0; till < 2; ++till)
         EXPECT_EQ(engine.ffraOppgjorStatus->memOppgjorStatus.Row(till).StatusIcon, 1) << "till " << till;
@@ -143,11 +133,7 @@ TEST_F(Closing, CancelEndsAStatementThatWaitsForALockAndTheNextFetchTakesAll) {
 // The lock is taken in the middle of a transfer, so that the word of its failure in the back office's log waits too.
 class FetchHeldUp : public Closing {
 protected:
-    FetchHeldUp() {
-        holder.SetConnectString(QString::fromStdString(chain.dataLink()));
-        holder.Open();
-    }
-    ~FetchHeldUp() override { holder.Rollback(); }
+    ~FetchHeldUp() override { holder->Rollback(); }
 
     // Fetches, and asks for the end in steps of half a second from when the fetch is held up.
     qint64 fetchUntil(MainWindow& window, const QList<std::function<void()>>& asks) {
@@ -159,8 +145,8 @@ protected:
                 !engine.Log->Lines().last().endsWith(QStringLiteral("Transaksjon startet for måldatabase")))
                 return;
             held = true;
-            holder.StartTransaction();
-            db::Query lock(&holder);
+            holder->StartTransaction();
+            db::Query lock(holder.get());
             lock.SQL = QStringList{QStringLiteral("UPDATE dts_loggtype SET dlt_id = dlt_id")};
             lock.ExecSQL();
             timer.start();
@@ -181,7 +167,7 @@ protected:
         return took;
     }
 
-    db::Session holder;
+    std::unique_ptr<db::Session> holder = test::backOfficeSession(chain);
     bool held = false;
     QElapsedTimer timer;
     std::thread operatorOfTheWindow;
@@ -194,14 +180,14 @@ TEST_F(FetchHeldUp, SecondCancelEndsWhatFollowsTheFirst) {
     const qint64 took = fetchUntil(window, {cancel, cancel, cancel});
     EXPECT_LT(took, 15000);
     EXPECT_EQ(messages(window).count(QStringLiteral("Avbrutt av bruker")), 1);
-    EXPECT_EQ(openTransactions(tillString(0)), 0);
+    EXPECT_EQ(openTransactions(*test::tillSession(chain, 0)), 0);
 }
 
 TEST_F(FetchHeldUp, EndOfTheProgramWaitsForNoStatement) {
     MainWindow window(path(), store);
     const qint64 took = fetchUntil(window, {[&window] { window.terminate(); }});
     EXPECT_LT(took, 15000);
-    EXPECT_EQ(openTransactions(tillString(0)), 0);
+    EXPECT_EQ(openTransactions(*test::tillSession(chain, 0)), 0);
     EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
 }
 

@@ -15,6 +15,7 @@
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "sandbox/chain/demo_chain.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/data_link.h"
 #include "tests/support/http_server.h"
 
@@ -224,10 +225,8 @@ protected:
     }
     // Waits until the program has opened its session on the back office.
     [[nodiscard]] bool connected() const {
-        db::Session session;
-        session.SetConnectString(QString::fromStdString(chain.dataLink()));
-        session.Open();
-        db::Query query(&session);
+        const auto session = test::backOfficeSession(chain);
+        db::Query query(session.get());
         query.SQL = QStringList{QStringLiteral("select count(*) from master..sysprocesses where dbid = db_id()")};
         QElapsedTimer clock;
         for (clock.start(); clock.elapsed() < kPatienceMs;) {

@@ -5,6 +5,7 @@
 
 #include "engine/db/query.h"
 #include "sandbox/chain/posted_rows.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/sandbox_given_server.h"
 
 namespace torvik::test {
@@ -112,18 +113,18 @@ ChainRun::ChainRun(sandbox::chain::Chain model)
       ChainProgram(chain.dataLink()) {}
 
 testing::AssertionResult ChainRun::posted(const std::set<std::size_t>& tills) const {
-    const auto session = backOfficeSession();
+    const auto session = backOfficeSession(chain);
     for (const TableData& table : sandbox::chain::postedTables(chain.model(), tills))
         if (auto held = holds(*session, table); !held) return held;
     return testing::AssertionSuccess();
 }
 
 testing::AssertionResult ChainRun::backOfficeHolds(const TableData& table) const {
-    return holds(*backOfficeSession(), table);
+    return holds(*backOfficeSession(chain), table);
 }
 
 testing::AssertionResult ChainRun::tillHolds(std::size_t till, const TableData& table) const {
-    return holds(*tillSession(till), table);
+    return holds(*tillSession(chain, till), table);
 }
 
 testing::AssertionResult ChainRun::postedWhole() const {
@@ -133,14 +134,14 @@ testing::AssertionResult ChainRun::postedWhole() const {
 }
 
 std::string ChainRun::everything() const {
-    std::string text = "back office\n" + contents(*backOfficeSession());
+    std::string text = "back office\n" + contents(*backOfficeSession(chain));
     for (std::size_t i = 0; i < chain.model().tills.size(); ++i)
-        text += chain.model().tills[i].database + "\n" + contents(*tillSession(i));
+        text += chain.model().tills[i].database + "\n" + contents(*tillSession(chain, i));
     return text;
 }
 
 std::map<std::string, ChainRun::Table> ChainRun::tillTables(std::size_t till) const {
-    const auto session = tillSession(till);
+    const auto session = tillSession(chain, till);
     std::map<std::string, Table> tables;
     for (const std::string& name :
          lines(*session, QStringLiteral("SELECT name FROM sysobjects WHERE xtype = 'U' ORDER BY name"))) {
@@ -159,37 +160,19 @@ std::map<std::string, ChainRun::Table> ChainRun::tillTables(std::size_t till) co
 }
 
 std::string ChainRun::backOfficeValue(const std::string& sql) const {
-    return onlyValue(*backOfficeSession(), sql);
+    return onlyValue(*backOfficeSession(chain), sql);
 }
 
 std::string ChainRun::tillValue(std::size_t till, const std::string& sql) const {
-    return onlyValue(*tillSession(till), sql);
+    return onlyValue(*tillSession(chain, till), sql);
 }
 
 std::vector<std::string> ChainRun::backOfficeRows(const std::string& sql) const {
-    return lines(*backOfficeSession(), qt(sql));
+    return lines(*backOfficeSession(chain), qt(sql));
 }
 
 std::vector<std::string> ChainRun::tillRows(std::size_t till, const std::string& sql) const {
-    return lines(*tillSession(till), qt(sql));
-}
-
-std::unique_ptr<db::Session> ChainRun::backOfficeSession() const {
-    auto session = std::make_unique<db::Session>();
-    session->SetConnectString(qt(chain.dataLink()));
-    session->Open();
-    return session;
-}
-
-std::unique_ptr<db::Session> ChainRun::tillSession(std::size_t till) const {
-    const auto address = chain.addressOf(till);
-    auto session = std::make_unique<db::Session>();
-    session->SetServer(qt(address.server));
-    session->SetDatabase(qt(address.database));
-    session->SetUsername(qt(address.user));
-    session->SetPassword(qt(address.password));
-    session->Open();
-    return session;
+    return lines(*tillSession(chain, till), qt(sql));
 }
 
 }  // namespace torvik::test

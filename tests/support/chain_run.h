@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -53,10 +52,6 @@ public:
     // Each row as "a | b | NULL", in the order of the statement.
     [[nodiscard]] std::vector<std::string> backOfficeRows(const std::string& sql) const;
     [[nodiscard]] std::vector<std::string> tillRows(std::size_t till, const std::string& sql) const;
-
-private:
-    [[nodiscard]] std::unique_ptr<db::Session> backOfficeSession() const;
-    [[nodiscard]] std::unique_ptr<db::Session> tillSession(std::size_t till) const;
 };
 
 }  // namespace torvik::test

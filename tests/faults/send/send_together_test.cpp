@@ -8,6 +8,7 @@
 #include "engine/db/query.h"
 #include "outbound/exports/send_steps.h"
 #include "tests/faults/send/send_stage.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/qt_print.h"
 
 namespace torvik::test {
@@ -29,14 +30,8 @@ std::string withoutSession(const QStringList& lines) {
 }
 
 Procedures proceduresOf(const sandbox::chain::DemoChain& chain, std::size_t till) {
-    const auto address = chain.addressOf(till);
-    db::Session session;
-    session.SetServer(QString::fromStdString(address.server));
-    session.SetDatabase(QString::fromStdString(address.database));
-    session.SetUsername(QString::fromStdString(address.user));
-    session.SetPassword(QString::fromStdString(address.password));
-    session.Open();
-    db::Query query(&session);
+    const auto session = tillSession(chain, till);
+    db::Query query(session.get());
     query.SQL = {
         QStringLiteral("SELECT o.name, m.definition FROM sysobjects o JOIN sys.sql_modules m "
                        "ON m.object_id = o.id WHERE o.xtype = 'P'")};

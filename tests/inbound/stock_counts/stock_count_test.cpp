@@ -7,6 +7,7 @@
 #include "engine/db/meanwhile.h"
 #include "engine/office/application_lock.h"
 #include "tests/inbound/stock_counts/counting_chain.h"
+#include "tests/support/chain_session.h"
 
 namespace torvik::test {
 namespace {
@@ -325,19 +326,17 @@ TEST_F(StockCounts, CancelOfTheFetchBeforeHoldsHereToo) {
 }
 
 TEST_F(StockCounts, AnotherCopysCountsKeepThisOneOut) {
-    db::Session other;
-    other.SetConnectString(QString::fromStdString(run.chain.dataLink()));
-    other.Open();
+    const auto other = backOfficeSession(run.chain);
     const std::string before = run.everything();
     {
-        const ApplicationLock stage(other, ApplicationLock::OfStockCounts());
+        const ApplicationLock stage(*other, ApplicationLock::OfStockCounts());
         ASSERT_TRUE(stage.Held());
         EXPECT_THROW(count(), EngineError);
     }
     EXPECT_EQ(run.everything(), before);
     count();
     EXPECT_TRUE(counted({0, 1, 2}));
-    EXPECT_TRUE(ApplicationLock(other, ApplicationLock::OfStockCounts()).Held()) << "let go at the end";
+    EXPECT_TRUE(ApplicationLock(*other, ApplicationLock::OfStockCounts()).Held()) << "let go at the end";
 }
 
 TEST_F(StockCounts, WhatWasCountedBeforeInThePeriodIsAddedTo) {

@@ -18,6 +18,7 @@
 #include "shell/start/application_folder.h"
 #include "tests/shell/modal.h"
 #include "tests/shell/window_over_a_chain.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/qt_print.h"
 
 namespace torvik {
@@ -63,10 +64,8 @@ protected:
         };
     }
     [[nodiscard]] qint64 backOffice(const char* sql) const {
-        db::Session session;
-        session.SetConnectString(QString::fromStdString(chain.dataLink()));
-        session.Open();
-        db::Query query(&session);
+        const auto session = test::backOfficeSession(chain);
+        db::Query query(session.get());
         query.SQL = QStringList{QString::fromUtf8(sql)};
         query.Open();
         return query.Fields(0).AsInteger();

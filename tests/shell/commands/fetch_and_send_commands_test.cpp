@@ -59,10 +59,8 @@ TEST_F(Sending, TakesThePreferencesAsTheyAreNow) {
 }
 
 TEST_F(Sending, TillInATransactionIsRefusedWithItsReason) {
-    db::Session busy;
-    busy.SetConnectString(till(1));
-    busy.Open();
-    busy.StartTransaction();
+    const auto busy = test::tillSession(chain, 1);
+    busy->StartTransaction();
     MainWindow window(path(), store);
     open(window);
     click(window, "actiSendVarer");
@@ -75,10 +73,8 @@ TEST_F(Sending, TillInATransactionIsRefusedWithItsReason) {
 using Fetching = test::WindowOfCommands;
 
 TEST_F(Fetching, TillInATransactionIsRefusedWithItsReason) {
-    db::Session busy;
-    busy.SetConnectString(till(1));
-    busy.Open();
-    busy.StartTransaction();
+    const auto busy = test::tillSession(chain, 1);
+    busy->StartTransaction();
     MainWindow window(path(), store);
     open(window);
     click(window, "actiOppgjorManually");

@@ -10,6 +10,7 @@
 #include "shell/fleet/ini_viewer.h"
 #include "tests/shell/modal.h"
 #include "tests/shell/window_over_a_chain.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/qt_print.h"
 #include "tests/support/samba_server.h"
 
@@ -60,14 +61,8 @@ protected:
         return texts;
     }
     [[nodiscard]] QByteArray tillObject(std::size_t till, const char* type) const {
-        const sandbox::chain::TillAddress address = chain.addressOf(till);
-        db::Session session;
-        session.SetServer(QString::fromStdString(address.server));
-        session.SetDatabase(QString::fromStdString(address.database));
-        session.SetUsername(QString::fromStdString(address.user));
-        session.SetPassword(QString::fromStdString(address.password));
-        session.Open();
-        db::Query query(&session);
+        const auto session = test::tillSession(chain, till);
+        db::Query query(session.get());
         query.SQL = QStringList{
             QStringLiteral("SELECT BO_OBJECT FROM BINARYOBJECT WHERE BO_TYPE='%1'").arg(QString::fromUtf8(type))};
         query.Open();

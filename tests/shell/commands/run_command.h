@@ -9,6 +9,7 @@
 
 #include "fleet/share/file_share.h"
 #include "tests/shell/window_over_a_chain.h"
+#include "tests/support/chain_session.h"
 
 namespace torvik::test {
 
@@ -58,8 +59,8 @@ protected:
     // Does this once, when so many lines of the log have begun so and the last one does.
     static void at(MainWindow& window, const char* line, std::function<void()> action, int count = 1);
     [[nodiscard]] static QString valueAt(const QString& connectString, const char* sql);
-    [[nodiscard]] QString office() const { return QString::fromStdString(chain.dataLink()); }
-    [[nodiscard]] QString till(std::size_t index) const;
+    [[nodiscard]] QString office() const { return backOfficeString(chain); }
+    [[nodiscard]] QString till(std::size_t index) const { return tillString(chain, index); }
     // Whether the command has done its work at the till.
     [[nodiscard]] bool isDone(const RunCommand& command, std::size_t till) const;
     void expectNoOpenTransactions() const;

@@ -183,21 +183,12 @@ void WindowOfCommands::at(MainWindow& window, const char* line, std::function<vo
 }
 
 QString WindowOfCommands::valueAt(const QString& connectString, const char* sql) {
-    db::Session session;
-    session.SetConnectString(connectString);
-    session.Open();
-    db::Query query(&session);
+    const auto session = sessionTo(connectString);
+    db::Query query(session.get());
     query.ParamCheck = false;
     query.SQL = QStringList{QString::fromUtf8(sql)};
     query.Open();
     return query.Fields(0).AsString().trimmed();
-}
-
-QString WindowOfCommands::till(std::size_t index) const {
-    const auto address = chain.addressOf(index);
-    return QStringLiteral("Data Source=%1;Initial Catalog=%2;User ID=%3;Password=%4")
-        .arg(QString::fromStdString(address.server), QString::fromStdString(address.database),
-             QString::fromStdString(address.user), QString::fromStdString(address.password));
 }
 
 // The tills come in the order of their departments, so that the first copy is the first till's.

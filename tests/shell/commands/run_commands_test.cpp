@@ -152,12 +152,11 @@ TEST_P(RunCommands, TellOfATillThatIsAwayAndServeTheOther) {
 
 // What the first has marked as fetched may not have reached the back office; another copy is at the second.
 TEST_P(RunCommands, RefuseATillThatIsHalfFetchedAndOneThatAnotherCopyServes) {
-    db::Session backOffice;
-    backOffice.SetConnectString(office());
-    backOffice.Open();
-    PairIntents(backOffice, 1001, QStringLiteral("1"))
+    const auto backOffice = test::backOfficeSession(chain);
+    PairIntents(*backOffice, 1001, QStringLiteral("1"))
         .write({QUuid::createUuid(), QStringLiteral("oppgjør 1"), QUuid::createUuid(), QStringLiteral("HK-01"), {}});
-    std::optional<ApplicationLock> taken(std::in_place, backOffice, ApplicationLock::OfTill(1002, QStringLiteral("1")));
+    std::optional<ApplicationLock> taken(std::in_place, *backOffice,
+                                         ApplicationLock::OfTill(1002, QStringLiteral("1")));
     MainWindow window(path(), store);
     open(window);
     click(window, command().action);
@@ -240,13 +239,11 @@ class RunCommandsThatWrite : public RunCommands {};
 TEST_P(RunCommandsThatWrite, WindowClosedWhileAServerLetsItWaitIsGoneInTwoSeconds) {
     MainWindow window(path(), store);
     open(window);
-    db::Session holder;
-    holder.SetConnectString(command().locksOffice ? office() : till(0));
-    holder.Open();
+    const auto holder = command().locksOffice ? test::backOfficeSession(chain) : test::tillSession(chain, 0);
     std::atomic<bool> held = false;
     const auto hold = [&] {
-        holder.StartTransaction();
-        db::Query lock(&holder);
+        holder->StartTransaction();
+        db::Query lock(holder.get());
         lock.SQL = QStringList{command().locksOffice ? QStringLiteral("UPDATE dts_loggtype SET dlt_id = dlt_id")
                                                      : QStringLiteral("UPDATE INNSTILLINGER SET IN_NAVN = IN_NAVN")};
         lock.ExecSQL();
@@ -258,7 +255,7 @@ TEST_P(RunCommandsThatWrite, WindowClosedWhileAServerLetsItWaitIsGoneInTwoSecond
         hold();
     }
     closeOnceHeld(window, held);
-    holder.Rollback();
+    holder->Rollback();
     expectNoOpenTransactions();
     expectServedAre({false, false});
 }

@@ -20,6 +20,7 @@
 #include "tests/shell/modal.h"
 #include "tests/shell/sheet/xls_reader.h"
 #include "tests/shell/window_over_a_chain.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/qt_print.h"
 
 namespace torvik::test {
@@ -81,15 +82,8 @@ protected:
     }
     [[nodiscard]] QStringList errors() { return messages(window.TorvikPos1().ErrorLog); }
     [[nodiscard]] QString atTill(std::size_t till, const char* sql) {
-        db::Session session;
-        const auto address = chain.addressOf(till);
-        session.SetServer(QString::fromStdString(address.server));
-        session.SetDatabase(QString::fromStdString(address.database));
-        session.SetAuthentication(db::Auth::Server);
-        session.SetUsername(QString::fromStdString(address.user));
-        session.SetPassword(QString::fromStdString(address.password));
-        session.Open();
-        db::Query query(&session);
+        const auto session = test::tillSession(chain, till);
+        db::Query query(session.get());
         query.SQL = QStringList{QString::fromUtf8(sql)};
         query.Open();
         return query.Fields(0).AsString();

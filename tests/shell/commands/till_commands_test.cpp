@@ -17,6 +17,7 @@
 #include "shell/night/automatic_run.h"
 #include "tests/shell/modal.h"
 #include "tests/shell/window_over_a_chain.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/qt_print.h"
 
 namespace torvik {
@@ -70,25 +71,16 @@ protected:
             },
             [](QMessageBox& box) { return box.text().startsWith(QStringLiteral("Husk")); });
     }
-    [[nodiscard]] static QString value(const QString& connectString, const char* sql) {
-        db::Session session;
-        session.SetConnectString(connectString);
-        session.Open();
+    [[nodiscard]] static QString value(db::Session& session, const char* sql) {
         db::Query query(&session);
         query.ParamCheck = false;
         query.SQL = QStringList{QString::fromUtf8(sql)};
         query.Open();
         return query.Fields(0).AsString();
     }
-    [[nodiscard]] QString backOffice(const char* sql) const {
-        return value(QString::fromStdString(chain.dataLink()), sql);
-    }
+    [[nodiscard]] QString backOffice(const char* sql) const { return value(*test::backOfficeSession(chain), sql); }
     [[nodiscard]] QString till(std::size_t index, const char* sql) const {
-        const auto address = chain.addressOf(index);
-        return value(QStringLiteral("Data Source=%1;Initial Catalog=%2;User ID=%3;Password=%4")
-                         .arg(QString::fromStdString(address.server), QString::fromStdString(address.database),
-                              QString::fromStdString(address.user), QString::fromStdString(address.password)),
-                     sql);
+        return value(*test::tillSession(chain, index), sql);
     }
 
     QStringList asked;
@@ -272,10 +264,8 @@ TEST_F(TillCommands, StockCountsAreRefusedWhileAnotherCopyBringsThem) {
     window.show();
     record(window, true);
     answers = {QStringLiteral("202611")};
-    db::Session other;
-    other.SetConnectString(QString::fromStdString(chain.dataLink()));
-    other.Open();
-    const ApplicationLock stage(other, ApplicationLock::OfStockCounts());
+    const auto other = test::backOfficeSession(chain);
+    const ApplicationLock stage(*other, ApplicationLock::OfStockCounts());
     click(window, "dxBtnHentVaretelling");
     EXPECT_EQ(errors(window), QStringList{QStringLiteral("En annen kjøring henter varetellinger. Prøv igjen senere")});
     EXPECT_EQ(backOffice(kCounted), QStringLiteral("0"));

@@ -15,6 +15,7 @@
 #include "tests/shell/modal.h"
 #include "tests/shell/night/smtp_server.h"
 #include "tests/shell/window_over_a_chain.h"
+#include "tests/support/chain_session.h"
 #include "tests/support/qt_print.h"
 
 namespace torvik {
@@ -41,10 +42,8 @@ protected:
         return texts;
     }
     [[nodiscard]] qint64 backOffice(const char* sql) const {
-        db::Session session;
-        session.SetConnectString(QString::fromStdString(chain.dataLink()));
-        session.Open();
-        db::Query query(&session);
+        const auto session = test::backOfficeSession(chain);
+        db::Query query(session.get());
         query.SQL = QStringList{QString::fromUtf8(sql)};
         query.Open();
         return query.Fields(0).AsInteger();
