@@ -114,7 +114,7 @@ void transferFirstTill(const fs::path& files) {
         const Cut atFirstSettlement(unfetched->chain.till(0), "BEGIN TRANSACTION", 1);
         unfetched->program()->fetch();
     }
-    const fs::path from = pathOf(unfetched->folder);
+    const fs::path from = unfetched->folder.files();
     // Closed before its files are copied.
     struct Close {
         sandbox::chain::DemoChain chain;
@@ -124,25 +124,15 @@ void transferFirstTill(const fs::path& files) {
 }
 
 sandbox::chain::DemoChain openCopyOf(const fs::path& files, const sandbox::chain::ChainOptions& options,
-                                     const QTemporaryDir& folder) {
-    fs::copy(files, pathOf(folder), fs::copy_options::recursive);
-    return sandbox::chain::DemoChain({.chain = options, .dataDir = pathOf(folder)});
+                                     const ChainFolder& folder) {
+    fs::copy(files, folder.files(), fs::copy_options::recursive);
+    return sandbox::chain::DemoChain({.chain = options, .dataDir = folder.files()});
 }
 
 }  // namespace
 
-QString chainFolderTemplate() {
-    const fs::path shared = "/dev/shm";
-    const fs::path parent = fs::is_directory(shared) ? shared : fs::temp_directory_path();
-    return QString::fromStdString(parent / "torvik_faults_XXXXXX");
-}
-
-fs::path pathOf(const QTemporaryDir& folder) {
-    return folder.path().toStdString();
-}
-
 ChainCopy::ChainCopy(const fs::path& files, const sandbox::chain::ChainOptions& options)
-    : folder(chainFolderTemplate()), chain(openCopyOf(files, options, folder)) {}
+    : chain(openCopyOf(files, options, folder)) {}
 
 std::unique_ptr<FaultProgram> ChainCopy::program() {
     return std::make_unique<FaultProgram>(chain.dataLink(), noteFolder.path());
@@ -156,8 +146,8 @@ std::size_t ChainCopy::notes() const {
     return static_cast<std::size_t>(QDir(noteFolder.path()).entryList({QStringLiteral("par-*")}).size());
 }
 
-FaultStage::FaultStage(const std::function<void(const fs::path&)>& fill) : folder_(chainFolderTemplate()) {
-    fill(pathOf(folder_));
+FaultStage::FaultStage(const std::function<void(const fs::path&)>& fill) {
+    fill(folder_.files());
     const auto running = copy();
     run_ = record(running->chain, *running->program());
 }
@@ -178,7 +168,7 @@ const FaultStage& FaultStage::busy() {
 }
 
 std::unique_ptr<ChainCopy> FaultStage::copy() const {
-    return std::make_unique<ChainCopy>(pathOf(folder_), kChain);
+    return std::make_unique<ChainCopy>(folder_.files(), kChain);
 }
 
 }  // namespace torvik::test

@@ -7,10 +7,21 @@
 #include <functional>
 #include <memory>
 
+#include "sandbox/store/databases/private_folder.h"
 #include "tests/faults/fault_program.h"
 #include "tests/faults/recorded_run.h"
 
 namespace torvik::test {
+
+// Where a chain stands in files, in memory where the system has such a place. It goes with the object; where a test
+// program was killed, with the next such folder.
+class ChainFolder {
+public:
+    [[nodiscard]] std::filesystem::path files() const { return folder_.path() / "chain"; }
+
+private:
+    sandbox::PrivateFolder folder_{"torvik_faults_"};
+};
 
 // A running copy of a stage's chain.
 struct ChainCopy {
@@ -22,14 +33,10 @@ struct ChainCopy {
     [[nodiscard]] std::size_t standingPairs();
     [[nodiscard]] std::size_t notes() const;
 
-    QTemporaryDir folder;
+    ChainFolder folder;
     QTemporaryDir noteFolder;
     sandbox::chain::DemoChain chain;
 };
-
-// A template of the folders in which chains of files stand: in memory where the system has such a place.
-[[nodiscard]] QString chainFolderTemplate();
-[[nodiscard]] std::filesystem::path pathOf(const QTemporaryDir& folder);
 
 class FaultStage {
 public:
@@ -47,7 +54,7 @@ public:
     [[nodiscard]] const RecordedRun& run() const { return run_; }
 
 private:
-    QTemporaryDir folder_;
+    ChainFolder folder_;
     RecordedRun run_;
 };
 

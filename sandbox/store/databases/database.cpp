@@ -4,7 +4,6 @@
 #include <sqlite3.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <ctime>
 #include <random>
 #include <stdexcept>
@@ -33,16 +32,6 @@ constexpr std::int32_t kObjectIdStep = 16000057;
 // process, before its first file is opened.
 void keepNoStatistics() {
     [[maybe_unused]] static const int done = sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
-}
-
-fs::path makePrivateFolder() {
-    const fs::path shared = "/dev/shm";
-    std::error_code error;
-    const fs::path under = fs::is_directory(shared, error) ? shared : fs::temp_directory_path();
-    std::string pattern = (under / "torvik-sandbox-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr)
-        throw std::runtime_error("no folder for the databases under " + under.string());
-    return pattern;
 }
 
 // A file name is never used twice: SQLite deletes the log of a dropped database by name as late as its last user goes.
@@ -117,7 +106,8 @@ std::int32_t Database::lastObjectId() const {
 Databases::Databases(std::optional<fs::path> dataDir, std::string collation)
     : collation_(std::move(collation)), keepsData_(dataDir.has_value()) {
     keepNoStatistics();
-    folder_ = keepsData_ ? *dataDir : makePrivateFolder();
+    if (!keepsData_) private_.emplace("torvik-sandbox-");
+    folder_ = keepsData_ ? *dataDir : private_->path();
     fs::create_directories(folder_);
     if (keepsData_) {
         registry_ = openFile(folder_ / "databases.sqlite");
@@ -145,8 +135,6 @@ Databases::Databases(std::optional<fs::path> dataDir, std::string collation)
 Databases::~Databases() {
     for (const auto& [id, keeper] : keepers_) sqlite3_close_v2(keeper);
     sqlite3_close_v2(registry_);
-    std::error_code ignored;
-    if (!keepsData_) fs::remove_all(folder_, ignored);
 }
 
 std::shared_ptr<Database> Databases::find(std::string_view name) const {

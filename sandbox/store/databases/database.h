@@ -15,6 +15,7 @@
 
 #include "sandbox/store/databases/catalog.h"
 #include "sandbox/store/databases/locks.h"
+#include "sandbox/store/databases/private_folder.h"
 #include "sandbox/store/databases/processes.h"
 
 struct sqlite3;
@@ -105,6 +106,7 @@ private:
     std::shared_ptr<Database> make(const std::string& name, int id, const std::string& collation);
     void fillMsdb(Database& msdb);
 
+    std::optional<PrivateFolder> private_;  // where no data is kept
     std::filesystem::path folder_;
     std::string collation_;
     bool keepsData_ = false;

@@ -69,8 +69,8 @@ void fill(const std::filesystem::path& files) {
 
 }  // namespace
 
-SendStage::SendStage() : folder_(chainFolderTemplate()) {
-    fill(pathOf(folder_));
+SendStage::SendStage() {
+    fill(folder_.files());
     const auto running = copy();
     run_ = recordSend(running->chain, *sendProgram(*running));
     (void)sendProgram(*running)->send();
@@ -83,7 +83,7 @@ const SendStage& SendStage::get() {
 }
 
 std::unique_ptr<ChainCopy> SendStage::copy() const {
-    return std::make_unique<ChainCopy>(pathOf(folder_), kChain);
+    return std::make_unique<ChainCopy>(folder_.files(), kChain);
 }
 
 std::unique_ptr<SendProgram> sendProgram(ChainCopy& copy) {

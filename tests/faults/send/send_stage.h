@@ -21,7 +21,7 @@ public:
 private:
     SendStage();
 
-    QTemporaryDir folder_;
+    ChainFolder folder_;
     RecordedSend run_;
     ChainState afterTwo_;
 };

@@ -102,10 +102,10 @@ TEST(SendTogether, LeavesTillsOfEveryVersionAsSingleStatementsDo) {
         .ordersADay = 2,
         .versions = {71, 72, 110, 117, 119, 149, 178, 192, 198, 211, 213, 225, 229},
         .everyKind = true};
-    const QTemporaryDir folder(chainFolderTemplate());
-    sandbox::chain::DemoChain({.chain = options, .dataDir = pathOf(folder)});
-    ChainCopy together(pathOf(folder), options);
-    ChainCopy oneByOne(pathOf(folder), options);
+    const ChainFolder folder;
+    sandbox::chain::DemoChain({.chain = options, .dataDir = folder.files()});
+    ChainCopy together(folder.files(), options);
+    ChainCopy oneByOne(folder.files(), options);
     expectThreeSendsTheSame(together, oneByOne);
 }
 

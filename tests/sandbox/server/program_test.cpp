@@ -69,6 +69,26 @@ TEST_F(Program, TillsOfADemoChainCanEachHaveAnAddress) {
     EXPECT_EQ(runProgram("sh " + folder.file("run.sh")).output, "127.0.1.254\n127.0.1.255\n127.0.2.0\n");
 }
 
+TEST_F(Program, DatabasesOfOneThatWasKilledGoWhenTheNextStartsAndThoseOfOneThatRunsStay) {
+    TemporaryFolder folder;
+    folder.write("run.sh", "start() {\n" + program + " --port 0 >" + folder.file("$1") +
+                               " & pid=$!\n"
+                               "until grep -qs listening " +
+                               folder.file("$1") +
+                               "; do kill -0 $pid || exit 9; done\n"
+                               "}\n"
+                               "folder() { readlink /proc/$pid/fd/* | grep -o '.*/torvik-sandbox-[^/]*' | head -1; }\n"
+                               "start first; killed=$pid; killeds=$(folder)\n"
+                               "start second; running=$pid; runnings=$(folder)\n"
+                               "[ -d \"$killeds\" ] && [ -d \"$runnings\" ] && echo both\n"
+                               "kill -KILL $killed; wait $killed 2>/dev/null\n"
+                               "start third\n"
+                               "[ -d \"$killeds\" ] || echo gone\n"
+                               "[ -d \"$runnings\" ] && echo kept\n"
+                               "kill -TERM $running $pid; wait\n");
+    EXPECT_EQ(runProgram("sh " + folder.file("run.sh")).output, "both\ngone\nkept\n");
+}
+
 TEST_F(Program, BadArgumentsAreExplained) {
     struct {
         const char* arguments;
