@@ -103,7 +103,7 @@ void Table::startBlock(const std::vector<bool>& set) {
     }
     // Asked while nothing waits: the question could find the transaction gone, and its caller then would not roll back
     // the rows that wait.
-    if (!Options.NoTransaction) static_cast<void>(session().InTransaction());
+    if (!Options.FewRoundTrips) static_cast<void>(session().InTransaction());
     block_ = std::make_unique<Block>();
     session().add(this);
 }
@@ -140,7 +140,7 @@ void Table::sendBlock() {
     const std::unique_ptr<Block> block = std::move(block_);
     session().remove(this);
     auto& connection = session().use(this);
-    if (Options.NoTransaction && sender_->sendAlone(connection, block->rows)) return;
+    if (Options.FewRoundTrips && sender_->sendAlone(connection, block->rows)) return;
     sender_->send(connection, block->rows);
 }
 

@@ -25,9 +25,9 @@ struct TableOptions {
     bool CursorUpdate = false;
     // Rows a block at most; 1 sends each row at once. A table with an insert trigger is sent row by row.
     int BlockRows = 1000;
-    // The caller has no transaction on the session, and says so to save round trips: a block that one statement holds
-    // goes in one, with a transaction of its own.
-    bool NoTransaction = false;
+    // The caller has no transaction on the session, and wants few round trips: a block that one statement holds goes
+    // in one, with a transaction of its own. As BulkLoaderOptions::FewRoundTrips.
+    bool FewRoundTrips = false;
 };
 
 class Table : public DataSet, private Unfinished {

@@ -33,7 +33,7 @@ void insertRows(const CopyRows& copy, db::DataSet& source, db::Session& till, db
                 const RowDone& rowDone) {
     db::Table table(&till);
     table.SetShapes(shapes);
-    table.Options.NoTransaction = shapes != nullptr;
+    table.Options.FewRoundTrips = shapes != nullptr;
     table.SetTableName(QString::fromUtf8(copy.table));
     table.Open();
     for (; !source.Eof(); source.Next()) {

@@ -17,7 +17,7 @@ protected:
     void post(const char* name) {
         Table table(&server.session());
         table.SetShapes(&shapes);
-        table.Options.NoTransaction = true;
+        table.Options.FewRoundTrips = true;
         table.SetTableName(QString::fromUtf8(name));
         table.Open();
         for (const int a : {1, 2}) {
