@@ -86,6 +86,88 @@ TEST_F(ItemDeletion, MovesOrDeletesWhatPointsToAnItemThatIsGoneAndLogsIt) {
     EXPECT_THAT(send.till("SELECT name FROM sysobjects WHERE name = 'VareDelete'"), IsEmpty());
 }
 
+// What stands on the till afterwards, as tills have always known it: which rows are noted and touched in which order,
+// and which of the statements are followed by a test.
+TEST_F(ItemDeletion, ProcedureNotesAndTouchesRowsInItsOrder) {
+    ASSERT_EQ(send.send(), QString());
+    const QStringList lines =
+        QString::fromStdString(
+            send.till("SELECT m.definition FROM sysobjects o JOIN sys.sql_modules m ON m.object_id = o.id "
+                      "WHERE o.name = 'SlettVarer'")
+                .front())
+            .remove(u'\r')
+            .split(u'\n');
+    // L: a row of the log; M: moved; D: deleted; T: tested; C: tested, and counted.
+    QStringList order;
+    for (const QString& line : lines) {
+        if (line.startsWith(QLatin1String("INSERT INTO VareDeleteLogg SELECT ")))
+            order << QStringLiteral("L ") + line.section(u' ', 4).remove(QStringLiteral(",GETDATE()"));
+        if (line.startsWith(QLatin1String("UPDATE "))) order << QStringLiteral("M ") + line.section(u' ', 1, 1);
+        if (line.startsWith(QLatin1String("DELETE FROM "))) order << QStringLiteral("D ") + line.section(u' ', 2, 2);
+        if (line == QLatin1String("SELECT @err = @@ERROR")) order << QStringLiteral("T");
+        if (line == QLatin1String("SELECT @err = @@ERROR, @DeleteCount=@@ROWCOUNT")) order << QStringLiteral("C");
+    }
+    EXPECT_EQ(order, (QStringList{"L IFL_VA_ID,1,IFL_ID",
+                                  "T",
+                                  "M INTERNFLYTTINGLINJE",
+                                  "T",
+                                  "L OL_VA_ID,2,OL_ID",
+                                  "T",
+                                  "M ORDRELINJE",
+                                  "T",
+                                  "L VBL_VA_ID,3,VBL_ID",
+                                  "T",
+                                  "M VAREBESTILLINGLINJE",
+                                  "T",
+                                  "L VML_VA_ID,4,VML_ID",
+                                  "T",
+                                  "M VAREMOTTAKLINJE",
+                                  "T",
+                                  "L VL_VA_ID,5,VL_ID",
+                                  "T",
+                                  "M VARETELLINGLINJE",
+                                  "T",
+                                  "L BHT_VA_ID,4,BHT_ID",
+                                  "T",
+                                  "D BEHOLDNINGSTRANSAKSJONER",
+                                  "L DV_HOVED_VA_ID,6,DV_DELVARE_VA_ID",
+                                  "T",
+                                  "D DELVARE",
+                                  "T",
+                                  "L DV_DELVARE_VA_ID,7,DV_HOVED_VA_ID",
+                                  "T",
+                                  "D DELVARE",
+                                  "T",
+                                  "L MSV_VA_ID,8,MSV_VA_ID",
+                                  "T",
+                                  "D MERSALGVARE",
+                                  "T",
+                                  "L PLM_VA_ID,9,PLM_VA_ID",
+                                  "T",
+                                  "D PLUMEDLEM",
+                                  "T",
+                                  "L VG_VA_ID,10,VG_HOVED_VG_VA_ID",
+                                  "T",
+                                  "D VAREGRUPPE",
+                                  "T",
+                                  "L VG_HOVED_VG_VA_ID,11,VG_VA_ID",
+                                  "T",
+                                  "D VAREGRUPPE",
+                                  "T",
+                                  "L REKL_VA_ID,13,REKL_ID",
+                                  "T",
+                                  "D REKLAMASJONLINJE",
+                                  "T",
+                                  "L VR_VA_ID,12,VR_VA_ID",
+                                  "D VAREALIAS",
+                                  "L VA_ID,12,VA_ID",
+                                  "T",
+                                  "D VARE",
+                                  "C"}));
+    EXPECT_EQ(lines.count(QStringLiteral("if @err != 0 goto HANDLE_ERROR")), 27);
+    EXPECT_EQ(lines.count(QStringLiteral("AND NOT EXISTS (SELECT 1 FROM Varealias WHERE VR_ID = Vr_VA_ID )")), 2);
+}
+
 // The send itself brings parts, aliases and extra-sale items up to date before this step: what the step makes of them
 // shows where the procedure is run by itself.
 TEST_F(ItemDeletion, TakesPartsExtraSaleItemsAndAliasesToo) {

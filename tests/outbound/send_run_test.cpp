@@ -310,6 +310,12 @@ TEST_F(SendRun, GiftCardItemOfEachTillIsTheBackOffices) {
     run.engine.ExecuteDTSToPos();
     EXPECT_THAT(run.tillRows(0, "SELECT GAV_VA_ID FROM GAVEKORTVARE"), IsEmpty());
     EXPECT_EQ(run.errors(), QStringList());
+
+    // Blanks alone are no number, and no reason to take the till's item away.
+    run.chain.runInTill(0, "INSERT GAVEKORTVARE (GAV_VA_ID, GAV_AKTIV) SELECT MAX(VA_ID), 0 FROM VARE");
+    run.chain.runInBackOffice("UPDATE Innstillinger SET In_Gavekort_Va_ID = ''");
+    run.engine.ExecuteDTSToPos();
+    EXPECT_THAT(run.tillRows(0, "SELECT GAV_AKTIV FROM GAVEKORTVARE"), ElementsAre("0"));
 }
 
 TEST_F(SendRun, FailureOfTheGiftCardItemIsSilent) {
@@ -328,6 +334,8 @@ TEST_F(SendRun, CancelTakesEffectBehindTheTillThatIsBeingServed) {
     EXPECT_THROW(run.engine.ExecuteDTSToPos(), EAbort);
     EXPECT_THAT(served(), ElementsAre("1", "0", "0"));
     EXPECT_EQ(run.backOfficeValue("SELECT COUNT(*) FROM VareEksport"), "0") << "the till was served to its end";
+    // The row tells both, in the column of what was sent.
+    EXPECT_THAT(status(), ElementsAre("101/1 hentet - sendt nei: Overføring OK,Operasjonen ble avbrutt"));
     EXPECT_EQ(lines(QStringLiteral("Avbrutt av bruker")).size(), 1);
     EXPECT_FALSE(run.engine.AddToLogItems);
     EXPECT_EQ(progress, QStringList());

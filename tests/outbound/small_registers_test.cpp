@@ -43,6 +43,22 @@ TEST(PaymentForms, TillBelow213HasTheWorkTableAloneAndEmpty) {
     EXPECT_TRUE(send.log.filter(QStringLiteral("BETALINGFORM")).isEmpty());
 }
 
+TEST(PaymentForms, GetNoLimitsBelow213WhereTheTillHasTheColumns) {
+    TillSend send(213);
+    send.onTill(
+        "UPDATE INNSTILLINGER SET IN_DBVERSION = '212' "
+        "UPDATE BETALINGFORM SET BF_MIN_BELOP = 1, BF_MAKS_BELOP = 2, BF_ER_KONTANT = 0");
+    const char* limits = "SELECT BF_ID, BF_MIN_BELOP, BF_MAKS_BELOP, BF_ER_KONTANT FROM BETALINGFORM ORDER BY BF_ID";
+    const Rows before = send.till(limits);
+    ASSERT_EQ(send.send(), QString());
+    EXPECT_EQ(send.till(limits), before);
+    EXPECT_EQ(send.till("SELECT COUNT(*) FROM BETALINGFORMIMPORT"), Rows{"0"});
+    EXPECT_TRUE(send.progress.filter(QStringLiteral("etalingform"), Qt::CaseInsensitive).isEmpty());
+    send.onTill("UPDATE INNSTILLINGER SET IN_DBVERSION = '213'");
+    ASSERT_EQ(send.send(), QString());
+    EXPECT_NE(send.till(limits), before);
+}
+
 TEST(Currencies, AreAddedAndChangedAndNoneIsDeleted) {
     TillSend send;
     send.onTill("INSERT VALUTA VALUES ('XXX', 'Bare her', 1, 1)");
