@@ -5,6 +5,7 @@
 
 #include "engine/base/abort.h"
 #include "tests/outbound/till_send.h"
+#include "tests/support/sandbox_requests.h"
 
 namespace torvik::test {
 namespace {
@@ -53,6 +54,23 @@ TEST_F(SessionIDs, OneWhoseRowsAFailedSendHasLeftIsDrawnAgainAndNotHeld) {
     send.inBackOffice("DELETE VareEksport");
     const SendSessionID second(other, drawing({17, 19}));
     EXPECT_EQ(second.text(), QStringLiteral("17"));
+}
+
+// Another copy's choice of a whole register holds what it writes for minutes: nobody waits for it to draw a number.
+TEST_F(SessionIDs, AreDrawnWithoutWaitingForTheItemsOfOthers) {
+    TORVIK_NEEDS_SANDBOX(send.run.chain);
+    Requests asked(send.run.chain.backOffice());
+    const SendSessionID drawn(other, drawing({17}));
+    const QStringList draws = asked.with(QStringLiteral("FROM VareEksport"));
+    ASSERT_EQ(draws.size(), 1);
+    EXPECT_EQ(draws[0].count(QStringLiteral("FROM VareEksport (NOLOCK) WHERE Ve_SesjonID = '17'")), 1);
+}
+
+TEST_F(SessionIDs, AreWaitedForAsLongAsTheBackOfficeNeeds) {
+    TORVIK_NEEDS_SANDBOX(send.run.chain);
+    delayBeyondTheUsualTimeout(send.run.chain.backOffice(), "TorvikPosSync.SesjonID.17");
+    const SendSessionID drawn(other, drawing({17}));
+    EXPECT_EQ(drawn.text(), QStringLiteral("17"));
 }
 
 TEST_F(SessionIDs, AreNotDrawnForEver) {

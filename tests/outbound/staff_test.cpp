@@ -54,6 +54,39 @@ TEST(Staff, NewClerksPriceCategoryFollowsOneSendLater) {
     EXPECT_EQ(category(), Rows{"2"}) << "none is no category to be found on the till";
 }
 
+// Staff come before the categories that the same send brings.
+TEST(Staff, CategoryThatIsNewOnTheTillFollowsOneSendLaterForAKnownClerkToo) {
+    TillSend send;
+    send.dm.SendPriceAndCustomer = true;
+    ASSERT_EQ(send.send(), QString());
+    const auto category = [&] { return send.till("SELECT AN_PI_ID FROM ANSATT WHERE AN_ID = '100'"); };
+    const Rows before = category();
+    send.inBackOffice(
+        "INSERT Priskategori VALUES (9, 'Ny', 1)\nUPDATE InternKundeAnsatt SET Ika_Pi_Id = 9 WHERE Ika_Id = '100'");
+    ASSERT_EQ(send.send(), QString());
+    EXPECT_EQ(send.till("SELECT PI_ID FROM PRISKATEGORI WHERE PI_ID = 9"), Rows{"9"});
+    EXPECT_EQ(category(), before);
+    ASSERT_EQ(send.send(), QString());
+    EXPECT_EQ(category(), Rows{"9"});
+}
+
+TEST(Staff, WhatWasMergedBeforeTheTillRefusesANewClerkStands) {
+    TillSend send;
+    ASSERT_EQ(send.send(), QString());
+    send.onTill("ALTER TABLE ANSATT ADD CONSTRAINT CK_SPERRE CHECK (AN_ID <> '900')");
+    send.inBackOffice(
+        "UPDATE POSTIMEPROFIL SET Pos_Tp_Navn = 'Fast' WHERE Pos_Tp_Id = 1\n"
+        "UPDATE InternKundeAnsatt SET Ika_Visningsnavn = 'Nytt navn' WHERE Ika_Id = '100'\n"
+        "INSERT InternKundeAnsatt (Ika_Id, Ika_Ik_Ku_Id, Ika_Navn) VALUES ('900', 1001, 'Ny')");
+    EXPECT_TRUE(send.send().startsWith(QStringLiteral("TorvikToPOS failed: Rabattmatrise SessionID: ")));
+    EXPECT_EQ(send.till("SELECT TP_NAVN FROM TIMEPROFIL WHERE TP_ID = 1"), Rows{"Fast"});
+    EXPECT_EQ(send.till("SELECT RTRIM(AN_ID), AN_NAVN FROM ANSATT WHERE AN_ID IN ('100', '900')"),
+              Rows{"100 | Nytt navn"});
+    send.onTill("ALTER TABLE ANSATT DROP CONSTRAINT CK_SPERRE");
+    ASSERT_EQ(send.send(), QString());
+    EXPECT_EQ(send.till("SELECT AN_NAVN FROM ANSATT WHERE AN_ID = '900'"), Rows{"Ikke oppgitt"});
+}
+
 TEST(Staff, OfAllDepartmentsGoToATillThatIsNoFranchise) {
     TillSend send;
     send.inBackOffice(
