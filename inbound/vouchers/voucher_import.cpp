@@ -93,6 +93,8 @@ void VoucherImport::dropOrSend() {
     warnOfRedeemed();
     try {
         runBatch();
+    } catch (const EAbort&) {
+        throw;  // a batch that was ended is no refusal: none of its cards is marked
     } catch (const std::exception& e) {
         if (!visit_.OfficeSession.InTransaction()) throw;
         visit_.Log.AddLog(ErrorText(e), true, kls_Error);

@@ -1,6 +1,7 @@
 // Gift cards and credit notes: what has changed on the till reaches the back office's copies, and is marked.
 #include <gtest/gtest.h>
 
+#include "engine/db/meanwhile.h"
 #include "tests/inbound/one_till.h"
 
 namespace torvik::test {
@@ -144,6 +145,30 @@ TEST_F(Vouchers, FailingFullBatchIsDroppedAndItsCardsMarked) {
     EXPECT_EQ(run.errors().size(), 2);  // the server's, and the names of the cards
     EXPECT_EQ(backOffice("SELECT GA_ID FROM POSGAVEKORT"), Rows({"G5"}));
     EXPECT_EQ(till(kUnmarked), Rows({"0"}));
+}
+
+TEST_F(Vouchers, CancelThatEndsAFullBatchMarksNoCardAndTheNextRunBringsThemAll) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
+    for (int i = 1; i <= 16; ++i) card("G" + std::to_string(i), "250, NULL, NULL, NULL, NULL, NULL");
+    sandbox::FaultRule slow;
+    slow.match.textContains = "INSERT INTO POSGAVEKORT";
+    slow.action = sandbox::FaultAction::Delay;
+    slow.delay = std::chrono::seconds(2);
+    run.chain.backOffice().faults().add(slow);
+    Requests requests(run.chain.backOffice());
+    {
+        const db::Meanwhile window([&] {
+            if (!batches(requests).isEmpty() && !run.engine.CancelRequest()) run.engine.SetCancelRequest(true);
+        });
+        run.engine.ExecuteOppgjor();
+    }
+    EXPECT_TRUE(run.log().contains(QStringLiteral("Avbrutt av bruker")));
+    EXPECT_EQ(till(kUnmarked), Rows({"16"}));
+    EXPECT_EQ(backOffice(kCards), Rows());
+
+    run.engine.ExecuteOppgjor();
+    EXPECT_EQ(till(kUnmarked), Rows({"0"}));
+    EXPECT_EQ(backOffice("SELECT COUNT(*) FROM POSGAVEKORT"), Rows({"16"}));
 }
 
 TEST_F(Vouchers, FailingLastBatchRollsThePhaseBack) {
