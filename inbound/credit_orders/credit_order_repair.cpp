@@ -168,7 +168,7 @@ TillWalkPlan planOf(OperatorLog& log, const QDateTime& from) {
 }
 
 void createMissing(RunParts& parts, const QDateTime& from) {
-    parts.Office.SetConnection(parts.Office.Connection());
+    parts.Office.Begin();
     parts.Items.Load();
     parts.Roster.Close();
     parts.Roster.Open();

@@ -270,6 +270,13 @@ TEST_F(CreditOrderRepair, WhatWasMadeBeforeAFailureStands) {
     EXPECT_EQ(backOffice("SELECT COUNT(*) FROM ORDRELINJE"), Rows({"2"}));
 }
 
+TEST_F(CreditOrderRepair, BackOfficeSessionThatARunBeforeHasLostIsOpenedAgain) {
+    run.target.Close();
+    ImportMissingCreditOrders(run.engine, kFromDate);
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_EQ(backOffice("SELECT Or_VaarRef FROM ORDRE"), Rows({"Bong 101 ved Kari Ødegård"}));
+}
+
 TEST(CreditOrderRepairWalk, TillThatCannotBeReachedIsPassedOverAndDepartmentsAreWaitedBetween) {
     ChainRun run({.departments = 2, .tills = 4, .days = 0});
     TORVIK_NEEDS_SANDBOX(run.chain);
