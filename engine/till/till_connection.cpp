@@ -115,6 +115,8 @@ bool TillConnection::ConnectSource(const std::function<void(qint64 left)>& wait)
             connectBy(std::move(begun.made));
             lastFailure_ = nullptr;
             return true;
+        } catch (const EAbort&) {
+            throw;  // a cancel says nothing of the till
         } catch (const std::exception&) {
             lastFailure_ = std::current_exception();  // the caller tells of it in its own words
         }
@@ -167,11 +169,15 @@ bool TillConnection::readVersionAtLogin() {
         }
     } catch (const db::Error& e) {
         if (!db::isRefusal(e)) return false;
+    } catch (const EAbort&) {
+        throw;
     } catch (const std::exception&) {
         return false;
     }
     try {
         ReadDbVersion();
+    } catch (const EAbort&) {
+        throw;
     } catch (const std::exception&) {
     }
     return false;

@@ -40,8 +40,8 @@ public:
     // What the session would be pointed at for that till.
     [[nodiscard]] db::ConnectSettings SettingsOfTill() const;
     // Connects to that till, with RetryCount attempts and `wait` between them, which is handed how many milliseconds
-    // are left of it: an attempt and a wait in the background count. False when none succeeded; what `wait` raises, a
-    // cancel, leaves.
+    // are left of it: an attempt and a wait in the background count. False when none succeeded; a cancel leaves, from
+    // `wait` or from a statement that it has ended.
     [[nodiscard]] bool ConnectSource(const std::function<void(qint64 left)>& wait);
     // Connects to it by one attempt, whose failure is raised; asks it nothing.
     void ConnectOnce();

@@ -8,6 +8,7 @@
 #include "engine/base/abort.h"
 #include "engine/base/failure_kind.h"
 #include "engine/db/errors.h"
+#include "engine/db/meanwhile.h"
 #include "engine/db/query.h"
 #include "engine/db/session.h"
 #include "engine/office/application_lock.h"
@@ -72,6 +73,26 @@ TEST_F(TillWalkOverAChain, HandsTheWorkTheTillItsVersionAndBothSessions) {
     walk();
     EXPECT_EQ(served, QStringList{QStringLiteral("7/2")});
     EXPECT_FALSE(chain.source.Connected()) << "closed after a till that succeeded";
+}
+
+TEST_F(TillWalkOverAChain, CancelThatEndsTheFirstQuestionLeavesTheTill) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    plan.CancelEndsStatements = true;
+    for (const bool together : {true, false}) {
+        chain.engine.ReadsTogether = together;
+        const int before = chain.requestsWith("select in_dbversion");
+        chain.server.faults().add({.match = {.textContains = "select in_dbversion"},
+                                   .action = sandbox::FaultAction::Delay,
+                                   .delay = std::chrono::seconds(2)});
+        parts().Control.Begin();
+        const db::Meanwhile window([&] {
+            if (chain.requestsWith("select in_dbversion") > before && !chain.engine.CancelRequest())
+                chain.engine.SetCancelRequest(true);
+        });
+        EXPECT_THROW(walk(), EAbort);
+    }
+    EXPECT_EQ(served, QStringList());
+    EXPECT_EQ(failed, (QStringList{"1: Operasjonen ble avbrutt", "1: Operasjonen ble avbrutt"}));
 }
 
 TEST_F(TillWalkOverAChain, VersionThatCouldNotBeReadIsReadOnceMoreBeforeTheWork) {
