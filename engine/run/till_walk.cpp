@@ -172,8 +172,9 @@ void TillWalk::makeVisit(const TillIdentity& till) {
 void TillWalk::fail(const TillIdentity& till, const std::exception& failure) {
     plan_.Failed(till, failure);
     parts_.KeepFailure(till, failure);  // its row has been made by now
-    // A till that a cancel has ended is nobody's failure.
-    if (plan_.Share && !parts_.Control.Cancelled) plan_.Share->VisitEnded(till, VisitEnd::Kind::Failed);
+    // A till that a cancel has ended is nobody's failure; one that the transfer hears of raises an error of its own.
+    const bool ended = parts_.Control.Cancelled || parts_.Control.CancelRequest();
+    if (plan_.Share && !ended) plan_.Share->VisitEnded(till, VisitEnd::Kind::Failed);
 }
 
 // What follows a cancel may wait for a server too, such as the word of the failure in its log: another cancel ends

@@ -205,6 +205,18 @@ TEST_F(SharedNight, HelpingCopyThatIsCancelledAtATillLeavesItToTheOthersAndEnds)
     EXPECT_EQ(began.secsTo(helper.around.now), 0) << "nothing is waited for";
 }
 
+TEST_F(SharedNight, TillWhoseTransferACancelHasEndedIsNobodysFailure) {
+    chain.tills(QStringLiteral("1/1 1/2"));
+    nightOfADeadCopy();
+    atHelping = [](TillVisit& visit) {
+        visit.Control.SetCancelRequest(true);
+        throw EngineError(QStringLiteral("Avbrutt av bruker. Avbrutt oppgave: (Overfører Ordre: 1 av 2)"));
+    };
+    EXPECT_THROW(helper.engine.DoOnTimer(), EAbort);
+    EXPECT_EQ(helped, QStringList{QStringLiteral("1/1")});
+    EXPECT_EQ(rowsLike(QStringLiteral("Slutt")), QStringLiteral("0"));
+}
+
 TEST_F(SharedNight, HelpingCopyBeginsWhenTheNightDoes) {
     chain.tills(QStringLiteral("1/1 1/2"));
     atLeading = [](TillVisit&) {};
