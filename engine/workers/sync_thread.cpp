@@ -5,6 +5,7 @@
 #include <array>
 
 #include "engine/base/abort.h"
+#include "engine/db/statement_text.h"
 #include "engine/db/udl.h"
 
 namespace torvik {
@@ -102,7 +103,8 @@ void TSyncThread::putCommand(const QString& avdnr, const QString& kassenr) {
         QStringLiteral("INSERT INTO InternkundeKasseKommando "
                        "(Ikkk_Ikk_Ik_Ku_ID,Ikkk_Ikk_Kassenummer,Ikkk_Kommando,Ikkk_Id1)"),
         QStringLiteral("SELECT ik_ku_id,'%1','%2','%3' FROM internkunde WHERE ik_avdelingsnummer='%4'")
-            .arg(kassenr, Command, Params.ByName(parameter).AsString(), avdnr),
+            .arg(quotesDoubled(kassenr), quotesDoubled(Command), quotesDoubled(Params.ByName(parameter).AsString()),
+                 quotesDoubled(avdnr)),
     };
     FBackOfficeQuery.ExecSQL();
 }

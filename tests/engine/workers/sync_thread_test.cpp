@@ -106,6 +106,18 @@ TEST_F(SyncThread, PutsTheCommandIntoTheBackOfficesQueue) {
     EXPECT_EQ(list.Count(), 0);
 }
 
+TEST_F(SyncThread, QuotesInNumbersStandAsTheyAre) {
+    chain.run(chain.kBackOffice,
+              QStringLiteral("UPDATE Internkunde SET Ik_Avdelingsnummer = '9''A' WHERE Ik_Ku_Id = 9"));
+    chain.run(QStringLiteral("Kasse_9_1"),
+              QStringLiteral("UPDATE innstillinger SET in_avdnr = '9''A', in_kassenr = '1''B'"));
+    auto* made = worker(QStringLiteral("Kasse_9_1"), saHentTilgodelapp);
+    made->Params.ByName(QStringLiteral("TG_ID")) = QStringLiteral("T'17");
+    runToItsEnd(made);
+    EXPECT_EQ(errors + shown, QStringList());
+    EXPECT_EQ(queue(), QStringLiteral("9 1'B SEND_TILGODELAPP T'17|"));
+}
+
 TEST_F(SyncThread, MomentOfASendGoesAsText) {
     auto* made = worker(QStringLiteral("Kasse_9_1"), saSendTilgodelapp);
     made->Params.ByName(QStringLiteral("GA_SYNKTIDSPUNKT")) = QDateTime(QDate(2026, 3, 4), QTime(5, 6, 7));
