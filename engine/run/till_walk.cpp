@@ -1,6 +1,5 @@
 #include "engine/run/till_walk.h"
 
-#include <optional>
 #include <utility>
 
 #include "engine/base/abort.h"
@@ -137,8 +136,7 @@ TillWalk::Turn TillWalk::serve(const TillIdentity& till) {
         if (plan_.LeavesOut && plan_.LeavesOut(till)) return Turn::Over;
         // Before the login, so that a till that is taken costs one question to the back office, and at most a login
         // ahead that comes to nothing.
-        lock.emplace(parts_.Office.Session(), ApplicationLock::OfTill(till.Ik_Ku_Id, till.Kassenummer),
-                     plan_.Share ? plan_.Share->QuestionOf(till) : QString());
+        takeLock(lock, till);
         if (plan_.Share) {
             const NightShare::Turn turn = plan_.Share->TurnAt(till, lock->Held(), lock->Answer());
             if (turn == NightShare::Turn::Passed) return Turn::Elsewhere;
@@ -153,6 +151,23 @@ TillWalk::Turn TillWalk::serve(const TillIdentity& till) {
         fail(till, failure);
     }
     return Turn::Over;
+}
+
+void TillWalk::takeLock(std::optional<ApplicationLock>& lock, const TillIdentity& till) {
+    db::Session& office = parts_.Office.Session();
+    const auto take = [&] {
+        lock.emplace(office, ApplicationLock::OfTill(till.Ik_Ku_Id, till.Kassenummer),
+                     plan_.Share ? plan_.Share->QuestionOf(till) : QString());
+    };
+    try {
+        take();
+    } catch (const EAbort&) {
+        throw;
+    } catch (const std::exception&) {
+        if (!plan_.OfficeForLocksAlone || office.Connected()) throw;
+        office.Open();
+        take();
+    }
 }
 
 void TillWalk::makeVisit(const TillIdentity& till) {

@@ -7,6 +7,7 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "engine/db/meanwhile.h"
@@ -14,6 +15,7 @@
 
 namespace torvik {
 
+class ApplicationLock;
 class LoginsAhead;
 class NightShare;
 class RunParts;
@@ -33,6 +35,9 @@ struct TillWalkPlan {
     // A broken back-office session is opened again after each till, and the till's row found again; one that cannot be
     // opened ends the walk.
     bool ReopensBackOffice = false;
+    // The work asks the back office nothing and holds no lock of its own there: a session that was lost is opened again
+    // for the next till's lock, and fails no till.
+    bool OfficeForLocksAlone = false;
     // A cancel ends a statement of the till's visit on the server, commits and blocks of rows excepted; else it waits
     // for the next place that tests for it. The end of the program ends statements in every walk.
     bool CancelEndsStatements = false;
@@ -91,6 +96,7 @@ private:
     void walk();
     void tellDone();
     [[nodiscard]] Turn serve(const TillIdentity& till);
+    void takeLock(std::optional<ApplicationLock>& lock, const TillIdentity& till);
     void makeVisit(const TillIdentity& till);
     // What follows each till, whatever became of it.
     void finish(const TillIdentity& till);

@@ -43,6 +43,7 @@ private:
 void FileSending::run() {
     showTills();
     TillWalkPlan plan;
+    plan.OfficeForLocksAlone = true;
     plan.LogsInAhead = true;
     plan.TestCancel = TillWalkPlan::CancelTest::Never;
     plan.Work = [this](TillVisit& visit) { serve(visit); };

@@ -21,6 +21,7 @@ void askTill(const TillVisit& visit, THealthSummary& summary) {
 
 TillWalkPlan planOf(RunParts& parts, THealthSummary& summary) {
     TillWalkPlan plan;
+    plan.OfficeForLocksAlone = true;
     plan.LogsInAhead = true;
     plan.CancelEndsStatements = true;
     plan.Unreachable = [&parts](const TillIdentity& till) {

@@ -35,6 +35,7 @@ void receiveIni(const TillVisit& visit) {
 
 TillWalkPlan planOf(RunParts& parts) {
     TillWalkPlan plan;
+    plan.OfficeForLocksAlone = true;
     plan.LogsInAhead = true;
     plan.Unreachable = [&parts](const TillIdentity& till) {
         parts.Log.AddLog(

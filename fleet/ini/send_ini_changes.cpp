@@ -30,6 +30,7 @@ void sendChanges(const TillVisit& visit, const QString& file) {
 
 TillWalkPlan planOf(RunParts& parts, const QString& file) {
     TillWalkPlan plan;
+    plan.OfficeForLocksAlone = true;
     plan.LogsInAhead = true;
     plan.TestCancel = TillWalkPlan::CancelTest::Never;
     plan.Unreachable = [&parts](const TillIdentity& till) {

@@ -43,6 +43,7 @@ private:
 
 void ScriptRun::run() {
     TillWalkPlan plan;
+    plan.OfficeForLocksAlone = true;
     plan.LogsInAhead = true;
     plan.CancelEndsStatements = true;
     plan.Unreachable = [this](const TillIdentity& till) {

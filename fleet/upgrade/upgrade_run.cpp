@@ -40,6 +40,7 @@ private:
 
 void UpgradeRun::run() {
     TillWalkPlan plan;
+    plan.OfficeForLocksAlone = true;
     plan.LogsInAhead = true;
     plan.TestCancel = TillWalkPlan::CancelTest::Never;
     plan.Unreachable = [this](const TillIdentity& till) {

@@ -181,6 +181,17 @@ TEST_F(TillWalkOverAChain, UnreachableTillIsPassedOverAndCounts) {
                                      QStringLiteral("100 1: 3 av 3")}));
 }
 
+TEST_F(TillWalkOverAChain, LostBackOfficeFailsNoTillWhereLocksAloneNeedIt) {
+    chain.tills(QStringLiteral("1/1 1/2 2/1"));
+    plan.OfficeForLocksAlone = true;
+    work = [this](TillVisit& visit) {
+        if (visit.Till.Kassenummer == u"2") chain.server.dropConnections();
+    };
+    walk();
+    EXPECT_EQ(served, (QStringList{QStringLiteral("1/1"), QStringLiteral("1/2"), QStringLiteral("2/1")}));
+    EXPECT_EQ(failed, QStringList());
+}
+
 struct WaitCase {
     Waiting wait;
     qsizetype waits;
