@@ -12,6 +12,7 @@
 #include "shell/commands/command.h"
 #include "shell/commands/questions.h"
 #include "shell/fleet/ini_viewer.h"
+#include "shell/results/script_results.h"
 
 namespace torvik {
 
@@ -122,6 +123,7 @@ void actiViewTorvikPOSini(CommandContext& context) {
     TfrmTorvikPosIniViewerDlg viewer(context.folder, context.ask.OpenFile, &context.window);
     viewer.Init();
     viewer.show();
+    context.results.clear();
     engine.OnTorvikPosIniReceivedEvent = [&viewer](const QString& avdNr, const QString& kassenr,
                                                    const QStringList& lines, const QString& navn) {
         viewer.OnTorvikPosIni(avdNr, kassenr, lines, navn);

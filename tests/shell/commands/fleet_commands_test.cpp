@@ -1,6 +1,7 @@
 // The commands that work on the tills' files: what they ask, in which order, what they call, and what they leave.
 #include <gmock/gmock.h>
 
+#include <QTabWidget>
 #include <QToolBar>
 
 #include "engine/db/query.h"
@@ -244,6 +245,18 @@ TEST_F(FleetCommands, ViewerShowsEveryTillsFileAndStaysUntilItIsRead) {
     EXPECT_EQ(log().first(), "STARTER HENTING AV TORVIKPOS.INI");
     EXPECT_EQ(log().last(), QStringLiteral("fullføRT HENTING AV TORVIKPOS.INI"));
     EXPECT_FALSE(window.TorvikPos1().OnTorvikPosIniReceivedEvent) << "taken away with the dialog";
+}
+
+TEST_F(FleetCommands, ViewerClearsTheResultsOfAScript) {
+    window.Ask.SqlScript = [](SettingsStore&, const QString&, const QStringList&) {
+        return std::optional(SqlScriptAnswer{{QStringLiteral("SELECT 1 Antall")}, true});
+    };
+    click(window, "actiRunSQL");
+    const auto* pages = window.findChild<QTabWidget*>(QStringLiteral("scriptPages"));
+    EXPECT_EQ(pages->count(), 3);
+    test::whenAsked<TfrmTorvikPosIniViewerDlg>([](TfrmTorvikPosIniViewerDlg& viewer) { test::press(viewer, "close"); });
+    click(window, "actiViewTorvikPOSini");
+    EXPECT_EQ(pages->count(), 0);
 }
 
 }  // namespace
