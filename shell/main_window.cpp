@@ -228,7 +228,7 @@ void MainWindow::createCommands() {
     commands_ =
         std::make_unique<CommandBar>(*this, engine, [this](const CommandRow& row) { runner_->run(row, *context_); });
     commands_->setCancelEnabled(false);
-    connect(runner_.get(), &CommandRunner::runningChanged, commands_.get(), &CommandBar::setCancelEnabled);
+    connect(runner_.get(), &CommandRunner::runningChanged, this, &MainWindow::showRunning);
     engine.OnTimerException = [this](const std::exception_ptr& failure) {
         runner_->guarded([&failure] { std::rethrow_exception(failure); });
     };
@@ -246,11 +246,19 @@ void MainWindow::createCommands() {
             [this] { torvikPos_->AddLog(QStringLiteral("Klarte ikke å lagre innstillingene"), true); });
     automaticRun_ = std::make_unique<AutomaticRun>(engine, *settings_, *preferences_,
                                                    AutomaticRun::Panes{*log_, *errorLog_}, folder_);
-    automaticRun_->onRunning = [this](bool running) { commands_->setCancelEnabled(running); };
+    // A night can pass while a command asks its first question, and ends within it.
+    automaticRun_->onRunning = [this](bool running) { showRunning(running || runner_->running()); };
     connect(settingsPanel_, &SettingsPanel::autoStartChanged, this, [this](bool on) { automaticRun_->arm(on); });
     context_.reset(new CommandContext{*this, engine, msConnTarget, folder_, store_, *settings_, *preferences_,
                                       *automaticRun_, Ask, [this] { resetProgress(); }, *scriptResults_, *health_,
                                       [this](QWidget& pane) { panes_->setCurrentWidget(&pane); }});
+}
+
+// Arming starts the clock and runs the roster's query again. Under a walk that would begin at the first till anew, and
+// a tick would take the back office's session from under it.
+void MainWindow::showRunning(bool running) {
+    commands_->setCancelEnabled(running);
+    settingsPanel_->setArmingEnabled(!running);
 }
 
 void MainWindow::countLines(int tab, const QString& caption, int lines) {
@@ -339,7 +347,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     const bool first = !std::exchange(closing_, true);
     if (const QString warning = threads_->ClosingWarning(); first && !warning.isEmpty()) threads_->ShowMessage(warning);
     if (runner_->busy()) {
-        if (first) settings_->set("cbAutoStart", false);
+        if (first) torvikPos_->SetAutoCommunicate(false);
         torvikPos_->Abandon();
         if (!torvikPos_->CancelRequest()) torvikPos_->SetCancelRequest(true);
         if (QWidget* dialog = QApplication::activeModalWidget()) dialog->close();  // a log-off waits for no answer
@@ -361,7 +369,7 @@ void MainWindow::terminate() {
     closing_ = true;
     savePane(*log_, "TorvikPos.log");
     savePane(*errorLog_, "TorvikPosError.log");
-    settings_->set("cbAutoStart", false);
+    torvikPos_->SetAutoCommunicate(false);
     torvikPos_->Abandon();
     if (runner_->busy()) torvikPos_->SetCancelRequest(true);
     while (QWidget* menu = QApplication::activePopupWidget()) {

@@ -72,6 +72,7 @@ private:
     void createTrayIcon();
     void readDataLink(const ShowMessage& showMessage);
     void connectBackOffice();
+    void showRunning(bool running);
     void countLines(int tab, const QString& caption, int lines);
     void savePane(const LogPaneView& pane, const char* name);
 

@@ -24,6 +24,8 @@ public:
     void guarded(const std::function<void()>& body);
     // A command, or the automatic run, is under way.
     [[nodiscard]] bool busy() const;
+    // Whether a run is at work that a command has begun.
+    [[nodiscard]] bool running() const { return running_; }
 
 Q_SIGNALS:
     // A run of the window begins and ends; told again at its end however it ended.

@@ -64,14 +64,15 @@ void AutomaticRun::accumulateIfWanted() {
     }
 }
 
-// A cancel that is left from the run before is not this night's. Each night has a folder of its own.
+// A cancel that is left from the run before is not this night's. Each night has a folder of its own; one that cannot be
+// made costs the night its saved logs and nothing more.
 void AutomaticRun::onAutoStart() {
     engine_.SetCancelRequest(false);
     engine_.Cancelled = false;
     if (onRunning) onRunning(true);
     CurrentLogFolder = LogRootFolder + engine_.Seam.now().toString(QStringLiteral("yyyyMMddHHmmss")) + QLatin1Char('/');
     if (!QDir().mkpath(CurrentLogFolder))
-        throw EngineError(QStringLiteral("Klarte ikke å lage mappen %1").arg(CurrentLogFolder));
+        engine_.AddLog(QStringLiteral("Klarte ikke å lage mappen %1").arg(CurrentLogFolder), true);
 }
 
 void AutomaticRun::onAutoReceiveDataDone() {

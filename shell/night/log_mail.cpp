@@ -168,6 +168,8 @@ void LogMail::send(const std::function<void()>& pump, const std::function<bool()
         to.add(bracketed(each.trimmed()));
         toHeader << bracketed(each.trimmed());
     }
+    // libcurl takes a mail to nobody for a question to the server, and says that all went well.
+    if (toHeader.isEmpty()) throw EngineError(QStringLiteral("Loggen har ingen mottaker"));
     TextList headers;
     headers.add(QStringLiteral("Date: ") + rfcDate(date));
     headers.add(QStringLiteral("From: ") + bracketed(sender));

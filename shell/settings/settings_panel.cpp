@@ -103,4 +103,9 @@ void SettingsPanel::setDtsCompatible(bool compatible) {
         QStringLiteral("Databasen til back office er for ny for DTS (kompatibilitetsnivå 91 eller høyere)"));
 }
 
+void SettingsPanel::setArmingEnabled(bool enabled) {
+    setControlEnabled(*findChild<QWidget*>(QStringLiteral("cbAutoStart")), enabled,
+                      QStringLiteral("Kan endres når kjøringen er ferdig"));
+}
+
 }  // namespace torvik

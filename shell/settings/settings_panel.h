@@ -16,6 +16,8 @@ public:
 
     // The back office can run DTS: the setting is the operator's only then.
     void setDtsCompatible(bool compatible);
+    // Whether the operator may arm and disarm the automatic run now.
+    void setArmingEnabled(bool enabled);
 
 Q_SIGNALS:
     void autoStartChanged(bool armed);

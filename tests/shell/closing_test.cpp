@@ -9,6 +9,7 @@
 
 #include "engine/base/abort.h"
 #include "engine/db/query.h"
+#include "engine/roster/avdeling.h"
 #include "engine/status/oppgjor_status.h"
 #include "shell/main_threads.h"
 #include "tests/engine/workers/scripted_worker.h"
@@ -270,6 +271,31 @@ TEST_F(Closing, NightEndsWithAllItsRuns) {
     EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
     EXPECT_LT(timer.elapsed(), 30000);
     EXPECT_EQ(messages(window).last(), QStringLiteral("OnAutoStartDone"));
+}
+
+// Disarming by the box runs the roster's query again: what the till under way still tells would stand under the first.
+TEST_F(Closing, NightEndsAtTheTillWhereItStands) {
+    store.write("cbAutoStart", true);
+    store.write("KunHent", true);
+    MainWindow window(path(), store);
+    TTorvikPos& engine = window.TorvikPos1();
+    engine.Seam.sleep = [](int) {};
+    QStringList stands;
+    const TillOperation fetch = engine.OnFetchTill;
+    engine.OnFetchTill = [&](TillVisit& visit) {
+        if (visit.Till.Avdelingsnummer == u"102") {
+            window.close();
+            stands << engine.Avdeling->Avdelingsnummer();
+            EXPECT_FALSE(engine.AutoCommunicate());
+        }
+        fetch(visit);
+    };
+    window.show();
+    engine.Seam.now = [now = engine.Seam.now()] { return now; };  // no minute ends in between
+    engine.StartTime = engine.Seam.now().time();
+    engine.DoOnTimer();
+    EXPECT_EQ(stands, QStringList{QStringLiteral("102")});
+    EXPECT_TRUE(test::pumpUntil([&] { return !window.isVisible(); }));
 }
 
 TEST_F(Closing, QuestionThatIsOpenIsAnsweredWithNo) {

@@ -133,6 +133,24 @@ TEST_F(Commands, CancelIsInReachDuringARunAndSaysWhyItIsNotOtherwise) {
     EXPECT_EQ(messages(window.TorvikPos1().Log).last(), QStringLiteral("Fullført oppgjør"));
 }
 
+// An armed clock would tick into the run and take the back office's session from under it.
+TEST_F(Commands, AutomaticRunCannotBeArmedDuringARun) {
+    MainWindow window(path(), store);
+    window.show();
+    allTills(window);
+    auto* arming = window.findChild<QCheckBox*>(QStringLiteral("cbAutoStart"));
+    bool armed = true;
+    at(window, QStringLiteral("Transaksjon startet for måldatabase"), [&] {
+        arming->click();
+        armed = window.TorvikPos1().AutoCommunicate();
+    });
+    click(window, "actiOppgjorManually");
+    EXPECT_FALSE(armed);
+    EXPECT_FALSE(window.TorvikPos1().AutoCommunicate());
+    arming->click();
+    EXPECT_TRUE(window.TorvikPos1().AutoCommunicate()) << "the operator's again";
+}
+
 TEST_F(Commands, FetchOffersOldTillsAndTheOthersAll) {
     MainWindow window(path(), store);
     window.show();

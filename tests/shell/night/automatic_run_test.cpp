@@ -313,6 +313,40 @@ TEST_F(Night, FailedMailIsToldInTheErrorPaneAfterItWasSaved) {
     EXPECT_TRUE(window.TorvikPos1().AutoCommunicate());
 }
 
+// Either runs the roster's query again, which under the walk would begin at the first till anew.
+TEST_F(Night, CannotBeDisarmedNorArmedAnewWhileItRuns) {
+    MainWindow window(path(), store);
+    open(window);
+    TTorvikPos& engine = window.TorvikPos1();
+    auto* armed = window.findChild<QCheckBox*>(QStringLiteral("cbAutoStart"));
+    QStringList served;
+    QString hint;
+    const TillOperation fetch = engine.OnFetchTill;
+    engine.OnFetchTill = [&](TillVisit& visit) {
+        served << visit.Till.Avdelingsnummer;
+        if (served.size() < 4) armed->click();
+        hint = armed->toolTip();
+        fetch(visit);
+    };
+    engine.DoOnTimer();
+    EXPECT_EQ(served, (QStringList{QStringLiteral("101"), QStringLiteral("102")}));
+    EXPECT_EQ(hint, QStringLiteral("Kan endres når kjøringen er ferdig"));
+    EXPECT_TRUE(engine.AutoCommunicate()) << "armed for the next day";
+    armed->click();
+    EXPECT_FALSE(engine.AutoCommunicate()) << "the operator's again";
+}
+
+TEST_F(Night, FetchesThoughItsFolderCannotBeMade) {
+    MainWindow window(path(), store);
+    open(window);
+    QFile inTheWay(folder.filePath(QStringLiteral("Log/20260304040020")));
+    ASSERT_TRUE(inTheWay.open(QIODevice::WriteOnly));
+    window.TorvikPos1().DoOnTimer();
+    EXPECT_EQ(backOffice("SELECT COUNT(DISTINCT Pos_Op_Ik_Ku_Id) FROM PosOppgjor"), 2) << "both tills";
+    EXPECT_EQ(messages(window.TorvikPos1().ErrorLog).first(),
+              QStringLiteral("Klarte ikke å lage mappen %1/").arg(inTheWay.fileName()));
+}
+
 TEST_F(Night, CancelIsInReachWhileItRunsAndOnlyThen) {
     MainWindow window(path(), store);
     open(window);
@@ -327,6 +361,29 @@ TEST_F(Night, CancelIsInReachWhileItRunsAndOnlyThen) {
     };
     window.TorvikPos1().DoOnTimer();
     EXPECT_TRUE(enabledDuring);
+    EXPECT_FALSE(cancel->isEnabled());
+}
+
+TEST_F(Night, ThatPassesWhileACommandAsksLeavesTheCancelToTheCommand) {
+    MainWindow window(path(), store);
+    open(window);
+    const auto* cancel = window.findChild<QAction*>(QStringLiteral("actiCancel"));
+    const auto* arming = window.findChild<QCheckBox*>(QStringLiteral("cbAutoStart"));
+    window.Ask.Text = [&](const QString&, const QString&, const QString&) {
+        window.TorvikPos1().DoOnTimer();
+        return std::optional(QStringLiteral("202603"));
+    };
+    bool inReach = false;
+    bool changeable = true;
+    window.Ask.SelectTills = [&](TKasseCollection&, const TSyncVersions&) {
+        inReach = cancel->isEnabled();
+        changeable = arming->isEnabled();
+        return false;
+    };
+    click(window, "dxBtnHentVaretelling");
+    EXPECT_TRUE(messages(window.TorvikPos1().Log).contains(QStringLiteral("Fullført oppgjør"))) << "a night has passed";
+    EXPECT_TRUE(inReach);
+    EXPECT_FALSE(changeable);
     EXPECT_FALSE(cancel->isEnabled());
 }
 

@@ -91,6 +91,15 @@ TEST_F(Mail, EmptyServerIsTold) {
     EXPECT_FALSE(send(25).isEmpty());
 }
 
+TEST_F(Mail, NobodyToSendItToIsTold) {
+    for (const char* nobody : {"", " , "}) {
+        const test::SmtpServer server;
+        mail.recipients = QString::fromUtf8(nobody);
+        EXPECT_EQ(send(server.port()), QStringLiteral("Loggen har ingen mottaker"));
+        EXPECT_TRUE(server.mails().isEmpty());
+    }
+}
+
 TEST_F(Mail, MissingFileIsToldBeforeAnythingIsSent) {
     const test::SmtpServer server;
     mail.attachments << folder.filePath(QStringLiteral("borte.rtf"));
