@@ -283,6 +283,50 @@ TEST_P(FailedDelete, LeavesTheTillAsItWas) {
     EXPECT_THAT(send.till("SELECT RTRIM(VA_ID) FROM VARE WHERE VA_ID IN ('777097', '777099')"), ElementsAre("777099"));
 }
 
+// A list that is not whole would take every item that it lacks.
+class ListOfItems : public testing::Test {
+protected:
+    ListOfItems() {
+        send.dm.DeleteItem = true;
+        send.dm.ItemUpdateSelection = iusNone;
+        send.inBackOffice("UPDATE Innstillinger SET In_Slett_Va_ID = (SELECT MIN(Va_Id) FROM Vare)");
+        send.onTill("INSERT VARE (VA_ID, VA_NAVN, VA_PRIS) VALUES ('777099', 'Borte', 1)");
+    }
+    // The send breaks off in the middle of the list, and the next one comes to its end.
+    void expectKeptWhenItBreaksOff(const std::function<void()>& cause) {
+        send.dm.OnProgress = [&](QObject*, int, const QString& text) {
+            if (text == QStringLiteral("Forbereder overføring av VAREDELETE... ")) cause();
+        };
+        const Rows before = items();
+        const std::string failure = send.send().toStdString();
+        EXPECT_THAT(failure, testing::StartsWith("TorvikToPOS failed: VAREDELETE SessionID: "));
+        EXPECT_EQ(items(), before);
+
+        send.dm.OnProgress = nullptr;
+        ASSERT_EQ(send.send(), QString());
+        EXPECT_EQ(items().size(), before.size() - 1);
+        EXPECT_THAT(send.till("SELECT VA_ID FROM VARE WHERE VA_ID = '777099'"), IsEmpty());
+    }
+    [[nodiscard]] Rows items() const { return send.till("SELECT RTRIM(VA_ID) FROM VARE ORDER BY 1"); }
+
+    TillSend send{229, {.items = 12000, .tillItems = 12000}};
+};
+
+TEST_F(ListOfItems, ThatBreaksOffAtTheBackOfficeDeletesNothing) {
+    TORVIK_NEEDS_SANDBOX(send.run.chain);
+    expectKeptWhenItBreaksOff([&] { send.run.chain.backOffice().faults().dropAfterBytes(150'000); });
+}
+
+TEST_F(ListOfItems, ThatBreaksOffAtTheTillDeletesNothing) {
+    TORVIK_NEEDS_SANDBOX(send.run.chain);
+    expectKeptWhenItBreaksOff([&] {
+        sandbox::FaultRule cut;
+        cut.match.textContains = "insert bulk VAREDELETE";
+        cut.skip = 1;
+        send.run.chain.till(0).faults().add(cut);
+    });
+}
+
 // What is gone is judged by the back office's register, not by what has been sent.
 TEST_F(ItemDeletion, KeepsTheBackOfficesItemsInASendOfNone) {
     send.dm.DeleteItem = false;
