@@ -6,6 +6,7 @@
 #include "engine/base/failure_kind.h"
 #include "outbound/exports/send_steps.h"
 #include "tests/outbound/till_send.h"
+#include "tests/support/sandbox_requests.h"
 
 namespace torvik::test {
 namespace {
@@ -40,6 +41,22 @@ TEST(SendToATill, FailureNamesTheStepTheSessionAndTheFirstFailure) {
     send.inBackOffice("ALTER TABLE VareEksport DROP COLUMN Ve_Prislapp");
     EXPECT_EQ(send.send(),
               QStringLiteral("TorvikToPOS failed: Kassevare SessionID: 4711 Invalid column name 'Ve_Prislapp'."));
+}
+
+// The choice of a whole register, and its merge, take as long as they need.
+class SlowServer : public testing::TestWithParam<const char*> {};
+INSTANTIATE_TEST_SUITE_P(OfASend, SlowServer,
+                         testing::Values("KasseVareAlle", "FROM VareEksport (NOLOCK), Vare", "exec InsertVaregruppe"));
+
+TEST_P(SlowServer, IsWaitedFor) {
+    TillSend send;
+    TORVIK_NEEDS_SANDBOX(send.run.chain);
+    send.dm.RandomSessionID = [&] {
+        for (sandbox::Server* server : {&send.run.chain.backOffice(), &send.run.chain.till(0)})
+            delayBeyondTheUsualTimeout(*server, GetParam());
+        return 17;
+    };
+    EXPECT_EQ(send.send(), QString());
 }
 
 // What a failure means is asked behind the words that a send adds to it.

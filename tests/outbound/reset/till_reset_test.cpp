@@ -271,6 +271,13 @@ TEST_F(TillReset, FailedTillIsRolledBackWholeAndTheNextIsReset) {
     EXPECT_EQ(run.tillRows(1, "SELECT COUNT(*) FROM Nullstilt"), Rows{"2"});
 }
 
+TEST_F(TillReset, TillThatTakesLongIsWaitedFor) {
+    delayBeyondTheUsualTimeout(run.chain.till(0), "EXEC ResetDB");
+    reset(1001, QStringLiteral("1"));
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_EQ(run.tillValue(0, "SELECT COUNT(*) FROM ORDRE"), "0");
+}
+
 TEST_F(TillReset, BatchGrowsWithEachTillThatIsConnectedTo) {
     run.chain.runInBackOffice(
         "UPDATE Internkundekasse SET Ikk_Database = "

@@ -179,6 +179,14 @@ TEST_F(NumberSeries, BackOfficeThatFailsLeavesTheTillUntouched) {
     EXPECT_EQ(run.log().last(), QStringLiteral("fullføRT OPPDATERING AV ID"));
 }
 
+TEST_F(NumberSeries, BackOfficeThatTakesLongIsWaitedFor) {
+    next("101/1", "OP_ID", 11);
+    delayBeyondTheUsualTimeout(run.chain.backOffice(), "exec POSLedigID 1001,'1'");
+    update();
+    EXPECT_EQ(run.errors(), QStringList());
+    EXPECT_THAT(series(0), ElementsAre("OP_ID | 11", "OR_ID | 500", "1"));
+}
+
 TEST_F(NumberSeries, TillThatIsOffIsToldAndTheOthersAreRaised) {
     run.engine.RetryCount = 2;
     run.chain.runInBackOffice(
