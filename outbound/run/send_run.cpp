@@ -192,7 +192,8 @@ void SendRun::failed(const TillIdentity& till, const std::exception& failure) {
     attempts_ = parts_.Context.Options.RetryCount;
     succeeded_ = false;
     if (dynamic_cast<const UndecidedPair*>(&failure)) parts_.Log.AddLog(ErrorText(failure), true);
-    tellEvent(till, failure);
+    // A cancel is no failure of the till: it is heard when that has been served.
+    if (!dynamic_cast<const EAbort*>(&failure)) tellEvent(till, failure);
     setStatus(till, ostSendt, oksFalse, ErrorText(failure), QTime(0, 0));
 }
 

@@ -1,6 +1,7 @@
 // The structured events of a send: a till that failed stands there with its reason, whatever the operator's log says.
 #include <gtest/gtest.h>
 
+#include "engine/base/abort.h"
 #include "engine/status/oppgjor_status.h"
 #include "outbound/run/send_run.h"
 #include "tests/support/chain_run.h"
@@ -51,6 +52,16 @@ TEST_F(SendEvents, FailedTillsStandThereWithTheirReasons) {
     EXPECT_TRUE(told[1].endsWith(QStringLiteral(" Feilnummer=18456"))) << told[1].toStdString();
     EXPECT_EQ(told.filter(QStringLiteral("sesam")), QStringList());
     EXPECT_EQ(run.errors().size(), 1);
+}
+
+// The till behind which the cancel is heard has been sent to.
+TEST_F(SendEvents, CancelIsNoFailureOfItsTill) {
+    run.engine.OnProgress = [this](QObject*, int, const QString& text) {
+        if (text.startsWith(QStringLiteral("Forbereder overføring av Kunder"))) run.engine.SetCancelRequest(true);
+    };
+    const RecordedLog events;
+    EXPECT_THROW(run.engine.ExecuteDTSToPos(), EAbort);
+    EXPECT_EQ(events.lines().filter(QStringLiteral("ERR ")), QStringList());
 }
 
 TEST_F(SendEvents, SendThatGoesThroughHasNoEventOfAFailure) {
