@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Installs what is needed, builds everything and runs every test. Ends with ctest's own summary.
 #   --long   first runs, for some hours: the suite under the sanitizers, a minute of fuzzing of each target under
-#            them, 10,000 connections one after another, every fault at every request of a fetch, and every mutation
-#            of tests/mutations, which the tests must notice
+#            them, 10,000 connections one after another, the tests of TORVIK_TEST_SERVER on a server that they have
+#            not started, every fault at every request of a fetch, and every mutation of tests/mutations, which the
+#            tests must notice
 set -euo pipefail
 cd "$(dirname "$0")"
 
@@ -34,6 +35,9 @@ cmake --build --preset dev
 if [ "${1:-}" = --long ]; then
     TORVIK_SOAK_CONNECTIONS=10000 build/dev/bin/test_sandbox --gtest_filter='ServerSoak.*'
     tests/mutations/run
+    for program in test_engine_db test_inbound test_outbound test_chain test_fleet; do
+        tests/on_a_given_server build/dev/bin "$program" --gtest_brief=1
+    done
     TORVIK_LONG=1 build/dev/bin/test_fleet --gtest_brief=1 --gtest_filter='*4GiB'
     TORVIK_LONG=1 build/dev/bin/test_faults --gtest_brief=1 --gtest_filter='*EveryRequest*:*Statement*:*Killed*'
 fi

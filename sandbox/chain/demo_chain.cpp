@@ -126,6 +126,16 @@ DemoChain::~DemoChain() = default;
 DemoChain::DemoChain(DemoChain&&) noexcept = default;
 DemoChain& DemoChain::operator=(DemoChain&&) noexcept = default;
 
+Server& DemoChain::backOffice() {
+    if (!isSandbox()) throw std::logic_error("the demo chain's back office is on another's server");
+    return *backOffice_;
+}
+
+Server& DemoChain::till(std::size_t index) {
+    if (!isSandbox()) throw std::logic_error("the demo chain's tills are on another's server");
+    return *tills_.at(index);
+}
+
 void DemoChain::startServers() {
     for (const Till& till : chain_.tills) {
         tills_.push_back(start(till.database, tillHost(tills_.size()), 0));

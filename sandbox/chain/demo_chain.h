@@ -54,10 +54,10 @@ public:
 
     [[nodiscard]] const Chain& model() const { return chain_; }
     [[nodiscard]] Chain& model() { return chain_; }
-    // Whether the servers are its own, and backOffice() and till() may be called.
+    // Whether the servers are its own. Without one, backOffice() and till() raise std::logic_error.
     [[nodiscard]] bool isSandbox() const { return !options_.elsewhere; }
-    [[nodiscard]] Server& backOffice() { return *backOffice_; }
-    [[nodiscard]] Server& till(std::size_t index) { return *tills_.at(index); }
+    [[nodiscard]] Server& backOffice();
+    [[nodiscard]] Server& till(std::size_t index);
     [[nodiscard]] TillAddress addressOf(std::size_t index) const;
 
     // "Provider=...;Data Source=host,port;..." of the back office, as a data-link file holds it.

@@ -46,8 +46,9 @@ TEST_F(SendEvents, FailedTillsStandThereWithTheirReasons) {
                        "Steg=Mersalgvare Tabell=MersalgVare Feilnummer=208")))
         << told[0].toStdString();
     EXPECT_TRUE(told[1].startsWith(words(102, 1))) << told[1].toStdString();
-    EXPECT_TRUE(told[1].contains(
-        QStringLiteral(" Aarsak=Feil brukernavn eller passord Serversvar=Login failed for user 'pos'")))
+    EXPECT_TRUE(
+        told[1].contains(QStringLiteral(" Aarsak=Feil brukernavn eller passord Serversvar=Login failed for user '%1'")
+                             .arg(QString::fromStdString(run.chain.addressOf(1).user))))
         << told[1].toStdString();
     EXPECT_TRUE(told[1].endsWith(QStringLiteral(" Feilnummer=18456"))) << told[1].toStdString();
     EXPECT_EQ(told.filter(QStringLiteral("sesam")), QStringList());

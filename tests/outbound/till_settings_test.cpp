@@ -11,8 +11,7 @@ void describeDepartment(TillSend& send) {
     send.inBackOffice(
         "UPDATE Internkunde SET Ik_Kassebong1 = 'Butikken', Ik_Kassebong2 = 'Storgata 1', Ik_Kassebong3 = '0181 OSLO', "
         "Ik_Kassebong4 = 'Velkommen', Ik_Foretaksnummer = '987654321', Ik_Avdelingsnummer = '77' WHERE Ik_Ku_Id = "
-        "1001\nUPDATE Kunde SET Ku_Telefon = '22334455', Ku_Telefax = '22334456' WHERE Ku_Id = 1001\n"
-        "UPDATE Internkundekasse SET Ikk_Passord = 'Pos-1'");
+        "1001\nUPDATE Kunde SET Ku_Telefon = '22334455', Ku_Telefax = '22334456' WHERE Ku_Id = 1001");
     send.onTill("UPDATE INNSTILLINGER SET IN_AVDNR = 'x', IN_KASSENR = 'x'");
 }
 
@@ -21,8 +20,8 @@ TEST(TillSettings, TellTheDepartmentAndTheTill) {
     describeDepartment(send);
     ASSERT_EQ(send.send(), QString());
     EXPECT_EQ(send.till(std::string(kSettings) + ", IN_APIPASSORD, IN_DBVERSION FROM INNSTILLINGER"),
-              Rows{"Butikken | Storgata 1 | 0181 OSLO | Velkommen | 22334455 | 22334456 | 987654321 | 77 | 1 | Pos-1 | "
-                   "229"});
+              Rows{"Butikken | Storgata 1 | 0181 OSLO | Velkommen | 22334455 | 22334456 | 987654321 | 77 | 1 | " +
+                   send.run.chain.addressOf(0).password + " | 229"});
     const auto reports = send.progress.filter(QStringLiteral("nnstillinger"));
     EXPECT_EQ(reports, (QStringList{QStringLiteral("0 Forbereder overføring av Innstillinger... "),
                                     QStringLiteral("0 Overfører innstillinger: 0 av 1"),

@@ -1,6 +1,8 @@
 // See sandbox_server.h.
 #include "tests/support/sandbox_server.h"
 
+#include <stdexcept>
+
 #include "engine/db/errors.h"
 #include "engine/db/query.h"
 #include "tests/support/sandbox_given_server.h"
@@ -48,6 +50,11 @@ SandboxServer::~SandboxServer() {
     } catch (const db::Error& e) {
         qWarning("%s stays: %s", qPrintable(database_), e.what());
     }
+}
+
+sandbox::Server& SandboxServer::server() {
+    if (!isSandbox()) throw std::logic_error("the test runs on the server that TORVIK_TEST_SERVER names");
+    return *server_;
 }
 
 std::unique_ptr<db::Session> SandboxServer::connect(const QString& applicationName) const {

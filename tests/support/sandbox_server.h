@@ -38,10 +38,11 @@ public:
     [[nodiscard]] std::string rows(const QString& batch);
     [[nodiscard]] std::string rows(const QString& batch, db::Session& session) const;
 
-    // The stand-in itself; none when TORVIK_TEST_SERVER is set.
+    // Whether it is the stand-in: not when TORVIK_TEST_SERVER is set. What the stand-in alone has raises
+    // std::logic_error then.
     [[nodiscard]] bool isSandbox() const { return server_ != nullptr; }
-    [[nodiscard]] sandbox::Server& server() { return *server_; }
-    [[nodiscard]] sandbox::Faults& faults() { return server_->faults(); }
+    [[nodiscard]] sandbox::Server& server();
+    [[nodiscard]] sandbox::Faults& faults() { return server().faults(); }
 
 private:
     std::unique_ptr<sandbox::Server> server_;
@@ -51,6 +52,7 @@ private:
 };
 
 #define TORVIK_NEEDS_SANDBOX(fixture) \
-    if (!(fixture).isSandbox()) GTEST_SKIP() << "needs the stand-in server: it makes faults or counts requests"
+    if (!(fixture).isSandbox())       \
+    GTEST_SKIP() << "needs the stand-in server: it makes faults, counts requests or uses what is the server's own"
 
 }  // namespace torvik::test

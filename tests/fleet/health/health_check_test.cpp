@@ -21,6 +21,9 @@ class HealthCheck : public testing::Test {
 protected:
     explicit HealthCheck(std::vector<int> versions = {213, 213}) : run(FleetRun::tills(std::move(versions))) {}
 
+    // Jobs and backups are the server's, of which the stand-in has one for each till.
+    void SetUp() override { TORVIK_NEEDS_SANDBOX(run.chain); }
+
     // A job of the till's server, with a row for each server that it last ran at.
     void job(std::size_t till, const std::string& name, const std::vector<int>& outcomes) {
         run.chain.runInTill(till, "INSERT INTO msdb.dbo.sysjobs (name) VALUES ('" + name + "')");

@@ -125,6 +125,7 @@ TEST_F(BinaryObjects, HoldTheFileByteForByteHoweverManyPiecesItIs) {
 
 // The till's software looks at the table at any moment.
 TEST_F(BinaryObjects, AreWrittenByOneStatementOutsideAnyTransaction) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.chain.till(0).faults().keepLog();
     write(FleetRun::bytes(2 * kPiece));
     int writes = 0;
@@ -137,6 +138,7 @@ TEST_F(BinaryObjects, AreWrittenByOneStatementOutsideAnyTransaction) {
 }
 
 TEST_F(BinaryObjects, AreNotThereWhenTheLineIsCutAtAnyPiece) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     const QByteArray content = FleetRun::bytes(3 * kPiece);
     for (std::uint64_t skip = 0; skip < 3; ++skip) {
         run.chain.till(0).faults().add({.match = {.textContains = "INSERT INTO #FIL"}, .skip = skip});

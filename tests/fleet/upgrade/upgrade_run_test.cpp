@@ -70,6 +70,7 @@ TEST(UpgradeRun, GivesTheArchiveToAnOlderTillOverItsShare) {
     const SambaServer samba;
     QDir(samba.folder("C$")).mkdir("TorvikPOS");
     FleetRun run(FleetRun::oneTill(71));
+    TORVIK_NEEDS_SANDBOX(run.chain);
     const QByteArray archive = FleetRun::bytes(100000);
     const QString file = run.file("TorvikPOS.zip", archive);
     UpgradeTorvikPOS(run.parts(), file, kFolder, true, toolsOf(samba));
@@ -88,6 +89,7 @@ TEST(UpgradeRun, TakesTheShareWhateverTheVersionUnlessTheDatabaseMayBeUsed) {
     const SambaServer samba;
     QDir(samba.folder("C$")).mkdir("TorvikPOS");
     FleetRun run(FleetRun::oneTill(213));
+    TORVIK_NEEDS_SANDBOX(run.chain);
     UpgradeTorvikPOS(run.parts(), run.file("TorvikPOS.zip", "PK"), kFolder, false, toolsOf(samba));
     EXPECT_EQ(samba.content("C$", "TorvikPOS/TorvikPOS.zip"), "PK");
     EXPECT_THAT(run.objects(0), IsEmpty());

@@ -93,6 +93,7 @@ TEST_F(StockCounts, OrdersThatAreNotDoneAreNotCounted) {
 
 // One line each of two settlements, mixed in the till's order of rows.
 TEST_F(StockCounts, TwoCountsOfATillGoInOneHeadAndBothAreMarked) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     onTill(
         0,
         "INSERT OPPGJOR (OP_ID, OP_AN_ID, OP_TIDSPUNKT, OP_TYPE, OP_STATUS) SELECT 77, OP_AN_ID, OP_TIDSPUNKT, OP_TYPE, 0 "
@@ -111,6 +112,7 @@ TEST_F(StockCounts, TwoCountsOfATillGoInOneHeadAndBothAreMarked) {
 
 // 3 lines stand already.
 TEST_F(StockCounts, LinesGoThirtyTwoAtATime) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     for (const int more : {29, 30, 61, 62}) {
         onTill(0,
                "DELETE ORDRELINJE WHERE OL_ID > 9000 UPDATE OPPGJOR SET OP_OPPDATERTTIDSPUNKT = NULL WHERE OP_ID = 2");
@@ -147,6 +149,7 @@ TEST_F(StockCounts, QuantitiesAreExactAndItemsHaveTheirQuotes) {
 
 // The text of the version is compared: "99" is above "117". No zone is taken over whatever the till has.
 TEST_F(StockCounts, ZonesAreAskedForByTheVersionOfTheTillBeforeAndNeverTaken) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     const struct {
         const char* version;
         int asked;
@@ -196,6 +199,7 @@ TEST_F(StockCounts, TillThatIsOffIsAnErrorLineAndTheOthersAreCounted) {
 }
 
 TEST_F(StockCounts, TillThatRefusesTheMarkIsNotCounted) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.chain.till(0).faults().add(refusal("update oppgjor set op_oppdaterttidspunkt"));
     count();
     EXPECT_TRUE(counted({1, 2}));
@@ -208,6 +212,7 @@ TEST_F(StockCounts, TillThatRefusesTheMarkIsNotCounted) {
 }
 
 TEST_F(StockCounts, ConnectionThatBreaksLeavesTheTillForTheNextRun) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     for (const char* place : {"FROM ordre JOIN", "update oppgjor set op_oppdaterttidspunkt", "COMMIT TRANSACTION"}) {
         inBackOffice("DELETE Varetelling");
         for (std::size_t till = 0; till < 3; ++till) onTill(till, "UPDATE OPPGJOR SET OP_OPPDATERTTIDSPUNKT = NULL");
@@ -224,6 +229,7 @@ TEST_F(StockCounts, ConnectionThatBreaksLeavesTheTillForTheNextRun) {
 
 // Required: what the stage and the hand-over refuse is told, and the count is marked all the same.
 TEST_F(StockCounts, RefusalsOnTheWayAreToldAndTheCountIsMarked) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     const struct {
         const char* statement;
         std::set<std::size_t> counted;
@@ -248,6 +254,7 @@ TEST_F(StockCounts, RefusalsOnTheWayAreToldAndTheCountIsMarked) {
 }
 
 TEST_F(StockCounts, ServiceRefusesATillWhoseCountTheBackOfficeDoesNotTake) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.engine.SetRunAsService(true);
     run.chain.backOffice().faults().add(refusal("exec NipponToVaretell"));
     count();
@@ -258,6 +265,7 @@ TEST_F(StockCounts, ServiceRefusesATillWhoseCountTheBackOfficeDoesNotTake) {
 
 // The statement's failure is told and passed over, but the server has ended the transaction with it.
 TEST_F(StockCounts, TransactionThatTheBackOfficeHasEndedMarksNothing) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     sandbox::FaultRule deadlock = refusal("exec NipponToVaretell");
     deadlock.message.number = 1205;
     deadlock.message.text = "vranglås";
@@ -272,6 +280,7 @@ TEST_F(StockCounts, TransactionThatTheBackOfficeHasEndedMarksNothing) {
 }
 
 TEST_F(StockCounts, TillThatCommittedAloneIsTakenBackAndCountedAgain) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     for (const bool inChain : {true, false}) {
         run.engine.IsEnterprise = inChain;
         inBackOffice("DELETE Varetelling");
@@ -303,6 +312,7 @@ TEST_F(StockCounts, CancelTakesEffectBehindTheTill) {
 }
 
 TEST_F(StockCounts, EndOfTheProgramInAStatementMarksNothing) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     sandbox::FaultRule slow;
     slow.match.textContains = "exec NipponToVaretell";
     slow.action = FaultAction::Delay;

@@ -248,6 +248,7 @@ TEST_F(TillReset, ServiceDoesNothing) {
 
 // In the first till's transaction the last statement fails: none of the others stands.
 TEST_F(TillReset, FailedTillIsRolledBackWholeAndTheNextIsReset) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.chain.runInTill(0,
                         "CREATE TABLE Holder (Nr int, An char(10) REFERENCES ANSATT (AN_ID)) INSERT Holder SELECT 1, "
                         "MIN(AN_ID) FROM ANSATT");
@@ -279,6 +280,7 @@ TEST_F(TillReset, TillThatTakesLongIsWaitedFor) {
 }
 
 TEST_F(TillReset, BatchGrowsWithEachTillThatIsConnectedTo) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     run.chain.runInBackOffice(
         "UPDATE Internkundekasse SET Ikk_Database = "
         "'finnes_ikke' WHERE Ikk_Kassenummer = '1'");
@@ -293,6 +295,7 @@ TEST_F(TillReset, BatchGrowsWithEachTillThatIsConnectedTo) {
 }
 
 TEST_F(TillReset, ConnectionThatBreaksLeavesTheTillAsItWas) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     const Tables before = run.tillTables(0);
     for (const char* place : {"EXEC ResetDB", "COMMIT TRANSACTION"}) {
         run.errorPane.Clear();
@@ -306,6 +309,7 @@ TEST_F(TillReset, ConnectionThatBreaksLeavesTheTillAsItWas) {
 }
 
 TEST_F(TillReset, CommitWithoutAnAnswerIsNotToldAsDone) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     refuse(0, "COMMIT TRANSACTION", sandbox::FaultAction::DropAfter);
     reset();
     EXPECT_EQ(run.errors().size(), 1);
@@ -337,6 +341,7 @@ TEST_F(TillReset, TillOfAPairThatAnotherMachineHasLeftIsRefused) {
 
 // A count of which the till committed alone: taken back on the way, and not to be lost by the reset.
 TEST_F(TillReset, TillOfWhichAFetchWasTakenBackIsRefusedOnce) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     joinStockCounts(run.engine, run.joinPoints.NoteFolder);
     run.engine.VaretellingPeriode = QStringLiteral("202603");
     run.target.Open();

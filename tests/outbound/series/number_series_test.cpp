@@ -163,6 +163,7 @@ TEST_F(NumberSeries, NumberThatTheTillHasPassedMeanwhileStays) {
 }
 
 TEST_F(NumberSeries, BackOfficeThatFailsLeavesTheTillUntouched) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     next("101/1", "OP_ID", 11);
     next("102/1", "OP_ID", 12);
     sandbox::FaultRule refuse;
@@ -201,6 +202,7 @@ TEST_F(NumberSeries, TillThatIsOffIsToldAndTheOthersAreRaised) {
 }
 
 TEST_F(NumberSeries, WhatWasRaisedBeforeAFailureStandsAndTheNextRunDoesTheRest) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     next("101/1", "OP_ID", 11);
     next("101/1", "OR_ID", 501);
     next("101/1", "VM_ID", 900);
