@@ -132,7 +132,7 @@ TEST_F(TillChoice, BeginsWithTheTillsOfAnOffer) {
     test::whenAsked<TfrmVelgInternkundeKasse>([](TfrmVelgInternkundeKasse& shown) {
         EXPECT_EQ(tillsIn(shown, true), QStringLiteral("101/2 102/1"));
         EXPECT_EQ(child<QLabel>(shown, "count").text(), QStringLiteral("2 valgt"));
-        test::press(shown, "ok");
+        shown.accept();
     });
     TKasseCollection chosen;
     EXPECT_TRUE(dialog.Execute(chosen, static_cast<int>(offer.Fields(0).AsInteger())));
