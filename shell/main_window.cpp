@@ -19,6 +19,7 @@
 #include "engine/db/query.h"
 #include "engine/db/udl.h"
 #include "engine/roster/avdeling.h"
+#include "fleet/health/backup_age.h"
 #include "inbound/fetch_till.h"
 #include "inbound/stock_counts/stock_count_run.h"
 #include "logging/ini_file.h"
@@ -128,7 +129,8 @@ void MainWindow::createEngine() {
     engine.IncludeDTS_TorvikPOS = true;
 
     const QString notes = folder_ + QStringLiteral("Notater");
-    joinFetching(engine, {.NoteFolder = notes,
+    joinFetching(engine, {.DaysSinceLastBackup = [](TOppgjor& till) { return DaysSinceLastBackup(till.Visit()); },
+                          .NoteFolder = notes,
                           .DecidePair = [this](const PairQuestion& question) { return decidePair(question); }});
     joinStockCounts(engine, notes);
     joinSending(engine);

@@ -5,6 +5,7 @@
 
 #include "engine/base/abort.h"
 #include "engine/run/run_parts.h"
+#include "fleet/health/backup_age.h"
 #include "sandbox/chain/upkeep.h"
 #include "tests/fleet/support/fleet_run.h"
 #include "tests/support/qt_print.h"
@@ -111,6 +112,16 @@ TEST_F(HealthCheck, DatabaseWithoutABackupHasADayOfTheYear1900) {
     ASSERT_NE(own, nullptr);
     EXPECT_EQ(own->LastBackupDate, db::DateTime(QDate(1900, 1, 1)));
     EXPECT_EQ(own->DaysSinceLastBackup, QDate(1899, 12, 31).daysTo(QDate::currentDate()));
+}
+
+TEST_F(HealthCheck, FetchIsToldTheAgeOfTheFirstDatabasesBackup) {
+    run.chain.runInTill(0, "CREATE DATABASE [ABC]");
+    run.parts().Roster.Open();
+    ASSERT_TRUE(run.engine.ConnectSource());
+    EXPECT_EQ(DaysSinceLastBackup(run.parts().Visit()), QDate(1899, 12, 31).daysTo(QDate::currentDate()));
+    backup(0, "ABC", 6);
+    backup(0, databaseOf(0), 3);
+    EXPECT_EQ(DaysSinceLastBackup(run.parts().Visit()), 6);
 }
 
 TEST_F(HealthCheck, OneDatabaseCanBeAskedForByItsBackups) {

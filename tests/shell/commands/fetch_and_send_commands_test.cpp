@@ -72,6 +72,23 @@ TEST_F(Sending, TillInATransactionIsRefusedWithItsReason) {
 
 using Fetching = test::WindowOfCommands;
 
+TEST_F(Fetching, TellsHowOldEachTillsBackupIs) {
+    for (const std::size_t index : {0U, 1U})
+        chain.runInTill(index,
+                        "CREATE DATABASE [ABC]\nINSERT INTO msdb.dbo.backupset (database_name, type, "
+                        "backup_finish_date) VALUES ('ABC', 'D', DATEADD(day, -" +
+                            std::to_string(index + 5) + ", GETDATE()))");
+    chain.runInTill(1, "USE msdb DROP TABLE backupset");
+    MainWindow window(path(), store);
+    open(window);
+    click(window, "actiOppgjorManually");
+    EXPECT_EQ(status(window).Row(0).DagerSidenBackup, 5);
+    // A till that cannot tell is fetched all the same.
+    EXPECT_EQ(status(window).Row(1).DagerSidenBackup, std::nullopt);
+    EXPECT_EQ(status(window).Row(1).Hentet, true);
+    EXPECT_EQ(errors(window), QStringList());
+}
+
 TEST_F(Fetching, TillInATransactionIsRefusedWithItsReason) {
     const auto busy = test::tillSession(chain, 1);
     busy->StartTransaction();
