@@ -116,8 +116,12 @@ std::optional<PairNote> PairNotes::read(const QUuid& pair) const {
 std::vector<PairNote> PairNotes::ofTill(int Ik_Ku_Id, const QString& KasseNr) const {
     std::vector<PairNote> notes;
     for (const QString& name : folder_.entryList({kNotes}, QDir::Files, QDir::Name)) {
-        PairNote note = noteIn(folder_.filePath(name));
-        if (note.Ik_Ku_Id == Ik_Ku_Id && note.KasseNr == KasseNr) notes.push_back(std::move(note));
+        try {
+            PairNote note = noteIn(folder_.filePath(name));
+            if (note.Ik_Ku_Id == Ik_Ku_Id && note.KasseNr == KasseNr) notes.push_back(std::move(note));
+        } catch (const EngineError&) {
+            // left where it is
+        }
     }
     return notes;
 }

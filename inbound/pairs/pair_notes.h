@@ -27,7 +27,8 @@ public:
     // Nothing where there is none; ask storeId as well, since a disk that is gone shows none either. Raises EngineError
     // for one that cannot be read: it is there, and not understood.
     [[nodiscard]] std::optional<PairNote> read(const QUuid& pair) const;
-    // Those of one till.
+    // Those of one till that can be read. One that cannot may be any till's, or have been removed meanwhile by another
+    // copy: it holds back only the till whose intent names it (read).
     [[nodiscard]] std::vector<PairNote> ofTill(int Ik_Ku_Id, const QString& KasseNr) const;
     // A note that stays is found again, and has no intent then.
     void remove(const QUuid& pair) const noexcept;

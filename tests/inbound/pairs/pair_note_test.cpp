@@ -128,6 +128,11 @@ TEST(PairNotes, NoteThatCannotBeReadIsAnErrorAndNotNone) {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
     file.close();
     EXPECT_THROW(static_cast<void>(notes.read(note.intent.id)), EngineError);
+    // It holds back the till whose intent names it, and no other.
+    const PairNote other = noteOf(QStringLiteral("2"), notes.storeId());
+    notes.write(other);
+    EXPECT_EQ(notes.ofTill(1001, QStringLiteral("2")), std::vector<PairNote>{other});
+    EXPECT_TRUE(QFile::exists(file.fileName()));
 }
 
 }  // namespace
