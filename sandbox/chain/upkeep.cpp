@@ -30,10 +30,12 @@ std::string job(const char* name, Outcome outcome) {
            std::to_string(outcome) + " FROM msdb.dbo.sysjobs WHERE name = N'" + name + "'\n";
 }
 
-std::string backup(const std::string& database, int daysAgo) {
+// Of every database of the till's server, as a night's job makes them.
+std::string backups(int daysAgo) {
     const std::string time = "DATEADD(day, -" + std::to_string(daysAgo) + ", GETDATE())";
-    return "INSERT INTO msdb.dbo.backupset (database_name, type, backup_start_date, backup_finish_date)\nVALUES (N'" +
-           database + "', 'D', " + time + ", " + time + ")\n";
+    return "INSERT INTO msdb.dbo.backupset (database_name, type, backup_start_date, backup_finish_date)\n"
+           "SELECT name, 'D', " +
+           time + ", " + time + " FROM master.dbo.sysdatabases WHERE name <> 'tempdb'\n";
 }
 
 }  // namespace
@@ -43,7 +45,7 @@ void giveUpkeep(DemoChain& chain) {
         const Upkeep& upkeep = kUpkeep[i % std::size(kUpkeep)];
         std::string batch = "IF EXISTS (SELECT * FROM msdb.dbo.sysjobs) RETURN\n";
         batch += job("Nattlig backup", upkeep.backup) + job("Reindeksering", upkeep.reindexing);
-        if (upkeep.daysSinceBackup >= 0) batch += backup(chain.model().tills[i].database, upkeep.daysSinceBackup);
+        if (upkeep.daysSinceBackup >= 0) batch += backups(upkeep.daysSinceBackup);
         chain.runInTill(i, batch);
     }
 }

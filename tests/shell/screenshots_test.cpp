@@ -64,6 +64,7 @@ protected:
 };
 
 TEST_F(Screenshots, MainWindowFitsASmallScreenInEveryState) {
+    giveUpkeep(chain);
     chain.till(1).stopListening();
     MainWindow window(path(), store);
     window.show();
