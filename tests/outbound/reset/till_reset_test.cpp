@@ -273,6 +273,7 @@ TEST_F(TillReset, FailedTillIsRolledBackWholeAndTheNextIsReset) {
 }
 
 TEST_F(TillReset, TillThatTakesLongIsWaitedFor) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     delayBeyondTheUsualTimeout(run.chain.till(0), "EXEC ResetDB");
     reset(1001, QStringLiteral("1"));
     EXPECT_EQ(run.errors(), QStringList());

@@ -181,6 +181,7 @@ TEST_F(NumberSeries, BackOfficeThatFailsLeavesTheTillUntouched) {
 }
 
 TEST_F(NumberSeries, BackOfficeThatTakesLongIsWaitedFor) {
+    TORVIK_NEEDS_SANDBOX(run.chain);
     next("101/1", "OP_ID", 11);
     delayBeyondTheUsualTimeout(run.chain.backOffice(), "exec POSLedigID 1001,'1'");
     update();
