@@ -67,14 +67,8 @@ void add(bench::Purposes& trips, const std::vector<std::string>& requests, const
     }
 }
 
-struct Walk {
-    double milliseconds;         // a till
-    bench::Purposes till;        // round trips a till, by purpose
-    bench::Purposes backOffice;  // likewise, without what a run asks once
-};
-
 // A send of changes to tills that have been sent to, with prices and customers and nothing changed.
-Walk idleWalk(bool together) {
+bench::Walk idleWalk(bool together) {
     test::ChainRun run({.departments = kTills / 5, .tills = kTills, .days = 1, .items = 10, .ordersADay = 3});
     joinSending(run.engine);
     run.engine.Tasks = TTasks{taSend};
@@ -90,7 +84,7 @@ Walk idleWalk(bool together) {
     };
     send(vopAlle);
     send(vopEndrede);
-    Walk walk{};
+    bench::Walk walk{};
     walk.milliseconds = 1000 * bench::seconds([&] { send(vopEndrede); }) / kTills;
     const test::RoundTrips trips(run.chain);
     send(vopEndrede);
@@ -105,18 +99,10 @@ Walk idleWalk(bool together) {
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    const Walk together = idleWalk(true);
-    const Walk oneByOne = idleWalk(false);
+    const bench::Walk together = idleWalk(true);
+    const bench::Walk oneByOne = idleWalk(false);
     bench::tell({"a till that is sent to with nothing changed", together.milliseconds, "ms", {}, {}});
     bench::tell("the same", together.milliseconds, "ms", "each statement by itself", oneByOne.milliseconds);
-    bench::tell("at the till", bench::sum(together.till), "round trips a till", "50 at most", kMostToATill);
-    bench::tell("at the back office", bench::sum(together.backOffice), "round trips a till", "30 at most",
-                kMostToTheBackOffice);
-    bench::tell("at the till", bench::sum(together.till), "round trips a till", "each statement by itself",
-                bench::sum(oneByOne.till));
-    bench::tell("at the back office", bench::sum(together.backOffice), "round trips a till", "each statement by itself",
-                bench::sum(oneByOne.backOffice));
-    bench::tellPurposes("at the till", together.till);
-    bench::tellPurposes("at the back office", together.backOffice);
+    bench::tellTrips(together, kMostToATill, kMostToTheBackOffice, oneByOne);
     bench::tellPurposes("each by itself, at the till", oneByOne.till);
 }

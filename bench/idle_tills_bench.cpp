@@ -60,20 +60,14 @@ std::string purposeOf(const std::string& trip) {
     return "raw tables";
 }
 
-struct Walk {
-    double milliseconds;         // a till
-    bench::Purposes till;        // round trips a till, by purpose
-    bench::Purposes backOffice;  // likewise, without what a run asks once
-};
-
 // A walk over so many tills that have all been fetched.
-Walk idleWalk(int tills, bool together) {
+bench::Walk idleWalk(int tills, bool together) {
     test::ChainRun run(
         {.departments = std::max(1, tills / 5), .tills = tills, .days = 1, .items = 10, .ordersADay = 3});
     run.engine.ReadsTogether = together;
     run.fetch();
     const QStringList errors = run.errors();
-    Walk walk{};
+    bench::Walk walk{};
     walk.milliseconds = 1000 * bench::seconds([&] { run.fetch(); }) / tills;
     {
         const test::RoundTrips trips(run.chain);
@@ -92,21 +86,13 @@ Walk idleWalk(int tills, bool together) {
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
-    const Walk one = idleWalk(1, true);
-    const Walk few = idleWalk(kFew, true);
-    const Walk many = idleWalk(kMany, true);
-    const Walk oneByOne = idleWalk(kFew, false);
+    const bench::Walk one = idleWalk(1, true);
+    const bench::Walk few = idleWalk(kFew, true);
+    const bench::Walk many = idleWalk(kMany, true);
+    const bench::Walk oneByOne = idleWalk(kFew, false);
     bench::tell("one till with nothing to fetch, run and all", one.milliseconds, "ms", "60 ms at most", kMostAtATill);
     bench::tell("walk over 200 tills with nothing to fetch", many.milliseconds, "ms a till", "60 ms at most",
                 kMostAtATill);
     bench::tell("the same", many.milliseconds, "ms a till", "walk over 50 tills", few.milliseconds);
-    bench::tell("the same, at the till", bench::sum(many.till), "round trips a till", "15 at most", kMostToATill);
-    bench::tell("the same, at the back office", bench::sum(many.backOffice), "round trips a till", "30 at most",
-                kMostToTheBackOffice);
-    bench::tell("at the till", bench::sum(many.till), "round trips a till", "each statement by itself",
-                bench::sum(oneByOne.till));
-    bench::tell("at the back office", bench::sum(many.backOffice), "round trips a till", "each statement by itself",
-                bench::sum(oneByOne.backOffice));
-    bench::tellPurposes("at the till", many.till);
-    bench::tellPurposes("at the back office", many.backOffice);
+    bench::tellTrips(many, kMostToATill, kMostToTheBackOffice, oneByOne);
 }

@@ -113,15 +113,17 @@ protected:
         expectTheSame(byOne(), Fetched::Of(chain));
         EXPECT_EQ(countStandingPairs(chain), 0U);
     }
+    // Both copies at work: the leading one is held at the first till until so many others are fetched.
+    void startBothUntilFetched(int others) {
+        Gate first(chain.till(0));
+        leading->start();
+        ASSERT_TRUE(first.isMet());
+        helping->start();
+        waitForRows("Slutt {%hentet, maskin", others);
+    }
     // A night of the leading copy, which the helping one joins.
     void nextNightMakesGood() {
-        {
-            Gate first(chain.till(0));
-            leading->start();
-            ASSERT_TRUE(first.isMet());
-            helping->start();
-            waitForRows("Slutt {%hentet, maskin", kTills - 1);
-        }
+        startBothUntilFetched(kTills - 1);
         EXPECT_TRUE(leading->endsWell());
         EXPECT_TRUE(helping->endsWell());
         expectWhatOneLeaves();
@@ -263,13 +265,7 @@ TEST_F(HelpedNight, TillThatAnotherSessionHoldsIsTheOnlyOneThatIsNotFetched) {
         *session, ApplicationLock::OfTill(chain.model().departmentOf(held).id, QString::fromStdString(held.number)));
     ASSERT_TRUE(lock.Held());
     TillVisits visits(chain);
-    {
-        Gate first(chain.till(0));
-        leading->start();
-        ASSERT_TRUE(first.isMet());
-        helping->start();
-        waitForRows("Slutt {%hentet, maskin", kTills - 2);
-    }
+    startBothUntilFetched(kTills - 2);
     EXPECT_TRUE(leading->ends());
     EXPECT_FALSE(leading->endsWell()) << "it tells an error";
     EXPECT_TRUE(helping->endsWell());
